@@ -1,0 +1,21 @@
+include(CMakePackageConfigHelpers)
+
+install(TARGETS MekApi2 EXPORT MekApi2Targets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/tyr DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/MekApi2)
+install(EXPORT MekApi2Targets NAMESPACE MekApi2:: DESTINATION ${package_dir})
+configure_package_config_file(cmake/MekApi2Config.cmake.in MekApi2Config.cmake
+    INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(MekApi2ConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/MekApi2Config.cmake ${PROJECT_BINARY_DIR}/MekApi2ConfigVersion.cmake
+    DESTINATION ${package_dir})
+
+# The package can be moved: its paths are told relative to the place of the .pc file.
+file(RELATIVE_PATH pc_prefix
+    ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+configure_file(cmake/mekapi2.pc.in mekapi2.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/mekapi2.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

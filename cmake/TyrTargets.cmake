@@ -1,0 +1,18 @@
+# How every target of this project is compiled.
+
+function(tyr_set_warnings target)
+    if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+        target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+    endif()
+endfunction()
+
+# Source paths are relative in failures, log lines and debug information.
+function(tyr_map_source_paths target)
+    if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+        target_compile_options(${target} PRIVATE
+            -ffile-prefix-map=${PROJECT_SOURCE_DIR}/src/=
+            -ffile-prefix-map=${PROJECT_SOURCE_DIR}/include/=
+            -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
+            -ffile-prefix-map=${PROJECT_BINARY_DIR}/=)
+    endif()
+endfunction()

@@ -1,0 +1,66 @@
+/// @file
+/// Node properties: placement of a group, look of a shape.
+#pragma once
+
+#include <tyr/export.hpp>
+#include <tyr/mek2/enumerations.hpp>
+
+#include <map>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace Tyr::Mek2 {
+
+struct ValueAccess;
+
+/// Every kind of value that a property can hold before an operation uses it.
+using NodePropertyVariant =
+    std::variant<int, float, std::string, std::vector<int>, std::vector<float>>;
+
+/// A map from `PropertyType` to value, ordered by the number of the key. A copy is a deep copy.
+/// Whether a value fits its key is looked at by `Model::setNodeData`, not here. Different objects
+/// may be used from different threads.
+class MEKAPI2_API NodeProperties {
+public:
+    NodeProperties();
+    NodeProperties(const NodeProperties& other);
+    ~NodeProperties();
+    const NodeProperties& operator=(const NodeProperties& other);
+
+    /// Stores `value` under `type` and replaces what stood there, whatever its type.
+    /// @tparam T `int`, `float`, `std::string`, `std::vector<int>`, `std::vector<float>`, or
+    ///     `bool`, which is stored as the `int` 1 or 0
+    template <class T>
+    void set(PropertyType type, const T& value);
+
+    /// Stores a zero-terminated text.
+    void set(PropertyType type, const char* value);
+
+private:
+    friend struct ValueAccess;
+    std::map<PropertyType, NodePropertyVariant>* data_;
+};
+
+template <class T>
+void NodeProperties::set(PropertyType type, const T& value) {
+    static_assert(std::disjunction_v<std::is_same<T, int>, std::is_same<T, float>,
+                                     std::is_same<T, std::string>,
+                                     std::is_same<T, std::vector<int>>,
+                                     std::is_same<T, std::vector<float>>, std::is_same<T, bool>>,
+                  "NodeProperties::set takes int, float, bool, std::string, std::vector<int>, "
+                  "std::vector<float> or const char*");
+    using Stored = std::conditional_t<std::is_same_v<T, bool>, int, T>;
+    data_->insert_or_assign(type, NodePropertyVariant(std::in_place_type<Stored>, value));
+}
+
+extern template MEKAPI2_API void NodeProperties::set(PropertyType, const int&);
+extern template MEKAPI2_API void NodeProperties::set(PropertyType, const float&);
+extern template MEKAPI2_API void NodeProperties::set(PropertyType, const std::string&);
+extern template MEKAPI2_API void NodeProperties::set(PropertyType, const std::vector<int>&);
+extern template MEKAPI2_API void NodeProperties::set(PropertyType, const std::vector<float>&);
+extern template MEKAPI2_API void NodeProperties::set(PropertyType, const bool&);
+
+} // namespace Tyr::Mek2

@@ -1,0 +1,203 @@
+/// @file
+/// A tree whose nodes are linked by id, with a cursor.
+#pragma once
+
+#include "tyr/exception/raise.hpp"
+
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace TyrAdt {
+
+/// A node and its place in the tree. The order of the ids is part of the file format.
+template <class T>
+struct TreeNode {
+    unsigned int id = 0;
+    unsigned int parentId = 0;
+    unsigned int previousSiblingId = 0;
+    unsigned int nextSiblingId = 0;
+    unsigned int firstChildId = 0;
+    unsigned int lastChildId = 0;
+    T value{};
+};
+
+/// What a search among children needs to know of a payload, specialised next to the payload type:
+///
+///     static std::string_view name(const T&);  // never changes and lives as long as the payload
+///     static bool isSameKind(const T&, const T&);
+///
+/// No predicate may hold for payloads of different names, and two payloads of equal name and kind
+/// must be the same to every predicate.
+template <class T>
+struct SearchTraits;
+
+/// The children of a tree by parent and name. It catches up with the tree when it is asked, so
+/// that a tree that is never searched pays nothing.
+template <class T>
+class ChildIndex {
+public:
+    using Nodes = std::map<unsigned int, TreeNode<T>>;
+
+    /// The lowest id of a child of `parentId` for which `predicate(payload, pattern)` holds, or 0.
+    template <class Predicate>
+    unsigned int find(const Nodes& nodes, unsigned int parentId, const T& pattern,
+                      Predicate predicate) {
+        catchUp(nodes);
+        unsigned int found = 0;
+        const Key key{parentId, SearchTraits<T>::name(pattern)};
+        const auto [first, last] = ids_.equal_range(key);
+        for (auto at = first; at != last; ++at) {
+            const bool isLower = found == 0 || at->second < found;
+            if (isLower && predicate(nodes.at(at->second).value, pattern)) {
+                found = at->second;
+            }
+        }
+        return found;
+    }
+
+private:
+    struct Key {
+        unsigned int parentId;
+        std::string_view name;
+        bool operator==(const Key& other) const {
+            return parentId == other.parentId && name == other.name;
+        }
+    };
+    struct Hash {
+        std::size_t operator()(const Key& key) const {
+            const std::size_t spread = 0x9E3779B97F4A7C15U;
+            return std::hash<std::string_view>()(key.name) ^ (key.parentId * spread);
+        }
+    };
+
+    void catchUp(const Nodes& nodes) {
+        std::vector<unsigned int> stillEmpty;
+        for (const unsigned int id : withoutPayload_) {
+            add(nodes, nodes.at(id), stillEmpty);
+        }
+        withoutPayload_.swap(stillEmpty);
+        for (auto at = nodes.upper_bound(lastId_); at != nodes.end(); ++at) {
+            add(nodes, at->second, withoutPayload_);
+            lastId_ = at->first;
+        }
+    }
+
+    /// Of children alike only the first added can ever be found, so the others are left out.
+    void add(const Nodes& nodes, const TreeNode<T>& node, std::vector<unsigned int>& empty) {
+        if (node.value == nullptr) {
+            empty.push_back(node.id);
+            return;
+        }
+        const Key key{node.parentId, SearchTraits<T>::name(node.value)};
+        const auto [first, last] = ids_.equal_range(key);
+        for (auto at = first; at != last; ++at) {
+            if (SearchTraits<T>::isSameKind(nodes.at(at->second).value, node.value)) {
+                at->second = at->second < node.id ? at->second : node.id;
+                return;
+            }
+        }
+        ids_.emplace(key, node.id);
+    }
+
+    std::unordered_multimap<Key, unsigned int, Hash> ids_;
+    std::vector<unsigned int> withoutPayload_;
+    unsigned int lastId_ = 0;
+};
+
+/// Holds nodes by id and a cursor through which nearly every operation works.
+///
+/// Id 1 is the root and exists from construction; 0 stands for no node. Ids count up in order of
+/// creation and are never reused. The tree owns its nodes, but not what a pointer payload points
+/// to. A payload, once attached, stays.
+template <class T>
+class Tree {
+public:
+    Tree() { nodes[1].id = 1; }
+
+    /// @throws KeyNotFound no such node
+    const TreeNode<T>& GetReqNode(const unsigned int& id) const {
+        const auto found = nodes.find(id);
+        if (found == nodes.end()) {
+            TYR_RAISE(Tyr::Exception::KeyNotFound());
+        }
+        return found->second;
+    }
+
+    /// The node under the cursor, writable to attach a payload.
+    /// @throws KeyNotFound the cursor is on no node
+    TreeNode<T>& GetCurrentNode() {
+        const auto found = nodes.find(currentId);
+        if (found == nodes.end()) {
+            TYR_RAISE(Tyr::Exception::KeyNotFound());
+        }
+        return found->second;
+    }
+
+    /// @throws KeyNotFound `id` was never handed out; 0 passes
+    void SetCurrentId(unsigned int id) {
+        if (id >= nextId) {
+            TYR_RAISE(Tyr::Exception::KeyNotFound());
+        }
+        currentId = id;
+    }
+
+    /// The first added child of the current node for which `predicate(payload, pattern)` holds, or
+    /// 0. Children without payload are passed over.
+    template <class Predicate>
+    unsigned int FindChild(const T& pattern, Predicate predicate) {
+        return childIndex_.find(nodes, currentId, pattern, predicate);
+    }
+
+    /// Moves the cursor to the child that `FindChild` gives.
+    /// @throws KeyNotFound there is none; the cursor stays
+    template <class Predicate>
+    void MoveToChild(const T& pattern, Predicate predicate) {
+        const unsigned int id = FindChild(pattern, predicate);
+        if (id == 0) {
+            TYR_RAISE(Tyr::Exception::KeyNotFound());
+        }
+        currentId = id;
+    }
+
+    /// Appends a child without payload to the current node and moves the cursor to it.
+    /// @throws KeyNotFound the cursor is on no node; nothing is changed
+    void AddChild() {
+        TreeNode<T>& parent = GetCurrentNode();
+        const unsigned int id = nextId;
+        TreeNode<T> child;
+        child.id = id;
+        child.parentId = currentId;
+        child.previousSiblingId = parent.lastChildId;
+        nodes.emplace_hint(nodes.end(), id, child);
+        ++nextId;
+        if (parent.lastChildId == 0) {
+            parent.firstChildId = id;
+        } else {
+            nodes.at(parent.lastChildId).nextSiblingId = id;
+        }
+        parent.lastChildId = id;
+        currentId = id;
+    }
+
+    /// Moves the cursor one level up; at the root it does nothing.
+    /// @throws KeyNotFound the cursor is on no node
+    void MoveToParent() {
+        const unsigned int parentId = GetCurrentNode().parentId;
+        if (parentId != 0) {
+            currentId = parentId;
+        }
+    }
+
+    std::map<unsigned int, TreeNode<T>> nodes;
+    unsigned int nextId = 2;
+    unsigned int currentId = 1;
+
+private:
+    ChildIndex<T> childIndex_;
+};
+
+} // namespace TyrAdt

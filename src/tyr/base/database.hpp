@@ -1,0 +1,16 @@
+/// @file
+/// Root of the states that commands work on.
+#pragma once
+
+namespace Tyr::Base {
+
+class Database {
+public:
+    Database() = default;
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+    virtual ~Database() = default;
+    virtual void close() {}
+};
+
+} // namespace Tyr::Base

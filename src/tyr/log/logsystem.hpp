@@ -1,0 +1,23 @@
+/// @file
+/// The process-wide log system, and the one way in which the library logs a line.
+#pragma once
+
+#include <tyr/log/log.hpp>
+
+#include "tyr/exception/raise.hpp"
+
+namespace Tyr::Log {
+
+/// The one object that all lines of the library go to. It comes into being at the first use.
+LogSystem& logSystem();
+
+} // namespace Tyr::Log
+
+/// Logs one line. `pieces` is what stands behind the first `<<`; `function` is the qualified name
+/// of the logging function without its signature.
+#define TYR_LOG(function, pieces)                                                           \
+    do {                                                                                    \
+        ::Tyr::Log::Record<char> tyrLogRecord(TYR_SOURCE_FILE, (function), __LINE__);       \
+        tyrLogRecord << pieces;                                                             \
+        ::Tyr::Log::logSystem() += tyrLogRecord;                                            \
+    } while (false)

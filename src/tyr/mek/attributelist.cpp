@@ -1,0 +1,83 @@
+#include "tyr/mek/attributelist.hpp"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+namespace TyrUtil {
+
+AttributeValue AttributeValue::of(std::uint32_t value) {
+    AttributeValue attribute{};
+    attribute.type = UnsignedValue;
+    attribute.value.uintValue = value;
+    return attribute;
+}
+
+AttributeValue AttributeValue::of(float value) {
+    AttributeValue attribute{};
+    attribute.type = FloatValue;
+    attribute.value.floatValue = value;
+    return attribute;
+}
+
+AttributeValue AttributeValue::of(double value) {
+    AttributeValue attribute{};
+    attribute.type = DoubleValue;
+    attribute.value.doubleValue = value;
+    return attribute;
+}
+
+AttributeValue AttributeValue::of(const std::string& value) {
+    AttributeValue attribute{};
+    attribute.type = TextValue;
+    std::memset(attribute.value.text, 0, textSize);
+    const std::size_t length = std::min(std::strlen(value.c_str()), textSize);
+    std::memcpy(attribute.value.text, value.data(), length);
+    return attribute;
+}
+
+std::string AttributeValue::textValue() const {
+    const char* const end = std::find(value.text, value.text + textSize, '\0');
+    return std::string(static_cast<const char*>(value.text), end);
+}
+
+} // namespace TyrUtil
+
+namespace TyrQbf {
+
+template <>
+void Index::Put<TyrUtil::AttributeList>(const std::string& name,
+                                        const TyrUtil::AttributeList& list) {
+    std::vector<std::string> keys;
+    std::vector<unsigned char> types;
+    std::vector<unsigned int> unsignedValues;
+    std::vector<float> floats;
+    std::vector<double> doubles;
+    std::vector<std::string> texts;
+    for (const auto& [key, attribute] : list.values) {
+        keys.push_back(key);
+        types.push_back(static_cast<unsigned char>(attribute.type));
+        switch (attribute.type) {
+            case TyrUtil::UnsignedValue:
+                unsignedValues.push_back(attribute.value.uintValue);
+                break;
+            case TyrUtil::FloatValue:
+                floats.push_back(attribute.value.floatValue);
+                break;
+            case TyrUtil::TextValue:
+                texts.push_back(attribute.textValue());
+                break;
+            case TyrUtil::DoubleValue:
+                doubles.push_back(attribute.value.doubleValue);
+                break;
+        }
+    }
+    Put(name, keys);
+    Put(name, types);
+    Put(name, unsignedValues);
+    Put(name, floats);
+    Put(name, doubles);
+    Put(name, texts);
+}
+
+} // namespace TyrQbf

@@ -1,0 +1,104 @@
+#include "tyr/mek/geometry.hpp"
+
+#include "tyr/exception/raise.hpp"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace TyrMek {
+
+namespace {
+
+constexpr unsigned elementTypeShift = 24;
+
+/// Keys that describe the source of an array to other programs; they never reach a variable.
+bool isLeftOut(std::string_view key) {
+    constexpr std::array<std::string_view, 5> names = {"Complex", "Contents", "DataSource",
+                                                       "DataType", "Structure"};
+    constexpr std::string_view linkPrefix = "Link.";
+    return std::find(names.begin(), names.end(), key) != names.end() ||
+           key.substr(0, linkPrefix.size()) == linkPrefix;
+}
+
+bool isVibration(const TyrUtil::AttributeList& attributes) {
+    const auto category = attributes.values.find("Category");
+    return category != attributes.values.end() && category->second.type == TyrUtil::TextValue &&
+           category->second.textValue() == "Vibration";
+}
+
+} // namespace
+
+Geometry::Geometry(const std::string& geometryName) : Node(geometryName) {}
+
+std::string Geometry::GetType() const { return "Geometry"; }
+std::string Geometry::GetVersion() const { return "0.7"; }
+
+std::uint64_t Geometry::GetOrAddVariableIndex(const std::string& variableName) {
+    const auto [entry, isNew] = indexByName_.try_emplace(variableName, variables.size());
+    if (isNew) {
+        try {
+            Variable variable;
+            variable.name = variableName;
+            variables.push_back(std::move(variable));
+        } catch (...) {
+            indexByName_.erase(entry);
+            throw;
+        }
+    }
+    return entry->second;
+}
+
+unsigned int Geometry::AddVariable(const std::string& variableName, const VariableType& type,
+                                   std::uint64_t offset, const NumericArray& array,
+                                   const TyrUtil::AttributeList& attributes) {
+    const std::uint64_t index = GetOrAddVariableIndex(variableName);
+    Variable& variable = variables[index];
+    variable.type = type;
+    variable.vibration = isVibration(attributes);
+    for (const auto& [key, value] : attributes.values) {
+        if (!isLeftOut(key)) {
+            variable.attributes.values.insert_or_assign(key, value);
+        }
+    }
+    variable.array = array;
+    offsets[variableName] = offset;
+    return static_cast<unsigned int>(index);
+}
+
+void Geometry::WriteQb(TyrQbf::QbFile& file, const std::string& lightName, const std::string&,
+                       const std::string& attributesName) {
+    file.index.Put(lightName, static_cast<int>(variables.size()));
+    for (const Variable& variable : variables) {
+        writeVariable(file.index, lightName, variable);
+        file.index.Put(attributesName, variable.attributes);
+    }
+}
+
+void Geometry::writeVariable(TyrQbf::Index& index, const std::string& lightName,
+                             const Variable& variable) const {
+    const NumericArray& array = variable.array;
+    index.Put(lightName, variable.name);
+    index.Put(lightName, std::uint32_t{variable.type} | (array.elementType << elementTypeShift));
+    index.Put(lightName, variable.linked);
+    if (variable.linked) {
+        index.Put(lightName, variable.linkedNodeId);
+        index.Put(lightName, variable.linkedVariableIndex);
+    } else {
+        index.Put(lightName, static_cast<int>(static_cast<std::uint32_t>(array.byteSize)));
+        index.Put(lightName, array.GetWidth());
+        index.Put(lightName, array.firstOption);
+        index.Put(lightName, array.secondOption);
+        index.Put(lightName, array.firstValue);
+        index.Put(lightName, array.secondValue);
+        index.Put(lightName, array.thirdOption);
+        const auto offset = offsets.find(variable.name);
+        if (offset == offsets.end()) {
+            TYR_RAISE(Tyr::Exception::KeyNotFound());
+        }
+        index.Put(lightName, offset->second);
+    }
+    index.Put(lightName, variable.vibration);
+}
+
+} // namespace TyrMek

@@ -1,0 +1,61 @@
+/// @file
+/// The payload of a tree node: what the application said about one element of its model.
+#pragma once
+
+#include "tyr/adt/adttree.hpp"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace TyrMek {
+
+/// Base of all nodes. A bare one serves as the pattern of a search by name.
+class Node {
+public:
+    explicit Node(const std::string& nodeName);
+    Node(const Node&) = default;
+    Node& operator=(const Node&) = delete;
+    virtual ~Node();
+
+    /// The class's name in the file.
+    virtual std::string GetType() const;
+
+    /// The version of the class's data in the file.
+    virtual std::string GetVersion() const;
+
+    virtual bool GetFlag() const;
+
+    // places of the interface that no class uses
+    virtual void Reserved4();
+    virtual void Reserved5();
+    virtual void Reserved6();
+    virtual void Reserved7();
+
+    const std::string name;
+    bool flag = false;
+    bool secondFlag = false;
+    std::uint32_t word = 0;
+};
+
+/// Same name, type and version.
+struct NodesWithSameName {
+    bool operator()(const Node* node, const Node* pattern) const;
+};
+
+/// Same name, whatever the type.
+struct VirtualNodesWithSameName {
+    bool operator()(const Node* node, const Node* pattern) const;
+};
+
+} // namespace TyrMek
+
+namespace TyrAdt {
+
+template <>
+struct SearchTraits<TyrMek::Node*> {
+    static std::string_view name(const TyrMek::Node* node) { return node->name; }
+    static bool isSameKind(const TyrMek::Node* left, const TyrMek::Node* right);
+};
+
+} // namespace TyrAdt

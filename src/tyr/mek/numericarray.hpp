@@ -1,0 +1,30 @@
+/// @file
+/// Description of a dataset.
+#pragma once
+
+#include <cstdint>
+
+namespace TyrMek {
+
+class NumericArray {
+public:
+    NumericArray() = default;
+    NumericArray(const NumericArray&) = default;
+    NumericArray& operator=(const NumericArray&) = default;
+    virtual ~NumericArray() = default;
+
+    virtual const std::uint8_t& GetWidth() const { return width; }
+    virtual std::uint64_t GetValueCount() const { return byteSize / 4; }
+
+    const unsigned char* data = nullptr; ///< good only while the dataset is being streamed
+    std::uint64_t byteSize = 0;
+    std::uint8_t width = 1;        ///< values per item
+    std::uint32_t elementType = 0; ///< 1 float, 5 unsigned 32-bit
+    bool firstOption = false;
+    bool secondOption = false;
+    float firstValue = 0;
+    float secondValue = 0;
+    bool thirdOption = false;
+};
+
+} // namespace TyrMek

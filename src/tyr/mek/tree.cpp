@@ -1,0 +1,255 @@
+#include "tyr/mek/tree.hpp"
+
+#include "tyr/exception/raise.hpp"
+#include "tyr/log/logsystem.hpp"
+#include "tyr/mek/byteplanes.hpp"
+#include "tyr/mek/geometry.hpp"
+#include "tyr/mek/group.hpp"
+#include "tyr/mek/shape.hpp"
+#include "tyr/platform/platform.hpp"
+
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <utility>
+
+namespace TyrMek {
+
+namespace {
+
+const std::string heavyData = "Heavy Data";
+const std::string mekTree = "Mek Tree";
+const std::string lightData = "Light Data";
+const std::string attributeData = "Attributes";
+const std::string resources = "Resources";
+const std::string globalInformation = "Global Information";
+const std::string viewPoints = "View Points";
+
+constexpr std::uint64_t valueSize = 4;
+
+} // namespace
+
+Tree::Tree() {
+    // NOLINTNEXTLINE(cert-msc51-cpp): the writer has always reset the generator of the process
+    std::srand(0);
+}
+
+Tree::~Tree() {
+    for (auto& [id, node] : nodes) {
+        delete node.value;
+    }
+}
+
+void Tree::SetStreamFile(const std::string& path, bool overwrite) {
+    TYR_LOG("TyrMek::Tree::SetStreamFile", "Setting mek file \"" << path << '"');
+    file.OpenFileForWriting(path, overwrite);
+    writeHead();
+}
+
+void Tree::SetStreamFile(const std::wstring& path, bool overwrite) {
+    TYR_LOG("TyrMek::Tree::SetStreamFile",
+            "Setting mek file \"" << Tyr::Platform::narrowText(path) << '"');
+    file.OpenFileForWriting(path, overwrite);
+    writeHead();
+}
+
+/// A write that fails here shows with the first block, since a stream keeps its error.
+void Tree::writeHead() {
+    version = "1.3";
+    std::fwrite(TyrQbf::FileSignature.data(), TyrQbf::FileSignature.size(), 1, file.stream);
+    std::fwrite(TyrQbf::FileFormatVersion.data(), TyrQbf::FileFormatVersion.size(), 1,
+                file.stream);
+}
+
+void Tree::SetRootGroup(const std::string& name, const TyrUtil::AttributeList& attributes) {
+    SetRootGroup(name, 0, attributes);
+}
+
+void Tree::SetRootGroup(const std::string& name, unsigned char rootFlag,
+                        const TyrUtil::AttributeList& attributes) {
+    auto group = std::make_unique<Group>(name, attributes);
+    group->rootFlag = rootFlag;
+    setRoot(std::move(group));
+}
+
+void Tree::SetRootShape(const std::string& name) { setRoot(std::make_unique<Shape>(name)); }
+
+void Tree::setRoot(std::unique_ptr<Node> node) {
+    currentId = 1;
+    if (GetCurrentNode().value != nullptr) {
+        TYR_RAISE(Tyr::Exception::InvalidObjectState("Root node properties are already set"));
+    }
+    GetCurrentNode().value = node.release();
+}
+
+void Tree::AddChildNode(std::unique_ptr<Node> node) {
+    AddChild();
+    GetCurrentNode().value = node.release();
+}
+
+void Tree::AddGroupNode(const std::string& name) {
+    auto group = std::make_unique<Group>(name, TyrUtil::AttributeList());
+    if (!moveToChildLike(*group)) {
+        AddChildNode(std::move(group));
+    }
+}
+
+void Tree::AddShapeNode(const std::string& name) {
+    auto shape = std::make_unique<Shape>(name);
+    auto geometry = std::make_unique<Geometry>(name);
+    if (!moveToChildLike(*shape)) {
+        AddChildNode(std::move(shape));
+    }
+    if (!moveToChildLike(*geometry)) {
+        AddChildNode(std::move(geometry));
+    }
+}
+
+bool Tree::moveToChildLike(Node& pattern) {
+    const unsigned int id = FindChild(&pattern, NodesWithSameName());
+    if (id != 0) {
+        currentId = id;
+    }
+    return id != 0;
+}
+
+bool Tree::moveToChildNamed(const std::string& name) {
+    Node pattern(name);
+    const unsigned int id = FindChild(&pattern, VirtualNodesWithSameName());
+    if (id != 0) {
+        currentId = id;
+    }
+    return id != 0;
+}
+
+unsigned int Tree::GetNodeIdFromPath(const std::string& path, const std::string& separator) {
+    const unsigned int id = resolvePath(path, separator);
+    currentId = 1;
+    return id;
+}
+
+unsigned int Tree::resolvePath(const std::string& path, const std::string& separator) {
+    currentId = 1;
+    const Node* const root = GetCurrentNode().value;
+    if (root == nullptr) {
+        return 0;
+    }
+    const std::string prefix = separator + root->name;
+    if (path.compare(0, prefix.size(), prefix) != 0) {
+        return 0;
+    }
+    if (path.size() == prefix.size()) {
+        return currentId;
+    }
+    std::size_t position = prefix.size();
+    while (position != std::string::npos) {
+        const std::size_t start = position + separator.size();
+        if (start > path.size()) {
+            return 0; // less than a separator stands behind the root's name
+        }
+        position = path.find(separator, start);
+        const std::size_t length = position == std::string::npos ? position : position - start;
+        if (!moveToChildNamed(path.substr(start, length))) {
+            return 0;
+        }
+    }
+    return currentId;
+}
+
+std::uint64_t Tree::WriteStreamDataset(const float* data, int count, unsigned char width) {
+    return streamDataset(data, count, width);
+}
+
+std::uint64_t Tree::WriteStreamDataset(const unsigned int* data, int count, unsigned char width) {
+    return streamDataset(data, count, width);
+}
+
+std::uint64_t Tree::streamDataset(const void* data, int count, unsigned char width) {
+    const auto items = static_cast<std::uint64_t>(count);
+    TYR_LOG("TyrMek::Tree::WriteStreamDataset",
+            "Writing Dataset of size " << static_cast<std::uint32_t>(items * width) << " width "
+                                       << static_cast<unsigned int>(width) << " datatype size "
+                                       << valueSize);
+    const std::uint64_t offset = file.index.GetDataLength(heavyData);
+    if (count == 0 || width == 0) {
+        return offset;
+    }
+    const std::uint64_t size = valueSize * items * width;
+    if (count < 0 || size > std::numeric_limits<std::uint32_t>::max()) {
+        TYR_RAISE(Tyr::Exception::OverflowError());
+    }
+    if (file.stream == nullptr || saveBegun) {
+        TYR_RAISE(Tyr::Exception::InvalidObjectState("File not open."));
+    }
+    file.SetBlockFlags(heavyData, TyrQbf::FlagFreeze);
+    file.SetBlockFlags(heavyData, TyrQbf::FlagCompress);
+    toBytePlanes(data, items, width, file.index.Extend(heavyData, size));
+    file.index.FlushFrozen(file.stream);
+    return offset;
+}
+
+void Tree::Save(TyrQbf::QbFile& output, const std::string& comment) {
+    if (output.stream == nullptr) {
+        return;
+    }
+    saveBegun = true;
+    SaveTree(output);
+    SaveGlobalInfo(output, comment);
+    for (const std::string& name : {heavyData, mekTree, lightData, attributeData, resources,
+                                    globalInformation, viewPoints}) {
+        output.SetBlockFlags(name, TyrQbf::FlagCompress);
+    }
+    output.index.WriteAllBuffersToFileStream(output.stream);
+    if (std::fflush(output.stream) != 0) {
+        TYR_RAISE(Tyr::Exception::FileWriteException("Unable to write to file"));
+    }
+    output.CloseFile();
+}
+
+void Tree::SaveTree(TyrQbf::QbFile& output) {
+    TYR_LOG("TyrMek::Tree::SaveTree", "Saving mek tree ... ");
+    output.index.Put(mekTree, static_cast<int>(nodes.size()));
+    for (const auto& [id, node] : nodes) {
+        saveNode(output, node);
+    }
+    TYR_LOG("TyrMek::Tree::SaveTree", "Mek tree saved. ");
+}
+
+void Tree::saveNode(TyrQbf::QbFile& output, const TyrAdt::TreeNode<Node*>& node) {
+    TyrQbf::Index& index = output.index;
+    for (const unsigned int id : {node.id, node.parentId, node.previousSiblingId,
+                                  node.nextSiblingId, node.firstChildId, node.lastChildId}) {
+        index.Put(mekTree, id);
+    }
+    const std::string type = node.value != nullptr ? node.value->GetType() : std::string();
+    index.Put(mekTree, node.value != nullptr ? node.value->name : std::string());
+    index.Put(mekTree, type);
+    index.Put(mekTree, node.value != nullptr ? node.value->GetVersion() : std::string());
+    index.Put(mekTree, index.GetDataLength(lightData));
+
+    if (type == "Group") {
+        static_cast<Group&>(*node.value).WriteQb(output, lightData, attributeData);
+    } else if (type == "Shape") {
+        index.Put(resources, static_cast<const Shape&>(*node.value).material);
+    } else if (type == "Geometry") {
+        static_cast<Geometry&>(*node.value).WriteQb(output, lightData, heavyData, attributeData);
+    }
+}
+
+void Tree::SaveGlobalInfo(TyrQbf::QbFile& output, const std::string& comment) {
+    TYR_LOG("TyrMek::Tree::SaveGlobalInfo", "Saving global information ...");
+    currentModifier.date = Tyr::Platform::localDate();
+    currentModifier.formatVersion = version;
+    if (currentModifier.recordHost) {
+        currentModifier.computerName = Tyr::Platform::computerName();
+        currentModifier.userName = Tyr::Platform::userName();
+    }
+    currentModifier.comment = comment;
+    modifiers.push_back(currentModifier);
+    output.index.Put(globalInformation, modifiers);
+    output.index.Put(globalInformation, results);
+    output.SetBlockFlags(globalInformation, TyrQbf::FlagCompress);
+    TYR_LOG("TyrMek::Tree::SaveGlobalInfo", "Global information saved.");
+}
+
+} // namespace TyrMek

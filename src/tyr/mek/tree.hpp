@@ -1,0 +1,96 @@
+/// @file
+/// The model of one open file in memory, and its writer.
+///
+/// A file has up to six named streams. While the model is being built only "Heavy Data" receives
+/// bytes: the datasets, one behind the other. The others follow in `Save`, in one walk over the
+/// nodes by ascending id:
+///
+///     "Mek Tree"            int count; for each node: its six ids, name, type, version, and the
+///                           length of "Light Data" before this node's part
+///     "Light Data"          groups: 10 floats of the placement, root flag; geometries: variables
+///     "Attributes"          one list for each group and each variable
+///     "Resources"           one material for each shape
+///     "Global Information"  list of modifiers, list of results
+#pragma once
+
+#include "tyr/adt/adttree.hpp"
+#include "tyr/mek/attributelist.hpp"
+#include "tyr/mek/globalinfo.hpp"
+#include "tyr/mek/node.hpp"
+#include "tyr/qbf/qbfile.hpp"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace TyrMek {
+
+/// Owns the nodes, deletes them, and holds the file. Failures of the file pass through.
+class Tree : public TyrAdt::Tree<Node*> {
+public:
+    Tree();
+    Tree(const Tree&) = delete;
+    Tree& operator=(const Tree&) = delete;
+    ~Tree();
+
+    /// Opens the file and writes its head of 12 bytes.
+    void SetStreamFile(const std::string& path, bool overwrite);
+    void SetStreamFile(const std::wstring& path, bool overwrite);
+
+    /// Makes the root a group; the cursor is on the root afterwards.
+    /// @throws InvalidObjectState "Root node properties are already set"
+    void SetRootGroup(const std::string& name, const TyrUtil::AttributeList& attributes);
+    void SetRootGroup(const std::string& name, unsigned char rootFlag,
+                      const TyrUtil::AttributeList& attributes);
+
+    /// Makes the root a shape, without a geometry.
+    /// @throws InvalidObjectState "Root node properties are already set"
+    void SetRootShape(const std::string& name);
+
+    /// Adds a child with its payload to the current node and moves the cursor to it.
+    /// @throws KeyNotFound the cursor is on no node; nothing is changed
+    void AddChildNode(std::unique_ptr<Node> node);
+
+    /// Moves to the group of that name below the current node, adding it if need be.
+    void AddGroupNode(const std::string& name);
+
+    /// Moves to the geometry of the shape of that name, adding both if need be.
+    void AddShapeNode(const std::string& name);
+
+    /// The id of the node that a path names, or 0. The cursor is on the root afterwards.
+    unsigned int GetNodeIdFromPath(const std::string& path, const std::string& separator);
+
+    /// Streams a dataset of `count` items of `width` values and gives its offset in "Heavy Data".
+    /// With no items or no width nothing is written.
+    /// @throws OverflowError the dataset has 2^32 bytes or more
+    /// @throws InvalidObjectState "File not open."
+    std::uint64_t WriteStreamDataset(const float* data, int count, unsigned char width);
+    std::uint64_t WriteStreamDataset(const unsigned int* data, int count, unsigned char width);
+
+    /// Writes everything that is left and closes the file; without an open file it does nothing.
+    /// @throws FileWriteException
+    void Save(TyrQbf::QbFile& output, const std::string& comment);
+    void SaveTree(TyrQbf::QbFile& output);
+    void SaveGlobalInfo(TyrQbf::QbFile& output, const std::string& comment);
+
+    std::string version;
+    std::vector<ModifierInfo> modifiers;
+    std::vector<ResultAttributes> results;
+    ModifierInfo currentModifier;
+    TyrQbf::QbFile file;
+
+    /// Saving has begun, so that the file takes no more datasets, and saving cannot begin again.
+    bool saveBegun = false;
+
+private:
+    void writeHead();
+    void setRoot(std::unique_ptr<Node> node);
+    bool moveToChildLike(Node& pattern);
+    bool moveToChildNamed(const std::string& name);
+    unsigned int resolvePath(const std::string& path, const std::string& separator);
+    std::uint64_t streamDataset(const void* data, int count, unsigned char width);
+    void saveNode(TyrQbf::QbFile& output, const TyrAdt::TreeNode<Node*>& node);
+};
+
+} // namespace TyrMek

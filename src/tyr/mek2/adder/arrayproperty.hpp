@@ -1,0 +1,42 @@
+/// @file
+/// Streams an array and attaches it to geometries.
+#pragma once
+
+#include "tyr/base/command.hpp"
+#include "tyr/mek2/arrayproperty.hpp"
+#include "tyr/mek2/database.hpp"
+
+#include <vector>
+
+namespace Tyr::Mek2::Adder {
+
+/// Exists for the four kinds of arrays.
+template <class Property, class Ids, class Steps>
+class ArrayProperty : public Base::Modifier<Database> {
+public:
+    /// Nothing that was done before a failure is undone: the dataset stays in the stream, and the
+    /// pairs of id and step before the failing one keep their variables.
+    void update(Database& database) override;
+
+    Property property;
+    Ids ids;
+    Steps steps;
+};
+
+template <class T>
+using ColumnAdder = ArrayProperty<Mek2::ArrayProperty<ColumnData<T>>, Column<unsigned int>,
+                                  std::vector<StepData>>;
+template <class T>
+using TableAdder = ArrayProperty<Mek2::ArrayProperty<TableData<T>>, Column<unsigned int>,
+                                 std::vector<StepData>>;
+
+extern template class ArrayProperty<Mek2::ArrayProperty<ColumnData<float>>, Column<unsigned int>,
+                                    std::vector<StepData>>;
+extern template class ArrayProperty<Mek2::ArrayProperty<ColumnData<unsigned int>>,
+                                    Column<unsigned int>, std::vector<StepData>>;
+extern template class ArrayProperty<Mek2::ArrayProperty<TableData<float>>, Column<unsigned int>,
+                                    std::vector<StepData>>;
+extern template class ArrayProperty<Mek2::ArrayProperty<TableData<unsigned int>>,
+                                    Column<unsigned int>, std::vector<StepData>>;
+
+} // namespace Tyr::Mek2::Adder

@@ -1,0 +1,27 @@
+/// @file
+/// Cuts a path into its names.
+#pragma once
+
+#include <boost/tokenizer.hpp>
+
+#include <string>
+#include <vector>
+
+namespace Tyr::Mek2::Component {
+
+/// Every character of the separator is a delimiter, and empty names are dropped.
+class PathSplitter {
+public:
+    PathSplitter(const std::string& path, const char* separator);
+    PathSplitter(const PathSplitter&) = delete;
+    PathSplitter& operator=(const PathSplitter&) = delete;
+    virtual ~PathSplitter();
+
+    std::vector<std::string> names() const;
+
+private:
+    std::string path_; // the tokenizer refers to it
+    boost::tokenizer<boost::char_separator<char>> tokenizer_;
+};
+
+} // namespace Tyr::Mek2::Component

@@ -1,0 +1,56 @@
+#include "tyr/mek2/database.hpp"
+
+#include "tyr/exception/raise.hpp"
+#include "tyr/mek/geometry.hpp"
+
+namespace Tyr::Mek2 {
+
+Database::~Database() {
+    try {
+        Database::close();
+    } catch (...) {
+        // nobody is left to hear of it; the tree goes with this object and closes its stream
+    }
+}
+
+void Database::close() {
+    if (!tree) {
+        return;
+    }
+    if (openedForWriting && !tree->saveBegun) {
+        tree->Save(tree->file, "");
+    }
+    tree->file.CloseFile();
+    for (const auto& [id, node] : tree->nodes) {
+        if (auto* const geometry = dynamic_cast<TyrMek::Geometry*>(node.value)) {
+            geometry->offsets.clear();
+        }
+    }
+    tree.reset();
+    openState = 1;
+    openedForReading = false;
+    openedForWriting = false;
+}
+
+void Database::assertEmpty() const {
+    if (tree) {
+        TYR_RAISE(Exception::InvalidObjectState("Not Empty"));
+    }
+}
+
+void Database::assertNotEmpty() const {
+    if (!tree) {
+        TYR_RAISE(Exception::InvalidObjectState("Not initialized"));
+    }
+}
+
+void Database::assertOpenedForWriting() const {
+    if (!tree) {
+        TYR_RAISE(Exception::InvalidObjectState("File not open."));
+    }
+    if (!openedForWriting) {
+        TYR_RAISE(Exception::InvalidObjectState("File not opened in write mode"));
+    }
+}
+
+} // namespace Tyr::Mek2

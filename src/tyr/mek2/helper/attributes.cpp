@@ -1,0 +1,48 @@
+#include "tyr/mek2/helper/attributes.hpp"
+
+#include <variant>
+
+namespace Tyr::Mek2::Helper {
+
+using TyrUtil::AttributeValue;
+
+AttributeValue Attributes::AttributeValueGetter::operator()(const float& value) const {
+    return AttributeValue::of(value);
+}
+
+AttributeValue Attributes::AttributeValueGetter::operator()(const int& value) const {
+    return AttributeValue::of(static_cast<std::uint32_t>(value));
+}
+
+AttributeValue Attributes::AttributeValueGetter::operator()(const unsigned int& value) const {
+    return AttributeValue::of(std::uint32_t{value});
+}
+
+AttributeValue Attributes::AttributeValueGetter::operator()(const std::string& value) const {
+    return AttributeValue::of(value);
+}
+
+AttributeValue Attributes::AttributeValueGetter::operator()(const double& value) const {
+    return AttributeValue::of(value);
+}
+
+AttributeValue Attributes::AttributeValueGetter::operator()(const std::int64_t& value) const {
+    return AttributeValue::of(static_cast<std::uint32_t>(value));
+}
+
+TyrUtil::AttributeList Attributes::toAttributeList(const AttributeMap& map) {
+    TyrUtil::AttributeList list;
+    for (const auto& [key, value] : map) {
+        list.values.emplace_hint(list.values.end(), key,
+                                 std::visit(AttributeValueGetter(), value));
+    }
+    return list;
+}
+
+void replaceEntries(TyrUtil::AttributeList& list, const TyrUtil::AttributeList& added) {
+    for (const auto& [key, value] : added.values) {
+        list.values.insert_or_assign(key, value);
+    }
+}
+
+} // namespace Tyr::Mek2::Helper

@@ -1,0 +1,189 @@
+#include <tyr/mek2/model.hpp>
+
+#include "tyr/mek2/adder/arrayproperty.hpp"
+#include "tyr/mek2/adder/components.hpp"
+#include "tyr/mek2/adder/node.hpp"
+#include "tyr/mek2/database.hpp"
+#include "tyr/mek2/extractor/nodeid.hpp"
+#include "tyr/mek2/modifier/currentnodeid.hpp"
+#include "tyr/mek2/modifier/nodedata.hpp"
+#include "tyr/mek2/saver.hpp"
+#include "tyr/mek2/valuestorage.hpp"
+
+#include <type_traits>
+#include <utility>
+
+namespace Tyr::Mek2 {
+
+namespace {
+
+/// Stands between the names of a path that is given as a list of names.
+constexpr char componentSeparator = '\x1E';
+
+void describePath(FileDescription& description, const std::string& path) {
+    description.path = path;
+}
+
+void describePath(FileDescription& description, const std::wstring& path) {
+    description.widePath = path;
+}
+
+template <class Container>
+Array1d<unsigned int> addComponents(Database& database, const Container& paths,
+                                    const std::string& separator) {
+    Adder::Components<Container, Column<unsigned int>> adder(paths);
+    adder.separator = separator;
+    adder.update(database);
+    unsigned int* const first = adder.result.data();
+    return Array1d<unsigned int>(first, first + adder.result.size());
+}
+
+template <class T>
+Adder::ColumnAdder<T> adderFor(const Array1d<T>&) {
+    return {};
+}
+
+template <class T>
+Adder::TableAdder<T> adderFor(const Array2d<T>&) {
+    return {};
+}
+
+Column<unsigned int> idColumn(unsigned int id) { return Column<unsigned int>::Constant(1, id); }
+const Column<unsigned int>& idColumn(const Array1d<unsigned int>& ids) {
+    return ValueAccess::of(ids);
+}
+
+std::vector<StepData> stepDataOf(const Step& step) {
+    return {StepData{step.name, ValueAccess::of(step.attributes)}};
+}
+const std::vector<StepData>& stepDataOf(const StepList& steps) { return ValueAccess::of(steps); }
+
+/// @param name null: the name that belongs to the type
+template <class Array, class Id, class Steps>
+void writeArrayProperty(Database& database, const std::string* name, DatasetType type,
+                        const Array& array, const Id& ids, const Steps& steps,
+                        const Attributes& attributes) {
+    auto adder = adderFor(array);
+    auto& property = adder.property;
+    property.setData({ValueAccess::of(array), ValueAccess::of(attributes)});
+    property.name = name != nullptr ? *name : property.nameFrom(type);
+    property.type = type;
+    property.width = property.widthFrom(type);
+    adder.ids = idColumn(ids);
+    adder.steps = stepDataOf(steps);
+    adder.update(database);
+}
+
+} // namespace
+
+const std::string& Model::defaultPathSeparator() {
+    static const std::string separator = "/";
+    return separator;
+}
+
+const Attributes& Model::emptyAttributes() {
+    static const Attributes attributes;
+    return attributes;
+}
+
+Model::Model() : database_(new Database) {}
+
+Model::~Model() {
+    try {
+        close();
+    } catch (...) {
+        // the database closes once more when it goes, without saving, and releases all it holds
+    }
+    delete database_;
+    database_ = nullptr;
+}
+
+Model::Model(Model&& other) : Model() { std::swap(database_, other.database_); }
+
+Model& Model::operator=(Model&& other) {
+    Model taken(std::move(other));
+    std::swap(database_, taken.database_);
+    return *this;
+}
+
+template <class S>
+std::enable_if_t<std::is_same_v<S, std::string> || std::is_same_v<S, std::wstring>> Model::saveTo(
+    const S& path, const SaverOptions& options) {
+    FileDescription description;
+    describePath(description, path);
+    Saver(description, options).save(*database_);
+}
+
+template <class CharT>
+void Model::saveTo(const CharT* const path, const SaverOptions& options) {
+    saveTo(std::basic_string<CharT>(path), options);
+}
+
+template void Model::saveTo(const std::string&, const SaverOptions&);
+template void Model::saveTo(const std::wstring&, const SaverOptions&);
+template void Model::saveTo(const char* const, const SaverOptions&);
+template void Model::saveTo(const wchar_t* const, const SaverOptions&);
+
+void Model::close() {
+    Base::Database& database = *database_;
+    database.close();
+}
+
+unsigned int Model::addNode(NodeType type, const std::string& name, const Attributes& attributes) {
+    Adder::Node adder(type, name, ValueAccess::of(attributes));
+    adder.update(*database_);
+    return adder.id;
+}
+
+void Model::setCurrentNodeId(unsigned int id) { Modifier::CurrentNodeId(id).update(*database_); }
+
+void Model::moveToParentNode() { Modifier::UpMover().update(*database_); }
+
+unsigned int Model::getNodeId(const std::string& path, const std::string& separator) {
+    return Extractor::NodeId(path, separator).extract(*database_);
+}
+
+unsigned int Model::getNodeId(const std::vector<std::string>& components) {
+    std::string path;
+    for (const std::string& component : components) {
+        path += componentSeparator;
+        path += component;
+    }
+    return getNodeId(path, std::string(1, componentSeparator));
+}
+
+void Model::setNodeData(unsigned int id, const NodeProperties& properties,
+                        const Attributes& attributes) {
+    Modifier::NodeData(id, ValueAccess::of(properties), ValueAccess::of(attributes))
+        .update(*database_);
+}
+
+Array1d<unsigned int> Model::addAssemblyComponents(const std::vector<std::string>& paths,
+                                                   const std::string& separator) {
+    return addComponents(*database_, paths, separator);
+}
+
+Array1d<unsigned int> Model::addAssemblyComponents(const std::map<std::string, Attributes>& paths,
+                                                   const std::string& separator) {
+    Adder::PathMap pathMap;
+    for (const auto& [path, attributes] : paths) {
+        pathMap.emplace_hint(pathMap.end(), path, ValueAccess::of(attributes));
+    }
+    return addComponents(*database_, pathMap, separator);
+}
+
+#define TYR_MEK2_DEFINE(ARRAY, ID, STEPS)                                                         \
+    template <>                                                                                   \
+    void Model::addArrayProperty(const std::string& name, DatasetType type, const ARRAY& array,   \
+                                 const ID& ids, const STEPS& steps,                               \
+                                 const Attributes& attributes) {                                  \
+        writeArrayProperty(*database_, &name, type, array, ids, steps, attributes);               \
+    }                                                                                             \
+    template <>                                                                                   \
+    void Model::addArrayProperty(DatasetType type, const ARRAY& array, const ID& ids,             \
+                                 const STEPS& steps, const Attributes& attributes) {              \
+        writeArrayProperty(*database_, nullptr, type, array, ids, steps, attributes);             \
+    }
+TYR_MEK2_FOR_ARRAY_PROPERTIES(TYR_MEK2_DEFINE)
+
+} // namespace Tyr::Mek2

@@ -1,0 +1,36 @@
+/// @file
+/// Sets placement, look and attributes of a node.
+#pragma once
+
+#include "tyr/base/command.hpp"
+#include "tyr/mek2/database.hpp"
+#include "tyr/mek2/valuestorage.hpp"
+
+namespace TyrMek {
+class Group;
+class Shape;
+} // namespace TyrMek
+
+namespace Tyr::Mek2::Modifier {
+
+class NodeData : public Base::Modifier<Database> {
+public:
+    NodeData(unsigned int nodeId, const PropertyMap& nodeProperties,
+             const AttributeMap& nodeAttributes);
+
+    /// Entries before a failing one stay applied.
+    void update(Database& database) override;
+
+    unsigned int id;
+    PropertyMap properties;
+    AttributeMap attributes;
+
+private:
+    template <class T>
+    T notNull(T node) const;
+
+    void apply(PropertyType type, const NodePropertyVariant& value, TyrMek::Group* group,
+               TyrMek::Shape* shape) const;
+};
+
+} // namespace Tyr::Mek2::Modifier

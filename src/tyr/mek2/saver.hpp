@@ -1,0 +1,22 @@
+/// @file
+/// Starts a write cycle.
+#pragma once
+
+#include <tyr/mek2/saveroptions.hpp>
+
+#include "tyr/base/command.hpp"
+#include "tyr/mek2/database.hpp"
+
+namespace Tyr::Mek2 {
+
+class Saver : public Base::Saver<Database, SaverOptions> {
+public:
+    using Base::Saver<Database, SaverOptions>::Saver;
+
+    /// Gives the database a tree, and the tree a file if there is a path. When the file cannot be
+    /// opened the tree stays.
+    /// @throws InvalidObjectState "Not Empty"
+    void save(Database& database) override;
+};
+
+} // namespace Tyr::Mek2

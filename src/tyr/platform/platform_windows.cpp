@@ -1,0 +1,80 @@
+#include "tyr/platform/platform.hpp"
+
+#include <io.h>
+#define NOMINMAX
+#include <windows.h>
+// behind windows.h, whose types it needs
+#include <shlwapi.h>
+
+#include <array>
+#include <ctime>
+#include <limits>
+
+namespace Tyr::Platform {
+
+namespace {
+
+template <class Text>
+bool isFileName(const Text& path) {
+    return path.find(typename Text::value_type()) == Text::npos;
+}
+
+} // namespace
+
+bool pathExists(const std::string& path) {
+    return isFileName(path) && _access(path.c_str(), 0) == 0;
+}
+
+bool pathExists(const std::wstring& path) {
+    return isFileName(path) && PathFileExistsW(path.c_str()) != FALSE;
+}
+
+std::FILE* openFile(const std::string& path, const char* mode) {
+    return isFileName(path) ? std::fopen(path.c_str(), mode) : nullptr;
+}
+
+std::FILE* openFile(const std::wstring& path, const wchar_t* mode) {
+    return isFileName(path) ? _wfopen(path.c_str(), mode) : nullptr;
+}
+
+bool seekTo(std::FILE* stream, std::uint64_t position) {
+    if (position > static_cast<std::uint64_t>(std::numeric_limits<__int64>::max())) {
+        return false;
+    }
+    return _fseeki64(stream, static_cast<__int64>(position), SEEK_SET) == 0;
+}
+
+std::string narrowText(const std::wstring& text) {
+    const int length = static_cast<int>(text.size());
+    const int size = WideCharToMultiByte(CP_ACP, 0, text.data(), length, nullptr, 0, nullptr,
+                                         nullptr);
+    std::string narrow(static_cast<std::size_t>(size), '\0');
+    WideCharToMultiByte(CP_ACP, 0, text.data(), length, narrow.data(), size, nullptr, nullptr);
+    return narrow;
+}
+
+std::string localDate() {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    std::array<char, 120> buffer{};
+    if (localtime_s(&local, &now) != 0) {
+        return {};
+    }
+    const std::size_t length =
+        std::strftime(buffer.data(), buffer.size(), "%a %b %d %H:%M:%S %Y %Z", &local);
+    return std::string(buffer.data(), length);
+}
+
+std::string computerName() {
+    std::array<char, 80> buffer{};
+    DWORD size = static_cast<DWORD>(buffer.size());
+    return GetComputerNameA(buffer.data(), &size) != 0 ? buffer.data() : "";
+}
+
+std::string userName() {
+    std::array<char, 80> buffer{};
+    DWORD size = static_cast<DWORD>(buffer.size());
+    return GetUserNameA(buffer.data(), &size) != 0 ? buffer.data() : "";
+}
+
+} // namespace Tyr::Platform

@@ -1,0 +1,90 @@
+#include "tyr/qbf/block.hpp"
+
+#include "tyr/exception/raise.hpp"
+#include "tyr/qbf/blocksize.hpp"
+#include "tyr/qbf/coding.hpp"
+#include "tyr/qbf/encoding.hpp"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+namespace TyrQbf {
+
+std::atomic<std::uint32_t> defaultBlockSize{10 * 1024 * 1024};
+
+namespace {
+
+/// The growth step in force: a valid value of the environment stays in force from then on.
+std::uint32_t currentDefaultBlockSize() {
+    if (const auto size = blockSizeFromEnvironment()) {
+        defaultBlockSize.store(*size, std::memory_order_relaxed);
+    }
+    return defaultBlockSize.load(std::memory_order_relaxed);
+}
+
+} // namespace
+
+void Block::Put(const void* const& bytes, const unsigned int& size) {
+    unsigned char* const target = Extend(size);
+    if (size != 0) {
+        std::memcpy(target, bytes, size);
+    }
+}
+
+void Block::Put(const std::string& text) { Encode(*this, text); }
+
+unsigned char* Block::Extend(std::uint32_t size) {
+    const std::uint32_t step = currentDefaultBlockSize();
+    const std::uint64_t end = std::uint64_t{position} + size;
+    if (end > std::numeric_limits<std::uint32_t>::max()) {
+        TYR_RAISE(Tyr::Exception::OverflowError());
+    }
+    if (end >= capacity) {
+        AllocateAdditionalMemory(std::max(size, step));
+    }
+    unsigned char* const target = data + position;
+    position = static_cast<std::uint32_t>(end);
+    length = std::max(length, position);
+    return target;
+}
+
+void Block::SetPosition(const unsigned int& newPosition) {
+    if (newPosition > length) {
+        TYR_RAISE(Tyr::Exception::OutOfBounds("Invalid block position"));
+    }
+    position = newPosition;
+}
+
+void Block::Write(std::FILE* stream, bool withLength) const {
+    if (withLength) {
+        const auto bytes = littleEndian(length);
+        std::fwrite(bytes.data(), bytes.size(), 1, stream);
+    }
+    if (length != 0) {
+        std::fwrite(data, length, 1, stream);
+    }
+    if (std::ferror(stream) != 0) {
+        TYR_RAISE(Tyr::Exception::FileWriteException("Unable to write to file"));
+    }
+}
+
+void Block::AllocateAdditionalMemory(const std::uint64_t& additional) {
+    if (capacity + additional == 0) {
+        return; // realloc to nothing would free the buffer
+    }
+    void* const grown = std::realloc(data, capacity + additional);
+    if (grown == nullptr) {
+        TYR_RAISE(Tyr::Exception::MemoryAllocationException());
+    }
+    data = static_cast<unsigned char*>(grown);
+    capacity += additional;
+}
+
+void Block::Release() {
+    std::free(data);
+    data = nullptr;
+}
+
+} // namespace TyrQbf

@@ -1,0 +1,46 @@
+/// @file
+/// Little-endian form of numbers, the byte order of everything in a container.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+namespace TyrQbf {
+
+template <std::size_t Size>
+struct UnsignedOfSize;
+template <>
+struct UnsignedOfSize<1> {
+    using type = std::uint8_t;
+};
+template <>
+struct UnsignedOfSize<4> {
+    using type = std::uint32_t;
+};
+template <>
+struct UnsignedOfSize<8> {
+    using type = std::uint64_t;
+};
+
+/// Writes the `sizeof(T)` bytes of an integer or IEEE 754 number to `target`, lowest byte first.
+template <class T>
+void encodeLittleEndian(T value, unsigned char* target) {
+    static_assert(std::is_arithmetic_v<T>);
+    typename UnsignedOfSize<sizeof(T)>::type bits{};
+    std::memcpy(&bits, &value, sizeof(T));
+    for (std::size_t i = 0; i < sizeof(T); ++i) {
+        target[i] = static_cast<unsigned char>(static_cast<std::uint64_t>(bits) >> (8 * i));
+    }
+}
+
+template <class T>
+std::array<unsigned char, sizeof(T)> littleEndian(T value) {
+    std::array<unsigned char, sizeof(T)> bytes{};
+    encodeLittleEndian(value, bytes.data());
+    return bytes;
+}
+
+} // namespace TyrQbf

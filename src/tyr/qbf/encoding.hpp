@@ -1,0 +1,54 @@
+/// @file
+/// How values are laid out in a block. Nothing tags or aligns them; a reader knows the sequence.
+///
+///     numbers, bool   their bytes, little-endian; bool as 0 or 1
+///     text            32-bit count of bytes, the bytes
+///     vector          32-bit count of elements, the elements
+///     sized record    32-bit count of bytes (itself included), version as text, fields
+///
+/// Other layers add `Encode` overloads for records of their own, next to the type, where
+/// `Index::Put` finds them by argument-dependent look-up.
+///
+/// @throws OverflowError a count or the block would not fit 32 bits
+/// @throws MemoryAllocationException no memory for the block
+#pragma once
+
+#include "tyr/qbf/block.hpp"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace TyrQbf {
+
+void Encode(Block& block, unsigned char value);
+void Encode(Block& block, bool value);
+void Encode(Block& block, int value);
+void Encode(Block& block, unsigned int value);
+void Encode(Block& block, std::uint64_t value);
+void Encode(Block& block, float value);
+void Encode(Block& block, const std::string& text);
+void Encode(Block& block, const std::vector<unsigned char>& values);
+void Encode(Block& block, const std::vector<unsigned int>& values);
+void Encode(Block& block, const std::vector<float>& values);
+void Encode(Block& block, const std::vector<double>& values);
+void Encode(Block& block, const std::vector<std::string>& texts);
+
+/// Number of elements as the 32-bit count of the format.
+/// @throws OverflowError it does not fit
+std::uint32_t encodedCount(std::size_t count);
+
+/// Writes a sized record: `encodeFields(block)` puts the fields, the size is filled in afterwards.
+template <class EncodeFields>
+void EncodeSizedRecord(Block& block, const std::string& version, const EncodeFields& encodeFields) {
+    const std::uint32_t start = block.position;
+    Encode(block, 0U);
+    Encode(block, version);
+    encodeFields(block);
+    const std::uint32_t end = block.position;
+    block.SetPosition(start);
+    Encode(block, end - start);
+    block.SetPosition(end);
+}
+
+} // namespace TyrQbf

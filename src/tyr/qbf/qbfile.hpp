@@ -1,0 +1,51 @@
+/// @file
+/// One output file of the container format.
+#pragma once
+
+#include "tyr/qbf/index.hpp"
+
+#include <array>
+#include <cstdio>
+#include <string>
+
+namespace TyrQbf {
+
+/// Identifies a container; stands at offset 0.
+extern const std::array<unsigned char, 8> FileSignature;
+
+/// Version of the container format, "1.3" and a NUL; stands at offset 8.
+extern const std::array<unsigned char, 4> FileFormatVersion;
+
+/// Owns the open stream and the index that keeps the file's blocks. It carries one file: the index
+/// is not reset when another is opened.
+class QbFile {
+public:
+    QbFile() = default;
+    QbFile(const QbFile&) = delete;
+    QbFile& operator=(const QbFile&) = delete;
+
+    /// Closes the stream and writes nothing; a file that was not finished stays without an index.
+    virtual ~QbFile();
+
+    /// Closes the stream, if there is one. Writes neither blocks nor index.
+    virtual void CloseFile();
+
+    /// Creates or empties a file.
+    /// @throws FileOpenException "File exists.": and `overwrite` is false
+    /// @throws MiscelleneousException as `OpenFile`
+    void OpenFileForWriting(const std::string& path, bool overwrite);
+    void OpenFileForWriting(const std::wstring& path, bool overwrite);
+
+    /// @throws MiscelleneousException "File stream is already in use", or "Unable to open file "
+    ///     and the path, of a wide path the low byte of each character
+    void OpenFile(const std::string& path, const char* const mode);
+    void OpenFile(const std::wstring& path, const wchar_t* const mode);
+
+    /// The low 8 bits of `flags` go to `Index::SetBlockFlags`.
+    void SetBlockFlags(const std::string& name, unsigned int flags);
+
+    std::FILE* stream = nullptr; ///< null while no file is open
+    Index index;
+};
+
+} // namespace TyrQbf
