@@ -174,8 +174,11 @@ std::uint64_t Tree::streamDataset(const void* data, int count, unsigned char wid
     if (count == 0 || width == 0) {
         return offset;
     }
+    if (count < 0) {
+        TYR_RAISE(Tyr::Exception::UnderflowError());
+    }
     const std::uint64_t size = valueSize * items * width;
-    if (count < 0 || size > std::numeric_limits<std::uint32_t>::max()) {
+    if (size > std::numeric_limits<std::uint32_t>::max()) {
         TYR_RAISE(Tyr::Exception::OverflowError());
     }
     if (file.stream == nullptr || saveBegun) {
