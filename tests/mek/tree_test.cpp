@@ -1,0 +1,107 @@
+#include "tyr/mek/tree.hpp"
+
+#include "support/testing.hpp"
+#include "tyr/mek/byteplanes.hpp"
+#include "tyr/mek/geometry.hpp"
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using Testing::failureOf;
+using Testing::hex;
+using TyrMek::Tree;
+using TreeTest = Testing::FolderTest;
+
+TEST(BytePlanes, SplitsItemsIntoComponentsAndTheseIntoBytes) {
+    const std::vector<unsigned int> values = {0x04030201, 0x14131211, 0x24232221, 0x34333231};
+    std::string planes(16, '?');
+    auto* const target = reinterpret_cast<unsigned char*>(planes.data());
+
+    TyrMek::toBytePlanes(values.data(), 2, 2, target);
+    EXPECT_EQ(hex(planes), "01 21 02 22 03 23 04 24 11 31 12 32 13 33 14 34");
+    TyrMek::toBytePlanes(values.data(), 4, 1, target);
+    EXPECT_EQ(hex(planes), "01 11 21 31 02 12 22 32 03 13 23 33 04 14 24 34");
+}
+
+TEST_F(TreeTest, StreamsDatasetsOneBehindTheOther) {
+    const std::vector<float> values(6, 1.0F);
+    Tree tree;
+    EXPECT_EQ(tree.WriteStreamDataset(values.data(), 0, 3), 0U);
+    EXPECT_EQ(failureOf<Tyr::Exception::InvalidObjectState>(
+                  [&] { tree.WriteStreamDataset(values.data(), 2, 3); }),
+              "File not open.");
+    tree.SetStreamFile(path("out"), false);
+    EXPECT_EQ(tree.WriteStreamDataset(values.data(), 2, 3), 0U);
+    EXPECT_EQ(tree.WriteStreamDataset(values.data(), 5, 1), 24U);
+    EXPECT_EQ(tree.WriteStreamDataset(values.data(), 0, 1), 44U);
+    EXPECT_THROW(tree.WriteStreamDataset(values.data(), 0x7FFFFFFF, 3),
+                 Tyr::Exception::OverflowError);
+    EXPECT_THROW(tree.WriteStreamDataset(values.data(), -1, 1), Tyr::Exception::UnderflowError);
+    EXPECT_EQ(tree.WriteStreamDataset(values.data(), 0, 1), 44U);
+}
+
+TEST_F(TreeTest, RootIsSetOnce) {
+    Tree tree;
+    tree.SetRootGroup("r", {});
+    tree.AddGroupNode("g");
+    EXPECT_EQ(failureOf<Tyr::Exception::InvalidObjectState>([&] { tree.SetRootShape("s"); }),
+              "Root node properties are already set");
+    EXPECT_EQ(tree.currentId, 1U);
+}
+
+TEST_F(TreeTest, ReusesGroupsAndShapesOfOneKind) {
+    Tree tree;
+    tree.SetRootGroup("r", {});
+    const auto at = [&](auto add) {
+        tree.currentId = 1;
+        add();
+        return tree.currentId;
+    };
+    EXPECT_EQ(at([&] { tree.AddShapeNode("n"); }), 3U);
+    EXPECT_EQ(at([&] { tree.AddGroupNode("n"); }), 4U);
+    EXPECT_EQ(at([&] { tree.AddGroupNode("n"); }), 4U);
+    EXPECT_EQ(at([&] { tree.AddShapeNode("n"); }), 3U);
+    EXPECT_EQ(tree.nodes.size(), 4U);
+}
+
+TEST_F(TreeTest, ResolvesPaths) {
+    Tree tree;
+    EXPECT_EQ(tree.GetNodeIdFromPath("/r", "/"), 0U); // no root yet
+    tree.SetRootGroup("r", {});
+    tree.AddGroupNode("g"); // 2
+    tree.AddShapeNode("s"); // 3 and 4
+    tree.currentId = 1;
+    tree.AddGroupNode(""); // 5
+
+    struct Case {
+        const char* path;
+        const char* separator;
+        unsigned int id;
+    };
+    for (const Case& one :
+         {Case{"/r", "/", 1}, Case{"/r/g", "/", 2}, Case{"/r/g/s", "/", 3}, Case{"/r/g/s/s", "/", 4},
+          Case{"/r/g/x", "/", 0}, Case{"/x/g", "/", 0}, Case{"/", "/", 0}, Case{"r/g", "/", 0},
+          Case{"/r/", "/", 5}, Case{"/r/g/", "/", 0}, Case{"::r::g", "::", 2},
+          Case{"::r:", "::", 0}, Case{"::r::g:s", "::", 0}, Case{"/rXg", "/", 2},
+          Case{"rg", "", 0}, Case{"r", "", 1}}) {
+        tree.currentId = 4;
+        EXPECT_EQ(tree.GetNodeIdFromPath(one.path, one.separator), one.id) << one.path;
+        EXPECT_EQ(tree.currentId, 1U) << one.path;
+    }
+}
+
+TEST_F(TreeTest, RecordsTheHostOnlyIfAsked) {
+    for (const bool recordHost : {false, true}) {
+        Tree tree;
+        tree.SetStreamFile(path(recordHost ? "with" : "without"), false);
+        tree.currentModifier.recordHost = recordHost;
+        tree.Save(tree.file, "comment");
+        EXPECT_EQ(tree.modifiers.at(0).computerName.empty(), !recordHost);
+        EXPECT_EQ(tree.modifiers.at(0).comment, "comment");
+        EXPECT_EQ(tree.file.stream, nullptr);
+    }
+}
+
+} // namespace

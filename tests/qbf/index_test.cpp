@@ -1,0 +1,202 @@
+#include "support/testing.hpp"
+#include "tyr/qbf/qbfile.hpp"
+
+#include <cstdio>
+#include <string>
+
+namespace {
+
+using namespace TyrQbf;
+using Testing::BlockSizeVariable;
+using Testing::hex;
+using Testing::readFile;
+using Testing::repeatedHex;
+
+constexpr std::size_t headSize = 12;
+constexpr std::size_t firstEntry = 20;
+constexpr std::size_t entrySize = 139;
+
+/// A container with a head, and its bytes once it is finished.
+class IndexTest : public Testing::FolderTest {
+protected:
+    IndexTest() {
+        file.OpenFileForWriting(path("out"), false);
+        std::fwrite(FileSignature.data(), FileSignature.size(), 1, file.stream);
+        std::fwrite(FileFormatVersion.data(), FileFormatVersion.size(), 1, file.stream);
+    }
+
+    void put(const std::string& name, const std::string& bytes) {
+        file.index.Put(name, bytes.data(), bytes.size());
+    }
+
+    std::string finish() {
+        file.index.WriteAllBuffersToFileStream(file.stream);
+        file.CloseFile();
+        return readFile(path("out"));
+    }
+
+    QbFile file;
+};
+
+TEST_F(IndexTest, WritesTwoStreamsByteForByte) {
+    file.index.Put("Light Data", std::string("abc"));
+    file.index.Put("Heavy Data", 7U);
+    file.SetBlockFlags("Light Data", FlagCompress);
+    const std::string bytes = finish();
+
+    ASSERT_EQ(bytes.size(), 2823U);
+    EXPECT_EQ(hex(bytes.substr(0, 31)),
+              "89 51 42 46 0D 0A 1A 0A 31 2E 33 00 E0 0A 00 00 14 00 00 00 01 80 00 00 00 "
+              "4C 69 67 68 74 20");
+    EXPECT_EQ(bytes.substr(25, 128), "Light Data" + std::string(118, '\0'));
+    EXPECT_EQ(hex(bytes.substr(153, 11)), "13 00 00 00 01 00 02 80 00 00 00");
+    EXPECT_EQ(bytes.substr(164, 128), "Heavy Data" + std::string(118, '\0'));
+    EXPECT_EQ(hex(bytes.substr(292, 6)), "04 00 00 00 00 00");
+    for (int id = 3; id <= 20; ++id) {
+        const std::string entry = bytes.substr(298 + 139 * (id - 3), entrySize);
+        EXPECT_EQ(entry[0], id);
+        EXPECT_EQ(hex(entry.substr(1)),
+                  "80 00 00 00 0B 45 6D 70 74 79 20 42 6C 6F 63 6B 20 " + repeatedHex("00", 121));
+    }
+    EXPECT_EQ(hex(bytes.substr(2800)),
+              "07 00 00 00 78 9C 63 66 60 60 48 4C 4A 06 00 02 66 01 2A 07 00 00 00");
+}
+
+TEST_F(IndexTest, ChainsTablesPastNineteenBlocks) {
+    for (char name = 'a'; name < 'a' + 25; ++name) {
+        put(std::string(1, name), std::string(1, name));
+    }
+    const std::string bytes = finish();
+
+    ASSERT_EQ(bytes.size(), 30629U);
+    EXPECT_EQ(bytes.substr(2800, 19), "abcdefghijklmnopqrs");
+    EXPECT_EQ(bytes.substr(30623), "tuvwxy");
+    EXPECT_EQ(hex(bytes.substr(firstEntry + 19 * entrySize, entrySize)),
+              "14 80 00 00 00 0B 49 6E 64 65 78 20 42 6C 6F 63 6B 20 " + repeatedHex("00", 115) +
+                  " 9C 6C 00 00 20 00");
+    EXPECT_EQ(hex(bytes.substr(2819, 10)), "C8 00 00 00 15 80 00 00 00 74");
+    const std::string lastEntry = bytes.substr(2819 + 4 + 199 * entrySize, entrySize);
+    EXPECT_EQ(hex(lastEntry.substr(0, 18)), "DC 80 00 00 00 0B 45 6D 70 74 79 20 42 6C 6F 63 6B 20");
+    EXPECT_EQ(hex(lastEntry.substr(133)), "00 00 00 00 00 00");
+}
+
+TEST_F(IndexTest, EntryIdsWrapBehind255) {
+    const BlockSizeVariable noRoom("0");
+    for (int block = 0; block < 240; ++block) {
+        put("Heavy Data", "x");
+    }
+    const std::string bytes = finish();
+
+    const auto idOf = [&](std::size_t number) { // tables in blocks 19 (at 2819) and 219
+        const std::size_t table = number < 220 ? 2819 : 2819 + 27804 + 199;
+        const std::size_t first = number < 220 ? 20 : 220;
+        return static_cast<unsigned char>(bytes.at(table + 4 + (number - first) * entrySize));
+    };
+    EXPECT_EQ(idOf(20), 21);
+    EXPECT_EQ(idOf(254), 255);
+    EXPECT_EQ(idOf(255), 0);
+    EXPECT_EQ(idOf(256), 1);
+    EXPECT_EQ(bytes.size(), 2800U + 2 * 27804 + 240);
+}
+
+TEST_F(IndexTest, CutsLongNamesInTheFileOnly) {
+    const std::string name(128, 'n');
+    put(name + "1", "first");
+    put(name + "2", "second");
+    EXPECT_EQ(file.index.GetDataLength(name + "1"), 5U);
+    EXPECT_EQ(file.index.GetDataLength(name + "2"), 6U);
+    const std::string bytes = finish();
+
+    EXPECT_EQ(bytes.substr(25, 128), name);
+    EXPECT_EQ(bytes.substr(25 + entrySize, 128), name);
+}
+
+TEST_F(IndexTest, EndsABlockWithTheFirstPutThatReachesItsLimit) {
+    const BlockSizeVariable limit("10");
+    put("Heavy Data", "123456789");
+    put("Heavy Data", "0123456789");
+    put("Heavy Data", "x");
+    EXPECT_EQ(file.index.GetDataLength("Heavy Data"), 20U);
+    EXPECT_EQ(file.index.GetDataLength("Light Data"), 0U);
+    const std::string bytes = finish();
+
+    EXPECT_EQ(hex(bytes.substr(153, 4)), "13 00 00 00");
+    EXPECT_EQ(hex(bytes.substr(153 + entrySize, 4)), "01 00 00 00");
+    EXPECT_EQ(hex(bytes.substr(153 + 2 * entrySize, 4)), "00 00 00 00");
+}
+
+TEST_F(IndexTest, FlushesFullBlocksEarlyAndKeepsTheirLength) {
+    const BlockSizeVariable limit("10");
+    file.SetBlockFlags("Heavy Data", FlagFreeze); // reaches no block
+    put("Heavy Data", std::string(10, 'a'));
+    file.index.FlushFrozen(file.stream);
+    std::fflush(file.stream);
+    EXPECT_EQ(readFile(path("out")).size(), headSize);
+
+    file.SetBlockFlags("Heavy Data", FlagFreeze | FlagCompress);
+    file.index.FlushFrozen(file.stream);
+    std::fflush(file.stream);
+    EXPECT_EQ(hex(readFile(path("out")).substr(2800)),
+              "0A 00 00 00 78 9C 4B 4C 84 01 00 14 E1 03 CB");
+    put("Heavy Data", "b");
+    EXPECT_EQ(file.index.GetDataLength("Heavy Data"), 11U);
+    const std::string bytes = finish();
+    EXPECT_EQ(hex(bytes.substr(153, 6)), "0F 00 00 00 21 00");
+    EXPECT_EQ(bytes.substr(2815), "b");
+}
+
+TEST_F(IndexTest, RefusesToFlushAboveAnUnsettledBlock) {
+    const BlockSizeVariable limit("1");
+    put("Light Data", "l");
+    put("Heavy Data", "h");
+    file.SetBlockFlags("Heavy Data", FlagFreeze);
+    EXPECT_THROW(file.index.FlushFrozen(file.stream), Tyr::Exception::NotYetImplemented);
+}
+
+/// Flags come one put late, so that the block below an index block is still in memory, with no
+/// final length, when the index block is opened.
+TEST_F(IndexTest, PlacesAnIndexBlockBehindACompressedNeighbour) {
+    const BlockSizeVariable noRoom("0");
+    for (int block = 0; block < 30; ++block) {
+        file.SetBlockFlags("Heavy Data", FlagFreeze | FlagCompress);
+        put("Heavy Data", std::string(1000, static_cast<char>('A' + block)));
+        file.index.FlushFrozen(file.stream);
+    }
+    EXPECT_EQ(file.index.GetDataLength("Heavy Data"), 30000U);
+    const std::string bytes = finish();
+
+    std::size_t position = 2800;
+    for (std::size_t number = 0; number < 19; ++number) {
+        EXPECT_EQ(hex(bytes.substr(position, 4)), "E8 03 00 00") << number;
+        position += static_cast<unsigned char>(bytes.at(firstEntry + number * entrySize + 133));
+    }
+    EXPECT_EQ(hex(bytes.substr(position, 6)), "C8 00 00 00 15 80");
+    EXPECT_EQ(hex(bytes.substr(position + 27804, 6)), "E8 03 00 00 78 9C");
+}
+
+TEST_F(IndexTest, NeverFinishesAFileThatLostABlock) {
+    const BlockSizeVariable limit("1");
+    put("Heavy Data", "h");
+    file.SetBlockFlags("Heavy Data", FlagFreeze);
+    std::FILE* const readOnly = std::fopen(path("out").c_str(), "rb");
+    EXPECT_THROW(file.index.FlushFrozen(readOnly), Tyr::Exception::FileWriteException);
+    std::fclose(readOnly);
+
+    EXPECT_THROW(file.index.WriteAllBuffersToFileStream(file.stream),
+                 Tyr::Exception::FileWriteException);
+}
+
+TEST_F(IndexTest, RefusesMoreThanABlockCanHold) {
+    EXPECT_THROW(file.index.Extend("Heavy Data", 0x100000000), Tyr::Exception::OverflowError);
+    EXPECT_EQ(file.index.GetDataLength("Heavy Data"), 0U);
+}
+
+TEST_F(IndexTest, ComparesReservedNamesByTheirFirstBytes) {
+    EXPECT_EQ(hex(EmptyBlockName), "0B 45 6D 70 74 79 20 42 6C 6F 63 6B 20");
+    EXPECT_TRUE(IsIndexBlock(IndexBlockName));
+    EXPECT_TRUE(IsEmptyBlock(EmptyBlockName + "x"));
+    EXPECT_FALSE(IsEmptyBlock(EmptyBlockName.substr(0, 12)));
+    EXPECT_FALSE(IsEmptyBlock(IndexBlockName));
+}
+
+} // namespace

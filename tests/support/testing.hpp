@@ -1,0 +1,91 @@
+/// @file
+/// What the tests share: bytes as hex text, a folder per test, the environment, failures by message.
+#pragma once
+
+#include <tyr/exception/exception.hpp>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <string_view>
+
+namespace Testing {
+
+inline std::string hex(std::string_view bytes) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string text;
+    for (const char byte : bytes) {
+        const auto value = static_cast<unsigned char>(byte);
+        text += text.empty() ? "" : " ";
+        text += digits[value >> 4];
+        text += digits[value & 0xF];
+    }
+    return text;
+}
+
+/// `count` times the same bytes, as hex text.
+inline std::string repeatedHex(std::string_view byte, std::size_t count) {
+    std::string text(byte);
+    for (std::size_t i = 1; i < count; ++i) {
+        text += ' ';
+        text += byte;
+    }
+    return text;
+}
+
+inline std::string readFile(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+/// A test with a folder of its own, which is removed with it.
+class FolderTest : public ::testing::Test {
+protected:
+    FolderTest() {
+        const auto* const info = ::testing::UnitTest::GetInstance()->current_test_info();
+        folder = std::filesystem::temp_directory_path() /
+                 ("mekapi2-" + std::to_string(std::random_device()()) + "-" + info->name());
+        std::filesystem::create_directories(folder);
+    }
+    ~FolderTest() override { std::filesystem::remove_all(folder); }
+
+    std::string path(const std::string& name) const { return (folder / name).string(); }
+
+    std::filesystem::path folder;
+};
+
+/// Sets or unsets the block size variable as long as it lives.
+class BlockSizeVariable {
+public:
+    explicit BlockSizeVariable(const char* value) {
+        if (value != nullptr) {
+            setenv(name, value, 1);
+        } else {
+            unsetenv(name);
+        }
+    }
+    BlockSizeVariable(const BlockSizeVariable&) = delete;
+    BlockSizeVariable& operator=(const BlockSizeVariable&) = delete;
+    ~BlockSizeVariable() { unsetenv(name); }
+
+private:
+    static constexpr const char* name = "MEKWRITER_DEFAULT_BLOCK_SIZE";
+};
+
+/// The message of the failure of class `Failure` that `action` raises.
+template <class Failure, class Action>
+std::string failureOf(const Action& action) {
+    try {
+        action();
+    } catch (const Failure& failure) {
+        return failure.what();
+    }
+    return "no failure";
+}
+
+} // namespace Testing
