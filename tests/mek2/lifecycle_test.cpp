@@ -1,0 +1,141 @@
+#include <tyr/mek2/model.hpp>
+
+#include "mekreader/model.hpp"
+#include "support/testing.hpp"
+
+#include <fstream>
+#include <string>
+#include <utility>
+
+namespace {
+
+using namespace Tyr::Mek2;
+using Testing::failureOf;
+using Testing::readFile;
+using Tyr::Exception::FileOpenException;
+using Tyr::Exception::InvalidObjectState;
+using LifecycleTest = Testing::FolderTest;
+
+const Array1d<float> oneValue({1.0F});
+
+TEST_F(LifecycleTest, GuardsEveryOperationWithoutWriteCycle) {
+    Model model;
+    model.close();
+    model.close();
+    const auto notOpen = [&](auto action) { return failureOf<InvalidObjectState>(action); };
+    EXPECT_EQ(notOpen([&] { model.addNode(NodeType::Group, "g"); }), "File not open.");
+    EXPECT_EQ(notOpen([&] { model.setNodeData(1, NodeProperties()); }), "File not open.");
+    EXPECT_EQ(notOpen([&] { model.addAssemblyComponents(std::vector<std::string>{""}); }),
+              "File not open.");
+    EXPECT_EQ(notOpen([&] { model.addArrayProperty(DatasetType::NodeIds, oneValue, 1U, Step{}); }),
+              "File not open.");
+    EXPECT_EQ(notOpen([&] { model.setCurrentNodeId(1); }), "Not initialized");
+    EXPECT_EQ(notOpen([&] { model.moveToParentNode(); }), "Not initialized");
+    EXPECT_EQ(notOpen([&] { model.getNodeId("", "/"); }), "Not initialized");
+    EXPECT_EQ(model.addAssemblyComponents(std::vector<std::string>()).size(), 0U);
+}
+
+TEST_F(LifecycleTest, RunsWriteCyclesOneAfterTheOther) {
+    Model model;
+    model.saveTo(path("first"));
+    EXPECT_EQ(failureOf<InvalidObjectState>([&] { model.saveTo(path("second")); }), "Not Empty");
+    EXPECT_EQ(model.addNode(NodeType::Group, "r"), 1U);
+    EXPECT_EQ(model.addNode(NodeType::Shape, "s"), 3U);
+    model.close();
+    model.saveTo(path("second").c_str());
+    EXPECT_EQ(model.addNode(NodeType::Group, "q"), 1U);
+    model.close();
+
+    EXPECT_EQ(MekReader::File(path("first")).nodes().size(), 3U);
+    EXPECT_EQ(MekReader::File(path("second")).nodes().at(0).name, "q");
+}
+
+TEST_F(LifecycleTest, ReplacesAFileOnlyIfAsked) {
+    std::ofstream(path("out")) << "content";
+    Model model;
+    EXPECT_EQ(failureOf<FileOpenException>([&] { model.saveTo(path("out")); }), "File exists.");
+    EXPECT_EQ(failureOf<InvalidObjectState>([&] { model.saveTo(path("other")); }), "Not Empty");
+    EXPECT_EQ(model.addNode(NodeType::Group, "r"), 1U);
+    EXPECT_EQ(failureOf<InvalidObjectState>(
+                  [&] { model.addArrayProperty(DatasetType::NodeIds, oneValue, 1U, Step{}); }),
+              "File not open.");
+    model.addArrayProperty(DatasetType::NodeIds, Array1d<float>(), 1U, Step{});
+    model.close();
+    EXPECT_EQ(readFile(path("out")), "content");
+
+    SaverOptions options;
+    options.overwrite = true;
+    options.toolName = "tool";
+    options.toolVersion = "7";
+    options.thirdText = "unused text";
+    model.saveTo(path("out"), options);
+    model.close();
+    const MekReader::File file(path("out"));
+    EXPECT_EQ(file.modifiers().at(0).toolName, "tool");
+    EXPECT_EQ(file.modifiers().at(0).toolVersion, "7");
+}
+
+TEST_F(LifecycleTest, AFileClosedAtOnceHoldsAnEmptyRoot) {
+    Model model;
+    SaverOptions options;
+    options.toolVersion = "goes with a name only";
+    model.saveTo(folder.wstring() + L"/out", options);
+    EXPECT_EQ(model.getNodeId("/r", "/"), 0U);
+    model.close();
+
+    const MekReader::File file(path("out"));
+    ASSERT_EQ(file.nodes().size(), 1U);
+    EXPECT_EQ(file.nodes()[0].type, "");
+    EXPECT_EQ(file.streamLength("Mek Tree"), 48U);
+    EXPECT_EQ(file.streamLength("Light Data"), 0U);
+    EXPECT_EQ(file.modifiers().at(0).formatVersion, "1.3");
+    EXPECT_EQ(file.modifiers()[0].toolVersion, "");
+    EXPECT_GT(file.modifiers()[0].date.size(), 20U);
+}
+
+TEST_F(LifecycleTest, AnEmptyPathWritesNothing) {
+    Model model;
+    model.saveTo("");
+    EXPECT_EQ(model.addNode(NodeType::Shape, "s"), 1U);
+    model.close();
+    EXPECT_TRUE(std::filesystem::is_empty(folder));
+}
+
+TEST_F(LifecycleTest, DestructionAndMovesFinishTheFile) {
+    {
+        Model model;
+        model.saveTo(path("first"));
+        model.addNode(NodeType::Group, "r");
+        Model taken(std::move(model));
+        EXPECT_EQ(taken.addNode(NodeType::Group, "g"), 2U);
+        // NOLINTNEXTLINE(bugprone-use-after-move): as new is what it must be
+        model.saveTo(path("second"));
+        model = std::move(taken); // ends the cycle on the second file
+        EXPECT_EQ(MekReader::File(path("second")).nodes().size(), 1U);
+        EXPECT_EQ(model.addNode(NodeType::Group, "h"), 3U);
+    }
+    EXPECT_EQ(MekReader::File(path("first")).nodes().size(), 3U);
+}
+
+TEST_F(LifecycleTest, AFullDeviceShowsAtTheLatestAtClose) {
+    if (!std::filesystem::exists("/dev/full")) {
+        GTEST_SKIP() << "no /dev/full";
+    }
+    SaverOptions options;
+    options.overwrite = true;
+    Model model;
+    model.saveTo("/dev/full", options);
+    // the first seek hands the head to the system
+    EXPECT_EQ(failureOf<Tyr::Exception::FileWriteException>([&] { model.close(); }),
+              "Saving the buffer failed");
+    EXPECT_EQ(failureOf<InvalidObjectState>([&] { model.saveTo(path("out")); }), "Not Empty");
+    EXPECT_EQ(failureOf<InvalidObjectState>(
+                  [&] { model.addArrayProperty(DatasetType::NodeIds, oneValue, 1U, Step{}); }),
+              "File not open.");
+    model.close();
+    model.saveTo(path("out"));
+    model.close();
+    EXPECT_EQ(MekReader::File(path("out")).nodes().size(), 1U);
+}
+
+} // namespace

@@ -1,0 +1,352 @@
+#include "mekreader/container.hpp"
+
+#include "mekreader/bytecursor.hpp"
+#include "mekreader/failure.hpp"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+
+namespace MekReader {
+
+namespace {
+
+constexpr std::string_view signature("\x89QBF\r\n\x1A\n", 8);
+constexpr std::string_view formatVersion("1.3\0", 4);
+constexpr std::string_view freeName("\x0B"
+                                    "Empty Block ");
+constexpr std::string_view indexName("\x0B"
+                                     "Index Block ");
+constexpr std::uint64_t headSize = 12;
+constexpr std::uint64_t firstTableEntries = 20;
+constexpr std::uint64_t indexTableEntries = 200;
+constexpr std::uint32_t nameSize = 128;
+constexpr std::uint64_t entrySize = 139;
+constexpr std::uint64_t countSize = 4;
+constexpr std::uint64_t firstTableSize = countSize + firstTableEntries * entrySize;
+constexpr std::uint64_t indexTableSize = countSize + indexTableEntries * entrySize;
+constexpr std::uint64_t firstBlockPosition = headSize + countSize + firstTableSize;
+constexpr std::uint64_t rawLengthSize = 4;
+constexpr std::uint64_t smallestStream = 8; // zlib's form of nothing
+constexpr std::size_t pieceSize = std::size_t{256} * 1024;
+
+bool isIndexNumber(std::uint64_t number) {
+    return number % indexTableEntries == firstTableEntries - 1;
+}
+
+bool isAllZero(std::string_view bytes) {
+    return std::all_of(bytes.begin(), bytes.end(), [](char byte) { return byte == 0; });
+}
+
+std::string describe(const Block& block) {
+    std::string text = "block " + std::to_string(block.number);
+    return block.isFree() || block.isIndex() ? text : text + " (\"" + block.name + "\")";
+}
+
+[[noreturn]] void fail(const Block& block, const std::string& reason) {
+    throw Failure(describe(block) + ": " + reason);
+}
+
+std::string nameOf(std::string_view field, std::uint64_t number) {
+    const std::string_view name = field.substr(0, field.find('\0'));
+    if (!isAllZero(field.substr(name.size()))) {
+        throw Failure("block " + std::to_string(number) + ": name is not filled up with NUL");
+    }
+    return std::string(name);
+}
+
+/// State of one inflation.
+class Inflater {
+public:
+    Inflater() {
+        if (inflateInit(&stream_) != Z_OK) {
+            throw std::bad_alloc();
+        }
+    }
+    Inflater(const Inflater&) = delete;
+    Inflater& operator=(const Inflater&) = delete;
+    ~Inflater() { inflateEnd(&stream_); }
+
+    z_stream& operator*() { return stream_; }
+    z_stream* operator->() { return &stream_; }
+
+private:
+    z_stream stream_{};
+};
+
+} // namespace
+
+bool Block::isFree() const { return name == freeName; }
+bool Block::isIndex() const { return name == indexName; }
+
+Container::Container(const std::filesystem::path& path) : file_(path, std::ios::binary) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) {
+        throw Failure("there is no such file");
+    }
+    if (!file_) {
+        throw Failure("the file can't be opened");
+    }
+    fileSize_ = std::filesystem::file_size(path);
+    readHead();
+    readTables();
+}
+
+std::string Container::readAt(std::uint64_t position, std::uint64_t size) {
+    if (position > fileSize_ || size > fileSize_ - position) {
+        throw Failure("the file ends before byte " + std::to_string(position + size));
+    }
+    std::string bytes(size, '\0');
+    file_.clear();
+    file_.seekg(static_cast<std::streamoff>(position));
+    file_.read(bytes.data(), static_cast<std::streamsize>(size));
+    if (!file_) {
+        throw Failure("the file can't be read at byte " + std::to_string(position));
+    }
+    return bytes;
+}
+
+void Container::readHead() {
+    const std::string head = readAt(0, std::min(fileSize_, headSize));
+    const std::string_view start = std::string_view(head).substr(0, signature.size());
+    if (start != signature.substr(0, start.size())) {
+        throw Failure("not a container: the signature is wrong");
+    }
+    const std::string_view version = std::string_view(head).substr(start.size());
+    if (version != formatVersion.substr(0, version.size())) {
+        throw Failure("head: the format version is not 1.3");
+    }
+    if (fileSize_ < firstBlockPosition) {
+        throw Unfinished("it ends before its index");
+    }
+    const std::string lengths = readAt(headSize, countSize);
+    const std::uint64_t length = littleEndian(lengths, countSize);
+    if (length == 0) {
+        throw Unfinished("it has no index");
+    }
+    if (length != firstTableSize) {
+        throw Failure("first table: the length is " + std::to_string(length) + " and not " +
+                      std::to_string(firstTableSize));
+    }
+}
+
+void Container::readTables() {
+    readTable(headSize + countSize, firstTableEntries);
+    while (blocks_.back().isIndex()) {
+        const Block& indexBlock = blocks_.back();
+        if (indexBlock.storedLength != indexTableSize) {
+            fail(indexBlock, "a table takes " + std::to_string(indexTableSize) + " bytes and not " +
+                                 std::to_string(indexBlock.storedLength));
+        }
+        readTable(indexBlock.position, indexTableEntries);
+    }
+    const std::uint64_t end = blocks_.back().position + blocks_.back().storedLength;
+    if (end < fileSize_) {
+        throw Unfinished(std::to_string(fileSize_ - end) +
+                         " bytes stand behind the last block that the index names");
+    }
+}
+
+void Container::readTable(std::uint64_t position, std::uint64_t count) {
+    const std::string table = readAt(position, countSize + count * entrySize);
+    if (isAllZero(table)) {
+        throw Unfinished("the table at byte " + std::to_string(position) + " was not written");
+    }
+    ByteCursor cursor(table, "table at byte " + std::to_string(position));
+    if (cursor.u32("number of entries") != count) {
+        cursor.fail("the number of entries is not " + std::to_string(count));
+    }
+    const std::size_t first = blocks_.size();
+    for (std::uint64_t i = 0; i < count; ++i) {
+        const std::string_view rest = std::string_view(table).substr(cursor.position());
+        if (isAllZero(rest)) {
+            throw Unfinished("the table at byte " + std::to_string(position) +
+                             " was written in part");
+        }
+        Block block;
+        block.number = blocks_.size();
+        block.id = cursor.u8("id");
+        if (cursor.u32("width of the name") != nameSize) {
+            fail(block, "the width of the name is not " + std::to_string(nameSize));
+        }
+        block.name = nameOf(cursor.take(nameSize, "name"), block.number);
+        block.storedLength = cursor.u32("stored length");
+        block.flags = cursor.u8("flags");
+        if (cursor.u8("reserved byte") != 0) {
+            fail(block, "the reserved byte is not 0");
+        }
+        checkEntry(block);
+        placeBlock(block);
+        if (!block.isFree() && !block.isIndex()) {
+            Stream& stream = streams_[block.name];
+            stream.parts.push_back({stream.length, block.number});
+            stream.length += block.rawLength;
+        }
+        blocks_.push_back(block);
+    }
+    // a table comes into being with the block behind it, and shows it as free until the end
+    if (first > 0 && blocks_[first].isFree()) {
+        throw Unfinished("the table at byte " + std::to_string(position) + " is not the last one");
+    }
+}
+
+void Container::placeBlock(Block& block) {
+    block.position = blocks_.empty() ? firstBlockPosition
+                                     : blocks_.back().position + blocks_.back().storedLength;
+    if (block.storedLength > fileSize_ - block.position) {
+        throw Unfinished(describe(block) + " reaches behind the end of the file");
+    }
+    readRawLength(block);
+}
+
+void Container::readRawLength(Block& block) {
+    if (!block.isCompressed()) {
+        block.rawLength = block.storedLength;
+        return;
+    }
+    if (block.storedLength < rawLengthSize + smallestStream) {
+        fail(block, "it is too short for its compressed form");
+    }
+    block.rawLength =
+        static_cast<std::uint32_t>(littleEndian(readAt(block.position, rawLengthSize), 4));
+}
+
+void Container::checkEntry(const Block& block) const {
+    if (block.id != ((block.number + 1) & 0xFF)) {
+        fail(block, "the id is " + std::to_string(block.id));
+    }
+    if ((block.flags & ~(Block::compressFlag | Block::freezeFlag)) != 0) {
+        fail(block, "it has unknown flags");
+    }
+    if (block.isFree()) {
+        if (block.storedLength != 0 || block.flags != 0) {
+            fail(block, "it is free but has a length or flags");
+        }
+        return;
+    }
+    if (!blocks_.empty() && blocks_.back().isFree()) {
+        fail(block, "it is used but the block before is free");
+    }
+    if (block.isIndex() != isIndexNumber(block.number)) {
+        fail(block, block.isIndex() ? "it can't be an index block" : "it must be an index block");
+    }
+    if (block.isIndex() && block.flags != Block::freezeFlag) {
+        fail(block, "the flags of an index block are wrong");
+    }
+}
+
+std::uint64_t Container::streamLength(std::string_view name) const {
+    const auto found = streams_.find(name);
+    return found == streams_.end() ? 0 : found->second.length;
+}
+
+std::string Container::stream(std::string_view name) {
+    std::string content;
+    const auto found = streams_.find(name);
+    if (found != streams_.end()) {
+        for (const StreamPart& part : found->second.parts) {
+            expand(blocks_[part.blockNumber],
+                   [&content](std::string_view piece) { content += piece; });
+        }
+    }
+    return content;
+}
+
+const Container::StreamPart* Container::partWith(std::string_view name, std::uint64_t offset,
+                                                 std::uint64_t size) const {
+    const auto found = streams_.find(name);
+    if (found == streams_.end()) {
+        return nullptr;
+    }
+    const std::vector<StreamPart>& parts = found->second.parts;
+    const auto behind = std::upper_bound(
+        parts.begin(), parts.end(), offset,
+        [](std::uint64_t at, const StreamPart& part) { return at < part.start; });
+    const StreamPart& part = *std::prev(behind); // the first one starts at 0
+    const std::uint64_t offsetInBlock = offset - part.start;
+    const std::uint64_t length = blocks_[part.blockNumber].rawLength;
+    return offsetInBlock <= length && size <= length - offsetInBlock ? &part : nullptr;
+}
+
+bool Container::holds(std::string_view name, std::uint64_t offset, std::uint64_t size) const {
+    return partWith(name, offset, size) != nullptr;
+}
+
+std::string Container::bytes(std::string_view name, std::uint64_t offset, std::uint64_t size) {
+    const StreamPart* const part = partWith(name, offset, size);
+    if (part == nullptr) {
+        throw Failure("\"" + std::string(name) + "\": no block holds bytes " +
+                      std::to_string(offset) + " to " + std::to_string(offset + size));
+    }
+    return contentOf(part->blockNumber).substr(offset - part->start, size);
+}
+
+const std::string& Container::contentOf(std::uint64_t blockNumber) {
+    if (contentOwner_ != blockNumber) {
+        contentOwner_.reset();
+        content_.clear();
+        expand(blocks_[blockNumber], [this](std::string_view piece) { content_ += piece; });
+        contentOwner_ = blockNumber;
+    }
+    return content_;
+}
+
+void Container::expand(const Block& block, const std::function<void(std::string_view)>& sink) {
+    if (block.isCompressed()) {
+        expandCompressed(block, sink);
+    } else {
+        expandStored(block, sink);
+    }
+}
+
+void Container::expandStored(const Block& block,
+                             const std::function<void(std::string_view)>& sink) {
+    for (std::uint64_t done = 0; done < block.storedLength; done += pieceSize) {
+        sink(readAt(block.position + done,
+                    std::min<std::uint64_t>(pieceSize, block.storedLength - done)));
+    }
+}
+
+void Container::expandCompressed(const Block& block,
+                                 const std::function<void(std::string_view)>& sink) {
+    Inflater inflater;
+    std::string input;
+    const auto output = std::make_unique<std::array<char, pieceSize>>();
+    std::uint64_t taken = rawLengthSize;
+    std::uint64_t given = 0;
+    int result = Z_OK;
+    while (result != Z_STREAM_END) {
+        if (inflater->avail_in == 0 && taken < block.storedLength) {
+            input = readAt(block.position + taken,
+                           std::min<std::uint64_t>(pieceSize, block.storedLength - taken));
+            taken += input.size();
+            inflater->next_in = reinterpret_cast<Bytef*>(input.data());
+            inflater->avail_in = static_cast<uInt>(input.size());
+        }
+        inflater->next_out = reinterpret_cast<Bytef*>(output->data());
+        inflater->avail_out = static_cast<uInt>(pieceSize);
+        result = inflate(&*inflater, Z_NO_FLUSH);
+        if (result == Z_BUF_ERROR) {
+            fail(block, "its compressed form ends early");
+        }
+        if (result != Z_OK && result != Z_STREAM_END) {
+            fail(block, inflater->msg != nullptr ? inflater->msg : "it can't be expanded");
+        }
+        const std::size_t got = pieceSize - inflater->avail_out;
+        given += got;
+        if (given > block.rawLength) {
+            fail(block, "it has more content than its length says");
+        }
+        sink(std::string_view(output->data(), got));
+    }
+    if (given != block.rawLength) {
+        fail(block, "it has less content than its length says");
+    }
+    if (inflater->avail_in != 0 || taken != block.storedLength) {
+        fail(block, "bytes stand behind its compressed form");
+    }
+}
+
+} // namespace MekReader

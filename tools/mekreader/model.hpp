@@ -1,0 +1,124 @@
+/// @file
+/// Reads the model that a container holds: tree, placements, materials, attributes, variables.
+#pragma once
+
+#include "mekreader/container.hpp"
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace MekReader {
+
+using AttributeValue = std::variant<std::uint32_t, float, std::string, double>;
+using AttributeList = std::map<std::string, AttributeValue>;
+
+/// What a group has beyond name and place in the tree.
+struct Group {
+    std::array<float, 3> translation{};
+    std::array<float, 4> rotation{};
+    std::array<float, 3> scale{};
+    std::uint8_t rootFlag = 0;
+    AttributeList attributes{};
+};
+
+/// The look of a shape. Colours have four channels.
+struct Material {
+    std::array<float, 4> diffuseColor{};
+    std::array<float, 4> specularColor{};
+    std::array<float, 4> emissiveColor{};
+    std::array<float, 4> ambientColor{};
+    float transparency = 0;
+    float shininess = 0;
+    bool materialFlag = false;
+};
+
+/// One named array of a geometry. A linked one has its data described by another variable.
+struct Variable {
+    static constexpr std::uint8_t floatElements = 1;
+    static constexpr std::uint8_t unsignedElements = 5;
+
+    std::string name{};
+    std::uint32_t type = 0; ///< the kind of variable
+    std::uint8_t elementType = 0;
+    bool linked = false;
+    std::uint32_t linkedNodeId = 0;        ///< if linked: geometry of the owner
+    std::uint32_t linkedVariableIndex = 0; ///< if linked: index of the owner there
+    std::uint32_t byteSize = 0;            ///< if not linked, as the next two
+    std::uint8_t width = 0;                ///< values per row
+    std::uint64_t offset = 0;              ///< in the stream "Heavy Data"
+    bool vibration = false;
+    AttributeList attributes{};
+
+    std::uint64_t rows() const { return width == 0 ? 0 : byteSize / (4U * width); }
+};
+
+struct Node {
+    std::uint32_t id = 0;
+    std::uint32_t parent = 0; ///< 0 for none, as the other links
+    std::uint32_t previousSibling = 0;
+    std::uint32_t nextSibling = 0;
+    std::uint32_t firstChild = 0;
+    std::uint32_t lastChild = 0;
+    std::string name{};
+    std::string type{}; ///< "Group", "Shape", "Geometry", or empty
+    std::string version{};
+    std::uint64_t lightOffset = 0;
+    std::optional<Group> group{};
+    std::optional<Material> material{}; ///< of a shape
+    std::vector<Variable> variables{};  ///< of a geometry
+};
+
+/// One run that wrote the file.
+struct Modifier {
+    std::string toolName{};
+    std::string toolVersion{};
+    std::string formatVersion{};
+    std::string date{};
+    std::string computerName{};
+    std::string userName{};
+    std::string comment{};
+};
+
+/// A model file with everything in memory but the data of its arrays, which are read when asked
+/// for. A `File` is for one thread at a time.
+class File {
+public:
+    /// @throws Unfinished the file has no complete index
+    /// @throws Failure the file is not what the format says
+    explicit File(const std::filesystem::path& path);
+
+    Container& container() { return container_; }
+    const Container& container() const { return container_; }
+    const std::vector<Block>& blocks() const { return container_.blocks(); }
+    std::uint64_t streamLength(std::string_view name) const;
+
+    /// All nodes; the one of id i stands at index i - 1.
+    const std::vector<Node>& nodes() const { return nodes_; }
+    const std::vector<Modifier>& modifiers() const { return modifiers_; }
+
+    /// The variable that describes the data: the variable itself, or the end of its links.
+    /// @throws Failure the links lead nowhere
+    const Variable& owner(const Variable& variable) const;
+
+    /// The values of a variable, row after row; links are followed. The bits are taken as they
+    /// are, whatever the variable's element type.
+    std::vector<float> floats(const Variable& variable);
+    std::vector<std::uint32_t> words(const Variable& variable);
+
+private:
+    Container container_;
+    std::vector<Node> nodes_;
+    std::vector<Modifier> modifiers_;
+};
+
+/// Verifies every rule of the format, checksums included.
+/// @throws Failure names the first thing that is wrong
+void check(const std::filesystem::path& path);
+
+} // namespace MekReader
