@@ -1,0 +1,113 @@
+#include <tyr/mek2/model.hpp>
+
+#include "mekreader/failure.hpp"
+#include "mekreader/model.hpp"
+#include "support/testing.hpp"
+
+#include <fstream>
+#include <string>
+
+namespace {
+
+using Testing::failureOf;
+using Testing::readFile;
+
+/// A small finished file, to be damaged.
+class CheckTest : public Testing::FolderTest {
+protected:
+    CheckTest() {
+        using namespace Tyr::Mek2;
+        const Testing::BlockSizeVariable blockSize("20");
+        Model model;
+        model.saveTo(path("good"));
+        const auto ids =
+            model.addAssemblyComponents(std::vector<std::string>{"/r/a", "/r/b", "/r/g/"});
+        model.addArrayProperty(DatasetType::NodeIds, Array1d<unsigned int>({1, 2, 3}), ids[0],
+                               Step{});
+        model.addArrayProperty(DatasetType::ElementIds, Array1d<unsigned int>({4, 5, 6}), ids,
+                               Step{});
+        model.close();
+        good = readFile(path("good"));
+    }
+
+    std::string failureOfBytes(const std::string& bytes) {
+        std::ofstream(path("bad"), std::ios::binary) << bytes;
+        return failureOf<MekReader::Failure>([&] { MekReader::check(path("bad")); });
+    }
+
+    static std::string contentOf(const std::string& name) {
+        MekReader::Container container(name);
+        std::string content;
+        for (const char* stream : {"Heavy Data", "Mek Tree", "Light Data", "Attributes",
+                                   "Resources", "Global Information"}) {
+            content += container.stream(stream);
+        }
+        return content;
+    }
+
+    std::string good;
+};
+
+TEST_F(CheckTest, CallsEveryPrefixUnfinished) {
+    EXPECT_NO_THROW(MekReader::check(path("good")));
+    for (std::size_t size = 0; size < good.size(); size += size < 100 ? 1 : 97) {
+        EXPECT_EQ(failureOfBytes(good.substr(0, size)).substr(0, 18), "file is unfinished") << size;
+    }
+    std::string withoutIndex = good;
+    withoutIndex.replace(12, 2788, 2788, '\0');
+    EXPECT_EQ(failureOfBytes(withoutIndex), "file is unfinished: it has no index");
+    EXPECT_EQ(failureOfBytes(good + '\0').substr(0, 18), "file is unfinished");
+}
+
+/// The freeze flag and bits that a compressed form does not use have no content behind them.
+TEST_F(CheckTest, EveryFlippedBitIsFoundOrHarmless) {
+    const std::string content = contentOf(path("good"));
+    std::fstream file(path("good"), std::ios::binary | std::ios::in | std::ios::out);
+    const auto put = [&](std::size_t position, int byte) {
+        file.seekp(static_cast<std::streamoff>(position));
+        file.put(static_cast<char>(byte)).flush();
+    };
+    std::size_t harmless = 0;
+    // behind the first blocks comes the table of an index block, one entry like the other
+    for (std::size_t position = 0; position < good.size(); position += position < 4000 ? 1 : 29) {
+        for (int bit = 0; bit < 8; ++bit) {
+            put(position, good[position] ^ (1 << bit));
+            try {
+                MekReader::check(path("good"));
+                EXPECT_EQ(contentOf(path("good")), content) << position << " bit " << bit;
+                ++harmless;
+            } catch (const MekReader::Failure&) {
+                continue;
+            }
+        }
+        put(position, good[position]);
+    }
+    EXPECT_LT(harmless, 100U);
+}
+
+TEST_F(CheckTest, SaysWhatIsWrong) {
+    struct Case {
+        std::size_t position;
+        const char* bytes;
+        const char* failure;
+    };
+    constexpr std::size_t stored = 20 + 133;
+    for (const Case& one :
+         {Case{0, "X", "not a container: the signature is wrong"},
+          Case{8, "2", "head: the format version is not 1.3"},
+          Case{20, "\x07", "block 0 (\"Heavy Data\"): the id is 7"},
+          Case{stored + 4, "\x02", "block 0 (\"Heavy Data\"): it has unknown flags"},
+          Case{stored, "\xFF\xFF\xFF\x7F",
+               "file is unfinished: block 0 (\"Heavy Data\") reaches behind the end of the file"},
+          Case{2800, "\xFF\xFF\xFF\x7F",
+               "block 0 (\"Heavy Data\"): it has less content than its length says"},
+          Case{2804, "\x79", "block 0 (\"Heavy Data\"): incorrect header check"}}) {
+        std::string bytes = good;
+        bytes.replace(one.position, std::string(one.bytes).size(), one.bytes);
+        EXPECT_EQ(failureOfBytes(bytes), one.failure);
+    }
+    EXPECT_EQ(failureOf<MekReader::Failure>([&] { MekReader::check(path("none")); }),
+              "there is no such file");
+}
+
+} // namespace
