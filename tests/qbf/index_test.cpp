@@ -181,6 +181,9 @@ TEST_F(IndexTest, NeverFinishesAFileThatLostABlock) {
     std::FILE* const readOnly = std::fopen(path("out").c_str(), "rb");
     EXPECT_THROW(file.index.FlushFrozen(readOnly), Tyr::Exception::FileWriteException);
     std::fclose(readOnly);
+    put("Heavy Data", "i");
+    file.SetBlockFlags("Heavy Data", FlagFreeze);
+    file.index.FlushFrozen(file.stream);
 
     EXPECT_THROW(file.index.WriteAllBuffersToFileStream(file.stream),
                  Tyr::Exception::FileWriteException);

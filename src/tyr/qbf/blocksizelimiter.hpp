@@ -2,7 +2,6 @@
 /// Which blocks bear one name, and how large they may grow.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -12,10 +11,9 @@ namespace TyrQbf {
 /// How far work on the blocks of one name has come, so that it is never done twice. Every count is
 /// one of leading elements of `blockNumbers`.
 struct BlockProgress {
-    std::size_t summedBlocks = 0;              ///< blocks whose content is in `summedLength`
-    std::uint64_t summedLength = 0;            ///< bytes of content before transformation
-    std::size_t frozenBlocks = 0;              ///< blocks that have gone to the file
-    std::array<std::size_t, 8> flaggedBlocks{}; ///< by bit: blocks that have the flag
+    std::size_t summedBlocks = 0;   ///< blocks whose content is in `summedLength`
+    std::uint64_t summedLength = 0; ///< bytes of content before transformation
+    std::size_t frozenBlocks = 0;   ///< blocks that have gone to the file
 };
 
 /// The blocks of one name, in the order in which they were taken.

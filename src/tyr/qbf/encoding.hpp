@@ -28,6 +28,7 @@ void Encode(Block& block, unsigned int value);
 void Encode(Block& block, std::uint64_t value);
 void Encode(Block& block, float value);
 void Encode(Block& block, const std::string& text);
+void Encode(Block& block, const char* text) = delete; // would be taken for a bool
 void Encode(Block& block, const std::vector<unsigned char>& values);
 void Encode(Block& block, const std::vector<unsigned int>& values);
 void Encode(Block& block, const std::vector<float>& values);

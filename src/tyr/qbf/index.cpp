@@ -113,19 +113,14 @@ void Index::SetBlockFlags(const std::string& name, unsigned char flags) {
     if (found == limiters.end()) {
         return;
     }
+    // what has the flags already is at the beginning, since every block gets them that is there
     const std::vector<BlockNumber>& numbers = found->second.blockNumbers;
-    for (std::size_t bit = 0; bit < 8; ++bit) {
-        const auto flag = static_cast<std::uint8_t>(1U << bit);
-        if ((flags & flag) == 0) {
-            continue;
+    for (auto number = numbers.rbegin(); number != numbers.rend(); ++number) {
+        IndexEntry& entry = entries[*number];
+        if ((entry.flags & flags) == flags) {
+            break;
         }
-        // the list of free blocks also shrinks, so that nothing can be remembered of it
-        std::size_t& flagged = found->second.progress.flaggedBlocks[bit];
-        std::size_t next = name == EmptyBlockName ? 0 : flagged;
-        for (; next < numbers.size(); ++next) {
-            entries[numbers[next]].flags |= flag;
-        }
-        flagged = next;
+        entry.flags |= flags;
     }
 }
 
@@ -174,7 +169,7 @@ bool Index::IsSettled(BlockNumber number) const {
 void Index::WriteAllBuffersToFileStream(std::FILE* stream) {
     TYR_LOG("TyrQbf::Index::WriteAllBuffersToFileStream",
             "Writing all buffers to file stream ...");
-    if (blockLost) {
+    if (pendingWrites != 0) {
         TYR_RAISE(Tyr::Exception::FileWriteException("Unable to write to file"));
     }
     BlockNumber first = 0;
@@ -215,7 +210,7 @@ Index::BlockNumber Index::GetCurrentBlock(const std::string& name) {
 
 /// What can fail comes before what changes a list, so that a number is never lost halfway.
 Index::BlockNumber Index::AddBlock(const std::string& name) {
-    if (limiters.find(EmptyBlockName) == limiters.end()) {
+    if (entries.empty()) {
         firstTableLength = ReserveEntries(firstTableEntries) + lengthFieldSize;
     }
     std::vector<BlockNumber>& freeNumbers = GetBlockSizeLimiter(EmptyBlockName).blockNumbers;
@@ -306,6 +301,7 @@ void Index::WriteBufferToFileStream(std::uint64_t number, std::FILE* stream) {
     }
     entry.storedLength = block.length;
     ComputePosition(number);
+    ++pendingWrites;
     if ((entry.flags & FlagFreeze) != 0) {
         entry.frozen = true;
         entry.rawLength = raw;
@@ -316,13 +312,12 @@ void Index::WriteBufferToFileStream(std::uint64_t number, std::FILE* stream) {
         progress.summedLength = 0;
     }
     TYR_LOG(function, "Writing buffer at position: " << entry.position);
-    blockLost = true;
     if (!Tyr::Platform::seekTo(stream, entry.position)) {
         TYR_LOG(function, "File positioning failed");
         TYR_RAISE(Tyr::Exception::FileWriteException("Saving the buffer failed"));
     }
     block.Write(stream, false);
-    blockLost = false;
+    --pendingWrites;
     block.Release();
     TYR_LOG(function, "Buffer " << number << " written to stream.");
 }

@@ -60,8 +60,9 @@ struct IndexEntry {
 
 /// Hands out block numbers by name, writes full blocks early and the tables at the end.
 ///
-/// Owns the buffers of all blocks. Failures of `Block` pass through; a failure while writing
-/// leaves the file incomplete, and every later attempt to finish it fails.
+/// Owns the buffers of all blocks. Failures of `Block` pass through. A block whose writing failed
+/// early is lost, and the file with it: finishing it fails then. Once finishing has begun, whether
+/// it fails or not, no other operation may follow.
 class Index {
 public:
     Index() = default;
@@ -123,8 +124,8 @@ private:
     void ComputePosition(BlockNumber number);
     std::uint64_t EndOfBlockBelow(BlockNumber number) const;
 
-    BlockNumber settledBlocks = 0; ///< leading numbers that are in the file or index blocks
-    bool blockLost = false;        ///< a block counts as frozen whose writing failed
+    BlockNumber settledBlocks = 0;   ///< leading numbers that are in the file or index blocks
+    std::uint64_t pendingWrites = 0; ///< blocks that count as written; stays above 0 on failure
 };
 
 template <class T>
