@@ -53,6 +53,7 @@ public:
     void AddChildNode(std::unique_ptr<Node> node);
 
     /// Moves to the group of that name below the current node, adding it if need be.
+    /// @throws KeyNotFound the cursor is on no node; nothing is changed
     void AddGroupNode(const std::string& name);
 
     /// Moves to the geometry of the shape of that name, adding both if need be.
@@ -69,6 +70,7 @@ public:
     std::uint64_t WriteStreamDataset(const unsigned int* data, int count, unsigned char width);
 
     /// Writes everything that is left and closes the file; without an open file it does nothing.
+    /// After a failure the stream stays open, for `CloseFile`, and must not be saved to again.
     /// @throws FileWriteException
     void Save(TyrQbf::QbFile& output, const std::string& comment);
     void SaveTree(TyrQbf::QbFile& output);
@@ -80,7 +82,7 @@ public:
     ModifierInfo currentModifier;
     TyrQbf::QbFile file;
 
-    /// Saving has begun, so that the file takes no more datasets, and saving cannot begin again.
+    /// Saving has begun: the file takes no more datasets, and is not to be saved again.
     bool saveBegun = false;
 
 private:

@@ -112,6 +112,7 @@ std::string localDate() {
     const std::time_t now = std::time(nullptr);
     std::tm local{};
     std::array<char, 120> buffer{};
+    tzset(); // the re-entrant form need not look at the time zone again by itself
     if (localtime_r(&now, &local) == nullptr) {
         return {};
     }
