@@ -185,15 +185,18 @@ public:
 
     /// Streams an array into the file and makes it a named variable of geometries, for steps.
     ///
-    /// The array is written once. The first pair of id and step owns it and carries the
+    /// The array is written once. The first pair of a geometry and a step owns it and carries the
     /// attributes; all further pairs become links to the first. A variable's name is `name`, and
     /// behind it, if the step has a name, the character 0x1E and that. Ids of groups and shapes
-    /// are passed over. A name that a geometry has already is set anew. Attributes of the call win
-    /// over those of a step. The keys "Complex", "Contents", "DataSource", "DataType",
-    /// "Structure" and those that begin with "Link." are left out; "Category" with the text
-    /// "Vibration" marks the variable as a vibration.
+    /// are passed over. A variable of that name which the geometry has already gets the new data,
+    /// and the attributes are added to its own. Attributes of the call win over those of a step.
+    /// The keys "Complex", "Contents", "DataSource", "DataType", "Structure" and those that begin
+    /// with "Link." are left out; "Category" with the text "Vibration" marks the variable as a
+    /// vibration.
     ///
-    /// With no rows or no ids nothing happens. Afterwards the current node is the last id.
+    /// With no rows or no ids nothing happens. Otherwise, if there are steps, the current node
+    /// afterwards is the last id that was handled. After a failure the pairs handled before it
+    /// keep their variables, and the data stays in the file even if no variable refers to it.
     ///
     /// @tparam Array `Array1d` or `Array2d` of `float` or `unsigned int`
     /// @tparam Id `unsigned int` or `Array1d<unsigned int>`: ids of geometries

@@ -6,13 +6,9 @@
 
 namespace TyrMek {
 
-class NumericArray {
+/// Held by value, never through a base.
+class NumericArray final {
 public:
-    NumericArray() = default;
-    NumericArray(const NumericArray&) = default;
-    NumericArray& operator=(const NumericArray&) = default;
-    virtual ~NumericArray() = default;
-
     virtual const std::uint8_t& GetWidth() const { return width; }
     virtual std::uint64_t GetValueCount() const { return byteSize / 4; }
 
