@@ -14,8 +14,14 @@ write_basic_package_version_file(MekApi2ConfigVersion.cmake COMPATIBILITY SameMa
 install(FILES ${PROJECT_BINARY_DIR}/MekApi2Config.cmake ${PROJECT_BINARY_DIR}/MekApi2ConfigVersion.cmake
     DESTINATION ${package_dir})
 
-# The package can be moved: its paths are told relative to the place of the .pc file.
+# The package can be moved: its paths are told relative to the place of the .pc file, unless they
+# were given as absolute ones.
 file(RELATIVE_PATH pc_prefix
     ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" pc_prefix "${pc_prefix}")
+set(pc_libdir "\${prefix}")
+cmake_path(APPEND pc_libdir "${CMAKE_INSTALL_LIBDIR}")
+set(pc_includedir "\${prefix}")
+cmake_path(APPEND pc_includedir "${CMAKE_INSTALL_INCLUDEDIR}")
 configure_file(cmake/mekapi2.pc.in mekapi2.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/mekapi2.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,18 +1,28 @@
-# How every target of this project is compiled.
+# How every target of this project is compiled and installed.
 
 function(tyr_set_warnings target)
     if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
         target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
     endif()
+    set_target_properties(${target} PROPERTIES
+        COMPILE_WARNING_AS_ERROR ${MEKAPI2_WARNINGS_AS_ERRORS})
 endfunction()
 
-# Source paths are relative in failures, log lines and debug information.
+# Source paths are relative in failures, log lines and debug information. Of several that match,
+# one compiler takes the last and another the longest, so the longest come last.
 function(tyr_map_source_paths target)
     if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
         target_compile_options(${target} PRIVATE
-            -ffile-prefix-map=${PROJECT_SOURCE_DIR}/src/=
-            -ffile-prefix-map=${PROJECT_SOURCE_DIR}/include/=
             -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
-            -ffile-prefix-map=${PROJECT_BINARY_DIR}/=)
+            -ffile-prefix-map=${PROJECT_BINARY_DIR}/=
+            -ffile-prefix-map=${PROJECT_SOURCE_DIR}/include/=
+            -ffile-prefix-map=${PROJECT_SOURCE_DIR}/src/=)
     endif()
+endfunction()
+
+# Installs a program so that it finds the library next to it, wherever the package is moved.
+function(tyr_install_program target)
+    file(RELATIVE_PATH libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries}")
+    install(TARGETS ${target} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endfunction()
