@@ -52,9 +52,9 @@ TEST_F(IndexTest, WritesTwoStreamsByteForByte) {
     EXPECT_EQ(hex(bytes.substr(153, 11)), "13 00 00 00 01 00 02 80 00 00 00");
     EXPECT_EQ(bytes.substr(164, 128), "Heavy Data" + std::string(118, '\0'));
     EXPECT_EQ(hex(bytes.substr(292, 6)), "04 00 00 00 00 00");
-    for (int id = 3; id <= 20; ++id) {
+    for (std::size_t id = 3; id <= 20; ++id) {
         const std::string entry = bytes.substr(298 + 139 * (id - 3), entrySize);
-        EXPECT_EQ(entry[0], id);
+        EXPECT_EQ(static_cast<std::size_t>(entry[0]), id);
         EXPECT_EQ(hex(entry.substr(1)),
                   "80 00 00 00 0B 45 6D 70 74 79 20 42 6C 6F 63 6B 20 " + repeatedHex("00", 121));
     }
