@@ -61,8 +61,8 @@ public:
 
 private:
     struct Key {
-        unsigned int parentId;
-        std::string_view name;
+        unsigned int parentId = 0;
+        std::string_view name{};
         bool operator==(const Key& other) const {
             return parentId == other.parentId && name == other.name;
         }

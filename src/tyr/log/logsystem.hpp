@@ -18,6 +18,6 @@ LogSystem& logSystem();
 #define TYR_LOG(function, pieces)                                                           \
     do {                                                                                    \
         ::Tyr::Log::Record<char> tyrLogRecord(TYR_SOURCE_FILE, (function), __LINE__);       \
-        tyrLogRecord << pieces;                                                             \
+        tyrLogRecord << pieces; /* NOLINT(bugprone-macro-parentheses): several of them */   \
         ::Tyr::Log::logSystem() += tyrLogRecord;                                            \
     } while (false)

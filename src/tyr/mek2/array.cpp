@@ -75,7 +75,9 @@ Array1d<T>::~Array1d() {
 
 template <class T>
 const Array1d<T>& Array1d<T>::operator=(const Array1d& other) {
-    data_->values = other.data_->values;
+    if (this != &other) {
+        data_->values = other.data_->values;
+    }
     return *this;
 }
 
@@ -139,7 +141,9 @@ Array2d<T>::~Array2d() {
 
 template <class T>
 const Array2d<T>& Array2d<T>::operator=(const Array2d& other) {
-    data_->values = other.data_->values;
+    if (this != &other) {
+        data_->values = other.data_->values;
+    }
     return *this;
 }
 
