@@ -1,4 +1,4 @@
-# How every target of this project is compiled and installed.
+# How every target of this project is compiled.
 
 function(tyr_set_warnings target)
     if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
@@ -18,11 +18,4 @@ function(tyr_map_source_paths target)
             -ffile-prefix-map=${PROJECT_SOURCE_DIR}/include/=
             -ffile-prefix-map=${PROJECT_SOURCE_DIR}/src/=)
     endif()
-endfunction()
-
-# Installs a program so that it finds the library next to it, wherever the package is moved.
-function(tyr_install_program target)
-    file(RELATIVE_PATH libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-    set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries}")
-    install(TARGETS ${target} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endfunction()

@@ -17,6 +17,7 @@ check_prefix() {
     mkdir -p "$work"
     cmake --install "$BUILD_DIR" --prefix "$work/fresh" >"$work/install.log"
     mv "$work/fresh" "$prefix"
+    ! ldd "$prefix"/bin/* "$prefix"/lib*/*.so | grep "not found" || fail "a library is missing"
 }
 
 # $1: folder of the built programs
