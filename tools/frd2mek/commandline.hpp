@@ -1,0 +1,31 @@
+/// @file
+/// The command line of the converter.
+#pragma once
+
+#include <filesystem>
+#include <stdexcept>
+
+namespace Frd {
+
+enum class Task { Convert, ShowHelp, ShowVersion };
+
+struct CommandLine {
+    Task task = Task::Convert;
+    std::filesystem::path input{};
+    std::filesystem::path output{};
+    bool overwrite = false;
+};
+
+/// The arguments make no sense; the message tells why.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+extern const char* const usage;
+
+/// Without an output path it is the input's with the ending ".mek".
+/// @throws UsageError
+CommandLine parseCommandLine(int count, const char* const* arguments);
+
+} // namespace Frd

@@ -1,0 +1,56 @@
+#include "converter.hpp"
+
+#include "frd/resultfile.hpp"
+#include "frd/survey.hpp"
+#include "outputfile.hpp"
+#include "progress.hpp"
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace Frd {
+
+namespace {
+
+std::vector<SurveyedResult> survey(const std::filesystem::path& input, Progress& progress) {
+    LineReader lines(input, [&](std::uint64_t done) { progress.show("surveying", done); });
+    return surveyResults(lines);
+}
+
+void writeModel(ResultFile& file, const std::vector<SurveyedResult>& surveyed,
+                const std::string& rootName, ModelWriter& writer) {
+    writer.writeMesh(file.job(), rootName, file.nodes(), file.takeMesh());
+    ResultHead head;
+    std::vector<float> values;
+    for (std::size_t index = 0; file.nextResult(head); ++index) {
+        file.readValues(head, values);
+        writer.writeResult(head, index < surveyed.size() ? surveyed[index] : SurveyedResult{},
+                           values);
+    }
+    writer.close();
+}
+
+} // namespace
+
+Summary convert(const std::filesystem::path& input, const std::filesystem::path& output,
+                bool overwrite) {
+    if (!std::filesystem::is_regular_file(input)) {
+        throw std::runtime_error(input.string() + ": no such file");
+    }
+    OutputFile target(output, input, overwrite);
+    const std::uintmax_t bytesIn = std::filesystem::file_size(input);
+    Progress progress(bytesIn);
+    const std::vector<SurveyedResult> surveyed = survey(input, progress);
+    ResultFile file(input, [&](std::uint64_t done) { progress.show("converting", done); });
+
+    ModelWriter writer(target.unfinishedPath());
+    writeModel(file, surveyed, input.stem().string(), writer);
+    Summary summary = writer.summary();
+    summary.bytesIn = bytesIn;
+    summary.bytesOut = std::filesystem::file_size(target.unfinishedPath());
+    target.finish();
+    return summary;
+}
+
+} // namespace Frd

@@ -1,0 +1,24 @@
+/// @file
+/// What the reader raises about the content of a file.
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+namespace Frd {
+
+/// A line is not what the format demands; the message tells what was expected and what was found.
+class FormatError : public std::runtime_error {
+public:
+    FormatError(std::uint64_t line, const std::string& message)
+        : std::runtime_error(message), line_(line) {}
+
+    /// Number of the line in the file, from 1.
+    std::uint64_t line() const { return line_; }
+
+private:
+    std::uint64_t line_;
+};
+
+} // namespace Frd

@@ -1,0 +1,56 @@
+/// @file
+/// Nodes and elements of a result file.
+#pragma once
+
+#include "frd/elementtype.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace Frd {
+
+/// The nodes in the file's order, each in a row of its own, and the way back from number to row.
+class NodeTable {
+public:
+    void add(std::uint32_t id) { ids_.push_back(id); }
+
+    /// Makes the nodes added so far known to `rowOf`.
+    /// @return the row of a node that was added before under the same number, if there is one
+    std::optional<std::size_t> arrange();
+
+    /// The row of a node, if there is one of this number.
+    /// @param guess a row to look at first
+    std::optional<std::uint32_t> rowOf(std::uint32_t id, std::size_t guess) const;
+
+    std::size_t size() const { return ids_.size(); }
+    const std::vector<std::uint32_t>& ids() const { return ids_; }
+
+private:
+    struct Entry {
+        std::uint32_t id;
+        std::uint32_t row;
+    };
+
+    std::vector<std::uint32_t> ids_;
+    std::vector<Entry> entries_; ///< in ascending order of the numbers
+};
+
+/// Elements of one material and type.
+struct ElementSet {
+    std::vector<std::uint32_t> ids{};
+    std::vector<std::uint32_t> nodeRows{}; ///< element after element
+};
+
+/// Material number and type number (1 to 12) of elements.
+using ElementKey = std::pair<std::int64_t, std::size_t>;
+
+struct Mesh {
+    std::vector<float> coordinates{}; ///< x, y, z of each row of the node table
+    std::map<ElementKey, ElementSet> elements{};
+};
+
+} // namespace Frd

@@ -1,0 +1,69 @@
+/// @file
+/// Writes what a result file holds as a model.
+#pragma once
+
+#include "frd/resultfile.hpp"
+#include "frd/survey.hpp"
+
+#include <tyr/mek2/model.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace Frd {
+
+/// What a model file came to hold.
+struct Summary {
+    std::size_t nodes = 0;
+    std::size_t elements = 0;
+    std::size_t shapes = 0;
+    std::size_t results = 0; ///< names of results
+    std::size_t steps = 0;   ///< names of steps
+    std::uintmax_t bytesIn = 0;
+    std::uintmax_t bytesOut = 0;
+};
+
+/// One write cycle: the mesh first, then result after result, then `close`.
+class ModelWriter {
+public:
+    explicit ModelWriter(const std::filesystem::path& path);
+
+    /// Builds the tree and writes all nodes and elements.
+    /// @param rootName takes the place of a job name that is empty
+    void writeMesh(const Job& job, const std::string& rootName, const NodeTable& nodes,
+                   const Mesh& mesh);
+
+    /// @param values row after row, as `ResultFile::readValues` gives them
+    void writeResult(const ResultHead& head, const SurveyedResult& survey,
+                     const std::vector<float>& values);
+
+    void close();
+
+    const Summary& summary() const { return summary_; }
+
+private:
+    void addTree(const Job& job, const std::string& rootName, const Mesh& mesh);
+    void describeGroups(const Job& job, const std::string& rootName,
+                        const std::map<std::int64_t, std::string>& groupNames);
+    void writeNodes(const NodeTable& nodes, const Mesh& mesh);
+    void writeElements(unsigned int shape, std::size_t type, const ElementSet& elements);
+    void writeComponents(const ResultHead& head, const SurveyedResult& survey,
+                         const Tyr::Mek2::Step& step, const std::vector<float>& values);
+    template <class Array>
+    void addResult(const std::string& name, Tyr::Mek2::DatasetType type, const Array& array,
+                   Tyr::Mek2::Step step, const Tyr::Mek2::Attributes& attributes);
+    std::string uniqueStepName(const std::string& result, const std::string& step);
+
+    Tyr::Mek2::Model model_;
+    Tyr::Mek2::Array1d<unsigned int> shapes_;
+    std::map<std::string, std::map<std::string, unsigned int>> stepCounts_; ///< by result, then step
+    std::set<std::string> stepNames_;
+    Summary summary_;
+};
+
+} // namespace Frd
