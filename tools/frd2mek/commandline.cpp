@@ -44,8 +44,9 @@ CommandLine parseCommandLine(int count, const char* const* arguments) {
         throw UsageError(paths.size() > 2 ? "too many arguments" : "no input file given");
     }
     result.input = paths.front();
-    result.output = paths.size() == 2 ? std::filesystem::path(paths.back())
-                                      : std::filesystem::path(result.input).replace_extension("mek");
+    result.output = paths.size() == 2
+                        ? std::filesystem::path(paths.back())
+                        : std::filesystem::path(result.input).replace_extension("mek");
     return result;
 }
 

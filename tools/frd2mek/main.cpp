@@ -16,8 +16,8 @@ constexpr int exitUsage = 2;
 void print(const std::filesystem::path& output, const Frd::Summary& summary) {
     std::cout << output.string() << ": " << summary.nodes << " nodes, " << summary.elements
               << " elements, " << summary.shapes << " shapes, " << summary.results << " results, "
-              << summary.steps << " steps, " << summary.bytesIn << " bytes in, "
-              << summary.bytesOut << " bytes out" << std::endl;
+              << summary.steps << " steps, " << summary.bytesIn << " bytes in, " << summary.bytesOut
+              << " bytes out" << std::endl;
 }
 
 int convert(const Frd::CommandLine& commandLine) {
@@ -40,14 +40,14 @@ int main(int count, char** arguments) {
     try {
         const Frd::CommandLine commandLine = Frd::parseCommandLine(count, arguments);
         switch (commandLine.task) {
-        case Frd::Task::ShowHelp:
-            std::cout << Frd::usage;
-            return EXIT_SUCCESS;
-        case Frd::Task::ShowVersion:
-            std::cout << "frd2mek " FRD2MEK_VERSION "\n";
-            return EXIT_SUCCESS;
-        case Frd::Task::Convert:
-            return convert(commandLine);
+            case Frd::Task::ShowHelp:
+                std::cout << Frd::usage;
+                return EXIT_SUCCESS;
+            case Frd::Task::ShowVersion:
+                std::cout << "frd2mek " FRD2MEK_VERSION "\n";
+                return EXIT_SUCCESS;
+            case Frd::Task::Convert:
+                return convert(commandLine);
         }
     } catch (const Frd::UsageError& error) {
         std::cerr << "frd2mek: " << error.what() << "\n\n" << Frd::usage;

@@ -15,6 +15,7 @@ using Tyr::Mek2::Attributes;
 using Tyr::Mek2::DatasetType;
 using Tyr::Mek2::Step;
 
+constexpr unsigned int rootId = 1;
 constexpr std::size_t vectorWidth = 3;
 constexpr std::size_t tensorWidth = 6;
 const std::string displacementName = "DISP";
@@ -160,11 +161,12 @@ void ModelWriter::addTree(const Job& job, const std::string& rootName, const Mes
 
 void ModelWriter::describeGroups(const Job& job, const std::string& rootName,
                                  const std::map<std::int64_t, std::string>& groupNames) {
-    model_.setNodeData(model_.getNodeId({rootName}), {}, attributesOf(job));
+    model_.setNodeData(rootId, {}, attributesOf(job));
     for (const auto& [material, name] : groupNames) {
         Attributes attributes;
         attributes.set("Material", static_cast<unsigned int>(material));
-        model_.setNodeData(model_.getNodeId({rootName, name}), {}, attributes);
+        const std::vector<std::string> path{rootName, name};
+        model_.setNodeData(model_.getNodeId(path), {}, attributes);
     }
 }
 
@@ -177,8 +179,8 @@ void ModelWriter::writeNodes(const NodeTable& nodes, const Mesh& mesh) {
 void ModelWriter::writeElements(unsigned int shape, std::size_t type, const ElementSet& elements) {
     static constexpr DatasetType connectivity[] = {
         DatasetType::Connectivity0, DatasetType::Connectivity1, DatasetType::Connectivity2};
-    static constexpr DatasetType polylength[] = {
-        DatasetType::Polylength0, DatasetType::Polylength1, DatasetType::Polylength2};
+    static constexpr DatasetType polylength[] = {DatasetType::Polylength0, DatasetType::Polylength1,
+                                                 DatasetType::Polylength2};
     const ElementType& elementType = elementTypes[type - 1];
     const std::size_t dimensionIndex = elementType.dimension - 1;
     const Array1d<unsigned int> lengths(elements.ids.size(),

@@ -61,7 +61,8 @@ private:
 
     Tyr::Mek2::Model model_;
     Tyr::Mek2::Array1d<unsigned int> shapes_;
-    std::map<std::string, std::map<std::string, unsigned int>> stepCounts_; ///< by result, then step
+    std::map<std::string, std::map<std::string, unsigned int>>
+        stepCounts_; ///< by result, then step
     std::set<std::string> stepNames_;
     Summary summary_;
 };

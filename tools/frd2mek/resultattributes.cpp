@@ -26,7 +26,7 @@ struct Analysis {
 constexpr std::array<Analysis, 5> analyses{{{"Static", "Time", "t"},
                                             {"Time step", "Time", "t"},
                                             {"Frequency", "Frequency", "f"},
-                                            {"Load step", "Load", "load"},
+                                            {"Load step", "Value", "value"},
                                             {"Buckling", "BucklingFactor", "factor"}}};
 
 Analysis analysisOf(const ResultHead& head, const SurveyedResult& survey) {
@@ -44,11 +44,13 @@ bool isModal(const ResultHead& head) {
     return head.analysisType == Frequency || head.analysisText == "MODAL";
 }
 
-/// The shortest text that reads back as the same number.
+/// All digits that a value of twelve columns can have, without zeros at their end.
 std::string textOf(double value) {
+    constexpr int digits = 12;
     std::array<char, 32> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
-    return std::string(text.data(), end);
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value,
+                                   std::chars_format::general, digits);
+    return std::string(text.data(), end.ptr);
 }
 
 enum class ParameterKind { Integer, Real, Text };
@@ -118,11 +120,10 @@ std::string stepLabel(const ResultHead& head) {
     if (!isModal(head)) {
         return "Step " + std::to_string(head.number);
     }
-    const auto mode = std::find_if(
-        head.parameters.begin(), head.parameters.end(),
-        [](const NamedText& parameter) { return parameter.name == modeParameter; });
-    return "Mode " +
-           (mode != head.parameters.end() ? mode->text : std::to_string(head.number));
+    const auto mode =
+        std::find_if(head.parameters.begin(), head.parameters.end(),
+                     [](const NamedText& parameter) { return parameter.name == modeParameter; });
+    return "Mode " + (mode != head.parameters.end() ? mode->text : std::to_string(head.number));
 }
 
 /// The solver writes amplitudes and phases in degrees side by side: MAG1, MAG2, ... PHA1, ...

@@ -20,7 +20,8 @@ bool isBlank(std::string_view text) {
 
 std::string printable(std::string_view text) {
     std::string result(text);
-    std::replace_if(result.begin(), result.end(), [](char c) { return !isPrintable(c); }, '_');
+    std::replace_if(
+        result.begin(), result.end(), [](char c) { return !isPrintable(c); }, '_');
     return result;
 }
 

@@ -31,7 +31,8 @@ std::optional<std::uint32_t> NodeTable::rowOf(std::uint32_t id, std::size_t gues
     const std::size_t fromFront = id - entries_.front().id;
     const std::size_t fromBack = entries_.back().id - id;
     const std::size_t last = entries_.size() - 1;
-    const auto begin = entries_.begin() + static_cast<std::ptrdiff_t>(last - std::min(last, fromBack));
+    const auto begin =
+        entries_.begin() + static_cast<std::ptrdiff_t>(last - std::min(last, fromBack));
     const auto end = entries_.begin() + static_cast<std::ptrdiff_t>(std::min(last, fromFront) + 1);
     const auto found = std::lower_bound(
         begin, end, id, [](const Entry& entry, std::uint32_t number) { return entry.id < number; });

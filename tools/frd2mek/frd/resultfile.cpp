@@ -27,8 +27,8 @@ constexpr std::size_t text = 24;
 constexpr Columns materialNumber{9, 5};
 constexpr std::size_t materialName = 14;
 constexpr std::string_view materialKey = "    1UMAT";
-constexpr std::string_view knownKeys[] = {"USER", "DATE", "TIME", "HOST", "PGM", "VERSION",
-                                          "COMPILETIME", "DIR", "DBN"};
+constexpr std::string_view knownKeys[] = {"USER",    "DATE",        "TIME", "HOST", "PGM",
+                                          "VERSION", "COMPILETIME", "DIR",  "DBN"};
 } // namespace UserColumns
 
 /// Record 100C.
@@ -71,14 +71,15 @@ Mesh ResultFile::takeMesh() {
 }
 
 bool ResultFile::nextResult(ResultHead& head) {
-    if (!isAtResult_) {
+    if (place_ == Place::BehindBlock) {
         line_ = lines_.require("a record 100C or 9999");
         readUpToResult();
     }
-    if (isAtResult_) {
-        readResultHead(head);
+    if (place_ == Place::AtEnd) {
+        return false;
     }
-    return isAtResult_;
+    readResultHead(head);
+    return true;
 }
 
 void ResultFile::readValues(const ResultHead& head, std::vector<float>& values) {
@@ -96,7 +97,7 @@ void ResultFile::readValues(const ResultHead& head, std::vector<float>& values) 
         readNodeValues(count, values.data() + row * count);
         guess = row + std::size_t{1};
     }
-    isAtResult_ = false;
+    place_ = Place::BehindBlock;
 }
 
 /// From the line at hand to the head of a result block, or to the end of the file.
@@ -104,7 +105,7 @@ void ResultFile::readUpToResult() {
     while (readRecord()) {
         line_ = lines_.require("a record 1C, 1U, 1P, 2C, 3C, 100C or 9999");
     }
-    if (!isAtResult_) {
+    if (place_ == Place::AtEnd) {
         expectEndOfFile();
     }
 }
@@ -113,10 +114,11 @@ void ResultFile::readUpToResult() {
 /// @return false if it is the head of a result block or the end
 bool ResultFile::readRecord() {
     if (line_.startsWith("  100C")) {
-        isAtResult_ = true;
+        place_ = Place::AtResult;
         return false;
     }
     if (line_.startsWith(" 9999")) {
+        place_ = Place::AtEnd;
         return false;
     }
     if (line_.startsWith("    1P")) {
@@ -137,15 +139,15 @@ bool ResultFile::readRecord() {
 
 ResultFile::Format ResultFile::formatOf(const Line& head, Columns code) {
     switch (head.integerOrZero(code, "a format code")) {
-    case 0:
-        return {5, 15};
-    case 1:
-        return {10, 10};
-    default:
-        head.failExpecting(
-            "format code 0 or 1 (text; a binary file has 2 or 3, and results written with "
-            "*NODE FILE and *EL FILE are text)",
-            code);
+        case 0:
+            return {5, 15};
+        case 1:
+            return {10, 10};
+        default:
+            head.failExpecting(
+                "format code 0 or 1 (text; a binary file has 2 or 3, and results written with "
+                "*NODE FILE and *EL FILE are text)",
+                code);
     }
 }
 
@@ -168,8 +170,8 @@ void ResultFile::readUserText() {
 void ResultFile::readParameter() {
     const std::string_view record = line_.text().substr(headKeyWidth);
     const std::size_t nameWidth = std::min(record.find(' '), record.size());
-    parameters_.push_back({line_.name({headKeyWidth, nameWidth}),
-                           line_.nameFrom(headKeyWidth + nameWidth)});
+    parameters_.push_back(
+        {line_.name({headKeyWidth, nameWidth}), line_.nameFrom(headKeyWidth + nameWidth)});
 }
 
 void ResultFile::readNodes(const Format& format) {
@@ -186,9 +188,9 @@ void ResultFile::readNodes(const Format& format) {
         line_.expectEnd(idColumns.end() + spaceDimension * valueWidth);
     }
     if (const auto row = nodes_.arrange()) {
-        throw FormatError(firstLine + (*row - firstRow),
-                          "expected each node once, found node " +
-                              std::to_string(nodes_.ids()[*row]) + " again");
+        throw FormatError(
+            firstLine + (*row - firstRow),
+            "expected each node once, found node " + std::to_string(nodes_.ids()[*row]) + " again");
     }
 }
 
@@ -278,8 +280,8 @@ void ResultFile::readComponents(std::vector<Component>& components, std::int64_t
             line_.failExpecting("a record -5 with a component");
         }
         const std::int64_t kind = line_.integer(ComponentColumns::kind, "a kind of component");
-        const std::int64_t existence = line_.integerOrZero(ComponentColumns::existence,
-                                                           "0, 1 or 2 for existence");
+        const std::int64_t existence =
+            line_.integerOrZero(ComponentColumns::existence, "0, 1 or 2 for existence");
         if (existence != derivedExistence) {
             components.push_back({line_.name(ComponentColumns::name), kind});
         }

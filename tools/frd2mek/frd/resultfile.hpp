@@ -144,7 +144,7 @@ private:
     Mesh mesh_;
     std::vector<NamedText> parameters_; ///< of the result to come
     Format resultFormat_{};
-    bool isAtResult_ = false;
+    enum class Place { BehindBlock, AtResult, AtEnd } place_ = Place::BehindBlock;
     bool hasSeenResult_ = false;
 };
 
