@@ -30,7 +30,7 @@ constexpr std::uint64_t valueSize = 4;
 } // namespace
 
 Tree::Tree() {
-    // NOLINTNEXTLINE(cert-msc32-c,cert-msc51-cpp): the writer has always reset the generator of the process
+    // NOLINTNEXTLINE(cert-msc32-c,cert-msc51-cpp): the writer has always reset it
     std::srand(0);
 }
 
