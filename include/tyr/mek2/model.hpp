@@ -226,12 +226,12 @@ private:
 
 /// Tells whether `Model::addArrayProperty` exists for these argument types.
 template <class Array, class Id, class Steps>
-inline constexpr bool isArrayPropertyCall =
-    std::disjunction_v<
+inline constexpr bool isArrayPropertyCall = std::conjunction_v<
+    std::disjunction<
         std::is_same<Array, Array1d<unsigned int>>, std::is_same<Array, Array1d<float>>,
-        std::is_same<Array, Array2d<unsigned int>>, std::is_same<Array, Array2d<float>>> &&
-    std::disjunction_v<std::is_same<Id, unsigned int>, std::is_same<Id, Array1d<unsigned int>>> &&
-    std::disjunction_v<std::is_same<Steps, Step>, std::is_same<Steps, StepList>>;
+        std::is_same<Array, Array2d<unsigned int>>, std::is_same<Array, Array2d<float>>>,
+    std::disjunction<std::is_same<Id, unsigned int>, std::is_same<Id, Array1d<unsigned int>>>,
+    std::disjunction<std::is_same<Steps, Step>, std::is_same<Steps, StepList>>>;
 
 // The primary templates are there for calls with other types only, to say what is wrong with them;
 // the types that exist are specialised in the library.
