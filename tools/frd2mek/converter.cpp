@@ -45,7 +45,7 @@ Summary convert(const std::filesystem::path& input, const std::filesystem::path&
     ResultFile file(input, [&](std::uint64_t done) { progress.show("converting", done); });
 
     ModelWriter writer(target.unfinishedPath());
-    writeModel(file, surveyed, input.stem().string(), writer);
+    writeModel(file, surveyed, printable(input.stem().string()), writer);
     Summary summary = writer.summary();
     summary.bytesIn = bytesIn;
     summary.bytesOut = std::filesystem::file_size(target.unfinishedPath());

@@ -18,19 +18,19 @@ bool isBlank(std::string_view text) {
     return text.find_first_not_of(' ') == std::string_view::npos;
 }
 
-std::string printable(std::string_view text) {
-    std::string result(text);
-    std::replace_if(
-        result.begin(), result.end(), [](char c) { return !isPrintable(c); }, '_');
-    return result;
-}
-
 std::string quoted(std::string_view text) {
     constexpr std::size_t longest = 80;
     return "\"" + printable(text.substr(0, longest)) + (text.size() > longest ? "..." : "") + "\"";
 }
 
 } // namespace
+
+std::string printable(std::string_view text) {
+    std::string result(text);
+    std::replace_if(
+        result.begin(), result.end(), [](char c) { return !isPrintable(c); }, '_');
+    return result;
+}
 
 std::string_view Line::text(Columns columns) const {
     return text_.substr(std::min(columns.first, text_.size()), columns.width);

@@ -17,6 +17,9 @@ struct Columns {
     std::size_t end() const { return first + width; }
 };
 
+/// The text with _ for each character that can't be printed.
+std::string printable(std::string_view text);
+
 /// Text and number of a line. The text belongs to the `LineReader` and lasts to its next line.
 ///
 /// Every value that is not there raises `FormatError` with `what` was expected. Values are written

@@ -12,13 +12,7 @@ namespace Frd {
 
 namespace {
 
-constexpr std::size_t keyWidth = 3;      // of ' -1' and its like
-constexpr std::size_t headKeyWidth = 6;  // of '    1C' and its like
-constexpr std::size_t valueWidth = 12;   // E12.5
 constexpr std::size_t valuesPerLine = 6; // of a result
-constexpr std::size_t propertyWidth = 5; // I5
-constexpr std::size_t spaceDimension = 3;
-constexpr Columns meshFormat{73, 1};
 
 /// Records 1U.
 namespace UserColumns {
@@ -56,7 +50,7 @@ constexpr std::int64_t derivedExistence = 1;
 } // namespace
 
 ResultFile::ResultFile(const std::filesystem::path& path, LineReader::Watcher watcher)
-    : lines_(path, std::move(watcher)) {
+    : lines_(path, std::move(watcher)), meshReader_(lines_, job_) {
     if (!lines_.next(line_)) {
         throw FormatError(1, "expected a result file (.frd), found an empty one");
     }
@@ -64,10 +58,6 @@ ResultFile::ResultFile(const std::filesystem::path& path, LineReader::Watcher wa
         line_.failExpecting("the first record of a result file (.frd), 1C");
     }
     readUpToResult();
-}
-
-Mesh ResultFile::takeMesh() {
-    return std::exchange(mesh_, {});
 }
 
 bool ResultFile::nextResult(ResultHead& head) {
@@ -84,12 +74,12 @@ bool ResultFile::nextResult(ResultHead& head) {
 
 void ResultFile::readValues(const ResultHead& head, std::vector<float>& values) {
     const std::size_t count = head.components.size();
-    const Columns idColumns{keyWidth, resultFormat_.idWidth};
-    values.assign(nodes_.size() * count, std::numeric_limits<float>::quiet_NaN());
-    std::vector<bool> hasRow(nodes_.size(), false);
+    const Columns idColumns = resultFormat_.idColumns();
+    values.assign(nodes().size() * count, std::numeric_limits<float>::quiet_NaN());
+    std::vector<bool> hasRow(nodes().size(), false);
     std::size_t guess = 0;
-    while (nextInBlock("a record -1 or -3 of a result block")) {
-        const std::uint32_t row = definedNode(idColumns, guess);
+    while (nextInBlock(lines_, line_, "a record -1 or -3 of a result block")) {
+        const std::uint32_t row = definedNode(line_, idColumns, nodes(), guess);
         if (hasRow[row]) {
             line_.failExpecting("each node once in a result block", idColumns);
         }
@@ -127,28 +117,12 @@ bool ResultFile::readRecord() {
         readUserText();
     } else if (line_.startsWith("    1C")) {
         job_.name = job_.name.empty() ? line_.nameFrom(headKeyWidth) : job_.name;
-    } else if (line_.startsWith("    2C")) {
-        readNodes(formatOf(line_, meshFormat));
-    } else if (line_.startsWith("    3C")) {
-        readElements(formatOf(line_, meshFormat));
+    } else if (line_.startsWith("    2C") || line_.startsWith("    3C")) {
+        readMeshBlock();
     } else {
         line_.failExpecting("a record 1C, 1U, 1P, 2C, 3C, 100C or 9999");
     }
     return true;
-}
-
-ResultFile::Format ResultFile::formatOf(const Line& head, Columns code) {
-    switch (head.integerOrZero(code, "a format code")) {
-        case 0:
-            return {5, 15};
-        case 1:
-            return {10, 10};
-        default:
-            head.failExpecting(
-                "format code 0 or 1 (text; a binary file has 2 or 3, and results written with "
-                "*NODE FILE and *EL FILE are text)",
-                code);
-    }
 }
 
 void ResultFile::readUserText() {
@@ -174,79 +148,14 @@ void ResultFile::readParameter() {
         {line_.name({headKeyWidth, nameWidth}), line_.nameFrom(headKeyWidth + nameWidth)});
 }
 
-void ResultFile::readNodes(const Format& format) {
-    expectNoResultBefore();
-    const std::uint64_t firstLine = line_.number() + 1;
-    const std::size_t firstRow = nodes_.size();
-    const Columns idColumns{keyWidth, format.idWidth};
-    while (nextInBlock("a record -1 or -3 of the node block")) {
-        nodes_.add(line_.id(idColumns, "a node number"));
-        for (std::size_t axis = 0; axis < spaceDimension; ++axis) {
-            const Columns columns{idColumns.end() + axis * valueWidth, valueWidth};
-            mesh_.coordinates.push_back(line_.value(columns, "a coordinate"));
-        }
-        line_.expectEnd(idColumns.end() + spaceDimension * valueWidth);
+void ResultFile::readMeshBlock() {
+    if (hasSeenResult_) {
+        line_.failExpecting("all nodes and elements before the first result");
     }
-    if (const auto row = nodes_.arrange()) {
-        throw FormatError(
-            firstLine + (*row - firstRow),
-            "expected each node once, found node " + std::to_string(nodes_.ids()[*row]) + " again");
-    }
-}
-
-void ResultFile::readElements(const Format& format) {
-    expectNoResultBefore();
-    while (nextInBlock("a record -1 or -3 of the element block")) {
-        const std::uint32_t id = line_.id({keyWidth, format.idWidth}, "an element number");
-        const ElementKey key = elementKeyOf(format);
-        ElementSet& set = mesh_.elements[key];
-        set.ids.push_back(id);
-        readElementNodes(format, elementTypes[key.second - 1].nodes, set.nodeRows);
-    }
-}
-
-ElementKey ResultFile::elementKeyOf(const Format& format) {
-    const Columns typeColumns{keyWidth + format.idWidth, propertyWidth};
-    const Columns materialColumns{typeColumns.first + 2 * propertyWidth, propertyWidth};
-    const std::int64_t type = line_.integer(typeColumns, "an element type");
-    if (type < 1 || type > static_cast<std::int64_t>(elementTypes.size())) {
-        line_.failExpecting("an element type from 1 to 12", typeColumns);
-    }
-    return {materialOf(materialColumns), static_cast<std::size_t>(type)};
-}
-
-/// The solver's flow analyses put the name of the material in the place of its number.
-std::int64_t ResultFile::materialOf(Columns columns) {
-    if (const auto number = parseInteger(line_.text(columns))) {
-        return *number;
-    }
-    const std::string name = line_.nameFrom(columns.first);
-    if (name.empty()) {
-        line_.failExpecting("a material", columns);
-    }
-    const auto hasName = [&](const auto& material) { return material.second == name; };
-    const auto found = std::find_if(job_.materials.begin(), job_.materials.end(), hasName);
-    if (found != job_.materials.end()) {
-        return found->first;
-    }
-    const std::int64_t number = job_.materials.empty() ? 1 : job_.materials.rbegin()->first + 1;
-    job_.materials[number] = name;
-    return number;
-}
-
-void ResultFile::readElementNodes(const Format& format, std::size_t count,
-                                  std::vector<std::uint32_t>& rows) {
-    for (std::size_t first = 0; first < count; first += format.nodesPerLine) {
-        line_ = lines_.require("a record -2 of an element");
-        if (!line_.startsWith(" -2")) {
-            line_.failExpecting("a record -2 of an element");
-        }
-        const std::size_t onLine = std::min(format.nodesPerLine, count - first);
-        for (std::size_t i = 0; i < onLine; ++i) {
-            const std::size_t guess = rows.empty() ? 0 : rows.back() + std::size_t{1};
-            rows.push_back(definedNode({keyWidth + i * format.idWidth, format.idWidth}, guess));
-        }
-        line_.expectEnd(keyWidth + onLine * format.idWidth);
+    if (line_.startsWith("    2C")) {
+        meshReader_.readNodes(line_);
+    } else {
+        meshReader_.readElements(line_);
     }
 }
 
@@ -260,10 +169,10 @@ void ResultFile::readResultHead(ResultHead& head) {
     head.analysisText = line_.name(ResultColumns::analysisText);
     head.parameters = std::exchange(parameters_, {});
 
-    line_ = lines_.require("a record -4 with the name of the result");
+    line_ = requireRecord(lines_, " -4", "a record -4 with the name of the result");
     head.name = line_.name(ComponentColumns::name);
-    if (!line_.startsWith(" -4") || head.name.empty()) {
-        line_.failExpecting("a record -4 with the name of the result");
+    if (head.name.empty()) {
+        line_.failExpecting("the name of the result", ComponentColumns::name);
     }
     if (line_.integer(ComponentColumns::place, "1 for values at nodes") != placeAtNodes) {
         line_.failExpecting("1 for values at nodes", ComponentColumns::place);
@@ -273,12 +182,12 @@ void ResultFile::readResultHead(ResultHead& head) {
 }
 
 void ResultFile::readComponents(std::vector<Component>& components, std::int64_t count) {
+    if (count < 0) {
+        line_.failExpecting("a number of components", ComponentColumns::count);
+    }
     components.clear();
     for (std::int64_t i = 0; i < count; ++i) {
-        line_ = lines_.require("a record -5 with a component");
-        if (!line_.startsWith(" -5")) {
-            line_.failExpecting("a record -5 with a component");
-        }
+        line_ = requireRecord(lines_, " -5", "a record -5 with a component");
         const std::int64_t kind = line_.integer(ComponentColumns::kind, "a kind of component");
         const std::int64_t existence =
             line_.integerOrZero(ComponentColumns::existence, "0, 1 or 2 for existence");
@@ -290,44 +199,16 @@ void ResultFile::readComponents(std::vector<Component>& components, std::int64_t
 
 /// Takes the values of one node from the line at hand and those that continue it.
 void ResultFile::readNodeValues(std::size_t count, float* values) {
-    const std::size_t firstColumn = keyWidth + resultFormat_.idWidth;
     for (std::size_t i = 0; i < count; ++i) {
         const std::size_t place = i % valuesPerLine;
         if (i != 0 && place == 0) {
-            line_ = lines_.require("a record -2 with further values");
-            if (!line_.startsWith(" -2")) {
-                line_.failExpecting("a record -2 with further values");
-            }
+            line_ = requireRecord(lines_, " -2", "a record -2 with further values");
         }
-        values[i] = line_.value({firstColumn + place * valueWidth, valueWidth}, "a value");
+        values[i] = line_.value(resultFormat_.valueColumns(place), "a value");
         if (place == valuesPerLine - 1 || i == count - 1) {
-            line_.expectEnd(firstColumn + (place + 1) * valueWidth);
+            line_.expectEnd(resultFormat_.valueColumns(place).end());
         }
     }
-}
-
-/// Takes the next line of a block.
-/// @return whether it is a record -1; else it is the -3 that ends the block
-bool ResultFile::nextInBlock(const char* expected) {
-    line_ = lines_.require(expected);
-    if (!line_.startsWith(" -1") && !line_.startsWith(" -3")) {
-        line_.failExpecting(expected);
-    }
-    return line_.startsWith(" -1");
-}
-
-void ResultFile::expectNoResultBefore() const {
-    if (hasSeenResult_) {
-        line_.failExpecting("all nodes and elements before the first result");
-    }
-}
-
-std::uint32_t ResultFile::definedNode(Columns columns, std::size_t guess) const {
-    const auto row = nodes_.rowOf(line_.id(columns, "a node number"), guess);
-    if (!row) {
-        line_.failExpecting("a node of the node block", columns);
-    }
-    return *row;
 }
 
 void ResultFile::expectEndOfFile() {

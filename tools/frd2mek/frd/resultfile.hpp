@@ -25,30 +25,17 @@
 /// than it has lines.
 #pragma once
 
+#include "frd/job.hpp"
 #include "frd/linereader.hpp"
-#include "frd/mesh.hpp"
+#include "frd/meshreader.hpp"
 
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <map>
 #include <string>
 #include <vector>
 
 namespace Frd {
-
-/// A record with a name and what stands behind it: 1P, or 1U, which may lack the name.
-struct NamedText {
-    std::string name{};
-    std::string text{};
-};
-
-/// What the head of the file tells.
-struct Job {
-    std::string name{};                              ///< may be empty
-    std::vector<NamedText> texts{};                  ///< those of no name are the job's heading
-    std::map<std::int64_t, std::string> materials{}; ///< number to name
-};
 
 /// What the values of a result block hold for, as numbers of its head.
 enum AnalysisType : std::int64_t {
@@ -93,12 +80,14 @@ class ResultFile {
 public:
     /// Reads everything up to the first result.
     explicit ResultFile(const std::filesystem::path& path, LineReader::Watcher watcher = {});
+    ResultFile(const ResultFile&) = delete;
+    ResultFile& operator=(const ResultFile&) = delete;
 
     const Job& job() const { return job_; }
-    const NodeTable& nodes() const { return nodes_; }
+    const NodeTable& nodes() const { return meshReader_.nodes(); }
 
     /// Hands over the mesh, which is empty afterwards.
-    Mesh takeMesh();
+    Mesh takeMesh() { return meshReader_.takeMesh(); }
 
     /// Goes to the next result; the values of the last one must have been read.
     /// @return false if there is none and the file is complete
@@ -110,38 +99,20 @@ public:
     void readValues(const ResultHead& head, std::vector<float>& values);
 
 private:
-    /// What the two ASCII formats differ in.
-    struct Format {
-        std::size_t idWidth = 10;
-        std::size_t nodesPerLine = 10;
-    };
-
-    static Format formatOf(const Line& head, Columns code);
-
     void readUpToResult();
     bool readRecord();
     void readUserText();
     void readParameter();
-    void readNodes(const Format& format);
-    void readElements(const Format& format);
-    ElementKey elementKeyOf(const Format& format);
-    std::int64_t materialOf(Columns columns);
-    void readElementNodes(const Format& format, std::size_t count,
-                          std::vector<std::uint32_t>& rows);
+    void readMeshBlock();
     void readResultHead(ResultHead& head);
     void readComponents(std::vector<Component>& components, std::int64_t count);
     void readNodeValues(std::size_t count, float* values);
-
-    bool nextInBlock(const char* expected);
-    void expectNoResultBefore() const;
-    std::uint32_t definedNode(Columns columns, std::size_t guess) const;
     void expectEndOfFile();
 
     LineReader lines_;
-    Line line_{};
+    Line line_{}; ///< the line at hand
     Job job_;
-    NodeTable nodes_;
-    Mesh mesh_;
+    MeshReader meshReader_;
     std::vector<NamedText> parameters_; ///< of the result to come
     Format resultFormat_{};
     enum class Place { BehindBlock, AtResult, AtEnd } place_ = Place::BehindBlock;
