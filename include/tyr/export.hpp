@@ -1,5 +1,7 @@
 /// @file
-/// The one macro that marks what the shared library exports.
+/// The one macro that marks what the shared library exports, and its two forms for templates.
+///
+/// On Windows, define MEKAPI2_STATIC to link the object files themselves instead of the DLL.
 #pragma once
 
 #if defined(_WIN32)
@@ -12,4 +14,14 @@
 #endif
 #else
 #define MEKAPI2_API __attribute__((visibility("default")))
+#endif
+
+// Explicit instantiations of class templates: most compilers take the mark where they are declared,
+// the Microsoft compiler exports only what is marked where it is defined.
+#if defined(_MSC_VER) && defined(MEKAPI2_BUILDING)
+#define MEKAPI2_TEMPLATE_API
+#define MEKAPI2_TEMPLATE_DEFINITION_API MEKAPI2_API
+#else
+#define MEKAPI2_TEMPLATE_API MEKAPI2_API
+#define MEKAPI2_TEMPLATE_DEFINITION_API
 #endif

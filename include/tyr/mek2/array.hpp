@@ -24,7 +24,7 @@ struct TableStorage;
 
 /// A column of `float` or `unsigned int`; no other element type exists.
 template <class T>
-class MEKAPI2_API Array1d {
+class Array1d {
 public:
     /// @param n element count; all elements are zero
     Array1d(std::size_t n = 0);
@@ -61,7 +61,7 @@ private:
 /// A table of `float` or `unsigned int` in row-major order: the element at row i and column j
 /// stands at index i x cols() + j. No other element type exists.
 template <class T>
-class MEKAPI2_API Array2d {
+class Array2d {
 public:
     /// All elements are zero.
     Array2d(std::size_t rows = 0, std::size_t cols = 0);
@@ -102,9 +102,9 @@ private:
     TableStorage<T>* data_;
 };
 
-extern template class Array1d<unsigned int>;
-extern template class Array1d<float>;
-extern template class Array2d<unsigned int>;
-extern template class Array2d<float>;
+extern template class MEKAPI2_TEMPLATE_API Array1d<unsigned int>;
+extern template class MEKAPI2_TEMPLATE_API Array1d<float>;
+extern template class MEKAPI2_TEMPLATE_API Array2d<unsigned int>;
+extern template class MEKAPI2_TEMPLATE_API Array2d<float>;
 
 } // namespace Tyr::Mek2

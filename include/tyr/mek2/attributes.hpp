@@ -8,7 +8,6 @@
 #include <map>
 #include <string>
 #include <type_traits>
-#include <utility>
 #include <variant>
 #include <vector>
 
@@ -53,8 +52,11 @@ private:
     std::map<std::string, AttributeVariant>* data_;
 };
 
+// The primary template is there for calls with other types only, to say what is wrong with them; the
+// types that exist are specialised in the library.
+
 template <class T>
-void Attributes::set(const std::string& key, const T& value) {
+void Attributes::set(const std::string&, const T&) {
     static_assert(std::disjunction_v<std::is_same<T, float>, std::is_same<T, std::vector<float>>,
                                      std::is_same<T, int>, std::is_same<T, std::vector<int>>,
                                      std::is_same<T, unsigned int>,
@@ -62,16 +64,21 @@ void Attributes::set(const std::string& key, const T& value) {
                                      std::is_same<T, std::string>>,
                   "Attributes::set takes float, int, unsigned int, a std::vector of one of these, "
                   "std::string or const char*");
-    data_->insert_or_assign(key, AttributeVariant(std::in_place_type<T>, value));
 }
 
-extern template MEKAPI2_API void Attributes::set(const std::string&, const float&);
-extern template MEKAPI2_API void Attributes::set(const std::string&, const std::vector<float>&);
-extern template MEKAPI2_API void Attributes::set(const std::string&, const int&);
-extern template MEKAPI2_API void Attributes::set(const std::string&, const std::vector<int>&);
-extern template MEKAPI2_API void Attributes::set(const std::string&, const unsigned int&);
-extern template MEKAPI2_API void Attributes::set(const std::string&,
-                                                 const std::vector<unsigned int>&);
-extern template MEKAPI2_API void Attributes::set(const std::string&, const std::string&);
+template <>
+MEKAPI2_API void Attributes::set(const std::string& key, const float& value);
+template <>
+MEKAPI2_API void Attributes::set(const std::string& key, const std::vector<float>& value);
+template <>
+MEKAPI2_API void Attributes::set(const std::string& key, const int& value);
+template <>
+MEKAPI2_API void Attributes::set(const std::string& key, const std::vector<int>& value);
+template <>
+MEKAPI2_API void Attributes::set(const std::string& key, const unsigned int& value);
+template <>
+MEKAPI2_API void Attributes::set(const std::string& key, const std::vector<unsigned int>& value);
+template <>
+MEKAPI2_API void Attributes::set(const std::string& key, const std::string& value);
 
 } // namespace Tyr::Mek2

@@ -274,9 +274,13 @@ void Model::addArrayProperty(DatasetType, const Array&, const Id&, const Steps&,
 TYR_MEK2_FOR_ARRAY_PROPERTIES(TYR_MEK2_DECLARE)
 #undef TYR_MEK2_DECLARE
 
-extern template MEKAPI2_API void Model::saveTo(const std::string&, const SaverOptions&);
-extern template MEKAPI2_API void Model::saveTo(const std::wstring&, const SaverOptions&);
-extern template MEKAPI2_API void Model::saveTo(const char* const, const SaverOptions&);
-extern template MEKAPI2_API void Model::saveTo(const wchar_t* const, const SaverOptions&);
+template <>
+MEKAPI2_API void Model::saveTo(const std::string& path, const SaverOptions& options);
+template <>
+MEKAPI2_API void Model::saveTo(const std::wstring& path, const SaverOptions& options);
+template <>
+MEKAPI2_API void Model::saveTo(const char* const path, const SaverOptions& options);
+template <>
+MEKAPI2_API void Model::saveTo(const wchar_t* const path, const SaverOptions& options);
 
 } // namespace Tyr::Mek2

@@ -8,7 +8,6 @@
 #include <map>
 #include <string>
 #include <type_traits>
-#include <utility>
 #include <variant>
 #include <vector>
 
@@ -44,23 +43,30 @@ private:
     std::map<PropertyType, NodePropertyVariant>* data_;
 };
 
+// The primary template is there for calls with other types only, to say what is wrong with them; the
+// types that exist are specialised in the library.
+
 template <class T>
-void NodeProperties::set(PropertyType type, const T& value) {
+void NodeProperties::set(PropertyType, const T&) {
     static_assert(std::disjunction_v<std::is_same<T, int>, std::is_same<T, float>,
                                      std::is_same<T, std::string>,
                                      std::is_same<T, std::vector<int>>,
                                      std::is_same<T, std::vector<float>>, std::is_same<T, bool>>,
                   "NodeProperties::set takes int, float, bool, std::string, std::vector<int>, "
                   "std::vector<float> or const char*");
-    using Stored = std::conditional_t<std::is_same_v<T, bool>, int, T>;
-    data_->insert_or_assign(type, NodePropertyVariant(std::in_place_type<Stored>, value));
 }
 
-extern template MEKAPI2_API void NodeProperties::set(PropertyType, const int&);
-extern template MEKAPI2_API void NodeProperties::set(PropertyType, const float&);
-extern template MEKAPI2_API void NodeProperties::set(PropertyType, const std::string&);
-extern template MEKAPI2_API void NodeProperties::set(PropertyType, const std::vector<int>&);
-extern template MEKAPI2_API void NodeProperties::set(PropertyType, const std::vector<float>&);
-extern template MEKAPI2_API void NodeProperties::set(PropertyType, const bool&);
+template <>
+MEKAPI2_API void NodeProperties::set(PropertyType type, const int& value);
+template <>
+MEKAPI2_API void NodeProperties::set(PropertyType type, const float& value);
+template <>
+MEKAPI2_API void NodeProperties::set(PropertyType type, const std::string& value);
+template <>
+MEKAPI2_API void NodeProperties::set(PropertyType type, const std::vector<int>& value);
+template <>
+MEKAPI2_API void NodeProperties::set(PropertyType type, const std::vector<float>& value);
+template <>
+MEKAPI2_API void NodeProperties::set(PropertyType type, const bool& value);
 
 } // namespace Tyr::Mek2

@@ -177,9 +177,9 @@ const T& Array2d<T>::operator()(std::size_t row, std::size_t col) const {
     return data_->values.data()[row * cols() + col];
 }
 
-template class Array1d<unsigned int>;
-template class Array1d<float>;
-template class Array2d<unsigned int>;
-template class Array2d<float>;
+template class MEKAPI2_TEMPLATE_DEFINITION_API Array1d<unsigned int>;
+template class MEKAPI2_TEMPLATE_DEFINITION_API Array1d<float>;
+template class MEKAPI2_TEMPLATE_DEFINITION_API Array2d<unsigned int>;
+template class MEKAPI2_TEMPLATE_DEFINITION_API Array2d<float>;
 
 } // namespace Tyr::Mek2

@@ -1,5 +1,7 @@
 #include <tyr/mek2/attributes.hpp>
 
+#include <utility>
+
 namespace Tyr::Mek2 {
 
 Attributes::Attributes() : data_(new std::map<std::string, AttributeVariant>) {}
@@ -19,14 +21,20 @@ const Attributes& Attributes::operator=(const Attributes& other) {
     return *this;
 }
 
-void Attributes::set(const std::string& key, const char* value) { set(key, std::string(value)); }
+#define TYR_MEK2_DEFINE(TYPE)                                                           \
+    template <>                                                                         \
+    void Attributes::set(const std::string& key, const TYPE& value) {                   \
+        data_->insert_or_assign(key, AttributeVariant(std::in_place_type<TYPE>, value)); \
+    }
+TYR_MEK2_DEFINE(float)
+TYR_MEK2_DEFINE(std::vector<float>)
+TYR_MEK2_DEFINE(int)
+TYR_MEK2_DEFINE(std::vector<int>)
+TYR_MEK2_DEFINE(unsigned int)
+TYR_MEK2_DEFINE(std::vector<unsigned int>)
+TYR_MEK2_DEFINE(std::string)
+#undef TYR_MEK2_DEFINE
 
-template void Attributes::set(const std::string&, const float&);
-template void Attributes::set(const std::string&, const std::vector<float>&);
-template void Attributes::set(const std::string&, const int&);
-template void Attributes::set(const std::string&, const std::vector<int>&);
-template void Attributes::set(const std::string&, const unsigned int&);
-template void Attributes::set(const std::string&, const std::vector<unsigned int>&);
-template void Attributes::set(const std::string&, const std::string&);
+void Attributes::set(const std::string& key, const char* value) { set(key, std::string(value)); }
 
 } // namespace Tyr::Mek2

@@ -10,7 +10,6 @@
 #include "tyr/mek2/saver.hpp"
 #include "tyr/mek2/valuestorage.hpp"
 
-#include <type_traits>
 #include <utility>
 
 namespace Tyr::Mek2 {
@@ -26,6 +25,13 @@ void describePath(FileDescription& description, const std::string& path) {
 
 void describePath(FileDescription& description, const std::wstring& path) {
     description.widePath = path;
+}
+
+template <class S>
+void startWriteCycle(Database& database, const S& path, const SaverOptions& options) {
+    FileDescription description;
+    describePath(description, path);
+    Saver(description, options).save(database);
 }
 
 template <class Container>
@@ -106,23 +112,25 @@ Model& Model::operator=(Model&& other) {
     return *this;
 }
 
-template <class S>
-std::enable_if_t<std::is_same_v<S, std::string> || std::is_same_v<S, std::wstring>> Model::saveTo(
-    const S& path, const SaverOptions& options) {
-    FileDescription description;
-    describePath(description, path);
-    Saver(description, options).save(*database_);
+template <>
+void Model::saveTo(const std::string& path, const SaverOptions& options) {
+    startWriteCycle(*database_, path, options);
 }
 
-template <class CharT>
-void Model::saveTo(const CharT* const path, const SaverOptions& options) {
-    saveTo(std::basic_string<CharT>(path), options);
+template <>
+void Model::saveTo(const std::wstring& path, const SaverOptions& options) {
+    startWriteCycle(*database_, path, options);
 }
 
-template void Model::saveTo(const std::string&, const SaverOptions&);
-template void Model::saveTo(const std::wstring&, const SaverOptions&);
-template void Model::saveTo(const char* const, const SaverOptions&);
-template void Model::saveTo(const wchar_t* const, const SaverOptions&);
+template <>
+void Model::saveTo(const char* const path, const SaverOptions& options) {
+    saveTo(std::string(path), options);
+}
+
+template <>
+void Model::saveTo(const wchar_t* const path, const SaverOptions& options) {
+    saveTo(std::wstring(path), options);
+}
 
 void Model::close() {
     Base::Database& database = *database_;

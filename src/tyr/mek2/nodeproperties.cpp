@@ -1,5 +1,7 @@
 #include <tyr/mek2/nodeproperties.hpp>
 
+#include <utility>
+
 namespace Tyr::Mek2 {
 
 NodeProperties::NodeProperties() : data_(new std::map<PropertyType, NodePropertyVariant>) {}
@@ -19,13 +21,19 @@ const NodeProperties& NodeProperties::operator=(const NodeProperties& other) {
     return *this;
 }
 
-void NodeProperties::set(PropertyType type, const char* value) { set(type, std::string(value)); }
+#define TYR_MEK2_DEFINE(TYPE, STORED)                                                          \
+    template <>                                                                                \
+    void NodeProperties::set(PropertyType type, const TYPE& value) {                           \
+        data_->insert_or_assign(type, NodePropertyVariant(std::in_place_type<STORED>, value)); \
+    }
+TYR_MEK2_DEFINE(int, int)
+TYR_MEK2_DEFINE(float, float)
+TYR_MEK2_DEFINE(std::string, std::string)
+TYR_MEK2_DEFINE(std::vector<int>, std::vector<int>)
+TYR_MEK2_DEFINE(std::vector<float>, std::vector<float>)
+TYR_MEK2_DEFINE(bool, int)
+#undef TYR_MEK2_DEFINE
 
-template void NodeProperties::set(PropertyType, const int&);
-template void NodeProperties::set(PropertyType, const float&);
-template void NodeProperties::set(PropertyType, const std::string&);
-template void NodeProperties::set(PropertyType, const std::vector<int>&);
-template void NodeProperties::set(PropertyType, const std::vector<float>&);
-template void NodeProperties::set(PropertyType, const bool&);
+void NodeProperties::set(PropertyType type, const char* value) { set(type, std::string(value)); }
 
 } // namespace Tyr::Mek2
