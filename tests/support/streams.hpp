@@ -2,9 +2,11 @@
 /// The bytes of uncompressed streams, by way of a finished file.
 #pragma once
 
+#include "support/testing.hpp"
 #include "tyr/qbf/index.hpp"
 
 #include <cstdio>
+#include <filesystem>
 #include <initializer_list>
 #include <map>
 #include <string>
@@ -19,7 +21,8 @@ inline std::map<std::string, std::string> streamsOf(TyrQbf::Index& index,
     for (const std::string& name : names) {
         lengths[name] = index.GetDataLength(name);
     }
-    std::FILE* const file = std::tmpfile();
+    const std::filesystem::path path = temporaryPath("streams");
+    std::FILE* const file = std::fopen(path.string().c_str(), "w+b");
     index.WriteAllBuffersToFileStream(file);
     std::map<std::string, std::string> streams;
     std::fseek(file, 2800, SEEK_SET);
@@ -29,6 +32,7 @@ inline std::map<std::string, std::string> streamsOf(TyrQbf::Index& index,
         streams[name] = bytes;
     }
     std::fclose(file);
+    std::filesystem::remove(path);
     return streams;
 }
 

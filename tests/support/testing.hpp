@@ -38,6 +38,12 @@ inline std::string repeatedHex(std::string_view byte, std::size_t count) {
     return text;
 }
 
+/// A name in the folder for temporary files that is used once.
+inline std::filesystem::path temporaryPath(const std::string& name) {
+    return std::filesystem::temp_directory_path() /
+           ("mekapi2-" + std::to_string(std::random_device()()) + "-" + name);
+}
+
 inline std::string readFile(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(file), {});
@@ -48,8 +54,7 @@ class FolderTest : public ::testing::Test {
 protected:
     FolderTest() {
         const auto* const info = ::testing::UnitTest::GetInstance()->current_test_info();
-        folder = std::filesystem::temp_directory_path() /
-                 ("mekapi2-" + std::to_string(std::random_device()()) + "-" + info->name());
+        folder = temporaryPath(info->name());
         std::filesystem::create_directories(folder);
     }
     ~FolderTest() override { std::filesystem::remove_all(folder); }
@@ -59,19 +64,22 @@ protected:
     std::filesystem::path folder;
 };
 
+/// Sets an environment variable, or removes it if `value` is null.
+inline void setEnvironment(const char* name, const char* value) {
+#if defined(_WIN32)
+    _putenv_s(name, value != nullptr ? value : "");
+#else
+    value != nullptr ? setenv(name, value, 1) : unsetenv(name);
+#endif
+}
+
 /// Sets or unsets the block size variable as long as it lives.
 class BlockSizeVariable {
 public:
-    explicit BlockSizeVariable(const char* value) {
-        if (value != nullptr) {
-            setenv(name, value, 1);
-        } else {
-            unsetenv(name);
-        }
-    }
+    explicit BlockSizeVariable(const char* value) { setEnvironment(name, value); }
     BlockSizeVariable(const BlockSizeVariable&) = delete;
     BlockSizeVariable& operator=(const BlockSizeVariable&) = delete;
-    ~BlockSizeVariable() { unsetenv(name); }
+    ~BlockSizeVariable() { setEnvironment(name, nullptr); }
 
 private:
     static constexpr const char* name = "MEKWRITER_DEFAULT_BLOCK_SIZE";

@@ -1,7 +1,9 @@
 #include "tyr/platform/platform.hpp"
 
 #include <io.h>
+#ifndef NOMINMAX
 #define NOMINMAX
+#endif
 #include <windows.h>
 // behind windows.h, whose types it needs
 #include <shlwapi.h>
@@ -39,6 +41,10 @@ std::FILE* openFile(const std::wstring& path, const wchar_t* mode) {
 
 bool seekTo(std::FILE* stream, std::uint64_t position) {
     if (position > static_cast<std::uint64_t>(std::numeric_limits<__int64>::max())) {
+        return false;
+    }
+    // the runtime's seek writes out what it has buffered but does not tell if that fails
+    if (std::fflush(stream) != 0) {
         return false;
     }
     return _fseeki64(stream, static_cast<__int64>(position), SEEK_SET) == 0;
