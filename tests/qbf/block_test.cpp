@@ -76,7 +76,7 @@ TEST_F(BlockTest, ReadsTheEnvironmentLikeAThirtyTwoBitStrtoul) {
     };
     constexpr std::uint32_t none = 209715200;
     for (const Case& one : {Case{nullptr, none, 77}, {"1000", 1000, 1000}, {"0", 0, 0},
-                            {"text", 0, 0}, {"", 0, 0}, {" \t+12 34", 12, 12}, {"7MB", 7, 7},
+                            {"text", 0, 0}, {" ", 0, 0}, {" \t+12 34", 12, 12}, {"7MB", 7, 7},
                             {"-4294967295", 1, 1}, {"-1", none, 77}, {"4294967294", 4294967294U,
                             4294967294U}, {"4294967295", none, 77}, {"99999999999999999999", none,
                             77}}) {

@@ -48,20 +48,34 @@ TEST_F(QbFileTest, SaysWhichPathCannotBeOpened) {
     EXPECT_TRUE(std::filesystem::is_empty(folder));
 }
 
-TEST_F(QbFileTest, WidePathsAreUtf8FileNames) {
-    const std::wstring wideFolder = folder.wstring() + L"/";
-    QbFile file;
-    file.OpenFileForWriting(wideFolder + L"\x00E9\x20AC\U0001F600z", false);
-    file.CloseFile();
-    EXPECT_TRUE(std::filesystem::exists(path("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80z")));
-    EXPECT_THROW(file.OpenFileForWriting(wideFolder + L"\x00E9\x20AC\U0001F600z", false),
-                 Tyr::Exception::FileOpenException);
+TEST_F(QbFileTest, WidePathsReachBeyondTheCodePage) {
+    struct Name {
+        const wchar_t* wide;
+        const char* utf8;
+    };
+    for (const Name& name : {Name{L"\x039B\x03CC\x03C2", "\xCE\x9B\xCF\x8C\xCF\x82"}, // Greek
+                             {L"\x65E5\x672C", "\xE6\x97\xA5\xE6\x9C\xAC"},           // Japanese
+                             {L"\U0001F4D0z", "\xF0\x9F\x93\x90z"}}) {                // an emoji
+        const std::wstring widePath = folder.wstring() + L"/" + name.wide;
+        QbFile file;
+        file.OpenFileForWriting(widePath, false);
+        file.CloseFile();
+        EXPECT_TRUE(std::filesystem::exists(folder / std::filesystem::u8path(name.utf8)));
+        EXPECT_EQ(failureOf<Tyr::Exception::FileOpenException>(
+                      [&] { file.OpenFileForWriting(widePath, false); }),
+                  "File exists.");
+    }
+}
 
+#if !defined(_WIN32)
+TEST_F(QbFileTest, WidePathsThatAreNotUnicodeNameNoFile) {
+    QbFile file;
     for (const wchar_t unit : {wchar_t(0xD800), wchar_t(0xDC00), wchar_t(0x110000)}) {
         EXPECT_EQ(failureOf<Tyr::Exception::MiscelleneousException>(
                       [&] { file.OpenFileForWriting(std::wstring(L"a") + unit, true); }),
                   std::string("Unable to open file \"a"));
     }
 }
+#endif
 
 } // namespace
