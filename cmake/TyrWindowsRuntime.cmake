@@ -1,0 +1,16 @@
+# The compiler's runtime as DLLs: library and application must share one, or a failure that crosses
+# from one to the other is not caught. They stand beside the programs in the build and in the package.
+
+if(NOT MINGW)
+    return()
+endif()
+
+foreach(name libgcc_s_seh-1.dll libstdc++-6.dll libwinpthread-1.dll)
+    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}
+        OUTPUT_VARIABLE runtime_dll OUTPUT_STRIP_TRAILING_WHITESPACE)
+    if(NOT IS_ABSOLUTE "${runtime_dll}")
+        message(FATAL_ERROR "the compiler does not know where ${name} is")
+    endif()
+    file(COPY ${runtime_dll} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+    install(FILES ${runtime_dll} DESTINATION ${CMAKE_INSTALL_BINDIR})
+endforeach()
