@@ -4,9 +4,10 @@
 
 #include <tyr/exception/exception.hpp>
 
+#include "support/environment.hpp"
+
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -63,15 +64,6 @@ protected:
 
     std::filesystem::path folder;
 };
-
-/// Sets an environment variable, or removes it if `value` is null.
-inline void setEnvironment(const char* name, const char* value) {
-#if defined(_WIN32)
-    _putenv_s(name, value != nullptr ? value : "");
-#else
-    value != nullptr ? setenv(name, value, 1) : unsetenv(name);
-#endif
-}
 
 /// Sets or unsets the block size variable as long as it lives.
 class BlockSizeVariable {
