@@ -1,9 +1,11 @@
 /// Shows what a container holds, or checks it against every rule of the format.
+#include "console/arguments.hpp"
 #include "mekinfo/print.hpp"
 #include "mekreader/failure.hpp"
 #include "mekreader/model.hpp"
 
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -25,15 +27,16 @@ std::uint64_t countVariables(const MekReader::File& file) {
     return count;
 }
 
-void check(const std::string& path) {
+void check(const std::string& name) {
+    const auto path = std::filesystem::u8path(name);
     MekReader::check(path);
     const MekReader::File file(path);
-    std::cout << path << ": right, " << file.container().fileSize() << " bytes, "
+    std::cout << name << ": right, " << file.container().fileSize() << " bytes, "
               << file.nodes().size() << " nodes, " << countVariables(file) << " variables\n";
 }
 
-void show(const std::string& path) {
-    MekReader::File file(path);
+void show(const std::string& name) {
+    MekReader::File file(std::filesystem::u8path(name));
     MekInfo::print(std::cout, file);
 }
 
@@ -59,4 +62,4 @@ int run(const std::vector<std::string>& arguments) {
 
 } // namespace
 
-int main(int argc, char** argv) { return run(std::vector<std::string>(argv + 1, argv + argc)); }
+int main(int argc, char** argv) { return run(Console::arguments(argc, argv)); }
