@@ -29,6 +29,19 @@ namespace Tyr::Mek2 {
 
 class Database;
 
+/// The types of text that `Model::saveTo` takes a path in. (No condition stands in the operation
+/// itself: compilers disagree in the symbols for that.)
+template <class S>
+struct PathText {};
+template <>
+struct PathText<std::string> {
+    using Result = void;
+};
+template <>
+struct PathText<std::wstring> {
+    using Result = void;
+};
+
 /// Writes models: any number of write cycles, one after the other, each on a file of its own.
 ///
 /// A write cycle starts with `saveTo` and ends with `close`, or with the destruction of the
@@ -84,8 +97,8 @@ public:
     ///
     /// After the last two failures the write cycle runs without a file until `close`.
     template <class S>
-    std::enable_if_t<std::is_same_v<S, std::string> || std::is_same_v<S, std::wstring>> saveTo(
-        const S& path, const SaverOptions& options = SaverOptions());
+    typename PathText<S>::Result saveTo(const S& path,
+                                        const SaverOptions& options = SaverOptions());
 
     /// The same for a zero-terminated path, which must not be null.
     template <class CharT>
