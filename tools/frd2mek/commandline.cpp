@@ -1,8 +1,5 @@
 #include "commandline.hpp"
 
-#include <string>
-#include <vector>
-
 namespace Frd {
 
 const char* const usage =
@@ -17,12 +14,11 @@ const char* const usage =
     "\n"
     "Exit code: 0 converted, 1 bad input or output, 2 wrong usage.\n";
 
-CommandLine parseCommandLine(int count, const char* const* arguments) {
+CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     CommandLine result;
     std::vector<std::string> paths;
     bool areOptionsOver = false;
-    for (int i = 1; i < count; ++i) {
-        const std::string argument = arguments[i];
+    for (const std::string& argument : arguments) {
         if (areOptionsOver || argument.substr(0, 1) != "-") {
             paths.push_back(argument);
         } else if (argument == "--") {
@@ -43,9 +39,9 @@ CommandLine parseCommandLine(int count, const char* const* arguments) {
     if (paths.empty() || paths.size() > 2 || paths.front().empty() || paths.back().empty()) {
         throw UsageError(paths.size() > 2 ? "too many arguments" : "no input file given");
     }
-    result.input = paths.front();
+    result.input = std::filesystem::u8path(paths.front());
     result.output = paths.size() == 2
-                        ? std::filesystem::path(paths.back())
+                        ? std::filesystem::u8path(paths.back())
                         : std::filesystem::path(result.input).replace_extension("mek");
     return result;
 }

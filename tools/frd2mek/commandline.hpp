@@ -4,6 +4,8 @@
 
 #include <filesystem>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace Frd {
 
@@ -25,7 +27,8 @@ public:
 extern const char* const usage;
 
 /// Without an output path it is the input's with the ending ".mek".
+/// @param arguments UTF-8, without the name of the program
 /// @throws UsageError
-CommandLine parseCommandLine(int count, const char* const* arguments);
+CommandLine parseCommandLine(const std::vector<std::string>& arguments);
 
 } // namespace Frd

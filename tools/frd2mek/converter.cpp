@@ -36,7 +36,7 @@ void writeModel(ResultFile& file, const std::vector<SurveyedResult>& surveyed,
 Summary convert(const std::filesystem::path& input, const std::filesystem::path& output,
                 bool overwrite) {
     if (!std::filesystem::is_regular_file(input)) {
-        throw std::runtime_error(input.string() + ": no such file");
+        throw std::runtime_error(input.u8string() + ": no such file");
     }
     OutputFile target(output, input, overwrite);
     const std::uintmax_t bytesIn = std::filesystem::file_size(input);
@@ -45,7 +45,7 @@ Summary convert(const std::filesystem::path& input, const std::filesystem::path&
     ResultFile file(input, [&](std::uint64_t done) { progress.show("converting", done); });
 
     ModelWriter writer(target.unfinishedPath());
-    writeModel(file, surveyed, printable(input.stem().string()), writer);
+    writeModel(file, surveyed, printable(input.stem().u8string()), writer);
     Summary summary = writer.summary();
     summary.bytesIn = bytesIn;
     summary.bytesOut = std::filesystem::file_size(target.unfinishedPath());

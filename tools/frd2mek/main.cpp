@@ -2,6 +2,7 @@
 /// frd2mek: converts a result file of the solver into a model file.
 
 #include "commandline.hpp"
+#include "console/arguments.hpp"
 #include "converter.hpp"
 #include "frd/formaterror.hpp"
 
@@ -14,7 +15,7 @@ namespace {
 constexpr int exitUsage = 2;
 
 void print(const std::filesystem::path& output, const Frd::Summary& summary) {
-    std::cout << output.string() << ": " << summary.nodes << " nodes, " << summary.elements
+    std::cout << output.u8string() << ": " << summary.nodes << " nodes, " << summary.elements
               << " elements, " << summary.shapes << " shapes, " << summary.results << " results, "
               << summary.steps << " steps, " << summary.bytesIn << " bytes in, " << summary.bytesOut
               << " bytes out" << std::endl;
@@ -26,7 +27,7 @@ int convert(const Frd::CommandLine& commandLine) {
               Frd::convert(commandLine.input, commandLine.output, commandLine.overwrite));
         return EXIT_SUCCESS;
     } catch (const Frd::FormatError& error) {
-        std::cerr << "frd2mek: " << commandLine.input.string() << ":" << error.line() << ": "
+        std::cerr << "frd2mek: " << commandLine.input.u8string() << ":" << error.line() << ": "
                   << error.what() << '\n';
     } catch (const std::exception& error) {
         std::cerr << "frd2mek: " << error.what() << '\n';
@@ -38,7 +39,7 @@ int convert(const Frd::CommandLine& commandLine) {
 
 int main(int count, char** arguments) {
     try {
-        const Frd::CommandLine commandLine = Frd::parseCommandLine(count, arguments);
+        const Frd::CommandLine commandLine = Frd::parseCommandLine(Console::arguments(count, arguments));
         switch (commandLine.task) {
             case Frd::Task::ShowHelp:
                 std::cout << Frd::usage;

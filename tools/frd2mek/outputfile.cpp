@@ -22,13 +22,13 @@ OutputFile::OutputFile(const std::filesystem::path& path, const std::filesystem:
         return;
     }
     if (!std::filesystem::is_regular_file(path_)) {
-        throw std::runtime_error(path.string() + ": is not a regular file");
+        throw std::runtime_error(path.u8string() + ": is not a regular file");
     }
     if (std::filesystem::equivalent(path_, input)) {
-        throw std::runtime_error(path.string() + ": is the input itself");
+        throw std::runtime_error(path.u8string() + ": is the input itself");
     }
     if (!overwrite) {
-        throw std::runtime_error(path.string() + ": exists; use --overwrite to replace it");
+        throw std::runtime_error(path.u8string() + ": exists; use --overwrite to replace it");
     }
 }
 
