@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#if !defined(_WIN32)
 #include <sys/wait.h>
+#endif
 
 #include <cstdint>
 #include <cstdio>
@@ -38,16 +40,30 @@ protected:
     };
 
     Run run(const std::string& command) const {
-        std::FILE* const pipe =
-            popen(("cd '" + folder.string() + "' && exec 2>&1; " + command).c_str(), "r");
+        std::FILE* const pipe = startShell(command);
         std::string output;
         for (int byte = std::fgetc(pipe); byte != EOF; byte = std::fgetc(pipe)) {
             output += static_cast<char>(byte);
         }
-        return {WEXITSTATUS(pclose(pipe)), output};
+        return {finishShell(pipe), output};
     }
 
-    Run convert(const std::string& arguments) const { return run(FRD2MEK " " + arguments); }
+#if defined(_WIN32)
+    std::FILE* startShell(const std::string& command) const {
+        return _popen(("cd /d \"" + folder.string() + "\" && " + command + " 2>&1").c_str(), "r");
+    }
+    static int finishShell(std::FILE* pipe) { return _pclose(pipe); }
+#else
+    std::FILE* startShell(const std::string& command) const {
+        return popen(("cd '" + folder.string() + "' && exec 2>&1; " + command).c_str(), "r");
+    }
+    static int finishShell(std::FILE* pipe) { return WEXITSTATUS(pclose(pipe)); }
+#endif
+
+    Run convert(const std::string& arguments) const {
+        const std::string program = std::filesystem::absolute(FRD2MEK).make_preferred().string();
+        return run('"' + program + "\" " + arguments);
+    }
 
     void write(const std::string& name, const std::string& text) const {
         std::ofstream(path(name), std::ios::binary) << text;
