@@ -61,26 +61,34 @@ check_application() {
     done
 }
 
-# The programs find their DLLs beside them and take names of every kind.
+# Builds what compares files, and what converts the example, on this system too.
+build_native() {
+    native=$SOURCE_DIR/build/release/bin
+    (cd "$SOURCE_DIR" && cmake --preset release &&
+        cmake --build --preset release --target write_models compare_files) >"$work/native.log"
+}
+
+# The programs find their DLLs beside them, take names of every kind, and convert as on Linux.
 check_programs() {
-    local folder=$work/programs/Λόγος
+    local folder=$work/programs/Λόγος example=$SOURCE_DIR/build/demo
+    build_native
+    "$SOURCE_DIR/scripts/demo" >"$work/demo.log"
     rm -rf "$work/programs"
-    mkdir -p "$folder"
-    "$WINE" "$BUILD_DIR/bin/write_models.exe" "$work/programs"
-    mv "$work/programs/tree.mek" "$folder/日本 📐.mek"
-    "$WINE" "$package/bin/mekinfo.exe" --check "$folder/日本 📐.mek"
+    mkdir -p "$folder" "$work/programs/linux"
+    cp "$example/bracket.mek" "$work/programs/linux"
+    "$WINE" "$package/bin/frd2mek.exe" "$example/bracket.frd" "$folder/bracket.mek"
+    "$WINE" "$package/bin/mekinfo.exe" --check "$folder/bracket.mek"
+    "$native/compare_files" "$work/programs/linux" "$folder"
 }
 
 # The same models, written here by both systems.
 check_same_files() {
-    local native=$SOURCE_DIR/build/release
-    (cd "$SOURCE_DIR" && cmake --preset release &&
-        cmake --build --preset release --target write_models compare_files) >"$work/native.log"
+    build_native
     rm -rf "$work/linux" "$work/windows"
     mkdir -p "$work/linux" "$work/windows"
-    "$native/bin/write_models" "$work/linux"
+    "$native/write_models" "$work/linux"
     "$WINE" "$BUILD_DIR/bin/write_models.exe" "$work/windows"
-    "$native/bin/compare_files" "$work/linux" "$work/windows"
+    "$native/compare_files" "$work/linux" "$work/windows"
 }
 
 "check_$1"

@@ -1,16 +1,40 @@
 // An application that knows nothing of the library and loads a module that does.
 #include "application.hpp"
 
+#if defined(_WIN32)
+#include <windows.h>
+#else
 #include <dlfcn.h>
+#endif
 
 #include <iostream>
 
+namespace {
+
+using RunApplication = decltype(&runApplication);
+
+/// Null if the module or what it needs is missing.
+RunApplication load(const char* file) {
+#if defined(_WIN32)
+    const HMODULE module = LoadLibraryA(file);
+    return module == nullptr ? nullptr
+                             : reinterpret_cast<RunApplication>(reinterpret_cast<void*>(
+                                   GetProcAddress(module, "runApplication")));
+#else
+    void* const module = dlopen(file, RTLD_NOW | RTLD_LOCAL);
+    return module == nullptr
+               ? nullptr
+               : reinterpret_cast<RunApplication>(dlsym(module, "runApplication"));
+#endif
+}
+
+} // namespace
+
 int main(int argc, char** argv) {
-    void* const module = argc == 3 ? dlopen(argv[1], RTLD_NOW | RTLD_LOCAL) : nullptr;
-    void* const run = module != nullptr ? dlsym(module, "runApplication") : nullptr;
+    const RunApplication run = argc == 3 ? load(argv[1]) : nullptr;
     if (run == nullptr) {
-        std::cerr << "host: " << (argc == 3 ? dlerror() : "usage: host MODULE FOLDER") << '\n';
+        std::cerr << "host: " << (argc == 3 ? "cannot load" : "usage: host MODULE FOLDER") << '\n';
         return 2;
     }
-    return reinterpret_cast<decltype(&runApplication)>(run)(argv[2]);
+    return run(argv[2]);
 }
