@@ -2,6 +2,8 @@
 /// Bulk payload with its attributes.
 #pragma once
 
+#include <utility>
+
 namespace Tyr::Data {
 
 template <class ArrayType, class MapType, class TraitsType>
@@ -13,12 +15,12 @@ public:
 
     Data() = default;
 
-    /// Copies both.
-    Data(const Array& values, const Map& map) : array(values), attributes(map) {}
+    /// Copies the array and takes the map over.
+    Data(const Array& values, Map&& map) : array(values), attributes(std::move(map)) {}
 
-    Data(const Data&) = default;
+    Data(const Data&) = delete;
     Data(Data&&) = default;
-    Data& operator=(const Data&) = default;
+    Data& operator=(const Data&) = delete;
     Data& operator=(Data&&) = default;
     virtual ~Data() = default;
 

@@ -27,9 +27,9 @@ template <class Data>
 class ArrayProperty : public Data {
 public:
     ArrayProperty() = default;
-    ArrayProperty(const ArrayProperty&) = default;
+    ArrayProperty(const ArrayProperty&) = delete;
     ArrayProperty(ArrayProperty&&) = default;
-    ArrayProperty& operator=(const ArrayProperty&) = default;
+    ArrayProperty& operator=(const ArrayProperty&) = delete;
     ArrayProperty& operator=(ArrayProperty&&) = default;
     ~ArrayProperty() override = default;
 

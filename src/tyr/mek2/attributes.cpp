@@ -1,5 +1,7 @@
 #include <tyr/mek2/attributes.hpp>
 
+#include "tyr/mek2/valuecopy.hpp"
+
 #include <utility>
 
 namespace Tyr::Mek2 {
@@ -7,7 +9,7 @@ namespace Tyr::Mek2 {
 Attributes::Attributes() : data_(new std::map<std::string, AttributeVariant>) {}
 
 Attributes::Attributes(const Attributes& other)
-    : data_(new std::map<std::string, AttributeVariant>(*other.data_)) {}
+    : data_(new std::map<std::string, AttributeVariant>(copyOf(*other.data_))) {}
 
 Attributes::~Attributes() {
     delete data_;
@@ -16,7 +18,7 @@ Attributes::~Attributes() {
 
 const Attributes& Attributes::operator=(const Attributes& other) {
     if (this != &other) {
-        *data_ = *other.data_;
+        *data_ = copyOf(*other.data_);
     }
     return *this;
 }

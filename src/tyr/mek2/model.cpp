@@ -60,7 +60,7 @@ const Column<unsigned int>& idColumn(const Array1d<unsigned int>& ids) {
 }
 
 std::vector<StepData> stepDataOf(const Step& step) {
-    return {StepData{step.name, ValueAccess::of(step.attributes)}};
+    return std::vector<StepData>(1, StepData(step.name, ValueAccess::of(step.attributes)));
 }
 const std::vector<StepData>& stepDataOf(const StepList& steps) { return ValueAccess::of(steps); }
 
@@ -71,7 +71,7 @@ void writeArrayProperty(Database& database, const std::string* name, DatasetType
                         const Attributes& attributes) {
     auto adder = adderFor(array);
     auto& property = adder.property;
-    property.setData({ValueAccess::of(array), ValueAccess::of(attributes)});
+    property.setData({ValueAccess::of(array), copyOf(ValueAccess::of(attributes))});
     property.name = name != nullptr ? *name : property.nameFrom(type);
     property.type = type;
     property.width = property.widthFrom(type);
@@ -175,7 +175,7 @@ Array1d<unsigned int> Model::addAssemblyComponents(const std::map<std::string, A
                                                    const std::string& separator) {
     Adder::PathMap pathMap;
     for (const auto& [path, attributes] : paths) {
-        pathMap.emplace_hint(pathMap.end(), path, ValueAccess::of(attributes));
+        pathMap.emplace_hint(pathMap.end(), path, copyOf(ValueAccess::of(attributes)));
     }
     return addComponents(*database_, pathMap, separator);
 }

@@ -1,5 +1,7 @@
 #include <tyr/mek2/nodeproperties.hpp>
 
+#include "tyr/mek2/valuecopy.hpp"
+
 #include <utility>
 
 namespace Tyr::Mek2 {
@@ -7,7 +9,7 @@ namespace Tyr::Mek2 {
 NodeProperties::NodeProperties() : data_(new std::map<PropertyType, NodePropertyVariant>) {}
 
 NodeProperties::NodeProperties(const NodeProperties& other)
-    : data_(new std::map<PropertyType, NodePropertyVariant>(*other.data_)) {}
+    : data_(new std::map<PropertyType, NodePropertyVariant>(copyOf(*other.data_))) {}
 
 NodeProperties::~NodeProperties() {
     delete data_;
@@ -16,7 +18,7 @@ NodeProperties::~NodeProperties() {
 
 const NodeProperties& NodeProperties::operator=(const NodeProperties& other) {
     if (this != &other) {
-        *data_ = *other.data_;
+        *data_ = copyOf(*other.data_);
     }
     return *this;
 }

@@ -24,12 +24,12 @@ Step StepList::operator[](std::size_t i) const {
     const StepData& data = (*data_)[i];
     Step step;
     step.name = data.name;
-    ValueAccess::of(step.attributes) = data.attributes;
+    ValueAccess::of(step.attributes) = copyOf(data.attributes);
     return step;
 }
 
 void StepList::set(std::size_t i, const Step& step) {
-    (*data_)[i] = StepData{step.name, ValueAccess::of(step.attributes)};
+    (*data_)[i] = StepData(step.name, ValueAccess::of(step.attributes));
 }
 
 } // namespace Tyr::Mek2

@@ -7,10 +7,13 @@
 #include <tyr/mek2/nodeproperties.hpp>
 #include <tyr/mek2/step.hpp>
 
+#include "tyr/mek2/valuecopy.hpp"
+
 #include <Eigen/Core>
 
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Tyr::Mek2 {
@@ -35,6 +38,15 @@ struct TableStorage {
 
 /// The inner form of a step.
 struct StepData {
+    StepData() = default;
+    StepData(const std::string& stepName, const AttributeMap& stepAttributes)
+        : name(stepName), attributes(copyOf(stepAttributes)) {}
+    StepData(const StepData& other) : StepData(other.name, other.attributes) {}
+    StepData(StepData&&) = default;
+    StepData& operator=(const StepData& other) { return *this = StepData(other); }
+    StepData& operator=(StepData&&) = default;
+    ~StepData() = default;
+
     std::string name{};
     AttributeMap attributes{};
 };

@@ -90,7 +90,7 @@ private:
 };
 
 template <class Container, class Array>
-Components<Container, Array>::Components(const Container& givenPaths) : paths(givenPaths) {}
+Components<Container, Array>::Components(const Container& givenPaths) : paths(copyOf(givenPaths)) {}
 
 template <class Container, class Array>
 void Components<Container, Array>::update(Database& database) {

@@ -14,7 +14,7 @@ namespace Tyr::Mek2::Adder {
 using Helper::Attributes;
 
 Node::Node(NodeType nodeType, const std::string& nodeName, const AttributeMap& nodeAttributes)
-    : type(nodeType), name(nodeName), attributes(nodeAttributes) {}
+    : type(nodeType), name(nodeName), attributes(copyOf(nodeAttributes)) {}
 
 void Node::update(Database& database) {
     database.assertOpenedForWriting();

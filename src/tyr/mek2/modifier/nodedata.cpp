@@ -25,7 +25,7 @@ using Floats = std::vector<float>;
 
 NodeData::NodeData(unsigned int nodeId, const PropertyMap& nodeProperties,
                    const AttributeMap& nodeAttributes)
-    : id(nodeId), properties(nodeProperties), attributes(nodeAttributes) {}
+    : id(nodeId), properties(copyOf(nodeProperties)), attributes(copyOf(nodeAttributes)) {}
 
 void NodeData::update(Database& database) {
     database.assertOpenedForWriting();
