@@ -8,8 +8,14 @@ PathSplitter::PathSplitter(const std::string& path, const char* separator)
 
 PathSplitter::~PathSplitter() = default;
 
+/// One by one: a vector that is made from a range forgets an element in libstdc++ when moving on in
+/// the range fails, as it does here for lack of memory.
 std::vector<std::string> PathSplitter::names() const {
-    return std::vector<std::string>(tokenizer_.begin(), tokenizer_.end());
+    std::vector<std::string> names;
+    for (const std::string& name : tokenizer_) {
+        names.push_back(name);
+    }
+    return names;
 }
 
 } // namespace Tyr::Mek2::Component
