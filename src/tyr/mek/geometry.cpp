@@ -53,17 +53,27 @@ std::uint64_t Geometry::GetOrAddVariableIndex(const std::string& variableName) {
 unsigned int Geometry::AddVariable(const std::string& variableName, const VariableType& type,
                                    std::uint64_t offset, const NumericArray& array,
                                    const TyrUtil::AttributeList& attributes) {
-    const std::uint64_t index = GetOrAddVariableIndex(variableName);
-    Variable& variable = variables[index];
-    variable.type = type;
-    variable.vibration = isVibration(attributes);
+    // what can fail comes first, so that no variable is ever set in part
+    const bool vibration = isVibration(attributes);
+    const auto known = indexByName_.find(variableName);
+    TyrUtil::AttributeList merged;
+    if (known != indexByName_.end()) {
+        merged = variables[known->second].attributes;
+    }
     for (const auto& [key, value] : attributes.values) {
         if (!isLeftOut(key)) {
-            variable.attributes.values.insert_or_assign(key, value);
+            merged.values.insert_or_assign(key, value);
         }
     }
+    std::uint64_t& variableOffset = offsets[variableName];
+    const std::uint64_t index = GetOrAddVariableIndex(variableName);
+
+    Variable& variable = variables[index];
+    variable.type = type;
+    variable.vibration = vibration;
+    variable.attributes.values.swap(merged.values);
     variable.array = array;
-    offsets[variableName] = offset;
+    variableOffset = offset;
     return static_cast<unsigned int>(index);
 }
 

@@ -44,6 +44,7 @@ public:
 
     /// Sets a variable, which is added if need be, and gives its index. Attributes are merged into
     /// those that the variable has; some keys are left out. Whether it is a link does not change.
+    /// Without memory it fails and changes no variable.
     unsigned int AddVariable(const std::string& variableName, const VariableType& type,
                              std::uint64_t offset, const NumericArray& array,
                              const TyrUtil::AttributeList& attributes);
