@@ -6,9 +6,11 @@
 
 #include <cstddef>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace TyrAdt {
@@ -163,16 +165,26 @@ public:
         currentId = id;
     }
 
+    /// Takes memory for the next `count` children ahead, so that adding them cannot lack it.
+    void PrepareChildren(unsigned int count) {
+        while (prepared_.size() < count) {
+            prepared_.emplace(static_cast<unsigned int>(prepared_.size()), TreeNode<T>());
+        }
+    }
+
     /// Appends a child without payload to the current node and moves the cursor to it.
     /// @throws KeyNotFound the cursor is on no node; nothing is changed
     void AddChild() {
         TreeNode<T>& parent = GetCurrentNode();
         const unsigned int id = nextId;
-        TreeNode<T> child;
+        PrepareChildren(1);
+        auto prepared = prepared_.extract(std::prev(prepared_.end()));
+        prepared.key() = id;
+        TreeNode<T>& child = prepared.mapped();
         child.id = id;
         child.parentId = currentId;
         child.previousSiblingId = parent.lastChildId;
-        nodes.emplace_hint(nodes.end(), id, child);
+        nodes.insert(nodes.end(), std::move(prepared));
         ++nextId;
         if (parent.lastChildId == 0) {
             parent.firstChildId = id;
@@ -198,6 +210,7 @@ public:
 
 private:
     ChildIndex<T> childIndex_;
+    std::map<unsigned int, TreeNode<T>> prepared_; ///< nodes that are not in the tree yet
 };
 
 } // namespace TyrAdt

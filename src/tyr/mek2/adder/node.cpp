@@ -54,6 +54,7 @@ void Node::addNonRootNode(TyrMek::Tree& tree) {
         case NodeType::Shape: {
             auto shape = std::make_unique<TyrMek::Shape>(name);
             auto geometry = std::make_unique<TyrMek::Geometry>(name);
+            tree.PrepareChildren(2);
             tree.AddChildNode(std::move(shape));
             tree.AddChildNode(std::move(geometry));
             break;
