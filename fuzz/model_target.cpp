@@ -104,9 +104,6 @@ private:
             model_.saveTo(to, options);
         }
         isOpen_ = to == file_.path();
-        expected_.clear();
-        geometries_.clear();
-        highestId_ = 0;
     }
 
     void addNode() {
@@ -130,6 +127,9 @@ private:
         if (std::exchange(isOpen_, false)) {
             checkFile();
         }
+        expected_.clear();
+        geometries_.clear();
+        highestId_ = 0;
     }
 
     void checkFile() const {

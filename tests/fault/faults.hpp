@@ -1,0 +1,70 @@
+/// @file
+/// Makes a single call of the system, the allocator or zlib fail, by wrapping it at link time.
+///
+/// Streams are real ones of the C library over a file, so that buffering, short writes and the
+/// error that a stream keeps are real as well. The clock stands still.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Testing {
+
+enum class Fault {
+    Open,           ///< the file cannot be opened
+    Write,          ///< the system takes none of the bytes
+    ShortWrite,     ///< the system takes half of the bytes
+    Seek,           ///< the file position cannot be set
+    Flush,          ///< a write within `fflush` fails
+    Close,          ///< the system reports a failure when the file is closed
+    Malloc,         ///< no memory
+    Realloc,        ///< no memory
+    New,            ///< no memory
+    CompressMemory, ///< no memory inside of `compress2`
+    Compress        ///< `compress2` fails for another reason
+};
+
+/// While it lives the `number`-th call of a kind fails, counted from 1. Only calls within a
+/// `LibraryCall` count.
+class Injection {
+public:
+    Injection(Fault kind, std::uint64_t number);
+    Injection(const Injection&) = delete;
+    Injection& operator=(const Injection&) = delete;
+    ~Injection();
+
+    /// There were as many calls.
+    static bool hasStruck();
+};
+
+/// Marks what is a call of the library and not the test's own.
+class LibraryCall {
+public:
+    LibraryCall();
+    LibraryCall(const LibraryCall&) = delete;
+    LibraryCall& operator=(const LibraryCall&) = delete;
+    ~LibraryCall();
+};
+
+/// Memory that was taken and not given back, in pieces.
+std::int64_t heldAllocations();
+
+/// Bytes that the system was given for a file, in the order of time.
+struct Written {
+    std::uint64_t position;
+    std::string bytes;
+};
+
+/// While it lives all writes are noted.
+class WriteRecorder {
+public:
+    WriteRecorder();
+    WriteRecorder(const WriteRecorder&) = delete;
+    WriteRecorder& operator=(const WriteRecorder&) = delete;
+    ~WriteRecorder();
+
+    std::vector<Written> writes;
+};
+
+} // namespace Testing
