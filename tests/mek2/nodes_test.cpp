@@ -173,6 +173,8 @@ TEST_F(NodesTest, RefusesPropertiesThatDoNotFit) {
     NodeProperties whole;
     whole.set(PropertyType::Shininess, 1);
     EXPECT_THROW(model.setNodeData(geometry, whole), TemplateSpecializationNotDefined);
+    EXPECT_EQ(failureOf<InvalidArguments>([&] { model.setNodeData(1, whole); }),
+              "Invalid property type"); // the node is looked at before the value
     NodeProperties single;
     single.set(PropertyType::Translation, 1.0F);
     EXPECT_THROW(model.setNodeData(1, single), TemplateSpecializationNotDefined);

@@ -46,9 +46,10 @@ struct PathText<std::wstring> {
 ///
 /// A write cycle starts with `saveTo` and ends with `close`, or with the destruction of the
 /// `Model`. In between the content tree is built, and every array goes to the file at once, so
-/// that memory stays bounded by about one block of bulk data (200 MiB unless the environment
-/// variable MEKWRITER_DEFAULT_BLOCK_SIZE says otherwise) plus the array at hand. The tree and all
-/// light data follow at `close`; a file that was not closed has no index and cannot be read.
+/// that memory stays bounded by one block of bulk data (200 MiB unless the environment variable
+/// MEKWRITER_DEFAULT_BLOCK_SIZE says otherwise), its compressed form while it is written, and a
+/// copy of the array at hand. The tree and all light data follow at `close`; a file that was not
+/// closed has no index and cannot be read.
 ///
 /// Nodes have ids: 1 is the root, 0 stands for none, the others count up from 2 in order of
 /// creation. The tree has a current node. `addNode` adds below it, and each operation says where
@@ -78,17 +79,18 @@ public:
     Model(const Model&) = delete;
     Model& operator=(const Model&) = delete;
 
-    /// Takes over the running write cycle; `other` is as new afterwards.
+    /// Takes over the running write cycle; `other` is as new afterwards. Takes memory for that, and
+    /// changes nothing where there is none.
     Model(Model&& other);
 
-    /// Ends this object's own write cycle as the destructor does, then takes over that of `other`,
-    /// which is as new afterwards.
+    /// Takes over the write cycle of `other`, which is as new afterwards, and ends this object's own
+    /// as the destructor does.
     Model& operator=(Model&& other);
 
     /// Starts a write cycle: creates the file and writes its head.
     ///
     /// An empty path starts a write cycle without a file: the tree can be built, arrays are
-    /// refused, and `close` writes nothing.
+    /// refused, and `close` writes nothing. Each call seeds `std::rand` of the process with 0.
     ///
     /// @tparam S `std::string`, or `std::wstring` (on POSIX the file name is its UTF-8 form)
     /// @throws InvalidObjectState "Not Empty": a write cycle is running; it goes on undisturbed
@@ -101,6 +103,7 @@ public:
                                         const SaverOptions& options = SaverOptions());
 
     /// The same for a zero-terminated path, which must not be null.
+    /// @tparam CharT `char` or `wchar_t`
     template <class CharT>
     void saveTo(const CharT* const path, const SaverOptions& options = SaverOptions());
 
@@ -113,6 +116,8 @@ public:
     ///
     /// @throws FileWriteException "Unable to write to file" or "Saving the buffer failed": the
     ///     system refused bytes or a position
+    /// @throws OverflowError, MiscelleneousException "Unable to compress block": the light data of
+    ///     one kind, or its compressed form, has 2^32 bytes or more
     void close();
 
     /// Adds a node below the current node, or as the root if there is none yet.
@@ -127,6 +132,7 @@ public:
     /// @throws InvalidObjectState "File not open.": no write cycle
     /// @throws InvalidArguments "Invalid node type for root node", "Invalid node type", or an
     ///     attribute of a kind that cannot be stored
+    /// @throws KeyNotFound a failed `addArrayProperty` left an unknown id as the current node
     unsigned int addNode(NodeType type, const std::string& name,
                          const Attributes& attributes = emptyAttributes());
 
@@ -142,7 +148,8 @@ public:
 
     /// Finds a node by its path from the root: separator, root name, separator, name and so on.
     ///
-    /// `separator` is taken as one whole text. Of children of equal name the first added is found;
+    /// `separator` is taken as one whole text, and what stands in its place behind the root's name is
+    /// not compared with it. Of children of equal name the first added is found;
     /// groups and shapes are not told apart. A shape's geometry has the path of the shape with the
     /// shape's name once more. Afterwards the current node is the root, unless `path` is empty.
     ///
@@ -161,7 +168,8 @@ public:
     /// own or replace those of the same key; on other nodes they are not looked at. All of it is
     /// written at `close`, so the last value wins.
     ///
-    /// Afterwards the current node is `id`, or the shape if `id` is its geometry.
+    /// Afterwards the current node is `id`, or the shape if `id` is its geometry, also where a
+    /// property or an attribute was refused.
     ///
     /// @throws InvalidObjectState "File not open.": no write cycle
     /// @throws OutOfBounds no node has this id
@@ -175,10 +183,11 @@ public:
     /// Adds all groups and shapes that a list of paths names, and reuses those that exist.
     ///
     /// A path starts with the separator and the root's name. One that ends in the separator leads
-    /// to a group, any other to a shape; all names before the last are groups. Every character of
-    /// `separator` cuts, and empty names between cuts are passed over.
+    /// to a group, any other to a shape; all names before the last are groups. Every single byte of
+    /// `separator` cuts, so that it should be an ASCII character, and empty names between cuts are
+    /// passed over.
     ///
-    /// Afterwards the current node is the end of the last path.
+    /// Afterwards the current node is the end of the last path that has a name.
     ///
     /// @return one id for each path, in order: of the group, of the geometry below the shape, 1
     ///     for the root's own path, or 0 for a path without any name
@@ -207,7 +216,7 @@ public:
     /// with "Link." are left out; "Category" with the text "Vibration" marks the variable as a
     /// vibration.
     ///
-    /// With no rows or no ids nothing happens. Otherwise, if there are steps, the current node
+    /// With no rows or no ids nothing happens, once the type is known to be good. Otherwise, if there are steps, the current node
     /// afterwards is the last id that was handled. After a failure the pairs handled before it
     /// keep their variables, and the data stays in the file even if no variable refers to it.
     ///

@@ -3,6 +3,7 @@
 #include "tyr/exception/raise.hpp"
 #include "tyr/mek/geometry.hpp"
 #include "tyr/mek/group.hpp"
+#include "tyr/mek/material.hpp"
 #include "tyr/mek/shape.hpp"
 #include "tyr/mek2/helper/attributes.hpp"
 #include "tyr/variant/visitor/valuegetter.hpp"
@@ -20,6 +21,39 @@ T valueOf(const NodePropertyVariant& value) {
 }
 
 using Floats = std::vector<float>;
+
+void placeGroup(TyrMek::Group& group, PropertyType type, const NodePropertyVariant& value) {
+    if (type == PropertyType::Translation) {
+        group.SetTranslation(valueOf<Floats>(value));
+    } else if (type == PropertyType::Rotation) {
+        group.SetRotation(valueOf<Floats>(value));
+    } else {
+        group.SetScale(valueOf<Floats>(value));
+    }
+}
+
+void changeLook(TyrMek::Material& material, PropertyType type, const NodePropertyVariant& value) {
+    switch (type) {
+        case PropertyType::DiffuseColor:
+            return material.SetDiffuseColor(valueOf<Floats>(value));
+        case PropertyType::SpecularColor:
+            return material.SetSpecularColor(valueOf<Floats>(value));
+        case PropertyType::EmissiveColor:
+            return material.SetEmissiveColor(valueOf<Floats>(value));
+        case PropertyType::AmbientColor:
+            return material.SetAmbientColor(valueOf<Floats>(value));
+        case PropertyType::Transparency:
+            material.transparency = valueOf<float>(value);
+            return;
+        case PropertyType::AmbientIntensity:
+            return material.SetAmbientIntensity(valueOf<float>(value));
+        case PropertyType::Shininess:
+            material.shininess = valueOf<float>(value);
+            return;
+        default:
+            material.materialFlag = valueOf<bool>(value);
+    }
+}
 
 } // namespace
 
@@ -45,7 +79,14 @@ void NodeData::update(Database& database) {
         shape = dynamic_cast<TyrMek::Shape*>(tree.GetCurrentNode().value);
     }
     for (const auto& [type, value] : properties) {
-        apply(type, value, group, shape);
+        if (type < PropertyType::Translation || type > PropertyType::MaterialFlag) {
+            TYR_RAISE(Exception::InvalidArguments("Invalid properties"));
+        }
+        if (type <= PropertyType::Scale) {
+            placeGroup(*notNull(group), type, value);
+        } else {
+            changeLook(notNull(shape)->material, type, value);
+        }
     }
     if (!attributes.empty() && group != nullptr) {
         Helper::replaceEntries(group->attributes, Helper::Attributes::toAttributeList(attributes));
@@ -58,47 +99,6 @@ T NodeData::notNull(T node) const {
         TYR_RAISE(Exception::InvalidArguments("Invalid property type"));
     }
     return node;
-}
-
-void NodeData::apply(PropertyType type, const NodePropertyVariant& value, TyrMek::Group* group,
-                     TyrMek::Shape* shape) const {
-    switch (type) {
-        case PropertyType::Translation:
-            notNull(group)->SetTranslation(valueOf<Floats>(value));
-            break;
-        case PropertyType::Rotation:
-            notNull(group)->SetRotation(valueOf<Floats>(value));
-            break;
-        case PropertyType::Scale:
-            notNull(group)->SetScale(valueOf<Floats>(value));
-            break;
-        case PropertyType::DiffuseColor:
-            notNull(shape)->material.SetDiffuseColor(valueOf<Floats>(value));
-            break;
-        case PropertyType::SpecularColor:
-            notNull(shape)->material.SetSpecularColor(valueOf<Floats>(value));
-            break;
-        case PropertyType::EmissiveColor:
-            notNull(shape)->material.SetEmissiveColor(valueOf<Floats>(value));
-            break;
-        case PropertyType::AmbientColor:
-            notNull(shape)->material.SetAmbientColor(valueOf<Floats>(value));
-            break;
-        case PropertyType::Transparency:
-            notNull(shape)->material.transparency = valueOf<float>(value);
-            break;
-        case PropertyType::AmbientIntensity:
-            notNull(shape)->material.SetAmbientIntensity(valueOf<float>(value));
-            break;
-        case PropertyType::Shininess:
-            notNull(shape)->material.shininess = valueOf<float>(value);
-            break;
-        case PropertyType::MaterialFlag:
-            notNull(shape)->material.materialFlag = valueOf<bool>(value);
-            break;
-        default:
-            TYR_RAISE(Exception::InvalidArguments("Invalid properties"));
-    }
 }
 
 } // namespace Tyr::Mek2::Modifier

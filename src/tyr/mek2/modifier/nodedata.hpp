@@ -6,11 +6,6 @@
 #include "tyr/mek2/database.hpp"
 #include "tyr/mek2/valuestorage.hpp"
 
-namespace TyrMek {
-class Group;
-class Shape;
-} // namespace TyrMek
-
 namespace Tyr::Mek2::Modifier {
 
 class NodeData : public Base::Modifier<Database> {
@@ -28,9 +23,6 @@ public:
 private:
     template <class T>
     T notNull(T node) const;
-
-    void apply(PropertyType type, const NodePropertyVariant& value, TyrMek::Group* group,
-               TyrMek::Shape* shape) const;
 };
 
 } // namespace Tyr::Mek2::Modifier
