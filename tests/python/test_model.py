@@ -1,0 +1,246 @@
+"""The operations of Model, checked in the files that they write."""
+
+import gc
+import os
+import sys
+import threading
+from pathlib import Path
+
+import container
+import mekapi2
+import numpy as np
+import pytest
+from mekapi2 import DatasetType, Model, NodeType, PropertyType, Step
+
+TRIANGLE = np.array([[0, 0, 0], [1, 0, 0], [0, 1, 0]], np.float32)
+
+
+@pytest.fixture
+def path(tmp_path):
+    return tmp_path / "model.mek"
+
+
+@pytest.fixture
+def model(path):
+    with Model.create(path) as model:
+        yield model
+
+
+def test_writes_tree_attributes_and_properties(path, read):
+    attributes = {"text": "Zähler", "word": 4294967295, "float": 0.1, "true": True}
+    with Model.create(path, tool_name="solver", tool_version="7") as model:
+        assert model.add_node("FlaggedRootGroup", "plate", attributes) == 1
+        assert model.add_node(NodeType.Group, "part") == 2
+        surface = model.add_node(4, "surface")
+        assert surface == 4
+        model.set_current_node(2)
+        model.move_to_parent()
+        assert model.add_node("shape", "other") == 6
+        assert model.get_node_id("/plate/part/surface") == 3
+        assert model.get_node_id(["plate", "part", "surface", "surface"]) == surface
+        assert model.get_node_id("|plate|none", "|") == 0
+        model.set_node_data(2, {"Scale": (1, 2, 4), PropertyType.Rotation: np.eye(4)[0]}, {"a": 1})
+        look = {"diffuse_color": [0.5, 0.25, 0], "Transparency": 1, "MaterialFlag": False}
+        model.set_node_data(surface, look)
+
+    nodes = container.by_path(read(path))
+
+    root, part, shape = nodes["plate"], nodes["plate/part"], nodes["plate/part/surface"]
+    assert root.root_flag == 1
+    assert root.attributes == {**attributes, "float": np.float32(0.1)}
+    assert part.placement == (0, 0, 0, 1, 0, 0, 0, 1, 2, 4)
+    assert part.attributes == {"a": 1}
+    assert shape.material[:3] == (0.5, 0.25, 0) and shape.material[16::2] == (1, 0)
+    assert nodes["plate/other/other"].id == 6
+    assert b"solver" in container._streams(path.read_bytes())["Global Information"]
+
+
+def test_owns_once_and_links_for_ids_and_steps(path, read):
+    with Model.create(path) as model:
+        model.add_node("RootGroup", "r")
+        ids = model.add_assembly_components(["/r/a", "/r/b"])
+        steps = ["s1", Step("s2", {"Time": 2.0, "Unit": "K"})]
+        more = {"Category": "Vibration", "Time": 1.0}
+        model.add_array("ResultA3", TRIANGLE, np.array(ids), name="R", steps=steps, attributes=more)
+        model.add_array("coordinates", TRIANGLE, ids[0])
+        model.add_array("ResultA1", TRIANGLE[:, :1], ids, name="unattached", steps=[])
+
+    nodes = container.by_path(read(path))
+
+    a, b = nodes["r/a/a"].variables, nodes["r/b/b"].variables
+    assert list(a) == ["R\x1es1", "R\x1es2", "Coordinates"] and list(b) == ["R\x1es1", "R\x1es2"]
+    assert a["R\x1es1"].attributes == more and a["R\x1es1"].vibration
+    assert [v.link for v in (a["R\x1es2"], b["R\x1es1"], b["R\x1es2"])] == [(ids[0], 0)] * 3
+    np.testing.assert_array_equal(b["R\x1es2"].values, TRIANGLE)
+
+
+def test_dataset_types_have_their_numbers_names_and_widths(path, read):
+    variable_types = [4, 5, 6, 9, 9, 9, 4, 5, 6, 1, *range(12, 29), 12, 16, 13, 14]
+    names = {"Connectivity": 3, "Polylength": 3, "Part Elements": 3, "Coordinates": 1}
+    own_names = [name for name, count in names.items() for _ in range(count)]
+    own_names += [None] * 17 + ["Node Ids", "Element IDs", "Displacement", "Displacement"]
+    with Model.create(path) as model:
+        model.add_node("RootGroup", "r")
+        for kind, own_name in zip(DatasetType, own_names):
+            shape = model.add_assembly_components([f"/r/{int(kind)}"])[0]
+            name = None if own_name else kind.name
+            model.add_array(kind.name, np.ones((2, kind.width)), shape, name=name)
+
+    nodes = container.by_path(read(path))
+
+    for kind, variable_type, own_name in zip(DatasetType, variable_types, own_names):
+        (variable,) = nodes[f"r/{int(kind)}/{int(kind)}"].variables.values()
+        assert (variable.type, variable.name) == (variable_type, own_name or kind.name)
+
+
+def test_components_come_as_they_were_given(model):
+    assert model.add_assembly_components([]) == []
+    assert model.add_assembly_components(["/r/z", "/r/g/", "", "/r"]) == [3, 4, 0, 1]
+    by_path = model.add_assembly_components({":r:z": None, ":r:g:": {"a": 1}, ":r:b": {}}, ":")
+    assert list(by_path.items()) == [(":r:z", 3), (":r:g:", 4), (":r:b", 6)]
+    with pytest.raises(TypeError):
+        model.add_assembly_components("/r/z")
+
+
+FAILURES = [
+    ("InvalidArguments", ValueError, 3, "Invalid node type",
+     lambda m: m.add_node("RootGroup", "x")),
+    ("InvalidArguments", ValueError, 3, "invalid array size",
+     lambda m: m.set_node_data(1, {"Scale": [1, 2]})),
+    ("OutOfBounds", IndexError, 11, "Out of bounds error", lambda m: m.set_current_node(9)),
+    ("KeyNotFound", KeyError, 14, "Key not found", lambda m: m.add_array("NodeIds", [1], 9)),
+    ("NotYetImplemented", NotImplementedError, 20, "Not yet implemented",
+     lambda m: m.add_assembly_components(["/other/x"])),
+    ("InvalidObjectState", RuntimeError, 17, "File not open.",
+     lambda m: (m.close(), m.add_node("Group", "x"))),
+]
+
+
+@pytest.mark.parametrize("name, built_in, code, message, operation", FAILURES)
+def test_failures_are_exceptions_with_code_and_location(
+    model, name, built_in, code, message, operation
+):
+    model.add_node("RootGroup", "r")
+    with pytest.raises(built_in) as caught:
+        operation(model)
+    error = caught.value
+    assert type(error) is getattr(mekapi2, name) and isinstance(error, mekapi2.Error)
+    assert (error.code, str(error)) == (code, message)
+    assert "(" in error.location.function and error.location.line > 0
+    assert error.location.file.startswith("tyr/")
+
+
+def test_failures_to_create_a_file_name_it(model, path):
+    with pytest.raises(FileExistsError, match="File exists.") as caught:
+        Model.create(path)
+    assert (caught.value.code, caught.value.filename) == (5, str(path))
+    missing = path / "folder" / "x.mek"
+    with pytest.raises(OSError, match="Unable to open file") as caught:
+        Model.create(os.fsencode(missing))
+    assert (caught.value.code, caught.value.filename) == (2, os.fsencode(missing))
+    for wrong in ("", "a\0b"):
+        with pytest.raises(ValueError):
+            Model.create(wrong, overwrite=True)
+
+
+def test_values_that_do_not_fit_are_refused_by_name(model):
+    wrong = [-1, 2**32, "x" * 257, "ä" * 129, "a\0b", 1e39, [1], None, 1j]
+    for value in wrong:
+        with pytest.raises((ValueError, TypeError), match="'key'"):
+            model.add_node("RootGroup", "r", {"key": value})
+    model.add_node("RootGroup", "r", {"longest": "ä" * 128, "infinity": float("inf")})
+    for key, value in [("Scale", 1), ("Scale", "123"), ("MaterialFlag", 1), ("Shininess", "1")]:
+        with pytest.raises(TypeError, match=key):
+            model.set_node_data(1, {key: value})
+    for unknown in ("Colour", 11):
+        with pytest.raises(ValueError):
+            model.set_node_data(1, {unknown: 1})
+    with pytest.raises(ValueError):
+        model.set_current_node(-1)
+
+
+@pytest.mark.parametrize("form", [str, Path, os.fsencode])
+def test_takes_unicode_paths_of_any_kind(tmp_path, read, form):
+    path = tmp_path / "Modell – 模型 🙂.mek"
+    for _ in range(2):
+        with Model.create(form(path), overwrite=True) as model:
+            model.add_node("RootGroup", "Fläche 面")
+    assert read(path)[1].name == "Fläche 面"
+
+
+def test_an_exception_in_the_block_goes_on_and_the_file_is_finished(path, read):
+    with pytest.raises(ZeroDivisionError):
+        with Model.create(path) as model:
+            model.add_node("RootGroup", "so far")
+            1 / 0
+    assert model.closed and read(path)[1].name == "so far"
+
+
+@pytest.mark.skipif(not os.path.exists("/dev/full"), reason="no device that is always full")
+def test_a_failed_close_is_raised_but_hides_no_exception():
+    with pytest.raises(mekapi2.FileWriteException) as caught:
+        with Model.create("/dev/full", overwrite=True) as model:
+            model.add_node("RootGroup", "r")
+    assert caught.value.code == 7 and model.closed
+    model.close()
+    with pytest.raises(ZeroDivisionError) as divided:
+        with Model.create("/dev/full", overwrite=True) as model:
+            1 / 0
+    assert "/dev/full" in divided.value.__notes__[0]
+
+
+def test_a_forgotten_model_warns_and_is_finished(path, read):
+    with pytest.warns(ResourceWarning):
+        Model.create(path).add_node("RootGroup", "r")
+        gc.collect()
+    assert read(path)[1].name == "r"
+
+
+def test_other_threads_run_while_arrays_are_compressed(path, monkeypatch):
+    """Threads are never made to give way here, so that only a released lock lets another in."""
+    monkeypatch.setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", "1000")
+    noise = np.random.default_rng(1).random(1 << 21, np.float32)
+    may_run, has_run = threading.Lock(), []
+    may_run.acquire()
+    thread = threading.Thread(target=lambda: (may_run.acquire(), has_run.append(True)))
+    interval = sys.getswitchinterval()
+    with Model.create(path) as model:
+        model.add_node("RootGroup", "r")
+        shape = model.add_node("Shape", "s")
+        model.add_array("ResultA1", [1.0], shape, name="first")
+        thread.start()
+        sys.setswitchinterval(1e6)
+        try:
+            may_run.release()
+            assert has_run == []
+            model.add_array("ResultA1", noise, shape, name="noise")
+            model.add_array("ResultA1", noise, shape, name="more")
+            assert has_run == [True]
+        finally:
+            sys.setswitchinterval(interval)
+            thread.join()
+
+
+def test_threads_share_a_model_one_at_a_time(path, read, monkeypatch):
+    monkeypatch.setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", "1000")
+
+    def add(number):
+        barrier.wait()
+        for step in range(20):
+            values = np.full(100_000, number * 100 + step)
+            model.add_array("ResultA1", values, shapes[number], name="R", steps=str(step))
+
+    with Model.create(path) as model:
+        model.add_node("RootGroup", "r")
+        shapes = model.add_assembly_components([f"/r/{number}" for number in range(4)])
+        barrier = threading.Barrier(4)
+        threads = [threading.Thread(target=add, args=(number,)) for number in range(4)]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
+
+    nodes = read(path)
+    for number, shape in enumerate(shapes):
+        values = [variable.values[0, 0] for variable in nodes[shape].variables.values()]
+        assert values == [number * 100 + step for step in range(20)]
