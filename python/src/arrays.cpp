@@ -123,7 +123,7 @@ template <class From>
 LibraryArray toArray(const ArrayView& view, bool lossy) {
     using Own = std::conditional_t<std::is_floating_point_v<From>, float, unsigned int>;
     using Other = std::conditional_t<std::is_floating_point_v<From>, unsigned int, float>;
-    LibraryArray result;
+    LibraryArray result; // returned in place: a library array cannot be moved, only copied
     const std::optional<InexactValue> inexact = tryFill<Own, From>(result, view, true);
     if (!inexact || !tryFill<Other, From>(result, view, true)) {
         return result;

@@ -107,5 +107,7 @@ def test_refuses_what_is_no_column_or_table_of_numbers(tmp_path):
         for kind, array, failure in cases:
             with pytest.raises(failure):
                 model.add_array(kind, array, shape, name="x")
+        with pytest.raises(MemoryError):
+            model.add_array("NodeIds", np.broadcast_to(np.float32(1), 2**60), shape)
         model.add_array("ResultA1", masked[:1], shape, name="no value masked")
         model.add_array("Coordinates", [], shape)

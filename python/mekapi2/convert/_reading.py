@@ -100,7 +100,8 @@ def _read_mesh(
         except Exception as error:
             reasons.append(f"{candidate}: {type(error).__name__}: {error}")
         else:
-            warnings += [line.strip() for line in said.getvalue().splitlines() if line.strip()]
+            told = _sentence(said.getvalue()).split("Warning: ")
+            warnings += [text.strip() for text in told if text.strip()]
             return mesh, candidate
     raise ConversionError("; ".join(f"not read as {reason}" for reason in reasons))
 

@@ -55,7 +55,7 @@ class _Names:
         known = self._given.get(thing)
         if known is not None:
             return known
-        base = wanted.replace(_separator, " ") or "unnamed"
+        base = _name(wanted)
         name, number = base, 1
         while name in self._taken:
             number += 1
@@ -68,7 +68,9 @@ class _Names:
 def write(model: Model, source: Source, progress: Optional[Progress] = None) -> Counts:
     """Writes all parts of ``source``, frame after frame."""
     counts = Counts(warnings=source.warnings)
-    root = source.path.stem.replace(_separator, " ")
+    if any(np.ndim(part.mesh.points) != 2 for part in source.parts):
+        raise ConversionError("there are no points in it")
+    root = _name(source.path.stem)
     model.add_node("RootGroup", root, _root_attributes(source, counts.warnings))
     total = sum(part.frame_count for part in source.parts)
     done = 0
@@ -173,8 +175,10 @@ class _PartWriter:
     def _write_set(
         self, family: str, name: str, members: Any, count: int, shapes: list[int]
     ) -> None:
-        is_member = np.zeros(count, dtype=bool)
-        is_member[np.asarray(members, dtype=np.int64)] = True
+        numbers = np.asarray(members, dtype=np.int64)
+        is_member = np.isin(np.arange(count), numbers)
+        if is_member.sum() != len(np.unique(numbers)):
+            raise ConversionError(f"set {name!r} has members that do not exist")
         key = (family, "set", name)
         self.results.add(key)
         self._add(
@@ -255,7 +259,7 @@ def _attribute(value: Any) -> Union[int, float, str]:
 
 def _text(text: str) -> str:
     """What fits an attribute, without half a character at the end."""
-    return text.split("\0")[0].encode()[:_largest_text].decode(errors="ignore")
+    return text.split("\0")[0].encode(errors="replace")[:_largest_text].decode(errors="ignore")
 
 
 def _paths(part: Part, root: str) -> list[str]:
@@ -272,7 +276,12 @@ def _paths(part: Part, root: str) -> list[str]:
 
 
 def _path(names: list[str]) -> str:
-    return "".join(_separator + (name.replace(_separator, " ") or "unnamed") for name in names)
+    return "".join(_separator + _name(name) for name in names)
+
+
+def _name(text: str) -> str:
+    """A name that can be part of a path and is sound UTF-8."""
+    return text.encode(errors="replace").decode().replace(_separator, " ") or "unnamed"
 
 
 def _regions(mesh: meshio.Mesh) -> list[str]:
