@@ -22,7 +22,7 @@ CELLS = [
     ("wedge", [[1, 2, 5, 10, 11, 14], [1, 5, 4, 10, 14, 13]]),
     ("tetra", [[4, 5, 7, 13]]),
 ]
-# shape name, index of Connectivity and Polylength, order of nodes as they are in the file
+# shape name, index of Connectivity and Polylength, order in the file of the nodes in a VTU
 ELEMENTS = {
     "vertex": ("VERTEX1", 0, [0]),
     "line": ("BE2", 0, range(2)),
@@ -37,7 +37,7 @@ ELEMENTS = {
     "tetra10": ("TE10", 2, range(10)),
     "pyramid": ("PY5", 2, range(5)),
     "wedge": ("PE6", 2, range(6)),
-    "wedge15": ("PE15", 2, [0, 1, 2, 3, 4, 5, 6, 7, 8, 12, 13, 14, 9, 10, 11]),
+    "wedge15": ("PE15", 2, [0, 2, 1, 3, 5, 4, 8, 7, 6, 12, 14, 13, 11, 10, 9]),
     "hexahedron": ("HE8", 2, range(8)),
     "hexahedron20": ("HE20", 2, [*range(12), 16, 17, 18, 19, 12, 13, 14, 15]),
     "hexahedron27": ("HE27", 2, range(27)),
@@ -144,6 +144,14 @@ def test_names_and_orders_all_element_types(tmp_path, read):
     found = geometries(tmp_path / "all.mek", read)
     assert list(found)[-1] == "Mesh/QU4 (2)"
     check_mesh(list(found.values()), blocks, points)
+
+    deck = [(kind, nodes) for kind, nodes in blocks if kind in ("wedge15", "hexahedron20")]
+    meshio.write(tmp_path / "deck.inp", meshio.Mesh(points, deck))
+    convert(tmp_path / "deck.inp")
+    wedge, brick = geometries(tmp_path / "deck.mek", read).values()
+    order = [*range(9), 12, 13, 14, 9, 10, 11]
+    check(wedge.variables["Connectivity"], np.array(deck[0][1])[:, order])
+    check(brick.variables["Connectivity"], np.array(deck[1][1])[:, ELEMENTS["hexahedron20"][2]])
 
 
 def test_splits_other_widths_and_keeps_names_apart(tmp_path, read):

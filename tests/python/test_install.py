@@ -18,6 +18,6 @@ def test_an_installed_prefix_can_be_moved(tmp_path, read):
 
     subprocess.run([sys.executable, EXAMPLE, tmp_path / "x.mek"], check=True, env=env)
 
-    assert read(tmp_path / "x.mek")[1].name == "plate"
+    assert read(tmp_path / "x.mek")[1].name == "bar"
     for name in ("py.typed", "_core.pyi", "convert/__main__.py"):
         assert (packages / "mekapi2" / name).is_file()

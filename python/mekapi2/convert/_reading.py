@@ -21,6 +21,8 @@ from ._errors import ConversionError
 from ._source import Frame, Part, Source, still
 
 _xdmf_suffixes = (".xdmf", ".xmf")
+_vtk_prefix = "vt"
+_turned_wedge = [0, 2, 1, 3, 5, 4, 8, 7, 6, 11, 10, 9, 12, 14, 13]
 _time_in_name = re.compile(r"(?P<name>.*)\[\d+\] - (?P<time>\S+)")
 
 
@@ -100,10 +102,22 @@ def _read_mesh(
         except Exception as error:
             reasons.append(f"{candidate}: {type(error).__name__}: {error}")
         else:
+            if candidate.startswith(_vtk_prefix):
+                _turn_wedges(mesh)
             told = _sentence(said.getvalue()).split("Warning: ")
             warnings += [text.strip() for text in told if text.strip()]
             return mesh, candidate
     raise ConversionError("; ".join(f"not read as {reason}" for reason in reasons))
+
+
+def _turn_wedges(mesh: meshio.Mesh) -> None:
+    """Lets the first face of second-order wedges be seen from inside, as in all other formats.
+
+    Of linear wedges meshio does so itself.
+    """
+    for block in mesh.cells:
+        if block.type == "wedge15":
+            block.data = block.data[:, _turned_wedge]
 
 
 def _sentence(text: str) -> str:
