@@ -53,7 +53,7 @@ def _job(
 
 def _tell(summary: Summary) -> None:
     counts = summary.counts
-    for warning in counts.warnings:
+    for warning in dict.fromkeys(counts.warnings):
         print(f"{_program}: warning: {warning}", file=sys.stderr)
     rounded = f", {counts.rounded} arrays rounded to 32 bits" if counts.rounded else ""
     print(
