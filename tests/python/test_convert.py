@@ -5,6 +5,7 @@ import json
 import os
 import subprocess
 import sys
+from xml.etree import ElementTree
 
 import container
 import h5py
@@ -22,26 +23,21 @@ CELLS = [
     ("wedge", [[1, 2, 5, 10, 11, 14], [1, 5, 4, 10, 14, 13]]),
     ("tetra", [[4, 5, 7, 13]]),
 ]
-# shape name, index of Connectivity and Polylength, order in the file of the nodes in a VTU
+# shape name, index of Connectivity and Polylength, nodes
 ELEMENTS = {
-    "vertex": ("VERTEX1", 0, [0]),
-    "line": ("BE2", 0, range(2)),
-    "line3": ("BE3", 0, range(3)),
-    "triangle": ("TR3", 1, range(3)),
-    "triangle6": ("TR6", 1, range(6)),
-    "quad": ("QU4", 1, range(4)),
-    "quad8": ("QU8", 1, range(8)),
-    "quad9": ("QU9", 1, range(9)),
-    "polygon": ("PG5", 1, range(5)),
-    "tetra": ("TE4", 2, range(4)),
-    "tetra10": ("TE10", 2, range(10)),
-    "pyramid": ("PY5", 2, range(5)),
-    "wedge": ("PE6", 2, range(6)),
-    "wedge15": ("PE15", 2, [0, 2, 1, 3, 5, 4, 8, 7, 6, 12, 14, 13, 11, 10, 9]),
-    "hexahedron": ("HE8", 2, range(8)),
-    "hexahedron20": ("HE20", 2, [*range(12), 16, 17, 18, 19, 12, 13, 14, 15]),
-    "hexahedron27": ("HE27", 2, range(27)),
+    "vertex": ("VERTEX1", 0, 1), "line": ("BE2", 0, 2), "line3": ("BE3", 0, 3),
+    "triangle": ("TR3", 1, 3), "triangle6": ("TR6", 1, 6), "quad": ("QU4", 1, 4),
+    "quad8": ("QU8", 1, 8), "quad9": ("QU9", 1, 9), "polygon": ("PG5", 1, 5),
+    "tetra": ("TE4", 2, 4), "tetra10": ("TE10", 2, 10), "pyramid": ("PY5", 2, 5),
+    "wedge": ("PE6", 2, 6), "wedge15": ("PE15", 2, 15), "hexahedron": ("HE8", 2, 8),
+    "hexahedron20": ("HE20", 2, 20), "hexahedron27": ("HE27", 2, 27),
 }
+# where the nodes of a file's element stand in that of a VTU, and of a deck, if not in their places
+ORDERS = {
+    "wedge15": [0, 2, 1, 3, 5, 4, 8, 7, 6, 12, 14, 13, 11, 10, 9],
+    "hexahedron20": [*range(12), 16, 17, 18, 19, 12, 13, 14, 15],
+}
+DECK_ORDERS = {**ORDERS, "wedge15": [*range(9), 12, 13, 14, 9, 10, 11]}
 
 
 def fields(widths, rows):
@@ -79,18 +75,18 @@ def check(variable, expected):
     np.testing.assert_array_equal(written, expected.reshape(written.shape).astype(written.dtype))
 
 
-def check_mesh(found, blocks, points, ids=None):
+def check_mesh(found, blocks, points, ids=None, orders=ORDERS):
     """Every shape has the points and ids of all nodes and the elements of its block."""
     first = 1
     for (kind, nodes), geometry in zip(blocks, found, strict=True):
-        name, index, order = ELEMENTS[kind]
+        name, index, count = ELEMENTS[kind]
         variables = geometry.variables
         assert geometry.name.split(" ")[0] == name
         check(variables["Coordinates"], points)
         check(variables["Node Ids"], np.arange(1, len(points) + 1) if ids is None else ids)
         check(variables["Element IDs"], np.arange(first, first + len(nodes)))
-        check(variables["Connectivity"], np.asarray(nodes)[:, order])
-        check(variables["Polylength"], [len(nodes[0])] * len(nodes))
+        check(variables["Connectivity"], np.asarray(nodes)[:, orders.get(kind, range(count))])
+        check(variables["Polylength"], [count] * len(nodes))
         assert (variables["Connectivity"].type, variables["Polylength"].type) == (4 + index, 9)
         first += len(nodes)
     assert all(geometry.variables["Coordinates"].link for geometry in found[1:])
@@ -129,12 +125,38 @@ def test_keeps_what_meshio_reads(tmp_path, read, name, file_format, point_widths
             check(geometry.variables[result], values)
 
 
+@pytest.mark.parametrize("name, file_format, point_widths, has_cell_data", FORMATS[:7])
+def test_comes_back_as_vtu(tmp_path, name, file_format, point_widths, has_cell_data):
+    mekinfo = os.environ["MEKINFO"]
+    if b"--vtu" not in subprocess.run([mekinfo, "--help"], capture_output=True).stdout:
+        pytest.skip("this mekinfo does not write VTU")
+    written = mesh(point_widths, cell_fields(CELLS) if has_cell_data else None)
+    meshio.write(tmp_path / name, written, file_format=file_format)
+    mek = convert(tmp_path / name).output
+
+    subprocess.run([mekinfo, "--vtu", tmp_path / "out", mek], check=True)
+
+    (collection,) = (tmp_path / "out").glob("*.pvd")
+    parts = ElementTree.parse(collection).iter("DataSet")
+    files = [part.get("file") for part in parts if "without elements" not in part.get("name")]
+    for index, ((kind, nodes), file) in enumerate(zip(CELLS, files, strict=True)):
+        back = meshio.read(tmp_path / "out" / file)
+        rows = back.point_data["vtkOriginalPointIds"]
+        assert [block.type for block in back.cells] == [kind]
+        np.testing.assert_array_equal(rows[back.cells[0].data], nodes)
+        np.testing.assert_array_equal(back.points, POINTS[rows])
+        for result, values in written.point_data.items():
+            np.testing.assert_array_equal(back.point_data[result], values[rows])
+        for result, blocks in written.cell_data.items():
+            expected = blocks[index].astype(back.cell_data[result][0].dtype)
+            np.testing.assert_array_equal(back.cell_data[result][0], expected)
+
+
 def test_names_and_orders_all_element_types(tmp_path, read):
-    counts = [len(order) for _, _, order in ELEMENTS.values()]
-    points = RANDOM.random((max(counts) * 2, 3))
+    points = RANDOM.random((50, 3))
     blocks = [
         (kind, [RANDOM.permutation(len(points))[:count] for _ in range(2)])
-        for kind, count in zip(ELEMENTS, counts)
+        for kind, (_, _, count) in ELEMENTS.items()
     ]
     blocks += [("quad", [[3, 2, 1, 0]])]
     meshio.write(tmp_path / "all.vtu", meshio.Mesh(points, blocks))
@@ -145,13 +167,10 @@ def test_names_and_orders_all_element_types(tmp_path, read):
     assert list(found)[-1] == "Mesh/QU4 (2)"
     check_mesh(list(found.values()), blocks, points)
 
-    deck = [(kind, nodes) for kind, nodes in blocks if kind in ("wedge15", "hexahedron20")]
+    deck = [(kind, nodes) for kind, nodes in blocks if kind in DECK_ORDERS]
     meshio.write(tmp_path / "deck.inp", meshio.Mesh(points, deck))
-    convert(tmp_path / "deck.inp")
-    wedge, brick = geometries(tmp_path / "deck.mek", read).values()
-    order = [*range(9), 12, 13, 14, 9, 10, 11]
-    check(wedge.variables["Connectivity"], np.array(deck[0][1])[:, order])
-    check(brick.variables["Connectivity"], np.array(deck[1][1])[:, ELEMENTS["hexahedron20"][2]])
+    found = geometries(convert(tmp_path / "deck.inp").output, read).values()
+    check_mesh(list(found), deck, points, orders=DECK_ORDERS)
 
 
 def test_splits_other_widths_and_keeps_names_apart(tmp_path, read):
