@@ -1,6 +1,8 @@
 """Reads a finished container from its format alone: the tests' second witness beside mekinfo."""
 
+import os
 import struct
+import subprocess
 import zlib
 from types import SimpleNamespace
 
@@ -78,7 +80,9 @@ def _variable(light, attributes, heavy):
 
 
 def read(path):
-    """The nodes of a file by id, with links resolved: a linked variable has its owner's values."""
+    """The nodes by id, once mekinfo has checked the file. Links have the values of their owners."""
+    checked = subprocess.run([os.environ["MEKINFO"], "--check", path], capture_output=True)
+    assert checked.returncode == 0, checked.stderr
     with open(path, "rb") as file:
         streams = _streams(file.read())
     heavy = streams.get("Heavy Data", b"")

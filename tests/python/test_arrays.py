@@ -1,5 +1,6 @@
 """What becomes of NumPy arrays of all kinds."""
 
+import container
 import mekapi2
 import numpy as np
 import pytest
@@ -10,7 +11,7 @@ NAN_BITS = np.array([0x7FC00001, 0xFF800000, 0x80000000, 0x00000001], np.uint32)
 
 
 @pytest.fixture
-def write(tmp_path, read):
+def write(tmp_path):
     """Writes arrays as results and gives back what the file holds of each."""
 
     def write_and_read(arrays, **options):
@@ -22,7 +23,7 @@ def write(tmp_path, read):
                 width = 1 if np.ndim(array) == 1 else np.shape(array)[1]
                 kind = f"ResultA{width}"
                 model.add_array(kind, array, shape, name=str(number), **options)
-        return [variable.values for variable in read(path)[shape].variables.values()]
+        return [variable.values for variable in container.read(path)[shape].variables.values()]
 
     return write_and_read
 

@@ -26,7 +26,7 @@ def model(path):
         yield model
 
 
-def test_writes_tree_attributes_and_properties(path, read):
+def test_writes_tree_attributes_and_properties(path):
     attributes = {"text": "Zähler", "word": 4294967295, "float": 0.1, "true": True}
     with Model.create(path, tool_name="solver", tool_version="7") as model:
         assert model.add_node("FlaggedRootGroup", "plate", attributes) == 1
@@ -43,7 +43,7 @@ def test_writes_tree_attributes_and_properties(path, read):
         look = {"diffuse_color": [0.5, 0.25, 0], "Transparency": 1, "MaterialFlag": False}
         model.set_node_data(surface, look)
 
-    nodes = container.by_path(read(path))
+    nodes = container.by_path(container.read(path))
 
     root, part, shape = nodes["plate"], nodes["plate/part"], nodes["plate/part/surface"]
     assert root.root_flag == 1
@@ -55,7 +55,7 @@ def test_writes_tree_attributes_and_properties(path, read):
     assert b"solver" in container._streams(path.read_bytes())["Global Information"]
 
 
-def test_owns_once_and_links_for_ids_and_steps(path, read):
+def test_owns_once_and_links_for_ids_and_steps(path):
     with Model.create(path) as model:
         model.add_node("RootGroup", "r")
         ids = model.add_assembly_components(["/r/a", "/r/b"])
@@ -65,7 +65,7 @@ def test_owns_once_and_links_for_ids_and_steps(path, read):
         model.add_array("coordinates", TRIANGLE, ids[0])
         model.add_array("ResultA1", TRIANGLE[:, :1], ids, name="unattached", steps=[])
 
-    nodes = container.by_path(read(path))
+    nodes = container.by_path(container.read(path))
 
     a, b = nodes["r/a/a"].variables, nodes["r/b/b"].variables
     assert list(a) == ["R\x1es1", "R\x1es2", "Coordinates"] and list(b) == ["R\x1es1", "R\x1es2"]
@@ -74,23 +74,21 @@ def test_owns_once_and_links_for_ids_and_steps(path, read):
     np.testing.assert_array_equal(b["R\x1es2"].values, TRIANGLE)
 
 
-def test_dataset_types_have_their_numbers_names_and_widths(path, read):
+def test_dataset_types_have_their_numbers_names_and_widths(path):
     variable_types = [4, 5, 6, 9, 9, 9, 4, 5, 6, 1, *range(12, 29), 12, 16, 13, 14]
-    names = {"Connectivity": 3, "Polylength": 3, "Part Elements": 3, "Coordinates": 1}
-    own_names = [name for name, count in names.items() for _ in range(count)]
-    own_names += [None] * 17 + ["Node Ids", "Element IDs", "Displacement", "Displacement"]
+    names = ["Connectivity"] * 3 + ["Polylength"] * 3 + ["Part Elements"] * 3 + ["Coordinates"]
+    names += [None] * 17 + ["Node Ids", "Element IDs", "Displacement", "Displacement"]
     with Model.create(path) as model:
-        model.add_node("RootGroup", "r")
-        for kind, own_name in zip(DatasetType, own_names):
-            shape = model.add_assembly_components([f"/r/{int(kind)}"])[0]
-            name = None if own_name else kind.name
+        shapes = model.add_assembly_components([f"/r/{int(kind)}" for kind in DatasetType])
+        for kind, name, shape in zip(DatasetType, names, shapes):
+            name = None if name else kind.name
             model.add_array(kind.name, np.ones((2, kind.width)), shape, name=name)
 
-    nodes = container.by_path(read(path))
+    nodes = container.read(path)
 
-    for kind, variable_type, own_name in zip(DatasetType, variable_types, own_names):
-        (variable,) = nodes[f"r/{int(kind)}/{int(kind)}"].variables.values()
-        assert (variable.type, variable.name) == (variable_type, own_name or kind.name)
+    for kind, variable_type, name, shape in zip(DatasetType, variable_types, names, shapes):
+        (variable,) = nodes[shape].variables.values()
+        assert (variable.type, variable.name) == (variable_type, name or kind.name)
 
 
 def test_components_come_as_they_were_given(model):
@@ -103,8 +101,7 @@ def test_components_come_as_they_were_given(model):
 
 
 FAILURES = [
-    ("InvalidArguments", ValueError, 3, "Invalid node type",
-     lambda m: m.add_node("RootGroup", "x")),
+    ("InvalidArguments", ValueError, 3, "Invalid node type", lambda m: m.add_node("RootGroup", "")),
     ("InvalidArguments", ValueError, 3, "invalid array size",
      lambda m: m.set_node_data(1, {"Scale": [1, 2]})),
     ("OutOfBounds", IndexError, 11, "Out of bounds error", lambda m: m.set_current_node(9)),
@@ -116,13 +113,11 @@ FAILURES = [
 ]
 
 
-@pytest.mark.parametrize("name, built_in, code, message, operation", FAILURES)
-def test_failures_are_exceptions_with_code_and_location(
-    model, name, built_in, code, message, operation
-):
+@pytest.mark.parametrize("name, built_in, code, message, fail", FAILURES)
+def test_failures_are_exceptions_with_code_and_location(model, name, built_in, code, message, fail):
     model.add_node("RootGroup", "r")
     with pytest.raises(built_in) as caught:
-        operation(model)
+        fail(model)
     error = caught.value
     assert type(error) is getattr(mekapi2, name) and isinstance(error, mekapi2.Error)
     assert (error.code, str(error)) == (code, message)
@@ -160,20 +155,20 @@ def test_values_that_do_not_fit_are_refused_by_name(model):
 
 
 @pytest.mark.parametrize("form", [str, Path, os.fsencode])
-def test_takes_unicode_paths_of_any_kind(tmp_path, read, form):
+def test_takes_unicode_paths_of_any_kind(tmp_path, form):
     path = tmp_path / "Modell – 模型 🙂.mek"
     for _ in range(2):
         with Model.create(form(path), overwrite=True) as model:
             model.add_node("RootGroup", "Fläche 面")
-    assert read(path)[1].name == "Fläche 面"
+    assert container.read(path)[1].name == "Fläche 面"
 
 
-def test_an_exception_in_the_block_goes_on_and_the_file_is_finished(path, read):
+def test_an_exception_in_the_block_goes_on_and_the_file_is_finished(path):
     with pytest.raises(ZeroDivisionError):
         with Model.create(path) as model:
             model.add_node("RootGroup", "so far")
             1 / 0
-    assert model.closed and read(path)[1].name == "so far"
+    assert model.closed and container.read(path)[1].name == "so far"
 
 
 @pytest.mark.skipif(not os.path.exists("/dev/full"), reason="no device that is always full")
@@ -189,11 +184,11 @@ def test_a_failed_close_is_raised_but_hides_no_exception():
     assert "/dev/full" in divided.value.__notes__[0]
 
 
-def test_a_forgotten_model_warns_and_is_finished(path, read):
+def test_a_forgotten_model_warns_and_is_finished(path):
     with pytest.warns(ResourceWarning):
         Model.create(path).add_node("RootGroup", "r")
         gc.collect()
-    assert read(path)[1].name == "r"
+    assert container.read(path)[1].name == "r"
 
 
 def test_other_threads_run_while_arrays_are_compressed(path, monkeypatch):
@@ -221,7 +216,7 @@ def test_other_threads_run_while_arrays_are_compressed(path, monkeypatch):
             thread.join()
 
 
-def test_threads_share_a_model_one_at_a_time(path, read, monkeypatch):
+def test_threads_share_a_model_one_at_a_time(path, monkeypatch):
     monkeypatch.setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", "1000")
 
     def add(number):
@@ -240,7 +235,7 @@ def test_threads_share_a_model_one_at_a_time(path, read, monkeypatch):
         for thread in threads:
             thread.join()
 
-    nodes = read(path)
+    nodes = container.read(path)
     for number, shape in enumerate(shapes):
         values = [variable.values[0, 0] for variable in nodes[shape].variables.values()]
         assert values == [number * 100 + step for step in range(20)]
