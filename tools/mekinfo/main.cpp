@@ -1,11 +1,13 @@
-/// Shows what a container holds, or checks it against every rule of the format.
+/// Shows what a container holds, checks it against every rule of the format, or hands it on to VTK.
 #include "console/arguments.hpp"
 #include "mekinfo/print.hpp"
 #include "mekreader/failure.hpp"
 #include "mekreader/model.hpp"
+#include "mekvtu/export.hpp"
 
 #include <exception>
 #include <filesystem>
+#include <functional>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -16,8 +18,10 @@ constexpr int exitWrong = 1;
 constexpr int exitUsage = 2;
 
 constexpr const char* usage =
-    "usage: mekinfo FILE           show head, blocks, tree and variables\n"
-    "       mekinfo --check FILE   verify every rule of the format\n";
+    "usage: mekinfo FILE             show head, blocks, tree and variables\n"
+    "       mekinfo --check FILE     verify every rule of the format\n"
+    "       mekinfo --vtu DIR FILE   write shapes and results as .vtu files and one .pvd into "
+    "DIR\n";
 
 std::uint64_t countVariables(const MekReader::File& file) {
     std::uint64_t count = 0;
@@ -40,18 +44,46 @@ void show(const std::string& name) {
     MekInfo::print(std::cout, file);
 }
 
+void exportTo(const std::string& directory, const std::string& name) {
+    const auto path = std::filesystem::u8path(name);
+    MekReader::File file(path);
+    const MekVtu::ExportSummary summary =
+        MekVtu::exportVtu(file, std::filesystem::u8path(directory), path.stem().u8string());
+    for (const std::string& note : summary.notes) {
+        std::cerr << "mekinfo: " << note << '\n';
+    }
+    std::cout << summary.collection.u8string() << ": " << summary.parts << " parts, "
+              << summary.steps << " steps, " << summary.files << " files\n";
+}
+
+bool isFile(const std::string& argument) { return argument.substr(0, 1) != "-"; }
+
+/// What the arguments ask for; nothing if they make no sense.
+std::function<void()> actionOf(const std::vector<std::string>& arguments) {
+    if (arguments.size() == 1 && isFile(arguments[0])) {
+        return [&] { show(arguments[0]); };
+    }
+    if (arguments.size() == 2 && arguments[0] == "--check") {
+        return [&] { check(arguments[1]); };
+    }
+    if (arguments.size() == 3 && arguments[0] == "--vtu") {
+        return [&] { exportTo(arguments[1], arguments[2]); };
+    }
+    return nullptr;
+}
+
 int run(const std::vector<std::string>& arguments) {
     if (arguments.size() == 1 && (arguments[0] == "--help" || arguments[0] == "-h")) {
         std::cout << usage;
         return 0;
     }
-    const bool isCheck = arguments.size() == 2 && arguments[0] == "--check";
-    if (!isCheck && (arguments.size() != 1 || arguments[0].substr(0, 1) == "-")) {
+    const std::function<void()> action = actionOf(arguments);
+    if (!action) {
         std::cerr << usage;
         return exitUsage;
     }
     try {
-        isCheck ? check(arguments[1]) : show(arguments[0]);
+        action();
     } catch (const std::exception& failure) {
         std::cerr << "mekinfo: " << arguments.back() << ": " << failure.what() << '\n';
         return exitWrong;

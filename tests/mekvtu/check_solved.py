@@ -1,0 +1,164 @@
+"""Solves a deck, converts the result by way of a container to VTK's files, and confirms that these
+say what the solver wrote. The result file is read here from its fixed columns (long format).
+
+Usage: check_solved.py DECK FOLDER CCX FRD2MEK MEKINFO; exits 77 where meshio is missing.
+"""
+import gzip
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import xml.etree.ElementTree as ElementTree
+
+try:
+    import meshio
+    import numpy as np
+except ImportError as error:
+    print(f"skipped: {error}")
+    sys.exit(77)
+
+# meshio 7.0 knows how many nodes this cell has, but not its dimension.
+meshio._mesh.topological_dimension.setdefault("wedge15", 3)
+
+# By the type number of an element: its cell, and the place in the cell of each of its nodes. meshio
+# turns linear wedges itself.
+TYPES = {
+    1: ("hexahedron", range(8)),
+    2: ("wedge", range(6)),
+    3: ("tetra", range(4)),
+    4: ("hexahedron20", [*range(12), *range(16, 20), *range(12, 16)]),
+    5: ("wedge15", [0, 2, 1, 3, 5, 4, 8, 7, 6, 12, 14, 13, 11, 10, 9]),
+    6: ("tetra10", range(10)),
+    7: ("triangle", range(3)),
+    8: ("triangle6", range(6)),
+    9: ("quad", range(4)),
+    10: ("quad8", range(8)),
+    11: ("line", range(2)),
+    12: ("line3", range(3)),
+}
+VECTOR, TENSOR = 2, 4
+
+
+class Result:
+    def __init__(self, head, mode):
+        modal = head[63:68] == "MODAL"
+        self.step = ("Mode" if modal else "Step", int(mode if modal else head[58:63]))
+        self.value = float(head[12:24])
+        self.components = []
+        self.kinds = set()
+        self.rows = {}
+
+
+class ResultFile:
+    def __init__(self, path):
+        self.nodes, self.elements, self.results = {}, {}, []
+        section, mode, last = "", 0, None
+        for line in path.read_text().splitlines():
+            if line[:6] in ("    2C", "    3C", "  100C"):
+                section = line[:6].strip()
+                if section == "100C":
+                    self.results.append(Result(line, mode))
+            elif line.startswith("    1PMODE"):
+                mode = line[10:]
+            elif line[:3] == " -4":
+                self.results[-1].name = line[5:13].strip()
+            elif line[:3] == " -5" and line[33:38] != "    1":  # else it is derived
+                self.results[-1].components.append(line[5:13].strip())
+                self.results[-1].kinds.add(int(line[18:23]))
+            elif line[:3] == " -1" and section == "3C":
+                last = self.elements[int(line[3:13])] = (int(line[13:18]), [])
+            elif line[:3] == " -2" and section == "3C":
+                last[1].extend(int(line[i:i + 10]) for i in range(3, len(line.rstrip()), 10))
+            elif line[:3] in (" -1", " -2"):
+                if line[:3] == " -1":
+                    rows = self.nodes if section == "2C" else self.results[-1].rows
+                    last = rows[int(line[3:13])] = []
+                last.extend(number(line[i:i + 12]) for i in range(13, len(line.rstrip()), 12))
+
+
+def number(text):
+    """A float, also of the form 1.00000-100."""
+    return np.float32(re.sub(r"(\d)([+-]\d)", r"\1E\2", text.strip()))
+
+
+def arrays_of(result):
+    """Name in the file and columns of each array that a result becomes."""
+    width = len(result.components)
+    whole = (width == 3 and (result.name == "DISP" or result.kinds == {VECTOR})
+             or width == 6 and result.kinds == {TENSOR} or width == 1)
+    if whole:
+        return [(result.name, slice(0, width))]
+    return [(f"{result.name}.{name}", slice(i, i + 1)) for i, name in enumerate(result.components)]
+
+
+def check_elements(file, parts):
+    """Every element once, in the cell that is meant, with its nodes in the right places."""
+    found = {}
+    for mesh in parts:
+        ids = mesh.point_data["Node Ids"]
+        assert np.array_equal(mesh.points, np.float32([file.nodes[i] for i in ids]))
+        for block, elements in zip(mesh.cells, mesh.cell_data.get("Element IDs", [])):
+            for element, nodes in zip(elements, ids[block.data]):
+                found[element] = (block.type, nodes)
+    assert found.keys() == file.elements.keys()
+    for element, (number, nodes) in file.elements.items():
+        cell, order = TYPES[number]
+        assert found[element][0] == cell
+        assert [found[element][1][place] for place in order] == nodes, (element, cell)
+
+
+def check_result(result, parts):
+    missing = [np.float32(np.nan)] * len(result.components)
+    for mesh in parts:
+        ids = mesh.point_data["Node Ids"]
+        rows = np.float32([result.rows.get(i, missing) for i in ids])
+        for name, columns in arrays_of(result):
+            values = mesh.point_data[name].reshape(len(ids), -1)
+            np.testing.assert_array_equal(values, rows[:, columns], err_msg=name)
+
+
+def steps_of(collection):
+    """The files of each step by its kind, number and value."""
+    steps = {}
+    for entry in ElementTree.parse(collection).getroot().iter("DataSet"):
+        kind, step, value = entry.get("step").split()
+        steps.setdefault((kind, int(step), float(value.split("=")[1])), []).append(
+            meshio.read(collection.parent / entry.get("file")))
+    return steps
+
+
+def asking_for_results(deck, folder):
+    """The text of a deck, with a request for results in each step if it has none."""
+    path = pathlib.Path(folder) / f"{deck}.inp"
+    text = path.read_text() if path.exists() else gzip.open(f"{path}.gz", "rt").read()
+    if re.search(r"(?im)^\*(NODE|EL) *FILE", text):
+        return text
+    return re.sub(r"(?im)^(?=\*END STEP)", "*NODE FILE\nU\n*EL FILE\nS\n", text)
+
+
+def main(deck, decks, ccx, frd2mek, mekinfo):
+    with tempfile.TemporaryDirectory() as folder:
+        folder = pathlib.Path(folder)
+        (folder / "job.inp").write_text(asking_for_results(deck, decks))
+        for command in ([ccx, "-i", "job"], [frd2mek, "job.frd"],
+                        [mekinfo, "--vtu", "out", "job.mek"]):
+            subprocess.run(command, cwd=folder, check=True, stdout=subprocess.DEVNULL,
+                           env={**os.environ, "OMP_NUM_THREADS": "1"})
+        file = ResultFile(folder / "job.frd")
+        steps = steps_of(folder / "out/job.pvd")
+        for parts in steps.values():
+            check_elements(file, parts)
+        for result in file.results:
+            check_result(result, steps[(*result.step, result.value)])
+        # all nodes are somewhere, and nothing is there that the solver did not write
+        (first, *_) = steps.values()
+        assert {i for mesh in first for i in mesh.point_data["Node Ids"]} == set(file.nodes)
+        written = {name for result in file.results for name, _ in arrays_of(result)}
+        read = {name for parts in steps.values() for mesh in parts for name in mesh.point_data}
+        assert read == written | {"Node Ids", "vtkOriginalPointIds"}, read ^ written
+        assert len(file.results) > 0 and {r.step for r in file.results} == {s[:2] for s in steps}
+
+
+main(*sys.argv[1:])

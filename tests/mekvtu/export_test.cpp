@@ -1,0 +1,148 @@
+#include "mekvtu/export.hpp"
+
+#include <tyr/mek2/model.hpp>
+
+#include "mekreader/failure.hpp"
+#include "mekvtu/celltype.hpp"
+#include "mekvtu/timeline.hpp"
+#include "mekvtu/xmltext.hpp"
+#include "support/testing.hpp"
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace Tyr::Mek2;
+
+class ExportTest : public Testing::FolderTest {
+protected:
+    /// Writes one shape with what `fill` adds to it.
+    MekReader::File written(const std::function<void(Model&, unsigned int)>& fill,
+                            const std::string& shape = "S") {
+        Model model;
+        SaverOptions options;
+        options.overwrite = true;
+        model.saveTo(path("in.mek"), options);
+        model.addNode(NodeType::RootGroup, "R");
+        fill(model, model.addNode(NodeType::Shape, shape));
+        model.close();
+        return MekReader::File(path("in.mek"));
+    }
+
+    std::string failure(const std::function<void(Model&, unsigned int)>& fill) {
+        MekReader::File file = written(fill);
+        return Testing::failureOf<MekReader::Failure>(
+            [&] { MekVtu::exportVtu(file, folder / "out", "in"); });
+    }
+
+    /// Names and times of the steps "a", "b", ... that have these attributes.
+    std::string steps(const std::vector<std::pair<const char*, float>>& attributes) {
+        const MekReader::File file = written([&](Model& model, unsigned int id) {
+            Step step{"a"};
+            for (const auto& [key, value] : attributes) {
+                step.attributes = {};
+                step.attributes.set(key, value);
+                model.addArrayProperty("T", DatasetType::ResultA1, Array1d<float>({1}), id, step);
+                ++step.name[0];
+            }
+        });
+        std::string text;
+        for (const MekVtu::TimeStep& step : MekVtu::timeline(file).steps) {
+            text += step.name + "=" + MekVtu::numberText(step.time) + " ";
+        }
+        return text;
+    }
+};
+
+TEST_F(ExportTest, StepsStandAtTheirTimesOrElseInTheirOrder) {
+    EXPECT_EQ(steps({}), "=0 ");
+    EXPECT_EQ(steps({{"Time", 2.0F}, {"Time", 0.1F}, {"Time", 1e-30F}}), "c=1e-30 b=0.1 a=2 ");
+    EXPECT_EQ(steps({{"BucklingFactor", 3.5F}, {"BucklingFactor", -2.0F}}), "b=-2 a=3.5 ");
+    EXPECT_EQ(steps({{"Time", 2.0F}, {"Time", 2.0F}}), "a=0 b=1 ");
+    EXPECT_EQ(steps({{"Time", 2.0F}, {"Frequency", 1.0F}}), "a=0 b=1 ");
+    EXPECT_EQ(steps({{"Time", 2.0F}, {"Colour", 1.0F}}), "a=0 b=1 ");
+}
+
+TEST_F(ExportTest, MeshesThatAreNoneAreRefused) {
+    const auto mesh = [](DatasetType type, std::initializer_list<unsigned int> rows,
+                         std::initializer_list<unsigned int> lengths) {
+        return [=](Model& model, unsigned int id) {
+            model.addArrayProperty(DatasetType::Coordinates, Array2d<float>(4, 3), id, Step{});
+            model.addArrayProperty(type, Array1d<unsigned int>(rows), id, Step{});
+            model.addArrayProperty(DatasetType::Polylength0, Array1d<unsigned int>(lengths), id,
+                                   Step{});
+        };
+    };
+    const auto solid = DatasetType::Connectivity2;
+    EXPECT_EQ(failure([](Model&, unsigned int) {}), "no geometry has coordinates");
+    EXPECT_EQ(failure(mesh(solid, {0, 1, 2, 3}, {4})), "no failure");
+    EXPECT_EQ(failure(mesh(solid, {0, 1, 2, 4}, {4})),
+              "shape \"S\": element 0 has row 4 of 4 coordinates");
+    EXPECT_EQ(failure(mesh(solid, {0, 1, 2, 3, 0, 1, 2}, {4, 4})),
+              "shape \"S\": element 1 ends behind the connectivity");
+    EXPECT_EQ(failure(mesh(solid, {0, 1, 2, 3, 0, 1, 2}, {4})),
+              "shape \"S\": the elements have 4 nodes and the connectivity 7");
+    EXPECT_EQ(failure(mesh(solid, {0, 1, 2}, {3})),
+              "shape \"S\": element 0 of dimension 3 has 3 nodes");
+    EXPECT_EQ(failure(mesh(DatasetType::Connectivity0, {0, 1}, {})),
+              "shape \"S\": neither a polylength nor its name tells how many nodes an element has");
+    EXPECT_EQ(failure([](Model& model, unsigned int id) {
+                  model.addArrayProperty(DatasetType::Coordinates, Array2d<unsigned int>(1, 3), id,
+                                         Step{});
+              }),
+              "shape \"S\": its coordinates are not three floats a row");
+}
+
+TEST_F(ExportTest, AMeshOfItsOwnStepWinsOverThatOfAllSteps) {
+    MekReader::File file = written([](Model& model, unsigned int id) {
+        model.addArrayProperty(DatasetType::Coordinates, Array2d<float>(2, 3), id, Step{});
+        model.addArrayProperty(DatasetType::Coordinates, Array2d<float>(5, 3), id, Step{"b"});
+        model.addArrayProperty("T", DatasetType::ResultA1, Array1d<float>(2), id, Step{"a"});
+        model.addArrayProperty("T", DatasetType::ResultA1, Array1d<float>(5), id, Step{"b"});
+    });
+
+    EXPECT_EQ(MekVtu::exportVtu(file, folder / "out", "in").files, 2U);
+    const auto pieces = [&](const std::string& name) {
+        const std::string text = Testing::readFile(folder / "out" / name);
+        return text.substr(text.find("<Piece"),
+                           text.find(">", text.find("<Piece")) - text.find("<Piece") + 1);
+    };
+    EXPECT_EQ(pieces("in-0-S-0.vtu"), "<Piece NumberOfPoints=\"5\" NumberOfCells=\"5\">");
+    EXPECT_EQ(pieces("in-0-S-1.vtu"), "<Piece NumberOfPoints=\"2\" NumberOfCells=\"2\">");
+}
+
+TEST(CellType, TheNameDecidesWhereNodesDoNot) {
+    const auto number = [](const char* name, unsigned dimension, std::uint64_t nodes) {
+        const auto type = MekVtu::cellType(name, dimension, nodes);
+        return type ? int{type->number} : -1;
+    };
+    EXPECT_EQ(number("any", 2, 6), 22);     // quadratic triangle
+    EXPECT_EQ(number("PG6", 2, 6), 7);      // polygon
+    EXPECT_EQ(number("QU6 (2)", 2, 6), 30); // linear by quadratic quadrilateral
+    EXPECT_EQ(number("any", 3, 4), 10);     // tetrahedron
+    EXPECT_EQ(number("any", 2, 4), 9);      // quadrilateral
+    EXPECT_EQ(number("TE4", 2, 4), 9);      // the dimension is stronger
+    EXPECT_EQ(number("any", 2, 5), 7);      // polygon
+    EXPECT_EQ(number("any", 1, 4), 4);      // chain of lines
+    EXPECT_EQ(number("BE4", 1, 4), 35);     // cubic line
+    EXPECT_EQ(number("any", 1, 1), 1);      // vertex
+    EXPECT_EQ(number("any", 3, 7), -1);
+    EXPECT_EQ(number("any", 2, 0), -1);
+}
+
+TEST(XmlText, MarkupIsEscapedAndWhatIsNoCharacterReplaced) {
+    EXPECT_EQ(MekVtu::xmlText("a<b>&\"c'"), "a&lt;b&gt;&amp;&quot;c'");
+    EXPECT_EQ(MekVtu::xmlText("\x1E\t"), "  ");
+    EXPECT_EQ(MekVtu::xmlText("\xC3\xA4 \xE2\x82\xAC \xF0\x9F\x98\x80"),
+              "\xC3\xA4 \xE2\x82\xAC \xF0\x9F\x98\x80");
+    const std::string replaced = "\xEF\xBF\xBD";
+    EXPECT_EQ(MekVtu::xmlText("\xFFz"), replaced + "z");
+    EXPECT_EQ(MekVtu::xmlText("\xC3"), replaced);                               // cut off
+    EXPECT_EQ(MekVtu::xmlText("\xC0\x80"), replaced + replaced);                // too long a form
+    EXPECT_EQ(MekVtu::xmlText("\xED\xA0\x80"), replaced + replaced + replaced); // surrogate
+}
+
+} // namespace

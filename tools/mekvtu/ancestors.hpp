@@ -1,0 +1,32 @@
+/// @file
+/// The way from a node up to the root.
+#pragma once
+
+#include "mekreader/failure.hpp"
+#include "mekreader/model.hpp"
+
+#include <string>
+#include <vector>
+
+namespace MekVtu {
+
+/// Parent, its parent and so on, the root last.
+/// @throws MekReader::Failure a parent was not there before its child
+inline std::vector<const MekReader::Node*> ancestorsOf(const MekReader::File& file,
+                                                       const MekReader::Node& node) {
+    std::vector<const MekReader::Node*> ancestors;
+    std::uint32_t id = node.id;
+    for (std::uint32_t parent = node.parent; parent != 0;) {
+        // also ends ways that go in a circle
+        if (parent >= id || parent > file.nodes().size()) {
+            throw MekReader::Failure("node " + std::to_string(id) + " can't have the parent " +
+                                     std::to_string(parent));
+        }
+        ancestors.push_back(&file.nodes()[parent - 1]);
+        id = parent;
+        parent = ancestors.back()->parent;
+    }
+    return ancestors;
+}
+
+} // namespace MekVtu

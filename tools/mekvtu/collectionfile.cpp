@@ -1,0 +1,28 @@
+#include "mekvtu/collectionfile.hpp"
+
+#include "mekreader/failure.hpp"
+#include "mekvtu/xmltext.hpp"
+
+#include <fstream>
+
+namespace MekVtu {
+
+void writeCollection(const std::filesystem::path& path,
+                     const std::vector<CollectionEntry>& entries) {
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file << "<?xml version=\"1.0\"?>\n<VTKFile type=\"Collection\" version=\"1.0\">\n"
+            "<Collection>\n";
+    for (const CollectionEntry& entry : entries) {
+        file << "<DataSet timestep=\"" << numberText(entry.time) << "\" step=\""
+             << xmlText(entry.stepName) << "\" group=\"\" part=\"" << std::to_string(entry.part)
+             << "\" name=\"" << xmlText(entry.partName) << "\" file=\"" << xmlText(entry.fileName)
+             << "\"/>\n";
+    }
+    file << "</Collection>\n</VTKFile>\n";
+    file.close();
+    if (!file) {
+        throw MekReader::Failure("unable to write \"" + path.u8string() + "\"");
+    }
+}
+
+} // namespace MekVtu

@@ -1,0 +1,26 @@
+/// @file
+/// The file that names all others: which one holds which part at which time.
+#pragma once
+
+#include "mekvtu/timeline.hpp"
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace MekVtu {
+
+struct CollectionEntry {
+    double time = 0;
+    std::string stepName{};
+    std::uint64_t part = 0;
+    std::string partName{};
+    std::string fileName{}; ///< relative to the collection
+};
+
+/// @throws MekReader::Failure the system refuses the file
+void writeCollection(const std::filesystem::path& path,
+                     const std::vector<CollectionEntry>& entries);
+
+} // namespace MekVtu

@@ -1,0 +1,139 @@
+#include "mekvtu/export.hpp"
+
+#include "mekreader/failure.hpp"
+#include "mekvtu/collectionfile.hpp"
+#include "mekvtu/part.hpp"
+#include "mekvtu/results.hpp"
+#include "mekvtu/timeline.hpp"
+#include "mekvtu/vtufile.hpp"
+
+#include <array>
+#include <cctype>
+#include <set>
+
+namespace MekVtu {
+
+namespace {
+
+/// `name` with only such characters as every file system takes.
+std::string fileName(const std::string& name) {
+    std::string safe;
+    for (const char character : name) {
+        const bool isSafe = std::isalnum(static_cast<unsigned char>(character)) != 0;
+        safe += isSafe ? character : '_';
+    }
+    return safe;
+}
+
+std::string paddedTo(std::size_t digits, std::size_t number) {
+    const std::string text = std::to_string(number);
+    return std::string(digits - std::min(digits, text.size()), '0') + text;
+}
+
+void addColor(VtuFile& output, const char* name, const std::array<float, 4>& color) {
+    output.add(Section::Field, name, 4, std::vector<float>(color.begin(), color.end()));
+}
+
+void addLook(VtuFile& output, const MekReader::Material& look) {
+    addColor(output, "Diffuse Color", look.diffuseColor);
+    addColor(output, "Specular Color", look.specularColor);
+    addColor(output, "Emissive Color", look.emissiveColor);
+    addColor(output, "Ambient Color", look.ambientColor);
+    output.add(Section::Field, "Transparency", 1, std::vector<float>{look.transparency});
+    output.add(Section::Field, "Shininess", 1, std::vector<float>{look.shininess});
+    output.add(Section::Field, "Material Flag", 1,
+               std::vector<std::uint8_t>{static_cast<std::uint8_t>(look.materialFlag ? 1 : 0)});
+}
+
+void addMesh(VtuFile& output, const Mesh& mesh) {
+    // the name under which VTK's own filters tell from which point one was taken
+    output.add(Section::PointData, "vtkOriginalPointIds", 1, mesh.rows);
+    output.add(Section::Points, "Points", 3, mesh.points);
+    output.add(Section::Cells, "connectivity", 1, mesh.connectivity);
+    output.add(Section::Cells, "offsets", 1, mesh.offsets);
+    output.add(Section::Cells, "types", 1, mesh.types);
+}
+
+class Export {
+public:
+    Export(MekReader::File& file, const std::filesystem::path& directory, const std::string& stem)
+        : directory_(directory),
+          stem_(stem),
+          timeline_(timeline(file)),
+          parts_(file),
+          results_(file) {}
+
+    ExportSummary run() {
+        std::filesystem::create_directories(directory_);
+        for (std::size_t step = 0; step < timeline_.steps.size(); ++step) {
+            for (const Part& part : parts_.at(timeline_.steps[step].name)) {
+                write(part, step);
+            }
+        }
+        if (entries_.empty()) {
+            throw MekReader::Failure("no geometry has coordinates");
+        }
+        const std::filesystem::path collection =
+            directory_ / std::filesystem::u8path(stem_ + ".pvd");
+        writeCollection(collection, entries_);
+        return summaryOf(collection);
+    }
+
+private:
+    ExportSummary summaryOf(const std::filesystem::path& collection) const {
+        ExportSummary summary;
+        summary.collection = collection;
+        std::set<std::uint64_t> parts;
+        for (const CollectionEntry& entry : entries_) {
+            parts.insert(entry.part);
+        }
+        summary.parts = parts.size();
+        summary.steps = timeline_.steps.size();
+        summary.files = entries_.size();
+        summary.notes.assign(results_.notes().begin(), results_.notes().end());
+        if (!timeline_.isByAttributes && timeline_.steps.size() > 1) {
+            summary.notes.push_back(
+                "no one attribute gives each step a time of its own: they are "
+                "numbered from 0, and the .pvd file names them");
+        }
+        return summary;
+    }
+
+    void write(const Part& part, std::size_t stepNumber) {
+        const TimeStep& step = timeline_.steps[stepNumber];
+        VtuFile output(part.mesh.rows.size(), part.mesh.types.size());
+        if (!step.name.empty()) {
+            output.add(Section::Field, "TimeValue", 1, std::vector<double>{step.time});
+        }
+        if (part.shape != nullptr && part.shape->material) {
+            addLook(output, *part.shape->material);
+        }
+        addMesh(output, part.mesh);
+        results_.addTo(output, part, step.name);
+        const std::string name = nameFor(part, stepNumber);
+        output.write(directory_ / std::filesystem::u8path(name));
+        entries_.push_back({step.time, step.name, part.number, part.name, name});
+    }
+
+    std::string nameFor(const Part& part, std::size_t stepNumber) const {
+        const std::size_t digits = std::to_string(timeline_.steps.size() - 1).size();
+        return stem_ + "-" + std::to_string(part.number) + "-" + fileName(part.geometry->name) +
+               (part.isOfUnusedNodes ? "-nodes" : "") + "-" + paddedTo(digits, stepNumber) + ".vtu";
+    }
+
+    std::filesystem::path directory_;
+    std::string stem_;
+    Timeline timeline_;
+    Parts parts_;
+    Results results_;
+    std::vector<CollectionEntry> entries_;
+};
+
+} // namespace
+
+ExportSummary exportVtu(MekReader::File& file, const std::filesystem::path& directory,
+                        const std::string& stem) {
+    return Export(file, directory, stem).run();
+}
+
+} // namespace MekVtu

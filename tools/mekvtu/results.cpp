@@ -1,0 +1,114 @@
+#include "mekvtu/results.hpp"
+
+#include <cstring>
+#include <utility>
+
+namespace MekVtu {
+
+namespace {
+
+using MekReader::Variable;
+
+constexpr unsigned vectorWidth = 3;
+
+/// By default, and of the solver. The kind of variable is that of all vectors.
+bool isDisplacement(std::string_view name) {
+    return name == "Displacement" || name == "DISP";
+}
+
+bool isNodeResult(const Variable& variable) {
+    return variable.type >= Kind::firstNodeResult && variable.type <= Kind::lastNodeResult;
+}
+
+bool isElementResult(const Variable& variable) {
+    return variable.type >= Kind::firstElementResult && variable.type <= Kind::lastElementResult;
+}
+
+std::vector<std::uint32_t> rowsOf(const Values& values, const std::vector<std::uint32_t>& rows) {
+    if (rows.size() == values.rows()) {
+        return values.words; // all of them, since rows ascend
+    }
+    std::vector<std::uint32_t> words;
+    words.reserve(rows.size() * values.width);
+    for (const std::uint32_t row : rows) {
+        const auto* const start = values.words.data() + std::size_t{row} * values.width;
+        words.insert(words.end(), start, start + values.width);
+    }
+    return words;
+}
+
+void placeVectors(const Placement& placement, std::vector<std::uint32_t>& words) {
+    std::vector<float> vectors(words.size());
+    std::memcpy(vectors.data(), words.data(), words.size() * sizeof(float));
+    placement.placeVectors(vectors);
+    std::memcpy(words.data(), vectors.data(), words.size() * sizeof(float));
+}
+
+} // namespace
+
+void Results::addTo(VtuFile& output, const Part& part, std::string_view step) {
+    std::set<std::string_view> ofThisStep;
+    for (const Variable& variable : part.geometry->variables) {
+        const VariableName name = splitName(variable.name);
+        if (!name.step.empty() && name.step == step) {
+            ofThisStep.insert(name.result);
+        }
+    }
+    for (const Variable& variable : part.geometry->variables) {
+        const VariableName name = splitName(variable.name);
+        const bool holds =
+            name.step.empty() ? ofThisStep.count(name.result) == 0 : name.step == step;
+        if (holds && !part.source.holds(&file_.owner(variable))) {
+            add(output, part, variable);
+        }
+    }
+}
+
+void Results::add(VtuFile& output, const Part& part, const Variable& variable) {
+    const Values& values = valuesOf(variable);
+    const std::string_view name = splitName(variable.name).result;
+    const bool isOfNodes = isNodeResult(variable);
+    if (isOfNodes && values.rows() == part.mesh.coordinateRows) {
+        addToPoints(output, part, name, values);
+        return;
+    }
+    if (part.isOfUnusedNodes) {
+        return; // the geometry's own part has it
+    }
+    const bool isOfElements = isElementResult(variable);
+    if (isOfElements && values.rows() == part.mesh.types.size()) {
+        output.addWords(Section::CellData, name, values.width, values.words, values.isFloat);
+        return;
+    }
+    if (isOfNodes || isOfElements) {
+        notes_.insert("\"" + std::string(name) + "\" of \"" + part.name + "\" has " +
+                      std::to_string(values.rows()) + " rows for " +
+                      (isOfNodes ? std::to_string(part.mesh.coordinateRows) + " nodes"
+                                 : std::to_string(part.mesh.types.size()) + " elements") +
+                      "; it stands in the field data");
+    }
+    output.addWords(Section::Field, name, values.width, values.words, values.isFloat);
+}
+
+void Results::addToPoints(VtuFile& output, const Part& part, std::string_view name,
+                          const Values& values) {
+    std::vector<std::uint32_t> words = rowsOf(values, part.mesh.rows);
+    if (isDisplacement(name) && values.width == vectorWidth && values.isFloat) {
+        placeVectors(part.placement, words);
+    }
+    output.addWords(Section::PointData, name, values.width, words, values.isFloat);
+}
+
+const Values& Results::valuesOf(const Variable& variable) {
+    if (!splitName(variable.name).step.empty()) {
+        ofStep_ = readValues(file_, variable);
+        return ofStep_;
+    }
+    const Variable* const owner = &file_.owner(variable);
+    const auto found = withoutStep_.find(owner);
+    return found != withoutStep_.end()
+               ? found->second
+               : withoutStep_.emplace(owner, readValues(file_, variable)).first->second;
+}
+
+} // namespace MekVtu

@@ -1,0 +1,112 @@
+#include "mekvtu/timeline.hpp"
+
+#include "mekvtu/variables.hpp"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <map>
+#include <optional>
+#include <set>
+#include <string_view>
+#include <variant>
+
+namespace MekVtu {
+
+namespace {
+
+constexpr std::array<const char*, 4> timeKeys = {"Time", "Frequency", "Load", "BucklingFactor"};
+
+template <class Number>
+std::string shortest(Number number) {
+    std::array<char, 64> text{};
+    const auto result = std::to_chars(text.data(), text.data() + text.size(), number);
+    return {text.data(), result.ptr};
+}
+
+/// A float is taken as the decimal number that is meant: 0.1 and not 0.100000001.
+std::optional<double> numberOf(const MekReader::AttributeValue& value) {
+    if (const auto* const number = std::get_if<std::uint32_t>(&value)) {
+        return *number;
+    }
+    if (const auto* const number = std::get_if<double>(&value)) {
+        return *number;
+    }
+    if (const auto* const number = std::get_if<float>(&value)) {
+        const std::string text = shortest(*number);
+        double meant = *number;
+        std::from_chars(text.data(), text.data() + text.size(), meant);
+        return meant;
+    }
+    return std::nullopt;
+}
+
+/// A step with what the attributes of its results say about its time.
+struct FoundStep {
+    std::string name;
+    std::array<std::optional<double>, timeKeys.size()> times{};
+};
+
+std::vector<FoundStep> stepsOf(const MekReader::File& file) {
+    std::vector<FoundStep> steps;
+    std::map<std::string, std::size_t, std::less<>> indexes;
+    for (const MekReader::Node& node : file.nodes()) {
+        for (const MekReader::Variable& variable : node.variables) {
+            const std::string_view name = splitName(variable.name).step;
+            if (name.empty()) {
+                continue;
+            }
+            const auto [place, isNew] = indexes.emplace(name, steps.size());
+            if (isNew) {
+                steps.push_back({std::string(name)});
+            }
+            FoundStep& step = steps[place->second];
+            for (std::size_t key = 0; key < timeKeys.size(); ++key) {
+                const auto found = variable.attributes.find(timeKeys[key]);
+                if (found != variable.attributes.end() && !step.times[key]) {
+                    step.times[key] = numberOf(found->second);
+                }
+            }
+        }
+    }
+    return steps;
+}
+
+/// Whether these times, one for each step, can tell the steps apart.
+bool areTimes(const std::vector<FoundStep>& steps, std::size_t key) {
+    std::set<double> times;
+    return std::all_of(steps.begin(), steps.end(), [&](const FoundStep& step) {
+        const std::optional<double>& time = step.times[key];
+        return time && std::isfinite(*time) && times.insert(*time).second;
+    });
+}
+
+} // namespace
+
+Timeline timeline(const MekReader::File& file) {
+    const std::vector<FoundStep> steps = stepsOf(file);
+    if (steps.empty()) {
+        return {{TimeStep{}}};
+    }
+    std::size_t key = 0;
+    while (key < timeKeys.size() && !areTimes(steps, key)) {
+        ++key;
+    }
+    Timeline line;
+    line.isByAttributes = key < timeKeys.size();
+    for (const FoundStep& step : steps) {
+        const auto number = static_cast<double>(line.steps.size());
+        line.steps.push_back({step.name, line.isByAttributes ? *step.times[key] : number});
+    }
+    std::stable_sort(
+        line.steps.begin(), line.steps.end(),
+        [](const TimeStep& left, const TimeStep& right) { return left.time < right.time; });
+    return line;
+}
+
+std::string numberText(double number) {
+    return shortest(number);
+}
+
+} // namespace MekVtu

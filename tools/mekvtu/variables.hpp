@@ -1,0 +1,54 @@
+/// @file
+/// The variables of a geometry by result and step.
+#pragma once
+
+#include "mekreader/model.hpp"
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace MekVtu {
+
+/// The two parts of a variable's name. Without a step it holds for all steps.
+struct VariableName {
+    std::string_view result;
+    std::string_view step;
+};
+
+inline VariableName splitName(std::string_view name) {
+    constexpr char stepSeparator = 0x1E;
+    const std::size_t end = name.find(stepSeparator);
+    return end == std::string_view::npos ? VariableName{name, {}}
+                                         : VariableName{name.substr(0, end), name.substr(end + 1)};
+}
+
+/// Kinds of variables, as the format numbers them.
+namespace Kind {
+constexpr std::uint32_t coordinates = 1;
+constexpr std::uint32_t firstConnectivity = 4; ///< of elements of dimension 1; then 2 and 3
+constexpr std::uint32_t lastConnectivity = 6;
+constexpr std::uint32_t polylength = 9;
+constexpr std::uint32_t firstNodeResult = 12;
+constexpr std::uint32_t lastNodeResult = 15;
+constexpr std::uint32_t firstElementResult = 16;
+constexpr std::uint32_t lastElementResult = 19;
+} // namespace Kind
+
+/// The values of a variable as they lie in the file, row after row.
+struct Values {
+    std::vector<std::uint32_t> words{};
+    unsigned width = 1;
+    bool isFloat = false;
+
+    std::uint64_t rows() const { return words.size() / width; }
+};
+
+/// Follows links.
+inline Values readValues(MekReader::File& file, const MekReader::Variable& variable) {
+    const MekReader::Variable& owner = file.owner(variable);
+    return {file.words(owner), owner.width,
+            owner.elementType == MekReader::Variable::floatElements};
+}
+
+} // namespace MekVtu

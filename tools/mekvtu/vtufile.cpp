@@ -1,0 +1,149 @@
+#include "mekvtu/vtufile.hpp"
+
+#include "mekreader/failure.hpp"
+#include "mekvtu/xmltext.hpp"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <fstream>
+#include <new>
+
+namespace MekVtu {
+
+namespace {
+
+constexpr std::size_t compressedPiece = std::size_t{1} << 20;
+
+constexpr const char* typeName(float) {
+    return "Float32";
+}
+constexpr const char* typeName(double) {
+    return "Float64";
+}
+constexpr const char* typeName(std::uint8_t) {
+    return "UInt8";
+}
+constexpr const char* typeName(std::uint32_t) {
+    return "UInt32";
+}
+constexpr const char* typeName(std::int64_t) {
+    return "Int64";
+}
+
+bool isLittleEndian() {
+    const std::uint16_t one = 1;
+    return *reinterpret_cast<const unsigned char*>(&one) == 1;
+}
+
+template <class T>
+std::string_view bytesOf(const std::vector<T>& values) {
+    return {reinterpret_cast<const char*>(values.data()), values.size() * sizeof(T)};
+}
+
+std::string compressed(std::string_view piece) {
+    std::string output(compressBound(static_cast<uLong>(piece.size())), '\0');
+    auto length = static_cast<uLongf>(output.size());
+    // the arrays of a mesh stand in every file of a series: even the fastest level pays
+    const int result = compress2(reinterpret_cast<Bytef*>(output.data()), &length,
+                                 reinterpret_cast<const Bytef*>(piece.data()),
+                                 static_cast<uLong>(piece.size()), Z_BEST_SPEED);
+    if (result != Z_OK) {
+        throw std::bad_alloc();
+    }
+    output.resize(length);
+    return output;
+}
+
+/// The form of an array behind the XML: number of pieces, length of a piece, length of the last one
+/// if it is shorter, compressed length of each; then the pieces.
+void appendCompressed(std::string& appended, std::string_view bytes) {
+    std::vector<std::uint64_t> head = {0, compressedPiece, bytes.size() % compressedPiece};
+    std::string pieces;
+    for (std::size_t done = 0; done < bytes.size(); done += compressedPiece) {
+        const std::string piece = compressed(bytes.substr(done, compressedPiece));
+        head.push_back(piece.size());
+        pieces += piece;
+        ++head[0];
+    }
+    appended += bytesOf(head);
+    appended += pieces;
+}
+
+} // namespace
+
+VtuFile::VtuFile(std::uint64_t points, std::uint64_t cells) : points_(points), cells_(cells) {}
+
+template <class T>
+void VtuFile::add(Section section, std::string_view name, unsigned components,
+                  const std::vector<T>& values) {
+    addBytes(section, name, typeName(T{}), components, values.size() / components, bytesOf(values));
+}
+
+template void VtuFile::add(Section, std::string_view, unsigned, const std::vector<float>&);
+template void VtuFile::add(Section, std::string_view, unsigned, const std::vector<double>&);
+template void VtuFile::add(Section, std::string_view, unsigned, const std::vector<std::uint8_t>&);
+template void VtuFile::add(Section, std::string_view, unsigned, const std::vector<std::uint32_t>&);
+template void VtuFile::add(Section, std::string_view, unsigned, const std::vector<std::int64_t>&);
+
+void VtuFile::addWords(Section section, std::string_view name, unsigned components,
+                       const std::vector<std::uint32_t>& words, bool areFloats) {
+    addBytes(section, name, areFloats ? typeName(float{}) : typeName(std::uint32_t{}), components,
+             words.size() / components, bytesOf(words));
+}
+
+void VtuFile::addBytes(Section section, std::string_view name, const char* type,
+                       unsigned components, std::uint64_t rows, std::string_view bytes) {
+    arrays_.push_back(
+        {section, uniqueName(section, name), type, components, rows, appended_.size()});
+    appendCompressed(appended_, bytes);
+}
+
+std::string VtuFile::uniqueName(Section section, std::string_view name) {
+    const std::string text = xmlText(name);
+    std::string unique = text;
+    for (int number = 2; !names_.emplace(section, unique).second; ++number) {
+        unique = text + " (" + std::to_string(number) + ")";
+    }
+    return unique;
+}
+
+std::string VtuFile::sectionText(Section section, const char* tag) const {
+    std::string text = "<" + std::string(tag) + ">\n";
+    for (const Array& array : arrays_) {
+        if (array.section != section) {
+            continue;
+        }
+        text += "<DataArray type=\"" + std::string(array.type) + "\" Name=\"" + array.name + "\"";
+        if (array.components != 1) {
+            text += " NumberOfComponents=\"" + std::to_string(array.components) + "\"";
+        }
+        if (section == Section::Field) {
+            text += " NumberOfTuples=\"" + std::to_string(array.rows) + "\"";
+        }
+        text += " format=\"appended\" offset=\"" + std::to_string(array.offset) + "\"/>\n";
+    }
+    return text + "</" + tag + ">\n";
+}
+
+void VtuFile::write(const std::filesystem::path& path) const {
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file << "<?xml version=\"1.0\"?>\n"
+            "<VTKFile type=\"UnstructuredGrid\" version=\"1.0\" byte_order=\""
+         << (isLittleEndian() ? "LittleEndian" : "BigEndian")
+         << "\" header_type=\"UInt64\" compressor=\"vtkZLibDataCompressor\">\n"
+            "<UnstructuredGrid>\n"
+         << sectionText(Section::Field, "FieldData") << "<Piece NumberOfPoints=\""
+         << std::to_string(points_) << "\" NumberOfCells=\"" << std::to_string(cells_) << "\">\n"
+         << sectionText(Section::PointData, "PointData")
+         << sectionText(Section::CellData, "CellData") << sectionText(Section::Points, "Points")
+         << sectionText(Section::Cells, "Cells")
+         << "</Piece>\n</UnstructuredGrid>\n<AppendedData encoding=\"raw\">\n_" << appended_
+         << "\n</AppendedData>\n</VTKFile>\n";
+    file.close();
+    if (!file) {
+        throw MekReader::Failure("unable to write \"" + path.u8string() + "\"");
+    }
+}
+
+} // namespace MekVtu

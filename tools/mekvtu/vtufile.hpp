@@ -1,0 +1,59 @@
+/// @file
+/// One file of VTK's XML format for unstructured grids.
+///
+/// Arrays stand behind the XML in their raw bytes, compressed by zlib, as VTK's own writer does it,
+/// so that every value is kept bit for bit.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace MekVtu {
+
+enum class Section { Field, PointData, CellData, Points, Cells };
+
+class VtuFile {
+public:
+    VtuFile(std::uint64_t points, std::uint64_t cells);
+
+    /// Adds an array of rows of `components` values each. A name that its section has already gets
+    /// a number.
+    template <class T>
+    void add(Section section, std::string_view name, unsigned components,
+             const std::vector<T>& values);
+
+    /// The same for words that are the bits of floats or unsigned numbers.
+    void addWords(Section section, std::string_view name, unsigned components,
+                  const std::vector<std::uint32_t>& words, bool areFloats);
+
+    /// @throws MekReader::Failure the system refuses the file
+    void write(const std::filesystem::path& path) const;
+
+private:
+    struct Array {
+        Section section;
+        std::string name; ///< as text of the XML
+        const char* type;
+        unsigned components;
+        std::uint64_t rows;
+        std::uint64_t offset;
+    };
+
+    void addBytes(Section section, std::string_view name, const char* type, unsigned components,
+                  std::uint64_t rows, std::string_view bytes);
+    std::string uniqueName(Section section, std::string_view name);
+    std::string sectionText(Section section, const char* tag) const;
+
+    std::uint64_t points_;
+    std::uint64_t cells_;
+    std::vector<Array> arrays_;
+    std::set<std::pair<Section, std::string>> names_;
+    std::string appended_;
+};
+
+} // namespace MekVtu
