@@ -4,6 +4,9 @@
 /// On Windows, define MEKAPI2_STATIC to link the object files themselves instead of the DLL.
 #pragma once
 
+/// @def MEKAPI2_API
+/// Stands in front of every class and function that an application links to.
+
 #if defined(_WIN32)
 #if defined(MEKAPI2_STATIC)
 #define MEKAPI2_API

@@ -20,9 +20,12 @@ namespace Tyr::Exception {
 /// Root of the failure classes: what a handler can ask without knowing the class.
 class MEKAPI2_API Base {
 public:
+    /// Failures can be copied and kept.
+    /// @{
     Base() = default;
     Base(const Base&) = default;
     Base& operator=(const Base&) = default;
+    /// @}
     virtual ~Base();
 
     /// The text of the failure, zero-terminated and owned by the failure; null in `Base` itself.
@@ -37,20 +40,27 @@ class MEKAPI2_API Exception : public virtual Base,
                               public virtual std::exception,
                               public virtual boost::exception {
 public:
+    /// A failure with the default text of its class.
     Exception() = default;
 
     /// @param message zero-terminated text, copied; an empty text counts as no message
     explicit Exception(const char* message);
 
+    /// Copies the message and the place of the raise.
+    /// @{
     Exception(const Exception&) = default;
     Exception& operator=(const Exception&) = default;
+    /// @}
     ~Exception() override;
 
     /// The fixed text of the class, given when no message was passed.
     virtual const char* defaultMessage() const noexcept;
 
+    /// The message, or else the default text; valid as long as the failure is not changed.
+    /// @{
     const char* message() const noexcept override;
     const char* what() const noexcept override;
+    /// @}
 
 private:
     std::string message_;

@@ -24,34 +24,41 @@ struct MEKAPI2_API Origin {
     /// Also reads the clock.
     Origin(const char* file, const char* function, std::uint32_t line);
 
+    /// Copies all four fields.
+    /// @{
     Origin(const Origin&) = default;
     Origin& operator=(const Origin& other);
     Origin& operator=(Origin&& other) noexcept;
+    /// @}
 
-    const char* file;
-    const char* function;
-    std::uint32_t line;
-    std::int64_t time; ///< seconds since 1970
+    const char* file;     ///< path of the source file
+    const char* function; ///< qualified name of the logging function
+    std::uint32_t line;   ///< in the source file
+    std::int64_t time;    ///< seconds since 1970
 };
 
 /// One log line, composed with the ordinary stream operators. Its numbers do not depend on the
 /// locale of the process.
 template <class Char>
 struct Record : public std::basic_ostringstream<Char> {
+    /// An empty line. The texts are those of its `Origin`.
     Record(const char* file, const char* function, std::uint32_t line)
         : severity(Severity::Information), origin(file, function, line) {
         this->imbue(std::locale::classic());
     }
 
-    Severity::Severity severity;
-    Origin origin;
+    Severity::Severity severity; ///< `Information`
+    Origin origin;               ///< where and when the record was made
 };
 
 /// Takes log lines. It has no state; any number of threads may use one object.
 struct MEKAPI2_API LogSystem {
+    /// There is no state to copy.
+    /// @{
     LogSystem();
     LogSystem(const LogSystem& other);
     LogSystem& operator=(const LogSystem& other);
+    /// @}
     virtual ~LogSystem();
 
     /// Drops the record.

@@ -35,9 +35,13 @@ public:
     /// A copy of the range [first, last).
     Array1d(T* first, T* last);
 
+    /// A copy of the values.
+    /// @{
     Array1d(const std::vector<T>& values);
     Array1d(const std::initializer_list<T>& values);
     Array1d(const Array1d& other);
+    /// @}
+
     ~Array1d();
 
     /// Takes size and content of `other`.
@@ -46,12 +50,16 @@ public:
     /// Copies `size()` elements from `source`, which must hold that many; the size stays.
     void copy_from(const T* source);
 
+    /// Number of elements.
     std::size_t size() const;
 
+    /// Element `i`, from 0 on; valid until the array is assigned to or destroyed.
+    /// @{
     T& operator[](std::size_t i);
     const T& operator[](std::size_t i) const;
     T& operator()(std::size_t i);
     const T& operator()(std::size_t i) const;
+    /// @}
 
 private:
     friend struct ValueAccess;
@@ -79,7 +87,9 @@ public:
     /// Filled like the form with a range.
     Array2d(std::size_t rows, std::size_t cols, const std::initializer_list<T>& values);
 
+    /// A copy of shape and content.
     Array2d(const Array2d& other);
+
     ~Array2d();
 
     /// Takes shape and content of `other`.
@@ -88,14 +98,20 @@ public:
     /// Copies `size()` elements row after row from `source`, which must hold that many.
     void copy_from(const T* source);
 
+    /// The shape.
+    /// @{
     std::size_t rows() const;
     std::size_t cols() const;
+    /// @}
 
     /// rows() x cols()
     std::size_t size() const;
 
+    /// One element, from row and column 0 on; valid until the array is assigned to or destroyed.
+    /// @{
     T& operator()(std::size_t row, std::size_t col);
     const T& operator()(std::size_t row, std::size_t col) const;
+    /// @}
 
 private:
     friend struct ValueAccess;

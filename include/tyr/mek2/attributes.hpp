@@ -34,10 +34,16 @@ using AttributeVariant =
 /// from different threads.
 class MEKAPI2_API Attributes {
 public:
+    /// No attributes.
     Attributes();
+
+    /// A deep copy.
+    /// @{
     Attributes(const Attributes& other);
-    ~Attributes();
     const Attributes& operator=(const Attributes& other);
+    /// @}
+
+    ~Attributes();
 
     /// Stores `value` under `key` and replaces what stood there, whatever its type.
     /// @tparam T `float`, `int`, `unsigned int`, a `std::vector` of one of these, or `std::string`

@@ -24,10 +24,16 @@ using NodePropertyVariant =
 /// may be used from different threads.
 class MEKAPI2_API NodeProperties {
 public:
+    /// No properties.
     NodeProperties();
+
+    /// A deep copy.
+    /// @{
     NodeProperties(const NodeProperties& other);
-    ~NodeProperties();
     const NodeProperties& operator=(const NodeProperties& other);
+    /// @}
+
+    ~NodeProperties();
 
     /// Stores `value` under `type` and replaces what stood there, whatever its type.
     /// @tparam T `int`, `float`, `std::string`, `std::vector<int>`, `std::vector<float>`, or

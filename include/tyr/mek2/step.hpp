@@ -16,8 +16,8 @@ struct ValueAccess;
 
 /// One step. An empty name stands for data that belongs to no step, such as a mesh.
 struct Step {
-    std::string name{};
-    Attributes attributes{};
+    std::string name{};      ///< tells the steps of a result apart
+    Attributes attributes{}; ///< go to the array of a result; those of the call win
 };
 
 /// A list of steps whose length is fixed at construction. A copy is a deep copy. An index outside
@@ -26,9 +26,13 @@ class MEKAPI2_API StepList {
 public:
     /// `n` steps, each with an empty name and no attributes.
     StepList(std::size_t n = 0);
+    /// A deep copy.
+    /// @{
     StepList(const StepList& other);
-    ~StepList();
     const StepList& operator=(const StepList& other);
+    /// @}
+
+    ~StepList();
 
     /// A copy of step `i`; changing it does not change the list.
     Step operator[](std::size_t i) const;
