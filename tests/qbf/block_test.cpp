@@ -4,6 +4,8 @@
 #include "tyr/qbf/blocksizelimiter.hpp"
 #include "tyr/qbf/blockzlibcompressor.hpp"
 
+#include <zlib.h>
+
 #include <cstdio>
 #include <string>
 
@@ -132,6 +134,7 @@ TEST_F(BlockTest, WritesContentWithItsLengthIfAsked) {
 }
 
 TEST_F(BlockTest, CompressesToLengthAndOneZlibStream) {
+    TYR_NEEDS_BYTES_OF_ZLIB();
     OwnedBlock block;
     block.Put(std::string("abc"));
     BlockZlibCompressor compress(6);
@@ -142,6 +145,32 @@ TEST_F(BlockTest, CompressesToLengthAndOneZlibStream) {
     OwnedBlock empty;
     compress(empty);
     EXPECT_EQ(Testing::hex(empty.content()), "00 00 00 00 78 9C 03 00 00 00 00 01");
+}
+
+TEST_F(BlockTest, CompressedContentComesBackWhole) {
+    std::string noise;
+    for (std::uint32_t state = 1; noise.size() < 70000; state = state * 1664525 + 1013904223) {
+        noise += static_cast<char>(state >> 24);
+    }
+    for (const std::string& content : {std::string(), noise, std::string(300000, 'x')}) {
+        OwnedBlock block;
+        block.putBytes(content);
+        BlockZlibCompressor compress(6);
+        compress(block);
+
+        const std::string stored = block.content();
+        EXPECT_EQ(stored.substr(0, 4), std::string({static_cast<char>(content.size()),
+                                                    static_cast<char>(content.size() >> 8),
+                                                    static_cast<char>(content.size() >> 16), 0}));
+        std::string inflated(content.size(), '?');
+        uLongf length = inflated.size();
+        uLong used = stored.size() - 4;
+        EXPECT_EQ(uncompress2(reinterpret_cast<Bytef*>(inflated.data()), &length,
+                              reinterpret_cast<const Bytef*>(stored.data()) + 4, &used),
+                  Z_OK);
+        EXPECT_EQ(used, stored.size() - 4);
+        EXPECT_TRUE(inflated == content) << content.size() << " bytes";
+    }
 }
 
 TEST_F(BlockTest, FailedCompressionGivesTheContentBack) {

@@ -39,6 +39,7 @@ protected:
 };
 
 TEST_F(IndexTest, WritesTwoStreamsByteForByte) {
+    TYR_NEEDS_BYTES_OF_ZLIB();
     file.index.Put("Light Data", std::string("abc"));
     file.index.Put("Heavy Data", 7U);
     file.SetBlockFlags("Light Data", FlagCompress);
@@ -126,6 +127,7 @@ TEST_F(IndexTest, EndsABlockWithTheFirstPutThatReachesItsLimit) {
 }
 
 TEST_F(IndexTest, FlushesFullBlocksEarlyAndKeepsTheirLength) {
+    TYR_NEEDS_BYTES_OF_ZLIB();
     const BlockSizeVariable limit("10");
     file.SetBlockFlags("Heavy Data", FlagFreeze); // reaches no block
     put("Heavy Data", std::string(10, 'a'));

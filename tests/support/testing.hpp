@@ -89,3 +89,9 @@ std::string failureOf(const Action& action) {
 }
 
 } // namespace Testing
+
+/// Ends a test with literal compressed bytes where the library was built with something else than
+/// zlib, which is as right and packs otherwise.
+#define TYR_NEEDS_BYTES_OF_ZLIB()                                                  \
+    if (!TYR_TEST_HAS_BYTES_OF_ZLIB)                                               \
+    GTEST_SKIP() << "the expected bytes are those of zlib"

@@ -3,8 +3,7 @@
 #include "tyr/exception/raise.hpp"
 #include "tyr/qbf/block.hpp"
 #include "tyr/qbf/coding.hpp"
-
-#include <zlib.h>
+#include "tyr/qbf/zlibstream.hpp"
 
 #include <algorithm>
 #include <cstdlib>
@@ -22,11 +21,11 @@ struct FreeMemory {
 };
 using Buffer = std::unique_ptr<unsigned char, FreeMemory>;
 
-/// Room for the zlib stream of `length` bytes: a fifth more than the content, and what zlib says
-/// that it can need at most.
+/// Room for the zlib stream of `length` bytes: a fifth more than the content, and never less than
+/// the stream can take.
 std::uint64_t outputCapacity(std::uint32_t length) {
     const auto aFifthMore = static_cast<std::uint64_t>(static_cast<float>(length) * 1.2F) + 12;
-    return std::max<std::uint64_t>(aFifthMore, compressBound(length));
+    return std::max<std::uint64_t>(aFifthMore, zlibStreamBound(length));
 }
 
 } // namespace
@@ -40,17 +39,9 @@ void BlockZlibCompressor::operator()(Block& block) {
         TYR_RAISE(Tyr::Exception::MemoryAllocationException());
     }
 
-    auto size = static_cast<uLongf>(
-        std::min<std::uint64_t>(capacity, std::numeric_limits<uLongf>::max()));
-    const int result =
-        compress2(output.get() + lengthFieldSize, &size, block.data, block.length, level);
-    if (result == Z_MEM_ERROR) {
-        TYR_RAISE(Tyr::Exception::MemoryAllocationException());
-    }
-    if (result != Z_OK) {
-        TYR_RAISE(Tyr::Exception::MiscelleneousException("Unable to compress block"));
-    }
-    const std::uint64_t storedLength = lengthFieldSize + std::uint64_t{size};
+    const std::uint64_t storedLength =
+        lengthFieldSize + toZlibStream(block.data, block.length, output.get() + lengthFieldSize,
+                                       capacity, level);
     if (storedLength > std::numeric_limits<std::uint32_t>::max()) {
         TYR_RAISE(Tyr::Exception::OverflowError());
     }

@@ -17,7 +17,7 @@ namespace TyrQbf {
 /// When it fails the block has its content back untouched.
 class BlockZlibCompressor : public BlockTransformation {
 public:
-    /// @param compressionLevel of zlib
+    /// @param compressionLevel 0 to 9, as zlib counts them
     explicit BlockZlibCompressor(std::int32_t compressionLevel);
 
     /// @throws MemoryAllocationException no memory for the output

@@ -1,0 +1,16 @@
+# The library that compresses blocks, by MEKAPI2_DEFLATE: ${TYR_DEFLATE_LIBRARY} is its target.
+
+if(MEKAPI2_DEFLATE STREQUAL "zlib")
+    find_package(ZLIB REQUIRED)
+    set(TYR_DEFLATE_LIBRARY ZLIB::ZLIB)
+elseif(MEKAPI2_DEFLATE STREQUAL "libdeflate")
+    find_path(LIBDEFLATE_INCLUDE_DIR libdeflate.h REQUIRED)
+    find_library(LIBDEFLATE_LIBRARY NAMES deflate libdeflate REQUIRED)
+    mark_as_advanced(LIBDEFLATE_INCLUDE_DIR LIBDEFLATE_LIBRARY)
+    add_library(TyrLibdeflate INTERFACE IMPORTED)
+    target_include_directories(TyrLibdeflate INTERFACE ${LIBDEFLATE_INCLUDE_DIR})
+    target_link_libraries(TyrLibdeflate INTERFACE ${LIBDEFLATE_LIBRARY})
+    set(TYR_DEFLATE_LIBRARY TyrLibdeflate)
+else()
+    message(FATAL_ERROR "MEKAPI2_DEFLATE is '${MEKAPI2_DEFLATE}'; it takes zlib or libdeflate")
+endif()

@@ -1,0 +1,46 @@
+#include "tyr/qbf/zlibstream.hpp"
+
+#include "tyr/exception/raise.hpp"
+
+#include <libdeflate.h>
+
+#include <cstddef>
+#include <memory>
+
+namespace TyrQbf {
+
+namespace {
+
+struct FreeCompressor {
+    void operator()(libdeflate_compressor* compressor) const {
+        libdeflate_free_compressor(compressor);
+    }
+};
+
+constexpr std::int32_t largestLevel = 9; // of zlib: those above it are libdeflate's own
+
+} // namespace
+
+std::uint64_t zlibStreamBound(std::uint32_t length) {
+    return libdeflate_zlib_compress_bound(nullptr, length);
+}
+
+std::uint64_t toZlibStream(const unsigned char* source, std::uint32_t length,
+                           unsigned char* target, std::uint64_t capacity, std::int32_t level) {
+    if (level < 0 || level > largestLevel) {
+        TYR_RAISE(Tyr::Exception::MiscelleneousException("Unable to compress block"));
+    }
+    const std::unique_ptr<libdeflate_compressor, FreeCompressor> compressor(
+        libdeflate_alloc_compressor(level));
+    if (compressor == nullptr) {
+        TYR_RAISE(Tyr::Exception::MemoryAllocationException());
+    }
+    const std::size_t size = libdeflate_zlib_compress(compressor.get(), source, length, target,
+                                                      static_cast<std::size_t>(capacity));
+    if (size == 0) {
+        TYR_RAISE(Tyr::Exception::MiscelleneousException("Unable to compress block"));
+    }
+    return size;
+}
+
+} // namespace TyrQbf
