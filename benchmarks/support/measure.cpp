@@ -1,0 +1,47 @@
+#include "support/measure.hpp"
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <ctime>
+
+namespace Bench {
+
+namespace {
+
+double processorTime() {
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+} // namespace
+
+void Stopwatch::start() {
+    started_ = Clock::now();
+    processorStarted_ = processorTime();
+}
+
+void Stopwatch::stop() {
+    seconds_ += std::chrono::duration<double>(Clock::now() - started_).count();
+    processorSeconds_ += processorTime() - processorStarted_;
+}
+
+std::uint64_t peakMemory() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<std::uint64_t>(usage.ru_maxrss) * 1024; // told in KiB
+}
+
+template <class T>
+T median(std::vector<T> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+template double median(std::vector<double>);
+template std::uint64_t median(std::vector<std::uint64_t>);
+
+} // namespace Bench
