@@ -7,6 +7,7 @@
 #include "tyr/mek/group.hpp"
 #include "tyr/mek/shape.hpp"
 #include "tyr/platform/platform.hpp"
+#include "tyr/qbf/blocksize.hpp"
 
 #include <cstdio>
 #include <cstdlib>
@@ -195,6 +196,7 @@ void Tree::Save(TyrQbf::QbFile& output, const std::string& comment) {
     if (output.stream == nullptr) {
         return;
     }
+    const TyrQbf::UnchangedEnvironment environment;
     saveBegun = true;
     SaveTree(output);
     SaveGlobalInfo(output, comment);

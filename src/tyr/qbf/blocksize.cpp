@@ -28,15 +28,42 @@ std::uint32_t parseUnsigned32(std::string_view text) {
     return isNegative ? 0U - value : value;
 }
 
-} // namespace
-
-std::optional<std::uint32_t> blockSizeFromEnvironment() {
+std::optional<std::uint32_t> readEnvironment() {
     const char* const text = std::getenv("MEKWRITER_DEFAULT_BLOCK_SIZE");
     if (text == nullptr) {
         return std::nullopt;
     }
     const std::uint32_t value = parseUnsigned32(text);
     return value == outOfRange ? std::nullopt : std::optional(value);
+}
+
+/// What the thread has read as long as its environment counts as unchanged.
+struct Reading {
+    unsigned scopes = 0;
+    bool isDone = false;
+    std::optional<std::uint32_t> value{};
+};
+thread_local Reading reading;
+
+} // namespace
+
+std::optional<std::uint32_t> blockSizeFromEnvironment() {
+    if (reading.scopes == 0) {
+        return readEnvironment();
+    }
+    if (!reading.isDone) {
+        reading.value = readEnvironment();
+        reading.isDone = true;
+    }
+    return reading.value;
+}
+
+UnchangedEnvironment::UnchangedEnvironment() { ++reading.scopes; }
+
+UnchangedEnvironment::~UnchangedEnvironment() {
+    if (--reading.scopes == 0) {
+        reading.isDone = false;
+    }
 }
 
 } // namespace TyrQbf

@@ -11,4 +11,16 @@ namespace TyrQbf {
 /// variable is absent or its number does not lie below 0xFFFFFFFF, 0 if it has no digits.
 std::optional<std::uint32_t> blockSizeFromEnvironment();
 
+/// As long as one lives, its thread reads the variable no more than once, where it first needs it.
+///
+/// For a call of the library that puts many values: the application cannot change its environment
+/// meanwhile, and to search it for each value would cost more than to put the value.
+class UnchangedEnvironment {
+public:
+    UnchangedEnvironment();
+    UnchangedEnvironment(const UnchangedEnvironment&) = delete;
+    UnchangedEnvironment& operator=(const UnchangedEnvironment&) = delete;
+    ~UnchangedEnvironment();
+};
+
 } // namespace TyrQbf
