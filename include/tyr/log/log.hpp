@@ -44,7 +44,9 @@ struct Record : public std::basic_ostringstream<Char> {
     /// An empty line. The texts are those of its `Origin`.
     Record(const char* file, const char* function, std::uint32_t line)
         : severity(Severity::Information), origin(file, function, line) {
-        this->imbue(std::locale::classic());
+        if (this->getloc() != std::locale::classic()) { // to imbue costs as much as to construct
+            this->imbue(std::locale::classic());
+        }
     }
 
     Severity::Severity severity; ///< `Information`
