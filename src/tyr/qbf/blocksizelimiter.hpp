@@ -25,7 +25,7 @@ struct BlockSizeLimiter {
     std::vector<std::uint64_t> blockNumbers;
     std::uint32_t limit; ///< a block whose length has reached it takes no further `Put`
 
-    mutable BlockProgress progress;
+    BlockProgress progress;
 };
 
 } // namespace TyrQbf

@@ -94,14 +94,14 @@ unsigned char* Index::Extend(const std::string& name, std::uint64_t size) {
     return blocks[number].Extend(addedLength);
 }
 
-std::uint64_t Index::GetDataLength(const std::string& name) const {
-    const auto found = limiters.find(name);
-    if (found == limiters.end() || found->second.blockNumbers.empty()) {
+std::uint64_t Index::GetDataLength(const std::string& name) {
+    BlockSizeLimiter* const limiter = FindLimiter(name);
+    if (limiter == nullptr || limiter->blockNumbers.empty()) {
         return 0;
     }
     // all blocks but the last take no more data
-    const std::vector<BlockNumber>& numbers = found->second.blockNumbers;
-    BlockProgress& progress = found->second.progress;
+    const std::vector<BlockNumber>& numbers = limiter->blockNumbers;
+    BlockProgress& progress = limiter->progress;
     for (; progress.summedBlocks + 1 < numbers.size(); ++progress.summedBlocks) {
         progress.summedLength += ContentLength(numbers[progress.summedBlocks]);
     }
@@ -198,10 +198,10 @@ void Index::WriteAllBuffersToFileStream(std::FILE* stream) {
 }
 
 Index::BlockNumber Index::GetCurrentBlock(const std::string& name) {
-    const auto found = limiters.find(name);
-    if (found != limiters.end() && !found->second.blockNumbers.empty()) {
-        const BlockNumber last = found->second.blockNumbers.back();
-        if (!entries[last].frozen && blocks[last].length < found->second.limit) {
+    const BlockSizeLimiter* const limiter = FindLimiter(name);
+    if (limiter != nullptr && !limiter->blockNumbers.empty()) {
+        const BlockNumber last = limiter->blockNumbers.back();
+        if (!entries[last].frozen && blocks[last].length < limiter->limit) {
             return last;
         }
     }
@@ -275,11 +275,20 @@ Index::BlockNumber Index::AddEntry(const std::string& name) {
 }
 
 BlockSizeLimiter& Index::GetBlockSizeLimiter(const std::string& name) {
-    const auto found = limiters.find(name);
-    if (found == limiters.end()) {
+    BlockSizeLimiter* const limiter = FindLimiter(name);
+    if (limiter == nullptr) {
         TYR_RAISE(Tyr::Exception::KeyNotFound());
     }
-    return found->second;
+    return *limiter;
+}
+
+/// Null if there is none. Values come in runs under one name, so that the one found last is mostly
+/// the one that is asked for.
+BlockSizeLimiter* Index::FindLimiter(const std::string& name) {
+    if (foundLast == limiters.end() || foundLast->first != name) {
+        foundLast = limiters.find(name);
+    }
+    return foundLast != limiters.end() ? &foundLast->second : nullptr;
 }
 
 void Index::WriteBufferToFileStream(std::uint64_t number, std::FILE* stream) {

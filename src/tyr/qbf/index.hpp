@@ -83,7 +83,7 @@ public:
     unsigned char* Extend(const std::string& name, std::uint64_t size);
 
     /// Bytes of content of the stream of `name` so far: the offset of the next `Put`.
-    std::uint64_t GetDataLength(const std::string& name) const;
+    std::uint64_t GetDataLength(const std::string& name);
 
     /// Adds flags to all blocks that bear `name` now; later ones start without.
     void SetBlockFlags(const std::string& name, unsigned char flags);
@@ -116,6 +116,7 @@ private:
     std::uint64_t firstTablePosition = 12;
     std::uint64_t firstTableLength = 0;
 
+    BlockSizeLimiter* FindLimiter(const std::string& name);
     void OpenIndexBlock(BlockNumber number);
     void FlushFrozen(BlockSizeLimiter& limiter, std::FILE* stream);
     bool AreLowerBlocksSettled(BlockNumber number);
@@ -124,6 +125,7 @@ private:
     void ComputePosition(BlockNumber number);
     std::uint64_t EndOfBlockBelow(BlockNumber number) const;
 
+    std::map<std::string, BlockSizeLimiter>::iterator foundLast = limiters.end();
     BlockNumber settledBlocks = 0;   ///< leading numbers that are in the file or index blocks
     std::uint64_t pendingWrites = 0; ///< blocks that count as written; stays above 0 on failure
 };
