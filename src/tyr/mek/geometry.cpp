@@ -36,18 +36,39 @@ std::string Geometry::GetType() const { return "Geometry"; }
 std::string Geometry::GetVersion() const { return "0.7"; }
 
 std::uint64_t Geometry::GetOrAddVariableIndex(const std::string& variableName) {
-    const auto [entry, isNew] = indexByName_.try_emplace(variableName, variables.size());
-    if (isNew) {
-        try {
-            Variable variable;
-            variable.name = variableName;
-            variables.push_back(std::move(variable));
-        } catch (...) {
-            indexByName_.erase(entry);
-            throw;
-        }
+    const std::optional<std::size_t> known = findVariable(variableName);
+    return known ? *known : appendVariable(variableName);
+}
+
+/// Nearly every name that is asked for is new, and `offsets` tell it: they hold the names of
+/// variables only, so that what they lack is new as long as they have all.
+std::optional<std::size_t> Geometry::findVariable(const std::string& variableName) {
+    if (offsets.size() == variables.size() && offsets.count(variableName) == 0) {
+        return std::nullopt;
     }
-    return entry->second;
+    for (; indexedVariables_ < variables.size(); ++indexedVariables_) {
+        indexByName_.emplace(variables[indexedVariables_].name, indexedVariables_);
+    }
+    const auto found = indexByName_.find(variableName);
+    return found != indexByName_.end() ? std::optional(found->second) : std::nullopt;
+}
+
+std::size_t Geometry::appendVariable(const std::string& variableName) {
+    Variable variable;
+    variable.name = variableName;
+    variables.push_back(std::move(variable));
+    return variables.size() - 1;
+}
+
+void Geometry::setOffset(const std::string& variableName, std::uint64_t offset, bool isNew) {
+    try {
+        offsets[variableName] = offset;
+    } catch (...) {
+        if (isNew) {
+            variables.pop_back();
+        }
+        throw;
+    }
 }
 
 unsigned int Geometry::AddVariable(const std::string& variableName, const VariableType& type,
@@ -55,25 +76,24 @@ unsigned int Geometry::AddVariable(const std::string& variableName, const Variab
                                    const TyrUtil::AttributeList& attributes) {
     // what can fail comes first, so that no variable is ever set in part
     const bool vibration = isVibration(attributes);
-    const auto known = indexByName_.find(variableName);
+    const std::optional<std::size_t> known = findVariable(variableName);
     TyrUtil::AttributeList merged;
-    if (known != indexByName_.end()) {
-        merged = variables[known->second].attributes;
+    if (known) {
+        merged = variables[*known].attributes;
     }
     for (const auto& [key, value] : attributes.values) {
         if (!isLeftOut(key)) {
             merged.values.insert_or_assign(key, value);
         }
     }
-    std::uint64_t& variableOffset = offsets[variableName];
-    const std::uint64_t index = GetOrAddVariableIndex(variableName);
+    const std::size_t index = known ? *known : appendVariable(variableName);
+    setOffset(variableName, offset, !known);
 
     Variable& variable = variables[index];
     variable.type = type;
     variable.vibration = vibration;
     variable.attributes.values.swap(merged.values);
     variable.array = array;
-    variableOffset = offset;
     return static_cast<unsigned int>(index);
 }
 

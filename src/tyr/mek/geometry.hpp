@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -61,7 +62,12 @@ private:
     void writeVariable(TyrQbf::Index& index, const std::string& lightName,
                        const Variable& variable) const;
 
-    std::unordered_map<std::string, std::size_t> indexByName_;
+    std::optional<std::size_t> findVariable(const std::string& variableName);
+    std::size_t appendVariable(const std::string& variableName);
+    void setOffset(const std::string& variableName, std::uint64_t offset, bool isNew);
+
+    std::unordered_map<std::string, std::size_t> indexByName_; ///< of the first `indexedVariables_`
+    std::size_t indexedVariables_ = 0;
 };
 
 } // namespace TyrMek
