@@ -17,6 +17,9 @@ void putNumber(Block& block, T value) {
 template <class T>
 void putNumbers(Block& block, const std::vector<T>& values) {
     putNumber(block, encodedCount(values.size()));
+    if (values.empty()) {
+        return;
+    }
     unsigned char* target = block.Extend(encodedCount(values.size() * sizeof(T)));
     for (const T value : values) {
         encodeLittleEndian(value, target);
