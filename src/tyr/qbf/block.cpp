@@ -27,9 +27,10 @@ std::uint32_t currentDefaultBlockSize() {
 } // namespace
 
 void Block::Put(const void* const& bytes, const unsigned int& size) {
-    unsigned char* const target = Extend(size);
-    if (size != 0) {
-        std::memcpy(target, bytes, size);
+    const unsigned int count = size; // may be a member of this block, which changes now
+    unsigned char* const target = Extend(count);
+    if (count != 0) {
+        std::memcpy(target, bytes, count);
     }
 }
 

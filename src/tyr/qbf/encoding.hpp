@@ -28,12 +28,15 @@ void Encode(Block& block, unsigned int value);
 void Encode(Block& block, std::uint64_t value);
 void Encode(Block& block, float value);
 void Encode(Block& block, const std::string& text);
-void Encode(Block& block, const char* text) = delete; // would be taken for a bool
 void Encode(Block& block, const std::vector<unsigned char>& values);
 void Encode(Block& block, const std::vector<unsigned int>& values);
 void Encode(Block& block, const std::vector<float>& values);
 void Encode(Block& block, const std::vector<double>& values);
 void Encode(Block& block, const std::vector<std::string>& texts);
+
+/// Nothing is converted: a pointer would be taken for a bool, a character for an int.
+template <class T>
+void Encode(Block& block, T value) = delete;
 
 /// Number of elements as the 32-bit count of the format.
 /// @throws OverflowError it does not fit
