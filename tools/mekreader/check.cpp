@@ -63,13 +63,23 @@ void checkStreamOrder(const Container& container) {
     }
 }
 
+/// The flags come last in an entry, so that those of the last one lack if writing ended there.
+[[noreturn]] void failUncompressed(const Container& container, const Block& block) {
+    const bool isLast = container.blocks().at(block.number + 1).isFree();
+    if (isLast && block.flags == 0) {
+        throw Unfinished("the entry of block " + std::to_string(block.number) +
+                         " was written in part");
+    }
+    fail(block, "it is not compressed");
+}
+
 void checkBlocks(Container& container) {
     for (const Block& block : container.blocks()) {
         if (block.isFree() || block.isIndex()) {
             continue;
         }
         if (!block.isCompressed()) {
-            fail(block, "it is not compressed");
+            failUncompressed(container, block);
         }
         if ((block.flags & Block::freezeFlag) != 0 && !isHeavy(block)) {
             fail(block, "only datasets are written early");

@@ -25,6 +25,8 @@ constexpr std::uint64_t indexTableEntries = 200;
 constexpr std::uint32_t nameSize = 128;
 constexpr std::uint64_t entrySize = 139;
 constexpr std::uint64_t countSize = 4;
+constexpr std::uint64_t nameOffset = 5;
+constexpr std::uint64_t flagsOffset = 137;
 constexpr std::uint64_t firstTableSize = countSize + firstTableEntries * entrySize;
 constexpr std::uint64_t indexTableSize = countSize + indexTableEntries * entrySize;
 constexpr std::uint64_t firstBlockPosition = headSize + countSize + firstTableSize;
@@ -47,6 +49,14 @@ std::string describe(const Block& block) {
 
 [[noreturn]] void fail(const Block& block, const std::string& reason) {
     throw Failure(describe(block) + ": " + reason);
+}
+
+/// The last entry of a table has a name, of a free block or of the next table, and the latter has
+/// flags too. Zeros instead mean that writing did not come so far.
+bool isWrittenToItsEnd(std::string_view table) {
+    const std::string_view entry = table.substr(table.size() - entrySize);
+    const std::string_view name = entry.substr(nameOffset, freeName.size());
+    return name.back() != 0 && (name != indexName || entry[flagsOffset] != 0);
 }
 
 std::string nameOf(std::string_view field, std::uint64_t number) {
@@ -126,6 +136,7 @@ void Container::readHead() {
     if (length == 0) {
         throw Unfinished("it has no index");
     }
+    readTableBytes(headSize + countSize, firstTableEntries);
     if (length != firstTableSize) {
         throw Failure("first table: the length is " + std::to_string(length) + " and not " +
                       std::to_string(firstTableSize));
@@ -149,34 +160,45 @@ void Container::readTables() {
     }
 }
 
-void Container::readTable(std::uint64_t position, std::uint64_t count) {
-    const std::string table = readAt(position, countSize + count * entrySize);
+std::string Container::readTableBytes(std::uint64_t position, std::uint64_t count) {
+    std::string table = readAt(position, countSize + count * entrySize);
+    const std::string place = "the table at byte " + std::to_string(position);
     if (isAllZero(table)) {
-        throw Unfinished("the table at byte " + std::to_string(position) + " was not written");
+        throw Unfinished(place + " was not written");
     }
+    if (!isWrittenToItsEnd(table)) {
+        throw Unfinished(place + " was written in part");
+    }
+    return table;
+}
+
+void Container::readTable(std::uint64_t position, std::uint64_t count) {
+    const std::string table = readTableBytes(position, count);
     ByteCursor cursor(table, "table at byte " + std::to_string(position));
     if (cursor.u32("number of entries") != count) {
         cursor.fail("the number of entries is not " + std::to_string(count));
     }
     const std::size_t first = blocks_.size();
     for (std::uint64_t i = 0; i < count; ++i) {
-        const std::string_view rest = std::string_view(table).substr(cursor.position());
-        if (isAllZero(rest)) {
-            throw Unfinished("the table at byte " + std::to_string(position) +
-                             " was written in part");
-        }
         Block block;
         block.number = blocks_.size();
         block.id = cursor.u8("id");
         if (cursor.u32("width of the name") != nameSize) {
             fail(block, "the width of the name is not " + std::to_string(nameSize));
         }
-        block.name = nameOf(cursor.take(nameSize, "name"), block.number);
+        const std::string_view nameField = cursor.take(nameSize, "name");
         block.storedLength = cursor.u32("stored length");
         block.flags = cursor.u8("flags");
         if (cursor.u8("reserved byte") != 0) {
             fail(block, "the reserved byte is not 0");
         }
+        // a table shows blocks as free, without length and flags, until it is written at the end
+        const bool isNamed = nameField.substr(0, freeName.size()) != freeName;
+        if (first > 0 && isNamed && block.storedLength == 0 && block.flags == 0) {
+            throw Unfinished("the table at byte " + std::to_string(position) +
+                             " was written in part");
+        }
+        block.name = nameOf(nameField, block.number);
         checkEntry(block);
         placeBlock(block);
         if (!block.isFree() && !block.isIndex()) {

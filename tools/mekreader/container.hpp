@@ -76,6 +76,7 @@ public:
 private:
     std::string readAt(std::uint64_t position, std::uint64_t size);
     void readHead();
+    std::string readTableBytes(std::uint64_t position, std::uint64_t count);
     void readTable(std::uint64_t position, std::uint64_t count);
     void readTables();
     void placeBlock(Block& block);
