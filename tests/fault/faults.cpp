@@ -1,9 +1,12 @@
 #include "fault/faults.hpp"
 
 #include <fcntl.h>
+#include <malloc.h>
+#include <signal.h>
 #include <unistd.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -14,6 +17,7 @@ extern "C" {
 void* __real_malloc(std::size_t size);
 void* __real_realloc(void* memory, std::size_t size);
 void __real_free(void* memory);
+std::FILE* __real_fopen64(const char* path, const char* mode);
 int __real_fflush(std::FILE* stream);
 int __real_compress2(Bytef* target, uLongf* targetSize, const Bytef* source, uLong size, int level);
 }
@@ -31,6 +35,8 @@ struct {
 } injection;
 
 std::int64_t held = 0;
+std::int64_t heldBytes = 0; // of `operator new`
+std::int64_t mostBytes = 0;
 bool isInFlush = false;
 Testing::WriteRecorder* recorder = nullptr;
 
@@ -58,6 +64,10 @@ ssize_t writeFile(void* cookie, const char* bytes, std::size_t size) {
         return 0;
     }
     const std::size_t taken = isCut ? size / 2 : size;
+    if (strikes(Fault::Kill)) {
+        const ssize_t written = write(fileOf(cookie), bytes, size / 2);
+        raise(written >= 0 ? SIGKILL : SIGABRT);
+    }
     if (recorder != nullptr) {
         const off_t position = lseek(fileOf(cookie), 0, SEEK_CUR);
         recorder->writes.push_back({static_cast<std::uint64_t>(position), {bytes, taken}});
@@ -87,6 +97,9 @@ std::FILE* __wrap_fopen64(const char* path, const char* mode) {
     if (strikes(Fault::Open)) {
         errno = EMFILE;
         return nullptr;
+    }
+    if (!injection.isArmed && recorder == nullptr) {
+        return __real_fopen64(path, mode);
     }
     const int file = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (file < 0) {
@@ -144,14 +157,19 @@ void* operator new(std::size_t size) {
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
+    heldBytes += static_cast<std::int64_t>(malloc_usable_size(memory));
+    mostBytes = std::max(mostBytes, heldBytes);
     return memory;
 }
 
 void* operator new[](std::size_t size) { return operator new(size); }
-void operator delete(void* memory) noexcept { __wrap_free(memory); }
-void operator delete[](void* memory) noexcept { __wrap_free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { __wrap_free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { __wrap_free(memory); }
+void operator delete(void* memory) noexcept {
+    heldBytes -= static_cast<std::int64_t>(malloc_usable_size(memory));
+    __wrap_free(memory);
+}
+void operator delete[](void* memory) noexcept { operator delete(memory); }
+void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { operator delete(memory); }
 
 namespace Testing {
 
@@ -163,6 +181,9 @@ LibraryCall::LibraryCall() { injection.isInLibrary = true; }
 LibraryCall::~LibraryCall() { injection.isInLibrary = false; }
 
 std::int64_t heldAllocations() { return held; }
+
+PeakMemory::PeakMemory() : before_(heldBytes) { mostBytes = heldBytes; }
+std::int64_t PeakMemory::bytes() const { return mostBytes - before_; }
 
 WriteRecorder::WriteRecorder() { recorder = this; }
 WriteRecorder::~WriteRecorder() { recorder = nullptr; }

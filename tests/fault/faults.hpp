@@ -2,7 +2,8 @@
 /// Makes a single call of the system, the allocator or zlib fail, by wrapping it at link time.
 ///
 /// Streams are real ones of the C library over a file, so that buffering, short writes and the
-/// error that a stream keeps are real as well. The clock stands still.
+/// error that a stream keeps are real as well. Without a fault in wait nothing is changed but the
+/// clock, which stands still.
 #pragma once
 
 #include <cstdint>
@@ -22,7 +23,8 @@ enum class Fault {
     Realloc,        ///< no memory
     New,            ///< no memory
     CompressMemory, ///< no memory inside of `compress2`
-    Compress        ///< `compress2` fails for another reason
+    Compress,       ///< `compress2` fails for another reason
+    Kill            ///< the process is killed in the middle of a write
 };
 
 /// While it lives the `number`-th call of a kind fails, counted from 1. Only calls within a
@@ -49,6 +51,16 @@ public:
 
 /// Memory that was taken and not given back, in pieces.
 std::int64_t heldAllocations();
+
+/// The most bytes that `operator new` has given at a time since this came to life.
+class PeakMemory {
+public:
+    PeakMemory();
+    std::int64_t bytes() const;
+
+private:
+    std::int64_t before_;
+};
 
 /// Bytes that the system was given for a file, in the order of time.
 struct Written {
