@@ -7,6 +7,12 @@
 /// @def MEKAPI2_API
 /// Stands in front of every class and function that an application links to.
 
+/// @def MEKAPI2_TEMPLATE_API
+/// The same for a declared instantiation of a class template.
+
+/// @def MEKAPI2_TEMPLATE_DEFINITION_API
+/// The same for a defined instantiation of a class template.
+
 #if defined(_WIN32)
 #if defined(MEKAPI2_STATIC)
 #define MEKAPI2_API
