@@ -16,7 +16,7 @@ namespace MekVtu {
 
 namespace {
 
-constexpr std::array<const char*, 4> timeKeys = {"Time", "Frequency", "Load", "BucklingFactor"};
+constexpr std::array<const char*, 4> timeKeys = {"Time", "Frequency", "BucklingFactor", "Value"};
 
 template <class Number>
 std::string shortest(Number number) {

@@ -22,7 +22,7 @@ struct Timeline {
 /// All steps that variables of the file name; one without a name if there are none.
 ///
 /// The time is the number that the attributes give as "Time", for all steps alike, or as
-/// "Frequency", "Load" or "BucklingFactor". Where a step has none of it, or two have the same,
+/// "Frequency", "BucklingFactor" or "Value". Where a step has none of it, or two have the same,
 /// steps are numbered from 0 in the order in which the file names them.
 Timeline timeline(const MekReader::File& file);
 
