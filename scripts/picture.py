@@ -132,6 +132,8 @@ def save(renderer, output):
     writer.SetFileName(output)
     writer.SetInputConnection(grab.GetOutputPort())
     writer.Write()
+    if writer.GetErrorCode() != 0:
+        sys.exit(f"picture: {output} can't be written")
 
 
 def main(collection, output):
