@@ -1,0 +1,88 @@
+#!/usr/bin/env bash
+# Unpacks the Debian packages into an empty folder and uses them there, as an application would.
+# Usage: package_test.sh FOLDER_OF_PACKAGES
+set -euo pipefail
+packages=$(realpath "$1")
+source=$(realpath "$(dirname "$0")/../..")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+root=$work/root
+runtime=libmekapi2-2
+
+fail() { echo "FAILED: $*" >&2; exit 1; }
+
+# $1: name, $2: field
+field_of() { dpkg-deb -f "$packages/$1"_*.deb "$2"; }
+
+# $1: name; its files, without folders
+files_of() { dpkg-deb -c "$packages/$1"_*.deb | awk '$1 !~ /^d/ {print $6}'; }
+
+check_contents() {
+    local name version
+    version=$(field_of $runtime Version)
+    for name in libmekapi2-dev mekapi2-tools python3-mekapi2; do
+        grep -qF "$runtime (= $version)" <<<"$(field_of $name Depends)" ||
+            fail "$name does not depend on $runtime of its version"
+    done
+    for name in libc6 libstdc++6 zlib1g; do
+        grep -qF "$name (>= " <<<"$(field_of $runtime Depends)" ||
+            fail "$runtime does not depend on $name"
+    done
+    [ "$(files_of $runtime | grep -vc '/libMekApi2\.so\.2')" -eq 0 ] ||
+        fail "$runtime holds more than the library"
+    [ -z "$(for name in $runtime libmekapi2-dev mekapi2-tools python3-mekapi2; do
+        files_of $name; done | sort | uniq -d)" ] || fail "two packages hold one file"
+}
+
+# $1: file; mekinfo of the packages takes it for right
+check_file() { "$root/usr/bin/mekinfo" --check "$1" >/dev/null || fail "$1 is wrong"; }
+
+check_cmake() {
+    local program
+    cmake -S "$source/examples" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$root/usr"
+    cmake --build "$work/cmake"
+    for program in first_model steps_and_links assembly_paths handling_failures; do
+        grep -qF "$root" <(ldd "$work/cmake/$program") || fail "$program uses another library"
+        "$work/cmake/$program" "$work/$program.mek"
+        check_file "$work/$program.mek"
+    done
+}
+
+check_pkg_config() {
+    local flags
+    export PKG_CONFIG_PATH
+    PKG_CONFIG_PATH=$(dirname "$(find "$root" -name mekapi2.pc)")
+    read -r -a flags < <(pkg-config --cflags --libs mekapi2)
+    c++ -std=c++17 "$source/examples/first_model.cpp" -o "$work/linked" "${flags[@]}"
+    LD_LIBRARY_PATH=$(pkg-config --variable=libdir mekapi2) "$work/linked" "$work/linked.mek"
+    check_file "$work/linked.mek"
+}
+
+check_tools() {
+    "$root/usr/bin/mekinfo" --vtu "$work/vtu" "$work/first_model.mek"
+    [ -s "$work/vtu/first_model.pvd" ] || fail "mekinfo writes nothing"
+    cat >"$work/node.frd" <<'FRD'
+    1C
+    2C                             1                                     1
+ -1         7 1.00000E+00 2.00000E+00 3.00000E+00
+ -3
+ 9999
+FRD
+    "$root/usr/bin/frd2mek" "$work/node.frd" "$work/node.mek"
+    check_file "$work/node.mek"
+}
+
+check_python() {
+    PYTHONPATH=$root/usr/lib/python3/dist-packages /usr/bin/python3 -B \
+        "$source/examples/python/first_model.py" "$work/python.mek"
+    check_file "$work/python.mek"
+}
+
+for package in "$packages"/*.deb; do
+    dpkg-deb -x "$package" "$root"
+done
+check_contents
+check_cmake
+check_pkg_config
+check_tools
+check_python
