@@ -4,7 +4,11 @@
 #include <malloc.h>
 #include <signal.h>
 #include <unistd.h>
+#if TYR_TEST_HAS_BYTES_OF_ZLIB
 #include <zlib.h>
+#else
+#include <libdeflate.h>
+#endif
 
 #include <algorithm>
 #include <cerrno>
@@ -19,7 +23,13 @@ void* __real_realloc(void* memory, std::size_t size);
 void __real_free(void* memory);
 std::FILE* __real_fopen64(const char* path, const char* mode);
 int __real_fflush(std::FILE* stream);
+#if TYR_TEST_HAS_BYTES_OF_ZLIB
 int __real_compress2(Bytef* target, uLongf* targetSize, const Bytef* source, uLong size, int level);
+#else
+libdeflate_compressor* __real_libdeflate_alloc_compressor(int level);
+std::size_t __real_libdeflate_zlib_compress(libdeflate_compressor* compressor, const void* source,
+                                            std::size_t size, void* target, std::size_t capacity);
+#endif
 }
 
 namespace {
@@ -133,6 +143,7 @@ void __wrap_free(void* memory) {
     __real_free(memory);
 }
 
+#if TYR_TEST_HAS_BYTES_OF_ZLIB
 int __wrap_compress2(Bytef* target, uLongf* targetSize, const Bytef* source, uLong size,
                      int level) {
     if (strikes(Fault::CompressMemory)) {
@@ -141,6 +152,18 @@ int __wrap_compress2(Bytef* target, uLongf* targetSize, const Bytef* source, uLo
     return strikes(Fault::Compress) ? Z_BUF_ERROR
                                     : __real_compress2(target, targetSize, source, size, level);
 }
+#else
+libdeflate_compressor* __wrap_libdeflate_alloc_compressor(int level) {
+    return strikes(Fault::CompressMemory) ? nullptr : __real_libdeflate_alloc_compressor(level);
+}
+
+std::size_t __wrap_libdeflate_zlib_compress(libdeflate_compressor* compressor, const void* source,
+                                            std::size_t size, void* target, std::size_t capacity) {
+    return strikes(Fault::Compress)
+               ? 0
+               : __real_libdeflate_zlib_compress(compressor, source, size, target, capacity);
+}
+#endif
 
 std::time_t __wrap_time(std::time_t* time) {
     constexpr std::time_t stopped = 1700000000;

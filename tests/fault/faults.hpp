@@ -1,5 +1,6 @@
 /// @file
-/// Makes a single call of the system, the allocator or zlib fail, by wrapping it at link time.
+/// Makes a single call of the system, the allocator or the compression fail, by wrapping it at
+/// link time.
 ///
 /// Streams are real ones of the C library over a file, so that buffering, short writes and the
 /// error that a stream keeps are real as well. Without a fault in wait nothing is changed but the
@@ -22,8 +23,8 @@ enum class Fault {
     Malloc,         ///< no memory
     Realloc,        ///< no memory
     New,            ///< no memory
-    CompressMemory, ///< no memory inside of `compress2`
-    Compress,       ///< `compress2` fails for another reason
+    CompressMemory, ///< no memory inside of the compression
+    Compress,       ///< the compression fails for another reason
     Kill            ///< the process is killed in the middle of a write
 };
 
