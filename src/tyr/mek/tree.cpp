@@ -98,10 +98,11 @@ void Tree::AddGroupNode(const std::string& name) {
 void Tree::AddShapeNode(const std::string& name) {
     auto shape = std::make_unique<Shape>(name);
     auto geometry = std::make_unique<Geometry>(name);
-    if (!moveToChildLike(*shape)) {
+    const bool isNew = !moveToChildLike(*shape);
+    if (isNew) {
         AddChildNode(std::move(shape));
     }
-    if (!moveToChildLike(*geometry)) {
+    if (isNew || !moveToChildLike(*geometry)) {
         AddChildNode(std::move(geometry));
     }
 }
