@@ -113,9 +113,7 @@ struct Deck {
     bool asksForResults = true;
 };
 
-void PrintTo(const Deck& deck, std::ostream* stream) {
-    *stream << deck.name;
-}
+void PrintTo(const Deck& deck, std::ostream* stream) { *stream << deck.name; }
 
 class RoundTrip : public ConverterTest, public ::testing::WithParamInterface<Deck> {
 protected:

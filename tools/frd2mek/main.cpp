@@ -6,6 +6,8 @@
 #include "converter.hpp"
 #include "frd/formaterror.hpp"
 
+#include <tyr/exception/exception.hpp>
+
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -29,6 +31,8 @@ int convert(const Frd::CommandLine& commandLine) {
     } catch (const Frd::FormatError& error) {
         std::cerr << "frd2mek: " << commandLine.input.u8string() << ":" << error.line() << ": "
                   << error.what() << '\n';
+    } catch (const Tyr::Exception::Exception& error) {
+        std::cerr << "frd2mek: " << commandLine.output.u8string() << ": " << error.what() << '\n';
     } catch (const std::exception& error) {
         std::cerr << "frd2mek: " << error.what() << '\n';
     }
@@ -39,7 +43,8 @@ int convert(const Frd::CommandLine& commandLine) {
 
 int main(int count, char** arguments) {
     try {
-        const Frd::CommandLine commandLine = Frd::parseCommandLine(Console::arguments(count, arguments));
+        const Frd::CommandLine commandLine =
+            Frd::parseCommandLine(Console::arguments(count, arguments));
         switch (commandLine.task) {
             case Frd::Task::ShowHelp:
                 std::cout << Frd::usage;

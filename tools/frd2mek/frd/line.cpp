@@ -45,9 +45,7 @@ std::string Line::name(Columns columns) const {
     return printable(found.substr(first, found.find_last_not_of(' ') - first + 1));
 }
 
-std::string Line::nameFrom(std::size_t column) const {
-    return name({column, text_.size()});
-}
+std::string Line::nameFrom(std::size_t column) const { return name({column, text_.size()}); }
 
 std::int64_t Line::integer(Columns columns, const char* what) const {
     const std::string_view found = text(columns);

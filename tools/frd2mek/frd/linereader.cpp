@@ -15,13 +15,14 @@ constexpr std::size_t bufferSize = 1 << 20;
 } // namespace
 
 LineReader::LineReader(const std::filesystem::path& path, Watcher watcher)
-    : file_(path, std::ios::binary),
+    : path_(path.u8string()),
+      file_(path, std::ios::binary),
       watcher_(std::move(watcher)),
       buffer_(bufferSize),
       begin_(buffer_.data()),
       end_(begin_) {
     if (!file_) {
-        throw std::runtime_error("cannot be opened");
+        throw std::runtime_error(path_ + ": cannot be opened");
     }
 }
 
@@ -66,7 +67,7 @@ bool LineReader::refill() {
     std::memmove(buffer_.data(), begin_, kept);
     file_.read(buffer_.data() + kept, static_cast<std::streamsize>(buffer_.size() - kept));
     if (file_.bad()) {
-        throw std::runtime_error("cannot be read");
+        throw std::runtime_error(path_ + ": cannot be read");
     }
     const auto added = static_cast<std::size_t>(file_.gcount());
     begin_ = buffer_.data();

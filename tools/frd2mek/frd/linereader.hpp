@@ -35,6 +35,7 @@ private:
     bool refill();
     Line take(const char* end, const char* following);
 
+    std::string path_;
     std::ifstream file_;
     Watcher watcher_;
     std::vector<char> buffer_;

@@ -84,12 +84,8 @@ std::optional<std::int64_t> parseInteger(std::string_view text) {
     return stop == end && error == std::errc() ? std::optional(value) : std::nullopt;
 }
 
-std::optional<float> parseFloat(std::string_view text) {
-    return parseReal<float>(text);
-}
+std::optional<float> parseFloat(std::string_view text) { return parseReal<float>(text); }
 
-std::optional<double> parseDouble(std::string_view text) {
-    return parseReal<double>(text);
-}
+std::optional<double> parseDouble(std::string_view text) { return parseReal<double>(text); }
 
 } // namespace Frd
