@@ -30,7 +30,7 @@ check_package() {
 check_library() {
     local dll=$package/bin/MekApi2.dll needed exported
     needed=$(x86_64-w64-mingw32-objdump -p "$dll" | sed -n 's/.*DLL Name: //p' | sort | tr '\n' ' ')
-    [ "$needed" = "ADVAPI32.dll KERNEL32.dll SHLWAPI.dll libgcc_s_seh-1.dll libstdc++-6.dll msvcrt.dll " ] ||
+    [ "$needed" = "ADVAPI32.dll KERNEL32.dll libgcc_s_seh-1.dll libstdc++-6.dll msvcrt.dll " ] ||
         fail "it needs other DLLs: $needed"
     exported=$(x86_64-w64-mingw32-objdump -p "$dll" |
         sed -n '/Name Pointer/,/^$/s/^.*\[ *[0-9]*\].* //p' | c++filt -p |

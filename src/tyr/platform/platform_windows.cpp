@@ -5,8 +5,6 @@
 #define NOMINMAX
 #endif
 #include <windows.h>
-// behind windows.h, whose types it needs
-#include <shlwapi.h>
 
 #include <array>
 #include <ctime>
@@ -28,7 +26,8 @@ bool pathExists(const std::string& path) {
 }
 
 bool pathExists(const std::wstring& path) {
-    return isFileName(path) && PathFileExistsW(path.c_str()) != FALSE;
+    // not PathFileExistsW, which promises nothing for paths beyond 260 characters
+    return isFileName(path) && GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
 std::FILE* openFile(const std::string& path, const char* mode) {
