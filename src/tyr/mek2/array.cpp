@@ -1,5 +1,6 @@
 #include <tyr/mek2/array.hpp>
 
+#include "tyr/mek2/valuecopy.hpp"
 #include "tyr/mek2/valuestorage.hpp"
 
 #include <algorithm>
@@ -76,7 +77,9 @@ Array1d<T>::~Array1d() {
 template <class T>
 const Array1d<T>& Array1d<T>::operator=(const Array1d& other) {
     if (this != &other) {
-        data_->values = other.data_->values;
+        // Eigen's own assignment frees the old elements before it takes memory for the new ones, and
+    // keeps a pointer to them when there is none
+    data_->values = copyOf(other.data_->values);
     }
     return *this;
 }
@@ -142,7 +145,7 @@ Array2d<T>::~Array2d() {
 template <class T>
 const Array2d<T>& Array2d<T>::operator=(const Array2d& other) {
     if (this != &other) {
-        data_->values = other.data_->values;
+        data_->values = copyOf(other.data_->values);
     }
     return *this;
 }
