@@ -46,12 +46,19 @@ void addLook(VtuFile& output, const MekReader::Material& look) {
 }
 
 void addMesh(VtuFile& output, const Mesh& mesh) {
-    // the name under which VTK's own filters tell from which point one was taken
-    output.add(Section::PointData, "vtkOriginalPointIds", 1, mesh.rows);
     output.add(Section::Points, "Points", 3, mesh.points);
     output.add(Section::Cells, "connectivity", 1, mesh.connectivity);
     output.add(Section::Cells, "offsets", 1, mesh.offsets);
     output.add(Section::Cells, "types", 1, mesh.types);
+}
+
+/// The rows of the coordinates, under the name by which VTK's own filters tell from which point one
+/// was taken. A container that came from such a filter may have an array of this name already.
+void addRows(VtuFile& output, const Mesh& mesh) {
+    constexpr const char* name = "vtkOriginalPointIds";
+    if (!output.has(Section::PointData, name)) {
+        output.add(Section::PointData, name, 1, mesh.rows);
+    }
 }
 
 class Export {
@@ -110,6 +117,7 @@ private:
         }
         addMesh(output, part.mesh);
         results_.addTo(output, part, step.name);
+        addRows(output, part.mesh);
         const std::string name = nameFor(part, stepNumber);
         output.write(directory_ / std::filesystem::u8path(name));
         entries_.push_back({step.time, step.name, part.number, part.name, name});

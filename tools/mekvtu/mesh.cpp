@@ -19,13 +19,9 @@ using MekReader::Variable;
 
 constexpr std::string_view partElementsName = "Part Elements";
 
-bool isCoordinates(const Variable& variable) {
-    return variable.type == Kind::coordinates;
-}
+bool isCoordinates(const Variable& variable) { return variable.type == Kind::coordinates; }
 
-bool isPolylength(const Variable& variable) {
-    return variable.type == Kind::polylength;
-}
+bool isPolylength(const Variable& variable) { return variable.type == Kind::polylength; }
 
 // the elements of parts have the same kinds, and only their name tells
 bool isConnectivity(const Variable& variable) {

@@ -74,13 +74,9 @@ void Placement::apply(std::vector<float>& values, const std::array<double, 3>& s
     }
 }
 
-void Placement::placePoints(std::vector<float>& points) const {
-    apply(points, translation_);
-}
+void Placement::placePoints(std::vector<float>& points) const { apply(points, translation_); }
 
-void Placement::placeVectors(std::vector<float>& vectors) const {
-    apply(vectors, {});
-}
+void Placement::placeVectors(std::vector<float>& vectors) const { apply(vectors, {}); }
 
 Placement placementAbove(const MekReader::File& file, const MekReader::Node& node) {
     Placement placement;

@@ -12,9 +12,7 @@ using MekReader::Variable;
 constexpr unsigned vectorWidth = 3;
 
 /// By default, and of the solver. The kind of variable is that of all vectors.
-bool isDisplacement(std::string_view name) {
-    return name == "Displacement" || name == "DISP";
-}
+bool isDisplacement(std::string_view name) { return name == "Displacement" || name == "DISP"; }
 
 bool isNodeResult(const Variable& variable) {
     return variable.type >= Kind::firstNodeResult && variable.type <= Kind::lastNodeResult;

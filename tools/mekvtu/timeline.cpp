@@ -105,8 +105,6 @@ Timeline timeline(const MekReader::File& file) {
     return line;
 }
 
-std::string numberText(double number) {
-    return shortest(number);
-}
+std::string numberText(double number) { return shortest(number); }
 
 } // namespace MekVtu

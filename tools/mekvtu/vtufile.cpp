@@ -15,21 +15,11 @@ namespace {
 
 constexpr std::size_t compressedPiece = std::size_t{1} << 20;
 
-constexpr const char* typeName(float) {
-    return "Float32";
-}
-constexpr const char* typeName(double) {
-    return "Float64";
-}
-constexpr const char* typeName(std::uint8_t) {
-    return "UInt8";
-}
-constexpr const char* typeName(std::uint32_t) {
-    return "UInt32";
-}
-constexpr const char* typeName(std::int64_t) {
-    return "Int64";
-}
+constexpr const char* typeName(float) { return "Float32"; }
+constexpr const char* typeName(double) { return "Float64"; }
+constexpr const char* typeName(std::uint8_t) { return "UInt8"; }
+constexpr const char* typeName(std::uint32_t) { return "UInt32"; }
+constexpr const char* typeName(std::int64_t) { return "Int64"; }
 
 bool isLittleEndian() {
     const std::uint16_t one = 1;
@@ -57,7 +47,7 @@ std::string compressed(std::string_view piece) {
 
 /// The form of an array behind the XML: number of pieces, length of a piece, length of the last one
 /// if it is shorter, compressed length of each; then the pieces.
-void appendCompressed(std::string& appended, std::string_view bytes) {
+std::string storedForm(std::string_view bytes) {
     std::vector<std::uint64_t> head = {0, compressedPiece, bytes.size() % compressedPiece};
     std::string pieces;
     for (std::size_t done = 0; done < bytes.size(); done += compressedPiece) {
@@ -66,8 +56,7 @@ void appendCompressed(std::string& appended, std::string_view bytes) {
         pieces += piece;
         ++head[0];
     }
-    appended += bytesOf(head);
-    appended += pieces;
+    return std::string(bytesOf(head)) + pieces;
 }
 
 } // namespace
@@ -94,9 +83,15 @@ void VtuFile::addWords(Section section, std::string_view name, unsigned componen
 
 void VtuFile::addBytes(Section section, std::string_view name, const char* type,
                        unsigned components, std::uint64_t rows, std::string_view bytes) {
-    arrays_.push_back(
-        {section, uniqueName(section, name), type, components, rows, appended_.size()});
-    appendCompressed(appended_, bytes);
+    const auto behind =
+        std::upper_bound(arrays_.begin(), arrays_.end(), section,
+                         [](Section wanted, const Array& array) { return wanted < array.section; });
+    arrays_.insert(behind,
+                   {section, uniqueName(section, name), type, components, rows, storedForm(bytes)});
+}
+
+bool VtuFile::has(Section section, std::string_view name) const {
+    return names_.count({section, xmlText(name)}) != 0;
 }
 
 std::string VtuFile::uniqueName(Section section, std::string_view name) {
@@ -108,9 +103,23 @@ std::string VtuFile::uniqueName(Section section, std::string_view name) {
     return unique;
 }
 
-std::string VtuFile::sectionText(Section section, const char* tag) const {
+/// The last array of the XML stands first: meshio looks arrays up by offset while it gives those
+/// that it found new offsets, and takes the first that fits.
+std::vector<std::uint64_t> VtuFile::offsets() const {
+    std::vector<std::uint64_t> offsets(arrays_.size());
+    std::uint64_t offset = 0;
+    for (std::size_t index = arrays_.size(); index-- > 0;) {
+        offsets[index] = offset;
+        offset += arrays_[index].stored.size();
+    }
+    return offsets;
+}
+
+std::string VtuFile::sectionText(Section section, const char* tag,
+                                 const std::vector<std::uint64_t>& offsets) const {
     std::string text = "<" + std::string(tag) + ">\n";
-    for (const Array& array : arrays_) {
+    for (std::size_t index = 0; index < arrays_.size(); ++index) {
+        const Array& array = arrays_[index];
         if (array.section != section) {
             continue;
         }
@@ -121,25 +130,30 @@ std::string VtuFile::sectionText(Section section, const char* tag) const {
         if (section == Section::Field) {
             text += " NumberOfTuples=\"" + std::to_string(array.rows) + "\"";
         }
-        text += " format=\"appended\" offset=\"" + std::to_string(array.offset) + "\"/>\n";
+        text += " format=\"appended\" offset=\"" + std::to_string(offsets[index]) + "\"/>\n";
     }
     return text + "</" + tag + ">\n";
 }
 
 void VtuFile::write(const std::filesystem::path& path) const {
+    const std::vector<std::uint64_t> places = offsets();
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file << "<?xml version=\"1.0\"?>\n"
             "<VTKFile type=\"UnstructuredGrid\" version=\"1.0\" byte_order=\""
          << (isLittleEndian() ? "LittleEndian" : "BigEndian")
          << "\" header_type=\"UInt64\" compressor=\"vtkZLibDataCompressor\">\n"
             "<UnstructuredGrid>\n"
-         << sectionText(Section::Field, "FieldData") << "<Piece NumberOfPoints=\""
+         << sectionText(Section::Field, "FieldData", places) << "<Piece NumberOfPoints=\""
          << std::to_string(points_) << "\" NumberOfCells=\"" << std::to_string(cells_) << "\">\n"
-         << sectionText(Section::PointData, "PointData")
-         << sectionText(Section::CellData, "CellData") << sectionText(Section::Points, "Points")
-         << sectionText(Section::Cells, "Cells")
-         << "</Piece>\n</UnstructuredGrid>\n<AppendedData encoding=\"raw\">\n_" << appended_
-         << "\n</AppendedData>\n</VTKFile>\n";
+         << sectionText(Section::PointData, "PointData", places)
+         << sectionText(Section::CellData, "CellData", places)
+         << sectionText(Section::Points, "Points", places)
+         << sectionText(Section::Cells, "Cells", places)
+         << "</Piece>\n</UnstructuredGrid>\n<AppendedData encoding=\"raw\">\n_";
+    for (auto array = arrays_.rbegin(); array != arrays_.rend(); ++array) {
+        file << array->stored;
+    }
+    file << "\n</AppendedData>\n</VTKFile>\n";
     file.close();
     if (!file) {
         throw MekReader::Failure("unable to write \"" + path.u8string() + "\"");

@@ -15,6 +15,7 @@
 
 namespace MekVtu {
 
+/// In the order in which they stand in a file.
 enum class Section { Field, PointData, CellData, Points, Cells };
 
 class VtuFile {
@@ -31,6 +32,9 @@ public:
     void addWords(Section section, std::string_view name, unsigned components,
                   const std::vector<std::uint32_t>& words, bool areFloats);
 
+    /// Tells whether a section has an array of this name.
+    bool has(Section section, std::string_view name) const;
+
     /// @throws MekReader::Failure the system refuses the file
     void write(const std::filesystem::path& path) const;
 
@@ -41,19 +45,20 @@ private:
         const char* type;
         unsigned components;
         std::uint64_t rows;
-        std::uint64_t offset;
+        std::string stored; ///< behind the XML
     };
 
     void addBytes(Section section, std::string_view name, const char* type, unsigned components,
                   std::uint64_t rows, std::string_view bytes);
     std::string uniqueName(Section section, std::string_view name);
-    std::string sectionText(Section section, const char* tag) const;
+    std::vector<std::uint64_t> offsets() const;
+    std::string sectionText(Section section, const char* tag,
+                            const std::vector<std::uint64_t>& offsets) const;
 
     std::uint64_t points_;
     std::uint64_t cells_;
-    std::vector<Array> arrays_;
+    std::vector<Array> arrays_; ///< in the order of the XML
     std::set<std::pair<Section, std::string>> names_;
-    std::string appended_;
 };
 
 } // namespace MekVtu
