@@ -138,14 +138,19 @@ def asking_for_results(deck, folder):
     return re.sub(r"(?im)^(?=\*END STEP)", "*NODE FILE\nU\n*EL FILE\nS\n", text)
 
 
-def main(deck, decks, ccx, frd2mek, mekinfo):
+def solve(deck, decks, ccx, frd2mek, mekinfo, folder):
+    """Leaves job.frd, job.mek and, in out/, VTK's files."""
+    (folder / "job.inp").write_text(asking_for_results(deck, decks))
+    for command in ([ccx, "-i", "job"], [frd2mek, "job.frd"],
+                    [mekinfo, "--vtu", "out", "job.mek"]):
+        subprocess.run(command, cwd=folder, check=True, stdout=subprocess.DEVNULL,
+                       env={**os.environ, "OMP_NUM_THREADS": "1"})
+
+
+def main(*arguments):
     with tempfile.TemporaryDirectory() as folder:
         folder = pathlib.Path(folder)
-        (folder / "job.inp").write_text(asking_for_results(deck, decks))
-        for command in ([ccx, "-i", "job"], [frd2mek, "job.frd"],
-                        [mekinfo, "--vtu", "out", "job.mek"]):
-            subprocess.run(command, cwd=folder, check=True, stdout=subprocess.DEVNULL,
-                           env={**os.environ, "OMP_NUM_THREADS": "1"})
+        solve(*arguments, folder)
         file = ResultFile(folder / "job.frd")
         steps = steps_of(folder / "out/job.pvd")
         for parts in steps.values():
@@ -161,4 +166,5 @@ def main(deck, decks, ccx, frd2mek, mekinfo):
         assert len(file.results) > 0 and {r.step for r in file.results} == {s[:2] for s in steps}
 
 
-main(*sys.argv[1:])
+if __name__ == "__main__":
+    main(*sys.argv[1:])
