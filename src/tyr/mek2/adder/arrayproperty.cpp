@@ -56,8 +56,8 @@ struct VariablePlace {
 /// What all variables of one call have in common.
 struct Attachment {
     const std::string& name;
-    TyrMek::Geometry::VariableType type;
-    std::uint64_t offset;
+    TyrMek::Geometry::VariableType type{};
+    std::uint64_t offset = 0;
     TyrMek::NumericArray array;
     TyrUtil::AttributeList attributes;
     std::optional<VariablePlace> owner{};
