@@ -58,18 +58,18 @@ private:
     std::map<std::string, AttributeVariant>* data_;
 };
 
-// The primary template is there for calls with other types only, to say what is wrong with them; the
-// types that exist are specialised in the library.
+// The primary template is there for calls with other types only, to say what is wrong with them;
+// the types that exist are specialised in the library.
 
 template <class T>
 void Attributes::set(const std::string&, const T&) {
-    static_assert(std::disjunction_v<std::is_same<T, float>, std::is_same<T, std::vector<float>>,
-                                     std::is_same<T, int>, std::is_same<T, std::vector<int>>,
-                                     std::is_same<T, unsigned int>,
-                                     std::is_same<T, std::vector<unsigned int>>,
-                                     std::is_same<T, std::string>>,
-                  "Attributes::set takes float, int, unsigned int, a std::vector of one of these, "
-                  "std::string or const char*");
+    static_assert(
+        std::disjunction_v<
+            std::is_same<T, float>, std::is_same<T, std::vector<float>>, std::is_same<T, int>,
+            std::is_same<T, std::vector<int>>, std::is_same<T, unsigned int>,
+            std::is_same<T, std::vector<unsigned int>>, std::is_same<T, std::string>>,
+        "Attributes::set takes float, int, unsigned int, a std::vector of one of these, "
+        "std::string or const char*");
 }
 
 template <>

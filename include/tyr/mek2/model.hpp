@@ -83,8 +83,8 @@ public:
     /// changes nothing where there is none.
     Model(Model&& other);
 
-    /// Takes over the write cycle of `other`, which is as new afterwards, and ends this object's own
-    /// as the destructor does.
+    /// Takes over the write cycle of `other`, which is as new afterwards, and ends this object's
+    /// own as the destructor does.
     Model& operator=(Model&& other);
 
     /// Starts a write cycle: creates the file and writes its head.
@@ -148,10 +148,10 @@ public:
 
     /// Finds a node by its path from the root: separator, root name, separator, name and so on.
     ///
-    /// `separator` is taken as one whole text, and what stands in its place behind the root's name is
-    /// not compared with it. Of children of equal name the first added is found;
-    /// groups and shapes are not told apart. A shape's geometry has the path of the shape with the
-    /// shape's name once more. Afterwards the current node is the root, unless `path` is empty.
+    /// `separator` is taken as one whole text, and what stands in its place behind the root's name
+    /// is not compared with it. Of children of equal name the first added is found; groups and
+    /// shapes are not told apart. A shape's geometry has the path of the shape with the shape's
+    /// name once more. Afterwards the current node is the root, unless `path` is empty.
     ///
     /// @return the id, or 0 if there is no such node
     /// @throws InvalidObjectState "Not initialized": no write cycle
@@ -216,9 +216,10 @@ public:
     /// with "Link." are left out; "Category" with the text "Vibration" marks the variable as a
     /// vibration.
     ///
-    /// With no rows or no ids nothing happens, once the type is known to be good. Otherwise, if there are steps, the current node
-    /// afterwards is the last id that was handled. After a failure the pairs handled before it
-    /// keep their variables, and the data stays in the file even if no variable refers to it.
+    /// With no rows or no ids nothing happens, once the type is known to be good. Otherwise, if
+    /// there are steps, the current node afterwards is the last id that was handled. After a
+    /// failure the pairs handled before it keep their variables, and the data stays in the file
+    /// even if no variable refers to it.
     ///
     /// @tparam Array `Array1d` or `Array2d` of `float` or `unsigned int`
     /// @tparam Id `unsigned int` or `Array1d<unsigned int>`: ids of geometries
@@ -275,10 +276,10 @@ void Model::addArrayProperty(DatasetType, const Array&, const Id&, const Steps&,
 }
 
 /// Applies MACRO(array, id, steps) to all types that `Model::addArrayProperty` exists for.
-#define TYR_MEK2_FOR_ARRAY(MACRO, ARRAY)          \
-    MACRO(ARRAY, unsigned int, Step)              \
-    MACRO(ARRAY, unsigned int, StepList)          \
-    MACRO(ARRAY, Array1d<unsigned int>, Step)     \
+#define TYR_MEK2_FOR_ARRAY(MACRO, ARRAY)      \
+    MACRO(ARRAY, unsigned int, Step)          \
+    MACRO(ARRAY, unsigned int, StepList)      \
+    MACRO(ARRAY, Array1d<unsigned int>, Step) \
     MACRO(ARRAY, Array1d<unsigned int>, StepList)
 #define TYR_MEK2_FOR_ARRAY_PROPERTIES(MACRO)         \
     TYR_MEK2_FOR_ARRAY(MACRO, Array1d<unsigned int>) \
@@ -286,13 +287,13 @@ void Model::addArrayProperty(DatasetType, const Array&, const Id&, const Steps&,
     TYR_MEK2_FOR_ARRAY(MACRO, Array2d<unsigned int>) \
     TYR_MEK2_FOR_ARRAY(MACRO, Array2d<float>)
 
-#define TYR_MEK2_DECLARE(ARRAY, ID, STEPS)                                                      \
-    template <>                                                                                 \
-    MEKAPI2_API void Model::addArrayProperty(const std::string&, DatasetType, const ARRAY&,     \
-                                             const ID&, const STEPS&, const Attributes&);       \
-    template <>                                                                                 \
-    MEKAPI2_API void Model::addArrayProperty(DatasetType, const ARRAY&, const ID&,              \
-                                             const STEPS&, const Attributes&);
+#define TYR_MEK2_DECLARE(ARRAY, ID, STEPS)                                                       \
+    template <>                                                                                  \
+    MEKAPI2_API void Model::addArrayProperty(const std::string&, DatasetType, const ARRAY&,      \
+                                             const ID&, const STEPS&, const Attributes&);        \
+    template <>                                                                                  \
+    MEKAPI2_API void Model::addArrayProperty(DatasetType, const ARRAY&, const ID&, const STEPS&, \
+                                             const Attributes&);
 TYR_MEK2_FOR_ARRAY_PROPERTIES(TYR_MEK2_DECLARE)
 #undef TYR_MEK2_DECLARE
 

@@ -49,17 +49,17 @@ private:
     std::map<PropertyType, NodePropertyVariant>* data_;
 };
 
-// The primary template is there for calls with other types only, to say what is wrong with them; the
-// types that exist are specialised in the library.
+// The primary template is there for calls with other types only, to say what is wrong with them;
+// the types that exist are specialised in the library.
 
 template <class T>
 void NodeProperties::set(PropertyType, const T&) {
-    static_assert(std::disjunction_v<std::is_same<T, int>, std::is_same<T, float>,
-                                     std::is_same<T, std::string>,
-                                     std::is_same<T, std::vector<int>>,
-                                     std::is_same<T, std::vector<float>>, std::is_same<T, bool>>,
-                  "NodeProperties::set takes int, float, bool, std::string, std::vector<int>, "
-                  "std::vector<float> or const char*");
+    static_assert(
+        std::disjunction_v<std::is_same<T, int>, std::is_same<T, float>,
+                           std::is_same<T, std::string>, std::is_same<T, std::vector<int>>,
+                           std::is_same<T, std::vector<float>>, std::is_same<T, bool>>,
+        "NodeProperties::set takes int, float, bool, std::string, std::vector<int>, "
+        "std::vector<float> or const char*");
 }
 
 template <>

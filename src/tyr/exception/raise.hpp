@@ -37,5 +37,5 @@ template <class Failure>
 #define TYR_SOURCE_FILE ::Tyr::Exception::relativeSourcePath(__FILE__)
 
 /// Raises `failure` with the signature, source file and line of the place where this stands.
-#define TYR_RAISE(failure)                                                                 \
+#define TYR_RAISE(failure) \
     ::Tyr::Exception::raiseAt((failure), BOOST_CURRENT_FUNCTION, TYR_SOURCE_FILE, __LINE__)

@@ -15,9 +15,9 @@ LogSystem& logSystem();
 
 /// Logs one line. `pieces` is what stands behind the first `<<`; `function` is the qualified name
 /// of the logging function without its signature.
-#define TYR_LOG(function, pieces)                                                           \
-    do {                                                                                    \
-        ::Tyr::Log::Record<char> tyrLogRecord(TYR_SOURCE_FILE, (function), __LINE__);       \
-        tyrLogRecord << pieces; /* NOLINT(bugprone-macro-parentheses): several of them */   \
-        ::Tyr::Log::logSystem() += tyrLogRecord;                                            \
+#define TYR_LOG(function, pieces)                                                         \
+    do {                                                                                  \
+        ::Tyr::Log::Record<char> tyrLogRecord(TYR_SOURCE_FILE, (function), __LINE__);     \
+        tyrLogRecord << pieces; /* NOLINT(bugprone-macro-parentheses): several of them */ \
+        ::Tyr::Log::logSystem() += tyrLogRecord;                                          \
     } while (false)

@@ -11,7 +11,12 @@
 namespace TyrUtil {
 
 /// Which member of an `AttributeValue` has meaning; the numbers stand in the file.
-enum AttributeType : std::int32_t { UnsignedValue = 0, FloatValue = 1, TextValue = 2, DoubleValue = 3 };
+enum AttributeType : std::int32_t {
+    UnsignedValue = 0,
+    FloatValue = 1,
+    TextValue = 2,
+    DoubleValue = 3
+};
 
 /// One value, copied as a whole.
 struct AttributeValue {

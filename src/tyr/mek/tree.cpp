@@ -58,8 +58,7 @@ void Tree::SetStreamFile(const std::wstring& path, bool overwrite) {
 void Tree::writeHead() {
     version = "1.3";
     std::fwrite(TyrQbf::FileSignature.data(), TyrQbf::FileSignature.size(), 1, file.stream);
-    std::fwrite(TyrQbf::FileFormatVersion.data(), TyrQbf::FileFormatVersion.size(), 1,
-                file.stream);
+    std::fwrite(TyrQbf::FileFormatVersion.data(), TyrQbf::FileFormatVersion.size(), 1, file.stream);
 }
 
 void Tree::SetRootGroup(const std::string& name, const TyrUtil::AttributeList& attributes) {
@@ -168,10 +167,10 @@ std::uint64_t Tree::WriteStreamDataset(const unsigned int* data, int count, unsi
 
 std::uint64_t Tree::streamDataset(const void* data, int count, unsigned char width) {
     const auto items = static_cast<std::uint64_t>(count);
-    TYR_LOG("TyrMek::Tree::WriteStreamDataset",
-            "Writing Dataset of size " << static_cast<std::uint32_t>(items * width) << " width "
-                                       << static_cast<unsigned int>(width) << " datatype size "
-                                       << valueSize);
+    TYR_LOG("TyrMek::Tree::WriteStreamDataset", "Writing Dataset of size "
+                                                    << static_cast<std::uint32_t>(items * width)
+                                                    << " width " << static_cast<unsigned int>(width)
+                                                    << " datatype size " << valueSize);
     const std::uint64_t offset = file.index.GetDataLength(heavyData);
     if (count == 0 || width == 0) {
         return offset;
@@ -201,8 +200,8 @@ void Tree::Save(TyrQbf::QbFile& output, const std::string& comment) {
     saveBegun = true;
     SaveTree(output);
     SaveGlobalInfo(output, comment);
-    for (const std::string& name : {heavyData, mekTree, lightData, attributeData, resources,
-                                    globalInformation, viewPoints}) {
+    for (const std::string& name :
+         {heavyData, mekTree, lightData, attributeData, resources, globalInformation, viewPoints}) {
         output.SetBlockFlags(name, TyrQbf::FlagCompress);
     }
     output.index.WriteAllBuffersToFileStream(output.stream);

@@ -77,9 +77,10 @@ Array1d<T>::~Array1d() {
 template <class T>
 const Array1d<T>& Array1d<T>::operator=(const Array1d& other) {
     if (this != &other) {
-        // Eigen's own assignment frees the old elements before it takes memory for the new ones, and
-    // keeps a pointer to them when there is none
-    data_->values = copyOf(other.data_->values);
+        // Eigen's own assignment frees the old elements before it takes memory for the new ones,
+        // and
+        // keeps a pointer to them when there is none
+        data_->values = copyOf(other.data_->values);
     }
     return *this;
 }

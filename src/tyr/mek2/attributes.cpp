@@ -23,9 +23,9 @@ const Attributes& Attributes::operator=(const Attributes& other) {
     return *this;
 }
 
-#define TYR_MEK2_DEFINE(TYPE)                                                           \
-    template <>                                                                         \
-    void Attributes::set(const std::string& key, const TYPE& value) {                   \
+#define TYR_MEK2_DEFINE(TYPE)                                                            \
+    template <>                                                                          \
+    void Attributes::set(const std::string& key, const TYPE& value) {                    \
         data_->insert_or_assign(key, AttributeVariant(std::in_place_type<TYPE>, value)); \
     }
 TYR_MEK2_DEFINE(float)

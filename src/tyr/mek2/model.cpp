@@ -180,17 +180,17 @@ Array1d<unsigned int> Model::addAssemblyComponents(const std::map<std::string, A
     return addComponents(*database_, pathMap, separator);
 }
 
-#define TYR_MEK2_DEFINE(ARRAY, ID, STEPS)                                                         \
-    template <>                                                                                   \
-    void Model::addArrayProperty(const std::string& name, DatasetType type, const ARRAY& array,   \
-                                 const ID& ids, const STEPS& steps,                               \
-                                 const Attributes& attributes) {                                  \
-        writeArrayProperty(*database_, &name, type, array, ids, steps, attributes);               \
-    }                                                                                             \
-    template <>                                                                                   \
-    void Model::addArrayProperty(DatasetType type, const ARRAY& array, const ID& ids,             \
-                                 const STEPS& steps, const Attributes& attributes) {              \
-        writeArrayProperty(*database_, nullptr, type, array, ids, steps, attributes);             \
+#define TYR_MEK2_DEFINE(ARRAY, ID, STEPS)                                                       \
+    template <>                                                                                 \
+    void Model::addArrayProperty(const std::string& name, DatasetType type, const ARRAY& array, \
+                                 const ID& ids, const STEPS& steps,                             \
+                                 const Attributes& attributes) {                                \
+        writeArrayProperty(*database_, &name, type, array, ids, steps, attributes);             \
+    }                                                                                           \
+    template <>                                                                                 \
+    void Model::addArrayProperty(DatasetType type, const ARRAY& array, const ID& ids,           \
+                                 const STEPS& steps, const Attributes& attributes) {            \
+        writeArrayProperty(*database_, nullptr, type, array, ids, steps, attributes);           \
     }
 TYR_MEK2_FOR_ARRAY_PROPERTIES(TYR_MEK2_DEFINE)
 

@@ -40,8 +40,8 @@ void BlockZlibCompressor::operator()(Block& block) {
     }
 
     const std::uint64_t storedLength =
-        lengthFieldSize + toZlibStream(block.data, block.length, output.get() + lengthFieldSize,
-                                       capacity, level);
+        lengthFieldSize +
+        toZlibStream(block.data, block.length, output.get() + lengthFieldSize, capacity, level);
     if (storedLength > std::numeric_limits<std::uint32_t>::max()) {
         TYR_RAISE(Tyr::Exception::OverflowError());
     }

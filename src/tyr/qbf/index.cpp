@@ -11,10 +11,12 @@
 
 namespace TyrQbf {
 
-const std::string EmptyBlockName = "\x0B"
-                                   "Empty Block ";
-const std::string IndexBlockName = "\x0B"
-                                   "Index Block ";
+const std::string EmptyBlockName =
+    "\x0B"
+    "Empty Block ";
+const std::string IndexBlockName =
+    "\x0B"
+    "Index Block ";
 
 namespace {
 
@@ -167,8 +169,7 @@ bool Index::IsSettled(BlockNumber number) const {
 }
 
 void Index::WriteAllBuffersToFileStream(std::FILE* stream) {
-    TYR_LOG("TyrQbf::Index::WriteAllBuffersToFileStream",
-            "Writing all buffers to file stream ...");
+    TYR_LOG("TyrQbf::Index::WriteAllBuffersToFileStream", "Writing all buffers to file stream ...");
     if (pendingWrites != 0) {
         TYR_RAISE(Tyr::Exception::FileWriteException("Unable to write to file"));
     }
@@ -235,7 +236,8 @@ void Index::OpenIndexBlock(BlockNumber number) {
     if (entries.size() == number + 1) {
         ReserveEntries(indexBlockEntries);
     }
-    BlockSizeLimiter& indexBlocks = limiters.try_emplace(IndexBlockName, indexBlockSize).first->second;
+    BlockSizeLimiter& indexBlocks =
+        limiters.try_emplace(IndexBlockName, indexBlockSize).first->second;
     MakeRoomFor(indexBlocks.blockNumbers, 1);
     LocalBlock table;
     const IndexEntry* const behind = entries.data() + number + 1;
@@ -253,7 +255,8 @@ void Index::OpenIndexBlock(BlockNumber number) {
 std::uint64_t Index::ReserveEntries(std::uint64_t count) {
     MakeRoomFor(entries, count);
     MakeRoomFor(blocks, count);
-    std::vector<BlockNumber>& freeNumbers = limiters.try_emplace(EmptyBlockName).first->second.blockNumbers;
+    std::vector<BlockNumber>& freeNumbers =
+        limiters.try_emplace(EmptyBlockName).first->second.blockNumbers;
     MakeRoomFor(freeNumbers, count);
     for (std::uint64_t i = 0; i < count; ++i) {
         AddEntry(EmptyBlockName);

@@ -53,8 +53,8 @@ struct IndexEntry {
     std::uint32_t storedLength = 0; ///< in the file, after transformation; 0 until computed
     std::uint8_t flags = 0;
     std::uint8_t reserved = 0;
-    bool frozen = false;     ///< went to the file and takes no more data
-    bool indexReset = false; ///< memory of an index block was cleared for its final table
+    bool frozen = false;         ///< went to the file and takes no more data
+    bool indexReset = false;     ///< memory of an index block was cleared for its final table
     std::uint32_t rawLength = 0; ///< content before transformation, recorded when frozen
 };
 

@@ -18,7 +18,7 @@ std::uint64_t zlibStreamBound(std::uint32_t length);
 /// @return bytes of the stream
 /// @throws MemoryAllocationException
 /// @throws MiscelleneousException "Unable to compress block": no such level, or no room
-std::uint64_t toZlibStream(const unsigned char* source, std::uint32_t length,
-                           unsigned char* target, std::uint64_t capacity, std::int32_t level);
+std::uint64_t toZlibStream(const unsigned char* source, std::uint32_t length, unsigned char* target,
+                           std::uint64_t capacity, std::int32_t level);
 
 } // namespace TyrQbf

@@ -25,8 +25,8 @@ std::uint64_t zlibStreamBound(std::uint32_t length) {
     return libdeflate_zlib_compress_bound(nullptr, length);
 }
 
-std::uint64_t toZlibStream(const unsigned char* source, std::uint32_t length,
-                           unsigned char* target, std::uint64_t capacity, std::int32_t level) {
+std::uint64_t toZlibStream(const unsigned char* source, std::uint32_t length, unsigned char* target,
+                           std::uint64_t capacity, std::int32_t level) {
     if (level < 0 || level > largestLevel) {
         TYR_RAISE(Tyr::Exception::MiscelleneousException("Unable to compress block"));
     }

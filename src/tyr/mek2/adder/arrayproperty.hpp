@@ -24,11 +24,11 @@ public:
 };
 
 template <class T>
-using ColumnAdder = ArrayProperty<Mek2::ArrayProperty<ColumnData<T>>, Column<unsigned int>,
-                                  std::vector<StepData>>;
+using ColumnAdder =
+    ArrayProperty<Mek2::ArrayProperty<ColumnData<T>>, Column<unsigned int>, std::vector<StepData>>;
 template <class T>
-using TableAdder = ArrayProperty<Mek2::ArrayProperty<TableData<T>>, Column<unsigned int>,
-                                 std::vector<StepData>>;
+using TableAdder =
+    ArrayProperty<Mek2::ArrayProperty<TableData<T>>, Column<unsigned int>, std::vector<StepData>>;
 
 extern template class ArrayProperty<Mek2::ArrayProperty<ColumnData<float>>, Column<unsigned int>,
                                     std::vector<StepData>>;

@@ -48,8 +48,8 @@ void Node::addRootNode(TyrMek::Tree& tree) {
 void Node::addNonRootNode(TyrMek::Tree& tree) {
     switch (type) {
         case NodeType::Group:
-            tree.AddChildNode(std::make_unique<TyrMek::Group>(
-                name, Attributes::toAttributeList(attributes)));
+            tree.AddChildNode(
+                std::make_unique<TyrMek::Group>(name, Attributes::toAttributeList(attributes)));
             break;
         case NodeType::Shape: {
             auto shape = std::make_unique<TyrMek::Shape>(name);

@@ -33,8 +33,7 @@ AttributeValue Attributes::AttributeValueGetter::operator()(const std::int64_t& 
 TyrUtil::AttributeList Attributes::toAttributeList(const AttributeMap& map) {
     TyrUtil::AttributeList list;
     for (const auto& [key, value] : map) {
-        list.values.emplace_hint(list.values.end(), key,
-                                 std::visit(AttributeValueGetter(), value));
+        list.values.emplace_hint(list.values.end(), key, std::visit(AttributeValueGetter(), value));
     }
     return list;
 }
