@@ -128,12 +128,13 @@ protected:
             EXPECT_EQ(file.nodes().at(id - 1).name, name);
         }
         for (const auto& [place, values] : cycle.arrays) {
+            const std::string& name = place.second;
             const auto& variables = file.nodes().at(place.first - 1).variables;
             const auto variable =
                 std::find_if(variables.begin(), variables.end(),
-                             [&](const auto& one) { return one.name == place.second; });
-            ASSERT_NE(variable, variables.end()) << place.second;
-            EXPECT_EQ(file.words(*variable), values) << place.second;
+                             [&](const auto& one) { return one.name == name; });
+            ASSERT_NE(variable, variables.end()) << name;
+            EXPECT_EQ(file.words(*variable), values) << name;
         }
     }
 
