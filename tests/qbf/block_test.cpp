@@ -163,8 +163,8 @@ TEST_F(BlockTest, CompressedContentComesBackWhole) {
                                                     static_cast<char>(content.size() >> 8),
                                                     static_cast<char>(content.size() >> 16), 0}));
         std::string inflated(content.size(), '?');
-        uLongf length = inflated.size();
-        uLong used = stored.size() - 4;
+        auto length = static_cast<uLongf>(inflated.size());
+        auto used = static_cast<uLong>(stored.size() - 4);
         EXPECT_EQ(uncompress2(reinterpret_cast<Bytef*>(inflated.data()), &length,
                               reinterpret_cast<const Bytef*>(stored.data()) + 4, &used),
                   Z_OK);
