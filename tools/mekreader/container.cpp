@@ -6,8 +6,6 @@
 #include <zlib.h>
 
 #include <algorithm>
-#include <array>
-#include <memory>
 
 namespace MekReader {
 
@@ -335,7 +333,8 @@ void Container::expandCompressed(const Block& block,
                                  const std::function<void(std::string_view)>& sink) {
     Inflater inflater;
     std::string input;
-    const auto output = std::make_unique<std::array<char, pieceSize>>();
+    // not larger than it has to be: a file may have many small blocks
+    std::vector<char> output(std::clamp<std::size_t>(block.rawLength, 1, pieceSize));
     std::uint64_t taken = rawLengthSize;
     std::uint64_t given = 0;
     int result = Z_OK;
@@ -347,8 +346,8 @@ void Container::expandCompressed(const Block& block,
             inflater->next_in = reinterpret_cast<Bytef*>(input.data());
             inflater->avail_in = static_cast<uInt>(input.size());
         }
-        inflater->next_out = reinterpret_cast<Bytef*>(output->data());
-        inflater->avail_out = static_cast<uInt>(pieceSize);
+        inflater->next_out = reinterpret_cast<Bytef*>(output.data());
+        inflater->avail_out = static_cast<uInt>(output.size());
         result = inflate(&*inflater, Z_NO_FLUSH);
         if (result == Z_BUF_ERROR) {
             fail(block, "its compressed form ends early");
@@ -356,12 +355,12 @@ void Container::expandCompressed(const Block& block,
         if (result != Z_OK && result != Z_STREAM_END) {
             fail(block, inflater->msg != nullptr ? inflater->msg : "it can't be expanded");
         }
-        const std::size_t got = pieceSize - inflater->avail_out;
+        const std::size_t got = output.size() - inflater->avail_out;
         given += got;
         if (given > block.rawLength) {
             fail(block, "it has more content than its length says");
         }
-        sink(std::string_view(output->data(), got));
+        sink(std::string_view(output.data(), got));
     }
     if (given != block.rawLength) {
         fail(block, "it has less content than its length says");
