@@ -22,6 +22,7 @@ constexpr std::size_t firstEntry = 20;
 constexpr std::size_t entrySize = 139;
 constexpr std::size_t flagsOffset = 137;
 constexpr std::size_t firstBlock = 2800;
+constexpr std::int64_t buffer = std::int64_t{256} * 1024; // of the reader, at most
 
 class DamageTest : public FolderTest {
 protected:
@@ -60,7 +61,8 @@ protected:
         put(good[position] ^ (1 << bit));
         const PeakMemory memory;
         const bool isHarmless = failureOfCheck() == "no failure";
-        EXPECT_LE(memory.bytes(), memoryOfGood + 4 * static_cast<std::int64_t>(good.size()));
+        EXPECT_LE(memory.bytes(),
+                  memoryOfGood + buffer + 4 * static_cast<std::int64_t>(good.size()));
         if (isHarmless) {
             EXPECT_TRUE(contentOfFile() == content) << position << " bit " << bit;
         }
@@ -74,7 +76,7 @@ protected:
         std::size_t flips = 0;
         std::size_t freezeFlags = 0;
         std::size_t unusedBits = 0;
-        for (std::size_t position = 0; position < good.size(); position += step) {
+        for (std::size_t position = 0; position < good.size() && !HasFailure(); position += step) {
             for (int bit = 0; bit < 8; ++bit) {
                 ++flips;
                 if (!flip(file, position, bit)) {

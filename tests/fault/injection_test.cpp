@@ -158,6 +158,11 @@ protected:
 };
 
 TEST_P(InjectionTest, NothingIsLostOrLeaked) {
+    const Fault kind = GetParam().kind;
+    const bool isInZlib = kind == Fault::CompressMemory || kind == Fault::Compress;
+    if (isInZlib && !TYR_TEST_HAS_BYTES_OF_ZLIB) {
+        GTEST_SKIP() << "something else compresses blocks";
+    }
     std::uint64_t faults = 0;
     for (const Reaction reaction : {Reaction::GoOn, Reaction::Close, Reaction::Destroy}) {
         SCOPED_TRACE(static_cast<int>(reaction));
