@@ -19,6 +19,7 @@
 
 extern "C" {
 void* __real_malloc(std::size_t size);
+void* __real_calloc(std::size_t count, std::size_t size);
 void* __real_realloc(void* memory, std::size_t size);
 void __real_free(void* memory);
 std::FILE* __real_fopen64(const char* path, const char* mode);
@@ -128,6 +129,11 @@ int __wrap_fflush(std::FILE* stream) {
 
 void* __wrap_malloc(std::size_t size) {
     return strikes(Fault::Malloc) ? nullptr : counted(__real_malloc(size));
+}
+
+/// Compilers make it of a `malloc` whose memory is cleared.
+void* __wrap_calloc(std::size_t count, std::size_t size) {
+    return strikes(Fault::Malloc) ? nullptr : counted(__real_calloc(count, size));
 }
 
 void* __wrap_realloc(void* memory, std::size_t size) {

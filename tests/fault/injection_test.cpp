@@ -26,6 +26,8 @@ struct FaultCase {
     std::vector<std::pair<int, std::string>> failures;
 };
 
+std::ostream& operator<<(std::ostream& out, const FaultCase& fault) { return out << fault.name; }
+
 const std::pair<int, std::string> noWrite = {7, "Unable to write to file"};
 const std::pair<int, std::string> noSeek = {7, "Saving the buffer failed"};
 const std::pair<int, std::string> noMemory = {16, "Memory allocation error"};
@@ -158,11 +160,6 @@ protected:
 };
 
 TEST_P(InjectionTest, NothingIsLostOrLeaked) {
-    const Fault kind = GetParam().kind;
-    const bool isInZlib = kind == Fault::CompressMemory || kind == Fault::Compress;
-    if (isInZlib && !TYR_TEST_HAS_BYTES_OF_ZLIB) {
-        GTEST_SKIP() << "something else compresses blocks";
-    }
     std::uint64_t faults = 0;
     for (const Reaction reaction : {Reaction::GoOn, Reaction::Close, Reaction::Destroy}) {
         SCOPED_TRACE(static_cast<int>(reaction));

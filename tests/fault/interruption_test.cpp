@@ -28,6 +28,10 @@ struct Size {
     unsigned int results;
 };
 
+std::ostream& operator<<(std::ostream& out, const Size& size) {
+    return out << size.results << " results";
+}
+
 class InterruptionTest : public FolderTest, public ::testing::WithParamInterface<Size> {
 protected:
     InterruptionTest() {

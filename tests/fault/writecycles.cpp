@@ -5,7 +5,10 @@
 #include <tyr/exception/exception.hpp>
 
 #include <cstring>
+#include <memory>
 #include <new>
+#include <optional>
+#include <utility>
 
 namespace Testing {
 
@@ -105,9 +108,9 @@ WriteCycles::WriteCycles(const std::string& folder, Reaction reaction, unsigned 
 
 void WriteCycles::run() {
     for (Cycle& cycle : cycles) {
-        if (!model_ && !attempt("Model", [&] { model_.emplace(); })) {
+        if (!model_ && !attempt("Model", [&] { model_ = std::make_unique<Model>(); })) {
             gaveUp_ = false;
-            model_.emplace();
+            model_ = std::make_unique<Model>();
         }
         write(cycle);
     }
@@ -115,7 +118,7 @@ void WriteCycles::run() {
 
 void WriteCycles::runAgain(const std::string& path) {
     if (!model_) {
-        model_.emplace();
+        model_ = std::make_unique<Model>();
     }
     model_->saveTo(path, options);
     model_->addNode(NodeType::Group, rootName, attributes);
@@ -147,6 +150,7 @@ void WriteCycles::write(Cycle& cycle) {
     cycle.isOpen = attempt("saveTo", [&] { model_->saveTo(cycle.path, options); });
     if (cycle.isOpen) {
         addNodes(cycle);
+        useValues();
         addArrays(cycle);
     }
     end(cycle);
@@ -193,6 +197,40 @@ void WriteCycles::addNodes(Cycle& cycle) {
     }
     attempt("getNodeId", [&] { id = model_->getNodeId(skinPath); });
     attempt("getNodeId", [&] { id = model_->getNodeId(skinNames); });
+}
+
+/// The write cycle goes on in the model that it was moved to.
+void WriteCycles::useValues() {
+    attempt("arrays", [] {
+        Array1d<float> column(2);
+        column = scalars;
+        Array2d<unsigned int> table(sixes);
+        table = Array2d<unsigned int>(1, 2);
+        const Array1d<float> copy(column);
+    });
+    attempt("attributes", [] {
+        Attributes copy(attributes);
+        copy.set("a text with a long key", std::vector<float>(7));
+        copy = attributes;
+        NodeProperties look(shapeProperties);
+        look.set(PropertyType::Shininess, "a text that does not fit here");
+        look = groupProperties;
+    });
+    attempt("steps", [] {
+        StepList list(steps);
+        list.set(0, oneStep);
+        list = steps;
+        const Step copy = list[1];
+    });
+    attempt("moved model", [&] {
+        auto next = std::make_unique<Model>(std::move(*model_));
+        model_.swap(next);
+    });
+    attempt("model moved to", [&] {
+        auto next = std::make_unique<Model>();
+        *next = std::move(*model_);
+        model_.swap(next);
+    });
 }
 
 void WriteCycles::addArrays(Cycle& cycle) {

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 #include <map>
-#include <optional>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -55,12 +55,13 @@ private:
     bool attempt(const char* operation, const Action& action);
     void write(Cycle& cycle);
     void addNodes(Cycle& cycle);
+    void useValues();
     void addArrays(Cycle& cycle);
     void end(Cycle& cycle);
 
     Reaction reaction_;
     bool gaveUp_ = false;
-    std::optional<Tyr::Mek2::Model> model_;
+    std::unique_ptr<Tyr::Mek2::Model> model_;
     unsigned int body_ = 0;
     unsigned int skin_ = 0;
 };
