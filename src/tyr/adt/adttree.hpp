@@ -5,11 +5,9 @@
 #include "tyr/exception/raise.hpp"
 
 #include <cstddef>
-#include <functional>
 #include <iterator>
 #include <map>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -51,11 +49,11 @@ public:
         catchUp(nodes);
         unsigned int found = 0;
         const Key key{parentId, SearchTraits<T>::name(pattern)};
-        const auto [first, last] = ids_.equal_range(key);
+        const auto [first, last] = children_.equal_range(key);
         for (auto at = first; at != last; ++at) {
-            const bool isLower = found == 0 || at->second < found;
-            if (isLower && predicate(nodes.at(at->second).value, pattern)) {
-                found = at->second;
+            const TreeNode<T>& child = *at->second;
+            if ((found == 0 || child.id < found) && predicate(child.value, pattern)) {
+                found = child.id;
             }
         }
         return found;
@@ -65,48 +63,46 @@ private:
     struct Key {
         unsigned int parentId = 0;
         std::string_view name{};
-        bool operator==(const Key& other) const {
-            return parentId == other.parentId && name == other.name;
+        bool operator<(const Key& other) const {
+            return parentId != other.parentId ? parentId < other.parentId : name < other.name;
         }
     };
-    struct Hash {
-        std::size_t operator()(const Key& key) const {
-            const std::size_t spread = 0x9E3779B97F4A7C15U;
-            return std::hash<std::string_view>()(key.name) ^ (key.parentId * spread);
-        }
-    };
-
     void catchUp(const Nodes& nodes) {
-        std::vector<unsigned int> stillEmpty;
-        for (const unsigned int id : withoutPayload_) {
-            add(nodes, nodes.at(id), stillEmpty);
+        if (!withoutPayload_.empty()) {
+            std::vector<const TreeNode<T>*> stillEmpty;
+            for (const TreeNode<T>* const node : withoutPayload_) {
+                add(*node, stillEmpty);
+            }
+            withoutPayload_.swap(stillEmpty);
         }
-        withoutPayload_.swap(stillEmpty);
+        if (nodes.rbegin()->first == lastId_) {
+            return;
+        }
         for (auto at = nodes.upper_bound(lastId_); at != nodes.end(); ++at) {
-            add(nodes, at->second, withoutPayload_);
+            add(at->second, withoutPayload_);
             lastId_ = at->first;
         }
     }
 
     /// Of children alike only the first added can ever be found, so the others are left out.
-    void add(const Nodes& nodes, const TreeNode<T>& node, std::vector<unsigned int>& empty) {
+    void add(const TreeNode<T>& node, std::vector<const TreeNode<T>*>& empty) {
         if (node.value == nullptr) {
-            empty.push_back(node.id);
+            empty.push_back(&node);
             return;
         }
         const Key key{node.parentId, SearchTraits<T>::name(node.value)};
-        const auto [first, last] = ids_.equal_range(key);
+        const auto [first, last] = children_.equal_range(key);
         for (auto at = first; at != last; ++at) {
-            if (SearchTraits<T>::isSameKind(nodes.at(at->second).value, node.value)) {
-                at->second = at->second < node.id ? at->second : node.id;
+            if (SearchTraits<T>::isSameKind(at->second->value, node.value)) {
+                at->second = at->second->id < node.id ? at->second : &node;
                 return;
             }
         }
-        ids_.emplace(key, node.id);
+        children_.emplace(key, &node);
     }
 
-    std::unordered_multimap<Key, unsigned int, Hash> ids_;
-    std::vector<unsigned int> withoutPayload_;
+    std::multimap<Key, const TreeNode<T>*> children_;
+    std::vector<const TreeNode<T>*> withoutPayload_;
     unsigned int lastId_ = 0;
 };
 
