@@ -36,21 +36,31 @@ template <class T>
 struct SearchTraits;
 
 /// The children of a tree by parent and name. It catches up with the tree when it is asked, so
-/// that a tree that is never searched pays nothing.
+/// that a tree that is never searched pays nothing. First children, which are at hand and often the
+/// only ones, are left out.
+///
+/// It is ordered, not hashed: what is added or asked for in turn has neighbouring names or parents
+/// mostly, and then lies side by side in memory.
 template <class T>
 class ChildIndex {
 public:
-    using Nodes = std::map<unsigned int, TreeNode<T>>;
+    /// By id; none is null but the one of id 0.
+    using Nodes = std::vector<TreeNode<T>*>;
 
     /// The lowest id of a child of `parentId` for which `predicate(payload, pattern)` holds, or 0.
     template <class Predicate>
     unsigned int find(const Nodes& nodes, unsigned int parentId, const T& pattern,
                       Predicate predicate) {
+        if (parentId != 0 && parentId < nodes.size()) {
+            const TreeNode<T>* const first = nodes[nodes[parentId]->firstChildId];
+            if (first != nullptr && first->value != nullptr && predicate(first->value, pattern)) {
+                return first->id;
+            }
+        }
         catchUp(nodes);
         unsigned int found = 0;
         const Key key{parentId, SearchTraits<T>::name(pattern)};
-        const auto [first, last] = children_.equal_range(key);
-        for (auto at = first; at != last; ++at) {
+        for (auto at = children_.lower_bound(key); hasKey(at, key); ++at) {
             const TreeNode<T>& child = *at->second;
             if ((found == 0 || child.id < found) && predicate(child.value, pattern)) {
                 found = child.id;
@@ -63,10 +73,23 @@ private:
     struct Key {
         unsigned int parentId = 0;
         std::string_view name{};
+        bool operator==(const Key& other) const {
+            return parentId == other.parentId && name == other.name;
+        }
         bool operator<(const Key& other) const {
             return parentId != other.parentId ? parentId < other.parentId : name < other.name;
         }
     };
+    using Children = std::multimap<Key, const TreeNode<T>*>;
+
+    bool hasKey(typename Children::const_iterator at, const Key& key) const {
+        return at != children_.end() && at->first == key;
+    }
+
+    static bool isFirstChild(const TreeNode<T>& node) {
+        return node.parentId != 0 && node.previousSiblingId == 0;
+    }
+
     void catchUp(const Nodes& nodes) {
         if (!withoutPayload_.empty()) {
             std::vector<const TreeNode<T>*> stillEmpty;
@@ -75,35 +98,34 @@ private:
             }
             withoutPayload_.swap(stillEmpty);
         }
-        if (nodes.rbegin()->first == lastId_) {
-            return;
-        }
-        for (auto at = nodes.upper_bound(lastId_); at != nodes.end(); ++at) {
-            add(at->second, withoutPayload_);
-            lastId_ = at->first;
+        for (; nextId_ < nodes.size(); ++nextId_) {
+            add(*nodes[nextId_], withoutPayload_);
         }
     }
 
     /// Of children alike only the first added can ever be found, so the others are left out.
     void add(const TreeNode<T>& node, std::vector<const TreeNode<T>*>& empty) {
+        if (isFirstChild(node)) {
+            return;
+        }
         if (node.value == nullptr) {
             empty.push_back(&node);
             return;
         }
         const Key key{node.parentId, SearchTraits<T>::name(node.value)};
-        const auto [first, last] = children_.equal_range(key);
-        for (auto at = first; at != last; ++at) {
+        auto at = children_.lower_bound(key);
+        for (; hasKey(at, key); ++at) {
             if (SearchTraits<T>::isSameKind(at->second->value, node.value)) {
                 at->second = at->second->id < node.id ? at->second : &node;
                 return;
             }
         }
-        children_.emplace(key, &node);
+        children_.emplace_hint(at, key, &node);
     }
 
-    std::multimap<Key, const TreeNode<T>*> children_;
+    Children children_;
     std::vector<const TreeNode<T>*> withoutPayload_;
-    unsigned int lastId_ = 0;
+    std::size_t nextId_ = 1; ///< of the first node that is not in yet
 };
 
 /// Holds nodes by id and a cursor through which nearly every operation works.
@@ -114,25 +136,28 @@ private:
 template <class T>
 class Tree {
 public:
-    Tree() { nodes[1].id = 1; }
+    Tree() {
+        nodes[1].id = 1;
+        byId_ = {nullptr, &nodes[1]};
+    }
+    Tree(const Tree&) = delete;
+    Tree& operator=(const Tree&) = delete;
 
     /// @throws KeyNotFound no such node
     const TreeNode<T>& GetReqNode(const unsigned int& id) const {
-        const auto found = nodes.find(id);
-        if (found == nodes.end()) {
+        if (!exists(id)) {
             TYR_RAISE(Tyr::Exception::KeyNotFound());
         }
-        return found->second;
+        return *byId_[id];
     }
 
     /// The node under the cursor, writable to attach a payload.
     /// @throws KeyNotFound the cursor is on no node
     TreeNode<T>& GetCurrentNode() {
-        const auto found = nodes.find(currentId);
-        if (found == nodes.end()) {
+        if (!exists(currentId)) {
             TYR_RAISE(Tyr::Exception::KeyNotFound());
         }
-        return found->second;
+        return *byId_[currentId];
     }
 
     /// @throws KeyNotFound `id` was never handed out; 0 passes
@@ -147,7 +172,7 @@ public:
     /// 0. Children without payload are passed over.
     template <class Predicate>
     unsigned int FindChild(const T& pattern, Predicate predicate) {
-        return childIndex_.find(nodes, currentId, pattern, predicate);
+        return childIndex_.find(byId_, currentId, pattern, predicate);
     }
 
     /// Moves the cursor to the child that `FindChild` gives.
@@ -166,6 +191,9 @@ public:
         while (prepared_.size() < count) {
             prepared_.emplace(static_cast<unsigned int>(prepared_.size()), TreeNode<T>());
         }
+        if (byId_.size() + count > byId_.capacity()) {
+            byId_.reserve(2 * (byId_.size() + count));
+        }
     }
 
     /// Appends a child without payload to the current node and moves the cursor to it.
@@ -181,11 +209,12 @@ public:
         child.parentId = currentId;
         child.previousSiblingId = parent.lastChildId;
         nodes.insert(nodes.end(), std::move(prepared));
+        byId_.push_back(&child);
         ++nextId;
         if (parent.lastChildId == 0) {
             parent.firstChildId = id;
         } else {
-            nodes.at(parent.lastChildId).nextSiblingId = id;
+            byId_[parent.lastChildId]->nextSiblingId = id;
         }
         parent.lastChildId = id;
         currentId = id;
@@ -205,6 +234,9 @@ public:
     unsigned int currentId = 1;
 
 private:
+    bool exists(unsigned int id) const { return id != 0 && id < byId_.size(); }
+
+    std::vector<TreeNode<T>*> byId_; ///< the way into `nodes` without a search; 0 has none
     ChildIndex<T> childIndex_;
     std::map<unsigned int, TreeNode<T>> prepared_; ///< nodes that are not in the tree yet
 };
