@@ -112,18 +112,17 @@ void print(const Work& work, const std::vector<Contestant>& contestants, const R
     const auto rounds = results.begin()->second.seconds.size();
     Table table(work.title + " (" + fixed(size / megabyte, 0) + " MB; median of " +
                     std::to_string(rounds) + ")",
-                {"written with", "seconds", "spread", "of the processor", "MB/s", "x floor", "file, MB",
-                 "peak above input, MiB"});
+                {"written with", "seconds", "spread", "of the processor", "MB/s", "x floor",
+                 "file, MB", "peak above input, MiB"});
     for (const Contestant& contestant : contestants) {
         const Result& result = results.at(contestant.name);
         const auto floor = results.find(floorName);
-        table.addRow({contestant.name, fixed(result.time(), 2),
-                      fixed(100 * result.spread(), 0) + " %",
-                      fixed(median(result.processorSeconds), 2),
-                      fixed(size / megabyte / result.time(), 0),
-                      floor != results.end() ? fixed(result.time() / floor->second.time(), 2) : "-",
-                      fixed(static_cast<double>(result.fileSize) / megabyte, 1),
-                      fixed(static_cast<double>(result.peakMemory) / mebibyte, 0)});
+        table.addRow(
+            {contestant.name, fixed(result.time(), 2), fixed(100 * result.spread(), 0) + " %",
+             fixed(median(result.processorSeconds), 2), fixed(size / megabyte / result.time(), 0),
+             floor != results.end() ? fixed(result.time() / floor->second.time(), 2) : "-",
+             fixed(static_cast<double>(result.fileSize) / megabyte, 1),
+             fixed(static_cast<double>(result.peakMemory) / mebibyte, 0)});
     }
     table.print();
 }

@@ -5,8 +5,8 @@
 ///     write_NAME WORK FILE [VARIANT]
 ///
 /// A `Writer` opens the file when it is made (path, variant), takes the arrays one after the other
-/// (`add`), and has handed over every byte when `close` returns. `Writer::Input` is how a user of it
-/// holds an array: it is made from a `Dataset`, and `fill` gives it another content.
+/// (`add`), and has handed over every byte when `close` returns. `Writer::Input` is how a user of
+/// it holds an array: it is made from a `Dataset`, and `fill` gives it another content.
 #pragma once
 
 #include "compare/works.hpp"

@@ -16,8 +16,8 @@ constexpr float pi = 3.14159265F;
 std::vector<float> wave(std::uint32_t points, float halfWaves, float phase) {
     std::vector<float> values(points);
     for (std::uint32_t i = 0; i < points; ++i) {
-        values[i] = std::sin(phase + pi * halfWaves * static_cast<float>(i) /
-                                         static_cast<float>(points));
+        values[i] =
+            std::sin(phase + pi * halfWaves * static_cast<float>(i) / static_cast<float>(points));
     }
     return values;
 }

@@ -50,9 +50,9 @@ public:
         }
         const std::string step = dataset.step();
         const hid_t place = step.empty() ? file_ : groupOf(dataset.name());
-        const hid_t set = checked(H5Dcreate2(
-            place, (step.empty() ? dataset.name() : step).c_str(),
-            isFloat ? H5T_IEEE_F32LE : H5T_STD_U32LE, space, H5P_DEFAULT, properties, H5P_DEFAULT));
+        const hid_t set = checked(H5Dcreate2(place, (step.empty() ? dataset.name() : step).c_str(),
+                                             isFloat ? H5T_IEEE_F32LE : H5T_STD_U32LE, space,
+                                             H5P_DEFAULT, properties, H5P_DEFAULT));
         checked(H5Dwrite(set, isFloat ? H5T_NATIVE_FLOAT : H5T_NATIVE_UINT, H5S_ALL, H5S_ALL,
                          H5P_DEFAULT, input.data()));
         checked(H5Dclose(set));
@@ -71,8 +71,8 @@ private:
     hid_t groupOf(const std::string& name) {
         const auto [entry, isNew] = groups_.try_emplace(name);
         if (isNew) {
-            entry->second = checked(
-                H5Gcreate2(file_, name.c_str(), H5P_DEFAULT, H5P_DEFAULT, H5P_DEFAULT));
+            entry->second =
+                checked(H5Gcreate2(file_, name.c_str(), H5P_DEFAULT, H5P_DEFAULT, H5P_DEFAULT));
         }
         return entry->second;
     }

@@ -89,7 +89,8 @@ void judgeAgainstCompression(const ScaleWork& work, double limit, const Options&
 }
 
 void scaleAll(const Options& options) {
-    Table table("Seconds of the processor at growing sizes (median of " + std::to_string(options.rounds) + ")",
+    Table table("Seconds of the processor at growing sizes (median of " +
+                    std::to_string(options.rounds) + ")",
                 {"work", "10^3", "10^4", "10^5", "10^6", "last step"});
     Figures figures;
     for (const ScaleWork& work : scaleWorks()) {
@@ -143,10 +144,11 @@ int main(int argc, char** argv) {
         scaleAll(parse(argc, argv));
         return EXIT_SUCCESS;
     } catch (const std::exception& failure) {
-        std::fprintf(stderr,
-                     "scale: %s\n"
-                     "usage: scale [--work TITLE] [--rounds N] [--folder FOLDER] [--figures FILE]\n",
-                     failure.what());
+        std::fprintf(
+            stderr,
+            "scale: %s\n"
+            "usage: scale [--work TITLE] [--rounds N] [--folder FOLDER] [--figures FILE]\n",
+            failure.what());
         return EXIT_FAILURE;
     }
 }

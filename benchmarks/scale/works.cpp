@@ -16,7 +16,9 @@ using namespace Tyr::Mek2;
 const std::string root = "model";
 
 /// "/model/part 17", or for a group with a separator behind it.
-std::string flatPath(std::uint32_t number) { return '/' + root + "/part " + std::to_string(number); }
+std::string flatPath(std::uint32_t number) {
+    return '/' + root + "/part " + std::to_string(number);
+}
 
 /// "/model/0/0/0/0/1/7": seven levels, ten children each.
 std::string deepPath(std::uint32_t number) {
