@@ -40,12 +40,7 @@ std::uint64_t Geometry::GetOrAddVariableIndex(const std::string& variableName) {
     return known ? *known : appendVariable(variableName);
 }
 
-/// Nearly every name that is asked for is new, and `offsets` tell it: they hold the names of
-/// variables only, so that what they lack is new as long as they have all.
 std::optional<std::size_t> Geometry::findVariable(const std::string& variableName) {
-    if (offsets.size() == variables.size() && offsets.count(variableName) == 0) {
-        return std::nullopt;
-    }
     for (; indexedVariables_ < variables.size(); ++indexedVariables_) {
         indexByName_.emplace(variables[indexedVariables_].name, indexedVariables_);
     }
@@ -60,23 +55,26 @@ std::size_t Geometry::appendVariable(const std::string& variableName) {
     return variables.size() - 1;
 }
 
-void Geometry::setOffset(const std::string& variableName, std::uint64_t offset, bool isNew) {
-    try {
-        offsets[variableName] = offset;
-    } catch (...) {
-        if (isNew) {
-            variables.pop_back();
-        }
-        throw;
+void Geometry::MakeRoomForVariables(std::size_t count) {
+    const std::size_t needed = variables.size() + count;
+    if (needed > variables.capacity()) {
+        variables.reserve(std::max(needed, 2 * variables.capacity()));
     }
 }
 
 unsigned int Geometry::AddVariable(const std::string& variableName, const VariableType& type,
                                    std::uint64_t offset, const NumericArray& array,
                                    const TyrUtil::AttributeList& attributes) {
+    // Nearly every name is new, and `offsets` tell it: they hold the names of variables only, so
+    // that what they lack is new as long as they have all.
+    const bool hasAllNames = offsets.size() == variables.size();
+    const auto place = offsets.lower_bound(variableName);
+    const bool hasOffset = place != offsets.end() && place->first == variableName;
+    const std::optional<std::size_t> known =
+        hasOffset || !hasAllNames ? findVariable(variableName) : std::nullopt;
+
     // what can fail comes first, so that no variable is ever set in part
     const bool vibration = isVibration(attributes);
-    const std::optional<std::size_t> known = findVariable(variableName);
     TyrUtil::AttributeList merged;
     if (known) {
         merged = variables[*known].attributes;
@@ -87,7 +85,14 @@ unsigned int Geometry::AddVariable(const std::string& variableName, const Variab
         }
     }
     const std::size_t index = known ? *known : appendVariable(variableName);
-    setOffset(variableName, offset, !known);
+    try {
+        offsets.insert_or_assign(place, variableName, offset);
+    } catch (...) {
+        if (!known) {
+            variables.pop_back();
+        }
+        throw;
+    }
 
     Variable& variable = variables[index];
     variable.type = type;

@@ -43,6 +43,9 @@ public:
     /// Index of the first variable of that name, added at the end if there is none.
     std::uint64_t GetOrAddVariableIndex(const std::string& variableName);
 
+    /// Takes memory for `count` variables ahead, so that it grows in one step.
+    void MakeRoomForVariables(std::size_t count);
+
     /// Sets a variable, which is added if need be, and gives its index. Attributes are merged into
     /// those that the variable has; some keys are left out. Whether it is a link does not change.
     /// Without memory it fails and changes no variable.
@@ -64,7 +67,6 @@ private:
 
     std::optional<std::size_t> findVariable(const std::string& variableName);
     std::size_t appendVariable(const std::string& variableName);
-    void setOffset(const std::string& variableName, std::uint64_t offset, bool isNew);
 
     std::unordered_map<std::string, std::size_t> indexByName_; ///< of the first `indexedVariables_`
     std::size_t indexedVariables_ = 0;

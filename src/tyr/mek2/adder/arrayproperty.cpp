@@ -3,6 +3,7 @@
 #include "tyr/exception/raise.hpp"
 #include "tyr/mek2/helper/attributes.hpp"
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -73,7 +74,9 @@ TyrUtil::AttributeList withStepAttributes(const TyrUtil::AttributeList& attribut
 }
 
 /// The first variable of a call owns the data, all others are links to it.
-void attach(TyrMek::Tree& tree, Attachment& attachment, unsigned int id, const StepData& step) {
+/// @param coming how many variables the node gets, this one included
+void attach(TyrMek::Tree& tree, Attachment& attachment, unsigned int id, const StepData& step,
+            std::size_t coming) {
     const std::string variableName =
         step.name.empty() ? attachment.name : attachment.name + stepSeparator + step.name;
     const TyrUtil::AttributeList attributes = withStepAttributes(attachment.attributes, step);
@@ -82,6 +85,7 @@ void attach(TyrMek::Tree& tree, Attachment& attachment, unsigned int id, const S
     if (geometry == nullptr) {
         return;
     }
+    geometry->MakeRoomForVariables(coming);
     const unsigned int index = geometry->AddVariable(
         variableName, attachment.type, attachment.offset, attachment.array, attributes);
     TyrMek::Geometry::Variable& variable = geometry->variables[index];
@@ -124,8 +128,9 @@ void ArrayProperty<Property, Ids, Steps>::update(Database& database) {
     Attachment attachment{property.name, Property::geomTypeFrom(property.type), offset, array,
                           Helper::Attributes::toAttributeList(property.attributes)};
     for (const unsigned int id : ids) {
+        std::size_t coming = steps.size();
         for (const StepData& step : steps) {
-            attach(tree, attachment, id, step);
+            attach(tree, attachment, id, step, coming--);
         }
     }
 }
