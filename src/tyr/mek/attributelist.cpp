@@ -48,6 +48,11 @@ namespace TyrQbf {
 template <>
 void Index::Put<TyrUtil::AttributeList>(const std::string& name,
                                         const TyrUtil::AttributeList& list) {
+    if (list.values.empty()) {
+        constexpr std::uint32_t none = 0;
+        PutEach(name, none, none, none, none, none, none);
+        return;
+    }
     std::vector<std::string> keys;
     std::vector<unsigned char> types;
     std::vector<unsigned int> unsignedValues;

@@ -114,27 +114,20 @@ void Geometry::WriteQb(TyrQbf::QbFile& file, const std::string& lightName, const
 void Geometry::writeVariable(TyrQbf::Index& index, const std::string& lightName,
                              const Variable& variable) const {
     const NumericArray& array = variable.array;
-    index.Put(lightName, variable.name);
-    index.Put(lightName, std::uint32_t{variable.type} | (array.elementType << elementTypeShift));
-    index.Put(lightName, variable.linked);
+    const std::uint32_t typeWord = variable.type | (array.elementType << elementTypeShift);
     if (variable.linked) {
-        index.Put(lightName, variable.linkedNodeId);
-        index.Put(lightName, variable.linkedVariableIndex);
-    } else {
-        index.Put(lightName, static_cast<int>(static_cast<std::uint32_t>(array.byteSize)));
-        index.Put(lightName, array.GetWidth());
-        index.Put(lightName, array.firstOption);
-        index.Put(lightName, array.secondOption);
-        index.Put(lightName, array.firstValue);
-        index.Put(lightName, array.secondValue);
-        index.Put(lightName, array.thirdOption);
-        const auto offset = offsets.find(variable.name);
-        if (offset == offsets.end()) {
-            TYR_RAISE(Tyr::Exception::KeyNotFound());
-        }
-        index.Put(lightName, offset->second);
+        index.PutEach(lightName, variable.name, typeWord, variable.linked, variable.linkedNodeId,
+                      variable.linkedVariableIndex, variable.vibration);
+        return;
     }
-    index.Put(lightName, variable.vibration);
+    const auto offset = offsets.find(variable.name);
+    if (offset == offsets.end()) {
+        TYR_RAISE(Tyr::Exception::KeyNotFound());
+    }
+    index.PutEach(lightName, variable.name, typeWord, variable.linked,
+                  static_cast<std::uint32_t>(array.byteSize), array.GetWidth(), array.firstOption,
+                  array.secondOption, array.firstValue, array.secondValue, array.thirdOption,
+                  offset->second, variable.vibration);
 }
 
 } // namespace TyrMek

@@ -222,15 +222,13 @@ void Tree::SaveTree(TyrQbf::QbFile& output) {
 
 void Tree::saveNode(TyrQbf::QbFile& output, const TyrAdt::TreeNode<Node*>& node) {
     TyrQbf::Index& index = output.index;
-    for (const unsigned int id : {node.id, node.parentId, node.previousSiblingId,
-                                  node.nextSiblingId, node.firstChildId, node.lastChildId}) {
-        index.Put(mekTree, id);
-    }
-    const std::string type = node.value != nullptr ? node.value->GetType() : std::string();
-    index.Put(mekTree, node.value != nullptr ? node.value->name : std::string());
-    index.Put(mekTree, type);
-    index.Put(mekTree, node.value != nullptr ? node.value->GetVersion() : std::string());
-    index.Put(mekTree, index.GetDataLength(lightData));
+    const std::string none;
+    const std::string type = node.value != nullptr ? node.value->GetType() : none;
+    index.PutEach(mekTree, node.id, node.parentId, node.previousSiblingId, node.nextSiblingId,
+                  node.firstChildId, node.lastChildId,
+                  node.value != nullptr ? node.value->name : none, type,
+                  node.value != nullptr ? node.value->GetVersion() : none,
+                  index.GetDataLength(lightData));
 
     if (type == "Group") {
         static_cast<Group&>(*node.value).WriteQb(output, lightData, attributeData);

@@ -285,6 +285,12 @@ BlockSizeLimiter& Index::GetBlockSizeLimiter(const std::string& name) {
     return *limiter;
 }
 
+/// Tells whether a block is open and `size` bytes more do not take it past its limit.
+bool Index::KeepsTakingData(BlockNumber number, const std::string& name, std::uint64_t size) {
+    return !entries[number].frozen &&
+           blocks[number].length + size <= GetBlockSizeLimiter(name).limit;
+}
+
 /// Null if there is none. Values come in runs under one name, so that the one found last is mostly
 /// the one that is asked for.
 BlockSizeLimiter* Index::FindLimiter(const std::string& name) {

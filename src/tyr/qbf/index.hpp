@@ -78,6 +78,10 @@ public:
     template <class T>
     void Put(const std::string& name, const T& value);
 
+    /// Appends numbers and texts as one `Put` after the other does.
+    template <class... T>
+    void PutEach(const std::string& name, const T&... values);
+
     /// Makes room for `size` bytes under `name`, all of them in one block.
     /// @return where they stand, to be filled completely by the caller; fails like `Put`
     unsigned char* Extend(const std::string& name, std::uint64_t size);
@@ -116,6 +120,7 @@ private:
     std::uint64_t firstTablePosition = 12;
     std::uint64_t firstTableLength = 0;
 
+    bool KeepsTakingData(BlockNumber number, const std::string& name, std::uint64_t size);
     BlockSizeLimiter* FindLimiter(const std::string& name);
     void OpenIndexBlock(BlockNumber number);
     void FlushFrozen(BlockSizeLimiter& limiter, std::FILE* stream);
@@ -137,6 +142,19 @@ void Index::Put(const std::string& name, const T& value) {
         TYR_RAISE(Tyr::Exception::MiscelleneousException("Attempt to write into a frozen block"));
     }
     Encode(blocks[number], value);
+}
+
+/// As long as no value but the last can reach the limit, all of them go to one block.
+template <class... T>
+void Index::PutEach(const std::string& name, const T&... values) {
+    const BlockNumber number = GetCurrentBlock(name);
+    const std::uint64_t size = (encodedSize(values) + ...);
+    if (!KeepsTakingData(number, name, size)) {
+        (Put(name, values), ...);
+        return;
+    }
+    unsigned char* target = blocks[number].Extend(static_cast<std::uint32_t>(size));
+    ((target = encodeTo(target, values)), ...);
 }
 
 } // namespace TyrQbf
