@@ -285,10 +285,15 @@ BlockSizeLimiter& Index::GetBlockSizeLimiter(const std::string& name) {
     return *limiter;
 }
 
-/// Tells whether a block is open and `size` bytes more do not take it past its limit.
-bool Index::KeepsTakingData(BlockNumber number, const std::string& name, std::uint64_t size) {
-    return !entries[number].frozen &&
-           blocks[number].length + size <= GetBlockSizeLimiter(name).limit;
+/// The block that takes data under `name`, if `size` bytes more do not take it past its limit.
+Block* Index::FindBlockWithRoom(const std::string& name, std::uint64_t size) {
+    const BlockSizeLimiter* const limiter = FindLimiter(name);
+    if (limiter == nullptr || limiter->blockNumbers.empty()) {
+        return nullptr;
+    }
+    const BlockNumber last = limiter->blockNumbers.back();
+    const bool hasRoom = !entries[last].frozen && blocks[last].length + size <= limiter->limit;
+    return hasRoom ? &blocks[last] : nullptr;
 }
 
 /// Null if there is none. Values come in runs under one name, so that the one found last is mostly

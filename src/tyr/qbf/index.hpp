@@ -120,7 +120,7 @@ private:
     std::uint64_t firstTablePosition = 12;
     std::uint64_t firstTableLength = 0;
 
-    bool KeepsTakingData(BlockNumber number, const std::string& name, std::uint64_t size);
+    Block* FindBlockWithRoom(const std::string& name, std::uint64_t size);
     BlockSizeLimiter* FindLimiter(const std::string& name);
     void OpenIndexBlock(BlockNumber number);
     void FlushFrozen(BlockSizeLimiter& limiter, std::FILE* stream);
@@ -147,13 +147,13 @@ void Index::Put(const std::string& name, const T& value) {
 /// As long as no value but the last can reach the limit, all of them go to one block.
 template <class... T>
 void Index::PutEach(const std::string& name, const T&... values) {
-    const BlockNumber number = GetCurrentBlock(name);
     const std::uint64_t size = (encodedSize(values) + ...);
-    if (!KeepsTakingData(number, name, size)) {
+    Block* const block = FindBlockWithRoom(name, size);
+    if (block == nullptr) {
         (Put(name, values), ...);
         return;
     }
-    unsigned char* target = blocks[number].Extend(static_cast<std::uint32_t>(size));
+    unsigned char* target = block->Extend(static_cast<std::uint32_t>(size));
     ((target = encodeTo(target, values)), ...);
 }
 
