@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -55,6 +56,18 @@ std::size_t Geometry::appendVariable(const std::string& variableName) {
     return variables.size() - 1;
 }
 
+/// The first entry that is not below the name. Numbered names mostly come right behind each other.
+std::map<std::string, std::uint64_t>::iterator Geometry::placeOfOffset(
+    const std::string& variableName) {
+    if (!offsets.empty() && latestOffset_->first < variableName) {
+        const auto next = std::next(latestOffset_);
+        if (next == offsets.end() || variableName <= next->first) {
+            return next;
+        }
+    }
+    return offsets.lower_bound(variableName);
+}
+
 void Geometry::MakeRoomForVariables(std::size_t count) {
     const std::size_t needed = variables.size() + count;
     if (needed > variables.capacity()) {
@@ -68,7 +81,7 @@ unsigned int Geometry::AddVariable(const std::string& variableName, const Variab
     // Nearly every name is new, and `offsets` tell it: they hold the names of variables only, so
     // that what they lack is new as long as they have all.
     const bool hasAllNames = offsets.size() == variables.size();
-    const auto place = offsets.lower_bound(variableName);
+    const auto place = placeOfOffset(variableName);
     const bool hasOffset = place != offsets.end() && place->first == variableName;
     const std::optional<std::size_t> known =
         hasOffset || !hasAllNames ? findVariable(variableName) : std::nullopt;
@@ -86,7 +99,7 @@ unsigned int Geometry::AddVariable(const std::string& variableName, const Variab
     }
     const std::size_t index = known ? *known : appendVariable(variableName);
     try {
-        offsets.insert_or_assign(place, variableName, offset);
+        latestOffset_ = offsets.insert_or_assign(place, variableName, offset);
     } catch (...) {
         if (!known) {
             variables.pop_back();

@@ -36,6 +36,8 @@ public:
     };
 
     explicit Geometry(const std::string& geometryName);
+    Geometry(const Geometry&) = delete;
+    Geometry& operator=(const Geometry&) = delete;
 
     std::string GetType() const override;
     std::string GetVersion() const override;
@@ -67,9 +69,11 @@ private:
 
     std::optional<std::size_t> findVariable(const std::string& variableName);
     std::size_t appendVariable(const std::string& variableName);
+    std::map<std::string, std::uint64_t>::iterator placeOfOffset(const std::string& variableName);
 
     std::unordered_map<std::string, std::size_t> indexByName_; ///< of the first `indexedVariables_`
     std::size_t indexedVariables_ = 0;
+    std::map<std::string, std::uint64_t>::iterator latestOffset_; ///< if there are any
 };
 
 } // namespace TyrMek
