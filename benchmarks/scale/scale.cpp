@@ -28,7 +28,7 @@ constexpr std::uint32_t largeCount = 1000000;
 
 struct Options {
     std::string title{}; ///< empty: all works
-    int rounds = 3;
+    int rounds = 5;
     fs::path folder = fs::temp_directory_path();
     std::string figures{};
 };

@@ -36,8 +36,8 @@ template <class T>
 struct SearchTraits;
 
 /// The children of a tree by parent and name. It catches up with the tree when it is asked, so
-/// that a tree that is never searched pays nothing. First children, which are at hand and often the
-/// only ones, are left out.
+/// that a tree that is never searched pays nothing. The first children of a node are looked at one
+/// by one: that takes no longer, and where nodes have few children, nothing is ever indexed.
 ///
 /// It is ordered, not hashed: what is added or asked for in turn has neighbouring names or parents
 /// mostly, and then lies side by side in memory.
@@ -51,12 +51,21 @@ public:
     template <class Predicate>
     unsigned int find(const Nodes& nodes, unsigned int parentId, const T& pattern,
                       Predicate predicate) {
-        if (parentId != 0 && parentId < nodes.size()) {
-            const TreeNode<T>* const first = nodes[nodes[parentId]->firstChildId];
-            if (first != nullptr && first->value != nullptr && predicate(first->value, pattern)) {
-                return first->id;
+        unsigned int id = firstChildOf(nodes, parentId);
+        for (int seen = 0; id != 0 && seen != childrenSeenOneByOne; ++seen) {
+            const TreeNode<T>& child = *nodes[id];
+            if (child.value != nullptr && predicate(child.value, pattern)) {
+                return id;
             }
+            id = child.nextSiblingId;
         }
+        return id == 0 ? 0 : findInIndex(nodes, parentId, pattern, predicate);
+    }
+
+private:
+    template <class Predicate>
+    unsigned int findInIndex(const Nodes& nodes, unsigned int parentId, const T& pattern,
+                             Predicate predicate) {
         catchUp(nodes);
         unsigned int found = 0;
         const Key key{parentId, SearchTraits<T>::name(pattern)};
@@ -69,7 +78,6 @@ public:
         return found;
     }
 
-private:
     struct Key {
         unsigned int parentId = 0;
         std::string_view name{};
@@ -82,12 +90,17 @@ private:
     };
     using Children = std::multimap<Key, const TreeNode<T>*>;
 
-    bool hasKey(typename Children::const_iterator at, const Key& key) const {
-        return at != children_.end() && at->first == key;
+    static constexpr int childrenSeenOneByOne = 16;
+
+    static unsigned int firstChildOf(const Nodes& nodes, unsigned int parentId) {
+        if (parentId == 0) {
+            return 1;
+        }
+        return parentId < nodes.size() ? nodes[parentId]->firstChildId : 0;
     }
 
-    static bool isFirstChild(const TreeNode<T>& node) {
-        return node.parentId != 0 && node.previousSiblingId == 0;
+    bool hasKey(typename Children::const_iterator at, const Key& key) const {
+        return at != children_.end() && at->first == key;
     }
 
     void catchUp(const Nodes& nodes) {
@@ -105,8 +118,8 @@ private:
 
     /// Of children alike only the first added can ever be found, so the others are left out.
     void add(const TreeNode<T>& node, std::vector<const TreeNode<T>*>& empty) {
-        if (isFirstChild(node)) {
-            return;
+        if (node.previousSiblingId == 0) {
+            return; // always seen before the index is asked
         }
         if (node.value == nullptr) {
             empty.push_back(&node);
