@@ -6,10 +6,29 @@
 
 #include "tyr/exception/raise.hpp"
 
+#include <cstdint>
+#include <string>
+
 namespace Tyr::Log {
 
 /// The one object that all lines of the library go to. It comes into being at the first use.
 LogSystem& logSystem();
+
+/// Composes line after line in one record, for what is logged with every dataset: a stream costs
+/// far more to construct than such a line to compose. For one thread at a time.
+class LineComposer {
+public:
+    /// The record of a new line, empty.
+    Record<char>& begin(const char* file, const char* function, std::uint32_t line) {
+        record_.str(std::string());
+        record_.clear();
+        record_.origin = Origin(file, function, line);
+        return record_;
+    }
+
+private:
+    Record<char> record_{"", "", 0};
+};
 
 } // namespace Tyr::Log
 
@@ -18,6 +37,14 @@ LogSystem& logSystem();
 #define TYR_LOG(function, pieces)                                                         \
     do {                                                                                  \
         ::Tyr::Log::Record<char> tyrLogRecord(TYR_SOURCE_FILE, (function), __LINE__);     \
+        tyrLogRecord << pieces; /* NOLINT(bugprone-macro-parentheses): several of them */ \
+        ::Tyr::Log::logSystem() += tyrLogRecord;                                          \
+    } while (false)
+
+/// The same in the record of a `LineComposer`.
+#define TYR_LOG_WITH(composer, function, pieces)                                          \
+    do {                                                                                  \
+        auto& tyrLogRecord = (composer).begin(TYR_SOURCE_FILE, (function), __LINE__);     \
         tyrLogRecord << pieces; /* NOLINT(bugprone-macro-parentheses): several of them */ \
         ::Tyr::Log::logSystem() += tyrLogRecord;                                          \
     } while (false)

@@ -125,7 +125,7 @@ void Geometry::WriteQb(TyrQbf::QbFile& file, const std::string& lightName, const
 }
 
 void Geometry::writeVariable(TyrQbf::Index& index, const std::string& lightName,
-                             const Variable& variable) const {
+                             const Variable& variable) {
     const NumericArray& array = variable.array;
     const std::uint32_t typeWord = variable.type | (array.elementType << elementTypeShift);
     if (variable.linked) {
@@ -133,10 +133,11 @@ void Geometry::writeVariable(TyrQbf::Index& index, const std::string& lightName,
                       variable.linkedVariableIndex, variable.vibration);
         return;
     }
-    const auto offset = offsets.find(variable.name);
-    if (offset == offsets.end()) {
+    const auto offset = placeOfOffset(variable.name);
+    if (offset == offsets.end() || offset->first != variable.name) {
         TYR_RAISE(Tyr::Exception::KeyNotFound());
     }
+    latestOffset_ = offset;
     index.PutEach(lightName, variable.name, typeWord, variable.linked,
                   static_cast<std::uint32_t>(array.byteSize), array.GetWidth(), array.firstOption,
                   array.secondOption, array.firstValue, array.secondValue, array.thirdOption,

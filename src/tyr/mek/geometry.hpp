@@ -65,7 +65,7 @@ public:
 
 private:
     void writeVariable(TyrQbf::Index& index, const std::string& lightName,
-                       const Variable& variable) const;
+                       const Variable& variable);
 
     std::optional<std::size_t> findVariable(const std::string& variableName);
     std::size_t appendVariable(const std::string& variableName);

@@ -167,10 +167,10 @@ std::uint64_t Tree::WriteStreamDataset(const unsigned int* data, int count, unsi
 
 std::uint64_t Tree::streamDataset(const void* data, int count, unsigned char width) {
     const auto items = static_cast<std::uint64_t>(count);
-    TYR_LOG("TyrMek::Tree::WriteStreamDataset", "Writing Dataset of size "
-                                                    << static_cast<std::uint32_t>(items * width)
-                                                    << " width " << static_cast<unsigned int>(width)
-                                                    << " datatype size " << valueSize);
+    TYR_LOG_WITH(datasetLines_, "TyrMek::Tree::WriteStreamDataset",
+                 "Writing Dataset of size " << static_cast<std::uint32_t>(items * width)
+                                            << " width " << static_cast<unsigned int>(width)
+                                            << " datatype size " << valueSize);
     const std::uint64_t offset = file.index.GetDataLength(heavyData);
     if (count == 0 || width == 0) {
         return offset;
@@ -224,11 +224,10 @@ void Tree::saveNode(TyrQbf::QbFile& output, const TyrAdt::TreeNode<Node*>& node)
     TyrQbf::Index& index = output.index;
     const std::string none;
     const std::string type = node.value != nullptr ? node.value->GetType() : none;
-    index.PutEach(mekTree, node.id, node.parentId, node.previousSiblingId, node.nextSiblingId,
-                  node.firstChildId, node.lastChildId,
-                  node.value != nullptr ? node.value->name : none, type,
-                  node.value != nullptr ? node.value->GetVersion() : none,
-                  index.GetDataLength(lightData));
+    index.PutEach(
+        mekTree, node.id, node.parentId, node.previousSiblingId, node.nextSiblingId,
+        node.firstChildId, node.lastChildId, node.value != nullptr ? node.value->name : none, type,
+        node.value != nullptr ? node.value->GetVersion() : none, index.GetDataLength(lightData));
 
     if (type == "Group") {
         static_cast<Group&>(*node.value).WriteQb(output, lightData, attributeData);

@@ -14,6 +14,7 @@
 #pragma once
 
 #include "tyr/adt/adttree.hpp"
+#include "tyr/log/logsystem.hpp"
 #include "tyr/mek/attributelist.hpp"
 #include "tyr/mek/globalinfo.hpp"
 #include "tyr/mek/node.hpp"
@@ -93,6 +94,8 @@ private:
     unsigned int resolvePath(const std::string& path, const std::string& separator);
     std::uint64_t streamDataset(const void* data, int count, unsigned char width);
     void saveNode(TyrQbf::QbFile& output, const TyrAdt::TreeNode<Node*>& node);
+
+    Tyr::Log::LineComposer datasetLines_;
 };
 
 } // namespace TyrMek

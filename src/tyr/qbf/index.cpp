@@ -127,13 +127,14 @@ void Index::SetBlockFlags(const std::string& name, unsigned char flags) {
 }
 
 void Index::FlushFrozen(std::FILE* stream) {
-    TYR_LOG("TyrQbf::Index::FlushFrozen", "Flushing frozen blocks ... ");
+    const char* const function = "TyrQbf::Index::FlushFrozen";
+    TYR_LOG_WITH(flushLines, function, "Flushing frozen blocks ... ");
     for (auto& [name, limiter] : limiters) {
         if (!IsEmptyBlock(name) && !IsIndexBlock(name)) {
             FlushFrozen(limiter, stream);
         }
     }
-    TYR_LOG("TyrQbf::Index::FlushFrozen", "Frozen blocks flushed. ");
+    TYR_LOG_WITH(flushLines, function, "Frozen blocks flushed. ");
 }
 
 void Index::FlushFrozen(BlockSizeLimiter& limiter, std::FILE* stream) {

@@ -24,6 +24,7 @@
 #pragma once
 
 #include "tyr/exception/raise.hpp"
+#include "tyr/log/logsystem.hpp"
 #include "tyr/qbf/block.hpp"
 #include "tyr/qbf/blocksizelimiter.hpp"
 #include "tyr/qbf/encoding.hpp"
@@ -133,6 +134,7 @@ private:
     std::map<std::string, BlockSizeLimiter>::iterator foundLast = limiters.end();
     BlockNumber settledBlocks = 0;   ///< leading numbers that are in the file or index blocks
     std::uint64_t pendingWrites = 0; ///< blocks that count as written; stays above 0 on failure
+    Tyr::Log::LineComposer flushLines;
 };
 
 template <class T>
