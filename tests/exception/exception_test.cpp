@@ -1,7 +1,6 @@
 #include "tyr/exception/raise.hpp"
 
 #include <boost/exception/get_error_info.hpp>
-#include <boost/exception_ptr.hpp>
 
 #include <gtest/gtest.h>
 
@@ -42,7 +41,6 @@ TEST(Exception, EveryClassHasItsNumberAndText) {
         EXPECT_EQ(one.failure->message(), one.text);
     }
     EXPECT_STREQ(InvalidArguments("invalid array size").what(), "invalid array size");
-    EXPECT_EQ(InvalidArguments("invalid array size").code(), 3);
     EXPECT_STREQ(OutOfBounds("").message(), "Out of bounds error");
     EXPECT_EQ(Base().message(), nullptr);
     EXPECT_EQ(Base().code(), 1);
@@ -57,7 +55,6 @@ TEST(Exception, CarriesItsLocationThroughEveryHandler) {
         FAIL();
     } catch (const Base& failure) {
         EXPECT_EQ(failure.code(), 14);
-        EXPECT_NE(dynamic_cast<const std::exception*>(&failure), nullptr);
         EXPECT_NE(dynamic_cast<const boost::exception_detail::clone_impl<KeyNotFound>*>(&failure),
                   nullptr);
         const auto& located = dynamic_cast<const boost::exception&>(failure);
@@ -68,19 +65,6 @@ TEST(Exception, CarriesItsLocationThroughEveryHandler) {
                      "tests/exception/exception_test.cpp");
         EXPECT_EQ(*boost::get_error_info<boost::throw_line>(located), raisingLine);
     }
-    KeyNotFound notRaised;
-    EXPECT_EQ(boost::get_error_info<boost::throw_line>(notRaised), nullptr);
-}
-
-TEST(Exception, CanBeKeptAndThrownAgain) {
-    boost::exception_ptr kept;
-    try {
-        raiseKeyNotFound(1);
-    } catch (const std::exception&) {
-        kept = boost::current_exception();
-    }
-
-    EXPECT_THROW(boost::rethrow_exception(kept), KeyNotFound);
 }
 
 TEST(Exception, SourcePathsStartAtTheLibrary) {

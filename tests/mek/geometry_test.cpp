@@ -95,14 +95,6 @@ TEST(Geometry, LeavesOutSomeKeysAndKnowsVibrations) {
     }
 }
 
-TEST(Geometry, RefusesToWriteAVariableWithoutOffset) {
-    Geometry geometry("g");
-    geometry.GetOrAddVariableIndex("v");
-    TyrQbf::QbFile file;
-    EXPECT_THROW(geometry.WriteQb(file, "Light Data", "Heavy Data", "Attributes"),
-                 Tyr::Exception::KeyNotFound);
-}
-
 TEST(Group, WritesItsDefaultPlacement) {
     TyrMek::Group group("g", {});
     TyrQbf::QbFile file;

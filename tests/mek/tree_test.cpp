@@ -18,7 +18,6 @@ TEST(BytePlanes, SplitsItemsIntoComponentsAndTheseIntoBytes) {
     const std::vector<unsigned int> values = {0x04030201, 0x14131211, 0x24232221, 0x34333231};
     std::string planes(16, '?');
     auto* const target = reinterpret_cast<unsigned char*>(planes.data());
-
     TyrMek::toBytePlanes(values.data(), 2, 2, target);
     EXPECT_EQ(hex(planes), "01 21 02 22 03 23 04 24 11 31 12 32 13 33 14 34");
     TyrMek::toBytePlanes(values.data(), 4, 1, target);
@@ -28,7 +27,6 @@ TEST(BytePlanes, SplitsItemsIntoComponentsAndTheseIntoBytes) {
 TEST_F(TreeTest, StreamsDatasetsOneBehindTheOther) {
     const std::vector<float> values(6, 1.0F);
     Tree tree;
-    EXPECT_EQ(tree.WriteStreamDataset(values.data(), 0, 3), 0U);
     EXPECT_EQ(failureOf<Tyr::Exception::InvalidObjectState>(
                   [&] { tree.WriteStreamDataset(values.data(), 2, 3); }),
               "File not open.");
@@ -40,30 +38,6 @@ TEST_F(TreeTest, StreamsDatasetsOneBehindTheOther) {
                  Tyr::Exception::OverflowError);
     EXPECT_THROW(tree.WriteStreamDataset(values.data(), -1, 1), Tyr::Exception::UnderflowError);
     EXPECT_EQ(tree.WriteStreamDataset(values.data(), 0, 1), 44U);
-}
-
-TEST_F(TreeTest, RootIsSetOnce) {
-    Tree tree;
-    tree.SetRootGroup("r", {});
-    tree.AddGroupNode("g");
-    EXPECT_EQ(failureOf<Tyr::Exception::InvalidObjectState>([&] { tree.SetRootShape("s"); }),
-              "Root node properties are already set");
-    EXPECT_EQ(tree.currentId, 1U);
-}
-
-TEST_F(TreeTest, ReusesGroupsAndShapesOfOneKind) {
-    Tree tree;
-    tree.SetRootGroup("r", {});
-    const auto at = [&](auto add) {
-        tree.currentId = 1;
-        add();
-        return tree.currentId;
-    };
-    EXPECT_EQ(at([&] { tree.AddShapeNode("n"); }), 3U);
-    EXPECT_EQ(at([&] { tree.AddGroupNode("n"); }), 4U);
-    EXPECT_EQ(at([&] { tree.AddGroupNode("n"); }), 4U);
-    EXPECT_EQ(at([&] { tree.AddShapeNode("n"); }), 3U);
-    EXPECT_EQ(tree.nodes.size(), 4U);
 }
 
 TEST_F(TreeTest, ResolvesPaths) {
@@ -89,18 +63,6 @@ TEST_F(TreeTest, ResolvesPaths) {
         tree.currentId = 4;
         EXPECT_EQ(tree.GetNodeIdFromPath(one.path, one.separator), one.id) << one.path;
         EXPECT_EQ(tree.currentId, 1U) << one.path;
-    }
-}
-
-TEST_F(TreeTest, RecordsTheHostOnlyIfAsked) {
-    for (const bool recordHost : {false, true}) {
-        Tree tree;
-        tree.SetStreamFile(path(recordHost ? "with" : "without"), false);
-        tree.currentModifier.recordHost = recordHost;
-        tree.Save(tree.file, "comment");
-        EXPECT_EQ(tree.modifiers.at(0).computerName.empty(), !recordHost);
-        EXPECT_EQ(tree.modifiers.at(0).comment, "comment");
-        EXPECT_EQ(tree.file.stream, nullptr);
     }
 }
 

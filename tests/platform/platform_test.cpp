@@ -50,8 +50,6 @@ TEST_F(PlatformTest, NarrowPathsAreInTheCodePageOfTheSystem) {
     EXPECT_EQ(Testing::hex(narrow), "63 61 66 C3 A9 20 E2 82 AC");
     EXPECT_EQ(narrowText(L"a\xD800z"), "a?z");
 #endif
-    EXPECT_EQ(narrowText(L""), "");
-
     const std::string narrowPath = folder.string() + "/" + narrow;
     const std::wstring widePath = folder.wstring() + L"/" + wide;
     EXPECT_FALSE(pathExists(narrowPath));
