@@ -11,7 +11,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 #include <string>
 
 namespace {
@@ -91,8 +90,6 @@ protected:
                 }
             }
         }
-        std::cout << flips << " flips, harmless: " << freezeFlags << " freeze flags, " << unusedBits
-                  << " unused bits\n";
         EXPECT_LE(freezeFlags, 20U);
         EXPECT_LE(unusedBits, flips / 300);
     }
@@ -115,8 +112,6 @@ TEST_F(DamageTest, EveryPrefixIsUnfinished) {
         std::filesystem::resize_file(path("first"), size);
         EXPECT_EQ(failureOfCheck().substr(0, 19), "file is unfinished:") << size;
     }
-    std::ofstream(path("first"), std::ios::binary) << good << '\0';
-    EXPECT_EQ(failureOfCheck().substr(0, 19), "file is unfinished:");
 }
 
 } // namespace

@@ -202,7 +202,9 @@ void operator delete[](void* memory, std::size_t) noexcept { operator delete(mem
 
 namespace Testing {
 
-Injection::Injection(Fault kind, std::uint64_t number) { injection = {true, false, false, kind, number}; }
+Injection::Injection(Fault kind, std::uint64_t number) {
+    injection = {true, false, false, kind, number};
+}
 Injection::~Injection() { injection.isArmed = false; }
 bool Injection::hasStruck() { return injection.hasStruck; }
 

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <iostream>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -95,17 +94,21 @@ protected:
     void checkHeard(const WriteCycles& cycles, Reaction reaction) {
         const FaultCase& fault = GetParam();
         for (const Heard& heard : cycles.heard) {
-            EXPECT_TRUE(std::any_of(fault.failures.begin(), fault.failures.end(), [&](auto& told) {
-                return heard.code == told.first &&
-                       heard.message.substr(0, told.second.size()) == told.second;
-            })) << heard.operation << ": " << heard.code << " " << heard.message;
+            EXPECT_TRUE(std::any_of(fault.failures.begin(), fault.failures.end(),
+                                    [&](auto& told) {
+                                        return heard.code == told.first &&
+                                               heard.message.substr(0, told.second.size()) ==
+                                                   told.second;
+                                    }))
+                << heard.operation << ": " << heard.code << " " << heard.message;
         }
         if (!fault.losesTheFile) {
             EXPECT_LE(cycles.heard.size(), 1U) << cycles.heard.back().operation;
         }
         if (reaction != Reaction::Destroy) {
             EXPECT_TRUE(!fault.isAlwaysHeard || !cycles.heard.empty());
-            EXPECT_FALSE(fault.losesTheFile && cycles.cycles[0].isClosed && cycles.cycles[1].isClosed);
+            EXPECT_FALSE(fault.losesTheFile && cycles.cycles[0].isClosed &&
+                         cycles.cycles[1].isClosed);
         }
     }
 
@@ -141,13 +144,10 @@ protected:
     }
 
     void expectRefused(const Cycle& cycle) {
-        try {
-            MekReader::check(cycle.path);
+        if (failureOf<MekReader::Failure>([&] { MekReader::check(cycle.path); }) == "no failure") {
             // the implicit close, or one after a failed `saveTo`, may well have finished the file
             EXPECT_TRUE(!cycle.isOpen || isDestroyed) << "called right after a failed close";
             checkContent(cycle);
-        } catch (const MekReader::Failure&) {
-            ++refusedFiles;
         }
     }
 
@@ -156,7 +156,6 @@ protected:
     std::string second;
     std::string again;
     bool isDestroyed = false;
-    unsigned int refusedFiles = 0;
 };
 
 TEST_P(InjectionTest, NothingIsLostOrLeaked) {
@@ -170,8 +169,6 @@ TEST_P(InjectionTest, NothingIsLostOrLeaked) {
         }
         faults += number - 1;
     }
-    std::cout << GetParam().name << ": " << faults << " faults, " << refusedFiles
-              << " unfinished files refused\n";
     EXPECT_GT(faults, 0U);
 }
 

@@ -27,10 +27,9 @@ std::vector<T> valuesFrom(unsigned int start, std::size_t count) {
     return values;
 }
 
-template <class T>
-std::vector<std::uint32_t> bitsOf(const std::vector<T>& values) {
+std::vector<std::uint32_t> bitsOf(const std::vector<float>& values) {
     std::vector<std::uint32_t> bits(values.size());
-    std::memcpy(bits.data(), values.data(), values.size() * sizeof(T));
+    std::memcpy(bits.data(), values.data(), values.size() * sizeof(float));
     return bits;
 }
 
@@ -54,16 +53,9 @@ StepList twoSteps() {
     return steps;
 }
 
-NodeProperties placement() {
+NodeProperties property(PropertyType type) {
     NodeProperties properties;
-    properties.set(PropertyType::Translation, std::vector<float>{1, 2, 3});
-    return properties;
-}
-
-NodeProperties look() {
-    NodeProperties properties;
-    properties.set(PropertyType::DiffuseColor, std::vector<float>{0.1F, 0.2F, 0.3F});
-    properties.set(PropertyType::AmbientIntensity, 0.5F);
+    properties.set(type, std::vector<float>{1, 2, 3});
     return properties;
 }
 
@@ -88,8 +80,9 @@ const std::string skinPath = paths[2] + "/skin of long name";
 const std::vector<std::string> skinNames = {rootName, "part of long name", "skin of long name"};
 
 const Attributes attributes = someAttributes();
-const NodeProperties groupProperties = placement();
-const NodeProperties shapeProperties = look();
+const Attributes noAttributes;
+const NodeProperties groupProperties = property(PropertyType::Translation);
+const NodeProperties shapeProperties = property(PropertyType::DiffuseColor);
 const SaverOptions options = toolOptions();
 const Step noStep;
 const Step oneStep{"the only step", attributes};
@@ -112,7 +105,13 @@ void WriteCycles::run() {
             gaveUp_ = false;
             model_ = std::make_unique<Model>();
         }
-        write(cycle);
+        cycle.isOpen = attempt("saveTo", [&] { model_->saveTo(cycle.path, options); });
+        if (cycle.isOpen) {
+            addNodes(cycle);
+            useValues();
+            addArrays(cycle);
+        }
+        end(cycle);
     }
 }
 
@@ -146,16 +145,6 @@ bool WriteCycles::attempt(const char* operation, const Action& action) {
     return false;
 }
 
-void WriteCycles::write(Cycle& cycle) {
-    cycle.isOpen = attempt("saveTo", [&] { model_->saveTo(cycle.path, options); });
-    if (cycle.isOpen) {
-        addNodes(cycle);
-        useValues();
-        addArrays(cycle);
-    }
-    end(cycle);
-}
-
 void WriteCycles::end(Cycle& cycle) {
     gaveUp_ = false;
     if (reaction_ == Reaction::Destroy) {
@@ -170,10 +159,14 @@ void WriteCycles::end(Cycle& cycle) {
 
 void WriteCycles::addNodes(Cycle& cycle) {
     unsigned int id = 0;
-    const auto note = [&](const std::string& name) { cycle.nodes[id] = name; };
-    if (attempt("addNode", [&] { id = model_->addNode(NodeType::RootGroup, rootName, attributes); })) {
-        note(rootName);
-    }
+    const auto add = [&](NodeType type, const std::string& name, const Attributes& given) {
+        const bool isAdded = attempt("addNode", [&] { id = model_->addNode(type, name, given); });
+        if (isAdded) {
+            cycle.nodes[id] = name;
+        }
+        return isAdded;
+    };
+    add(NodeType::RootGroup, rootName, attributes);
     std::optional<Array1d<unsigned int>> ids;
     body_ = skin_ = 0;
     if (attempt("components", [&] { ids = model_->addAssemblyComponents(paths); })) {
@@ -184,13 +177,11 @@ void WriteCycles::addNodes(Cycle& cycle) {
     }
     attempt("components", [&] { model_->addAssemblyComponents(pathsWithAttributes); });
     attempt("setCurrentNodeId", [&] { model_->setCurrentNodeId(1); });
-    if (attempt("addNode", [&] { id = model_->addNode(NodeType::Group, groupName, attributes); })) {
-        note(groupName);
+    if (add(NodeType::Group, groupName, attributes)) {
         attempt("setNodeData", [&] { model_->setNodeData(id, groupProperties, attributes); });
     }
     attempt("moveToParentNode", [&] { model_->moveToParentNode(); });
-    if (attempt("addNode", [&] { id = model_->addNode(NodeType::Shape, shapeName); })) {
-        note(shapeName);
+    if (add(NodeType::Shape, shapeName, noAttributes)) {
         attempt("setNodeData", [&] { model_->setNodeData(id, shapeProperties); });
     } else if (model_->getNodeId(rootPath + "/" + shapeName) != 0) {
         heard.push_back({"a shape that was refused is there", -1, ""});
@@ -237,42 +228,34 @@ void WriteCycles::addArrays(Cycle& cycle) {
     if (body_ == 0) {
         return; // nothing to attach arrays to
     }
-    if (attempt("coordinates", [&] {
-            const Array1d<unsigned int> both({body_, skin_});
-            model_->addArrayProperty(DatasetType::Coordinates, coordinates, both, noStep);
-        })) {
-        cycle.arrays[{skin_, "Coordinates"}] = bitsOf(valuesFrom<float>(1, rows * 3));
-    }
-    if (attempt("numbers", [&] {
-            model_->addArrayProperty(DatasetType::NodeIds, numbers, body_, noStep, attributes);
-        })) {
-        cycle.arrays[{body_, "Node Ids"}] = valuesFrom<unsigned int>(2, 60);
-    }
-    if (attempt("sixes", [&] {
-            model_->addArrayProperty(resultName, DatasetType::ResultA6, sixes, skin_, oneStep);
-        })) {
-        cycle.arrays[{skin_, resultName + "\x1Ethe only step"}] =
-            valuesFrom<unsigned int>(3, rows * 6);
-    }
-    if (attempt("series", [&] {
-            const Array1d<unsigned int> both({body_, skin_});
-            model_->addArrayProperty(seriesName, DatasetType::ResultA1, scalars, both, steps,
-                                     attributes);
-        })) {
-        for (const unsigned int id : {body_, skin_}) {
-            cycle.arrays[{id, seriesName + "\x1Esecond step of the list"}] =
-                bitsOf(valuesFrom<float>(4, 60));
+    const auto add = [&](const char* operation, unsigned int id, const std::string& name,
+                         const std::vector<std::uint32_t>& bits, const auto& action) {
+        if (attempt(operation, action)) {
+            cycle.arrays[{id, name}] = bits;
         }
-    }
+    };
+    const Array1d<unsigned int> both({body_, skin_});
+    add("coordinates", skin_, "Coordinates", bitsOf(valuesFrom<float>(1, rows * 3)),
+        [&] { model_->addArrayProperty(DatasetType::Coordinates, coordinates, both, noStep); });
+    add("numbers", body_, "Node Ids", valuesFrom<unsigned int>(2, 60), [&] {
+        model_->addArrayProperty(DatasetType::NodeIds, numbers, body_, noStep, attributes);
+    });
+    add("sixes", skin_, resultName + "\x1Ethe only step", valuesFrom<unsigned int>(3, rows * 6),
+        [&] {
+            model_->addArrayProperty(resultName, DatasetType::ResultA6, sixes, skin_, oneStep);
+        });
+    const std::vector<std::uint32_t> series = bitsOf(valuesFrom<float>(4, 60));
+    add("series", skin_, seriesName + "\x1Esecond step of the list", series, [&] {
+        model_->addArrayProperty(seriesName, DatasetType::ResultA1, scalars, both, steps,
+                                 attributes);
+    });
     for (unsigned int number = 0; number < cycle.results; ++number) {
         const Step step{"step of the number " + std::to_string(number), attributes};
         const std::vector<float> values = valuesFrom<float>(number, 60);
-        if (attempt("result", [&] {
-                model_->addArrayProperty(resultName, DatasetType::ResultA1, Array1d<float>(values),
-                                         body_, step);
-            })) {
-            cycle.arrays[{body_, resultName + '\x1E' + step.name}] = bitsOf(values);
-        }
+        add("result", body_, resultName + '\x1E' + step.name, bitsOf(values), [&] {
+            model_->addArrayProperty(resultName, DatasetType::ResultA1, Array1d<float>(values),
+                                     body_, step);
+        });
     }
 }
 

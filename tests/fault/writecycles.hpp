@@ -53,7 +53,6 @@ public:
 private:
     template <class Action>
     bool attempt(const char* operation, const Action& action);
-    void write(Cycle& cycle);
     void addNodes(Cycle& cycle);
     void useValues();
     void addArrays(Cycle& cycle);
