@@ -14,11 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t countSize = 4;
-constexpr std::size_t firstEntry = 20;
-constexpr std::size_t entrySize = 139;
-constexpr std::size_t storedLengthInEntry = 133;
-
 std::map<std::string, fs::path> filesOf(const fs::path& folder) {
     std::map<std::string, fs::path> files;
     for (const auto& entry : fs::directory_iterator(folder)) {
@@ -27,34 +22,26 @@ std::map<std::string, fs::path> filesOf(const fs::path& folder) {
     return files;
 }
 
-/// Where the entry of a block stands: in the first table, or in that of the index block before.
-std::uint64_t entryPosition(const std::vector<MekReader::Block>& blocks, std::uint64_t number) {
-    if (number < 20) {
-        return firstEntry + number * entrySize;
-    }
-    const std::uint64_t place = (number - 20) % 200;
-    return blocks[number - place - 1].position + countSize + place * entrySize;
-}
-
-/// All bytes of a file, but in place of the block that holds the date, its content without it.
+/// The stored bytes of all blocks, but of the one that holds the date its content without it. What
+/// the tables say of them is right once the file has passed the check.
 std::string withoutDate(const fs::path& path) {
     std::ifstream stream(path, std::ios::binary);
-    std::string bytes(std::istreambuf_iterator<char>(stream), {});
+    const std::string bytes(std::istreambuf_iterator<char>(stream), {});
     MekReader::check(path);
     MekReader::File file(path);
-    const std::string& date = file.modifiers().at(0).date;
-    std::string content = file.container().stream("Global Information");
-    const std::size_t found = content.find(date);
-    content.replace(found - countSize, countSize + date.size(), "");
-    content.replace(countSize, countSize, ""); // length of the record
+    std::string all;
     for (const MekReader::Block& block : file.blocks()) {
+        all += block.name + '\0' + static_cast<char>(block.flags);
         if (block.name == "Global Information") {
-            const std::uint64_t entry = entryPosition(file.blocks(), block.number);
-            bytes.replace(block.position, block.storedLength, content);
-            bytes.replace(entry + storedLengthInEntry, countSize, "");
+            const std::string& date = file.modifiers().at(0).date;
+            std::string content = file.container().stream(block.name);
+            content.replace(content.find(date) - 4, 4 + date.size(), ""); // with its length
+            all += content.replace(4, 4, "");                             // length of the record
+        } else {
+            all += bytes.substr(block.position, block.storedLength);
         }
     }
-    return bytes;
+    return all;
 }
 
 bool areSame(const fs::path& left, const fs::path& right) {

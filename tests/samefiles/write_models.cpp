@@ -2,9 +2,9 @@
 #include <tyr/mek2/model.hpp>
 
 #include "support/environment.hpp"
+#include "support/everything.hpp"
 
 #include <cstdint>
-#include <cstring>
 #include <exception>
 #include <iostream>
 #include <string>
@@ -48,73 +48,38 @@ private:
     std::uint32_t count_ = 0;
 };
 
-/// All 32-bit patterns that a floating-point unit might change on its way.
-Array1d<float> specialFloats() {
-    const std::vector<std::uint32_t> patterns = {0x7F800001, 0xFFC12345, 0x7F800000, 0xFF800000,
-                                                 0x80000000, 0x00000001, 0x807FFFFF, 0x7F7FFFFF};
-    std::vector<float> values(patterns.size());
-    std::memcpy(values.data(), patterns.data(), patterns.size() * sizeof(float));
-    Array1d<float> array(values.size());
-    array.copy_from(values.data());
-    return array;
-}
-
-void writeEmpty(Model& model) {
-    model.close();
-}
-
-void writeTree(Model& model) {
-    Attributes attributes;
-    attributes.set("unsigned", 4000000000U);
-    attributes.set("int", -1);
-    attributes.set("float", 0.1F);
-    attributes.set("text", "line\nend \xC3\xA9\x1A");
-    model.addNode(NodeType::FlaggedRootGroup, "root", attributes);
-    const auto ids = model.addAssemblyComponents(
-        std::vector<std::string>{"/root/part/", "/root/part/body", "/root/\xCE\x9B/skin"});
-    NodeProperties placement;
-    placement.set(PropertyType::Translation, std::vector<float>{0.1F, -2, 3e30F});
-    model.setNodeData(ids[0], placement);
-    NodeProperties look;
-    look.set(PropertyType::DiffuseColor, std::vector<float>{0.2F, 0.4F, 0.6F});
-    look.set(PropertyType::AmbientIntensity, 0.3F);
-    model.setNodeData(ids[1], look);
-    model.close();
-}
-
-void writeArrays(Model& model, std::size_t rows, unsigned int steps) {
-    model.addNode(NodeType::RootGroup, "r");
-    const unsigned int first = model.addNode(NodeType::Shape, "a");
-    model.setCurrentNodeId(1);
-    const Array1d<unsigned int> both({first, model.addNode(NodeType::Shape, "b")});
+void writeArrays(Model& model, std::size_t rows) {
+    const auto ids = model.addAssemblyComponents(std::vector<std::string>{"/r/a", "/r/b"});
     Numbers numbers;
-    model.addArrayProperty(DatasetType::Coordinates, numbers.table(rows, 3), both, Step{});
-    model.addArrayProperty(DatasetType::Connectivity0, numbers.column(3 * rows), first, Step{});
-    model.addArrayProperty("special", DatasetType::ResultA1, specialFloats(), first, Step{});
-    for (unsigned int number = 0; number < steps; ++number) {
-        Step step{std::to_string(number)};
-        step.attributes.set("Time", 0.1F * static_cast<float>(number));
-        model.addArrayProperty("stress", DatasetType::ResultA6, numbers.table(rows / 8, 6), both,
-                               step);
+    model.addArrayProperty(DatasetType::Coordinates, numbers.table(rows, 3), ids, Step{});
+    model.addArrayProperty(DatasetType::Connectivity0, numbers.column(3 * rows), ids[0], Step{});
+    for (unsigned int number = 0; number < 10; ++number) {
+        model.addArrayProperty("stress", DatasetType::ResultA6, numbers.table(rows / 8, 6), ids,
+                               Step{std::to_string(number)});
     }
+    model.close();
+}
+
+void writeEverything(Model& model) {
+    Testing::Everything().addTo(model);
     model.close();
 }
 
 void write(const std::string& folder) {
     Model model;
     model.saveTo(folder + "/empty.mek", options());
-    writeEmpty(model);
-    model.saveTo(folder + "/tree.mek", options());
-    writeTree(model);
+    model.close();
+    model.saveTo(folder + "/everything.mek", options());
+    writeEverything(model);
     model.saveTo(folder + "/arrays.mek", options());
-    writeArrays(model, 400000, 10);
+    writeArrays(model, 400000);
     const std::wstring wideFolder(folder.begin(), folder.end());
     model.saveTo(wideFolder + L"/\x039B\x03CC\x03B3\x03BF\x03C2 \x65E5\x672C \U0001F4D0.mek",
                  options());
-    writeArrays(model, 10, 1);
+    writeEverything(model);
     Testing::setEnvironment("MEKWRITER_DEFAULT_BLOCK_SIZE", "300");
     model.saveTo(folder + "/blocks.mek", options());
-    writeArrays(model, 100, 500);
+    writeEverything(model);
 }
 
 } // namespace

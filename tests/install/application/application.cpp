@@ -9,9 +9,7 @@
 
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -49,14 +47,9 @@ void writeWholeModel(const std::string& path) {
     const std::vector<std::string> names = {"model", "part"};
     expect(model.getNodeId(names) == ids[0], "path of the group");
 
-    NodeProperties placement;
-    placement.set(PropertyType::Translation, std::vector<float>{1, 2, 3});
-    model.setNodeData(ids[0], placement);
     NodeProperties look;
     look.set(PropertyType::DiffuseColor, std::vector<float>{0.1F, 0.2F, 0.3F});
-    look.set(PropertyType::MaterialFlag, false);
     model.setNodeData(ids[1], look);
-
     model.addArrayProperty(DatasetType::Coordinates, Array2d<float>(500, 3, 2.5F), ids, Step{});
     model.addArrayProperty(DatasetType::NodeIds, Array1d<unsigned int>(500, 7), ids[1], Step{});
     StepList steps(2);
@@ -67,11 +60,6 @@ void writeWholeModel(const std::string& path) {
     }
     Model owner(std::move(model));
     owner.close();
-
-    std::ifstream file(path, std::ios::binary);
-    const std::string bytes(std::istreambuf_iterator<char>(file), {});
-    expect(bytes.substr(0, 12) == std::string("\x89QBF\r\n\x1A\n1.3\0", 12), "head of the file");
-    expect(bytes.substr(12, 8) == std::string("\xE0\x0A\0\0\x14\0\0\0", 8), "index of the file");
 }
 
 template <class Caught, class Action>
@@ -85,7 +73,6 @@ bool isCaughtAs(const Action& action) {
     return false;
 }
 
-/// @param sourceFile null if the failure is not raised by the library
 template <class Failure, class Action>
 void expectFailure(int code, const std::string& message, const char* sourceFile,
                    const Action& action) {
@@ -95,7 +82,7 @@ void expectFailure(int code, const std::string& message, const char* sourceFile,
         const char* const* const file = boost::get_error_info<boost::throw_file>(failure);
         expect(failure.code() == code, "code of: " + message);
         expect(failure.what() == message, "message \"" + message + "\", not " + failure.what());
-        expect(sourceFile == nullptr || (file != nullptr && std::strcmp(*file, sourceFile) == 0),
+        expect(file != nullptr && std::strcmp(*file, sourceFile) == 0,
                "source file of: " + message);
         return;
     } catch (...) {
@@ -114,7 +101,6 @@ void catchFailures(const std::string& folder) {
     expectFailure<Failures::InvalidObjectState>(17, "Not Empty", "tyr/mek2/database.cpp",
                                                 saveAgain);
     expect(isCaughtAs<Failures::Base>(saveAgain), "caught as Base");
-    expect(isCaughtAs<Failures::Exception>(saveAgain), "caught as Exception");
     expect(isCaughtAs<std::exception>(saveAgain), "caught as std::exception");
     expect(isCaughtAs<boost::exception>(saveAgain), "caught as boost::exception");
     expectFailure<Failures::FileOpenException>(5, "File exists.", "tyr/qbf/qbfile.cpp",
@@ -149,12 +135,6 @@ void catchFailures(const std::string& folder) {
                                                     full.saveTo("/dev/full", overwriting());
                                                     full.close();
                                                 });
-    // the library cannot be brought to raise these two with the memory of a test
-    expectFailure<Failures::UnderflowError>(13, "Underflow error", nullptr,
-                                            [] { throw Failures::UnderflowError(); });
-    expectFailure<Failures::MemoryAllocationException>(16, "Memory allocation error", nullptr, [] {
-        throw Failures::MemoryAllocationException();
-    });
 }
 
 } // namespace
