@@ -9,6 +9,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <map>
 #include <set>
 #include <string>
@@ -53,42 +54,17 @@ public:
 
 private:
     void call() {
-        switch (source_.below(13)) {
-            case 0:
-                open();
-                break;
-            case 1:
-                close();
-                break;
-            case 2:
-            case 3:
-                addNode();
-                break;
-            case 4:
-                model_.setCurrentNodeId(source_.below(20));
-                break;
-            case 5:
-                model_.moveToParentNode();
-                break;
-            case 6:
-                model_.getNodeId(path(), separator());
-                break;
-            case 7:
-                model_.getNodeId(std::vector<std::string>{name(), name(), name()});
-                break;
-            case 8:
-                setNodeData();
-                break;
-            case 9:
-                addComponents();
-                break;
-            case 10:
-                moveModel();
-                break;
-            default:
-                addArray();
+        const unsigned int choice = source_.below(13);
+        if (choice >= std::size(calls)) {
+            return addArray();
         }
+        (this->*calls[choice])();
     }
+
+    void moveTo() { model_.setCurrentNodeId(source_.below(20)); }
+    void moveUp() { model_.moveToParentNode(); }
+    void findPath() { model_.getNodeId(path(), separator()); }
+    void findNames() { model_.getNodeId(std::vector<std::string>{name(), name(), name()}); }
 
     void open() {
         const unsigned int kind = source_.below(6);
@@ -97,7 +73,8 @@ private:
         options.toolName = name();
         options.toolVersion = name();
         const std::string to = kind == 0 ? "" : kind == 2 ? "/" + name() + "/none" : file_.path();
-        setBlockSize();
+        const unsigned int blockSize = source_.number<std::uint16_t>() % 2000;
+        setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", std::to_string(blockSize).c_str(), 1);
         if (kind == 3) {
             model_.saveTo(std::wstring(to.begin(), to.end()), options);
         } else {
@@ -107,18 +84,13 @@ private:
     }
 
     void addNode() {
-        const NodeType type = anyNodeType();
+        const auto type = static_cast<NodeType>(source_.below(6));
         const unsigned int id = model_.addNode(type, name(), attributes());
         require(id > highestId_);
         highestId_ = id;
         if (type == NodeType::Shape && id != 1) {
             geometries_.insert(id);
         }
-    }
-
-    void setBlockSize() {
-        const unsigned int size = source_.number<std::uint16_t>() % 2000;
-        setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", std::to_string(size).c_str(), 1);
     }
 
     /// The file is in memory, so that closing has no reason to fail.
@@ -149,7 +121,6 @@ private:
         }
     }
 
-    NodeType anyNodeType() { return static_cast<NodeType>(source_.below(6)); }
     std::string name() { return source_.text(7); }
     std::string separator() { return source_.below(4) == 0 ? source_.text(3) : "/"; }
 
@@ -241,40 +212,21 @@ private:
         model_ = std::move(other);
     }
 
-    void addArray() {
-        const unsigned int kind = source_.below(4);
-        if (kind == 0) {
-            addColumn<float>();
-        } else if (kind == 1) {
-            addColumn<unsigned int>();
-        } else if (kind == 2) {
-            addTable<float>();
-        } else {
-            addTable<unsigned int>();
-        }
-    }
+    void addArray() { source_.below(2) == 0 ? addArrayOf<float>() : addArrayOf<unsigned int>(); }
 
     template <class T>
-    void addColumn() {
-        std::vector<T> values = valuesOf<T>(source_.number<std::uint16_t>() % 600);
-        addOfType(anyType(1), Array1d<T>(values), bitsOf(values));
-    }
-
-    template <class T>
-    void addTable() {
-        const unsigned int width = source_.below(8);
-        std::vector<T> values = valuesOf<T>(width * source_.below(100));
-        const std::size_t rows = width == 0 ? 3 : values.size() / width;
-        addOfType(anyType(width), Array2d<T>(rows, width, values), bitsOf(values));
-    }
-
-    template <class T>
-    std::vector<T> valuesOf(std::size_t count) {
-        std::vector<T> values(count);
+    void addArrayOf() {
+        const bool isColumn = source_.below(2) == 0;
+        const unsigned int width = isColumn ? 1 : source_.below(8);
+        std::vector<T> values(width * (source_.number<std::uint16_t>() % 600U));
         for (T& value : values) {
             value = source_.number<T>();
         }
-        return values;
+        if (isColumn) {
+            return addOfType(anyType(1), Array1d<T>(values), bitsOf(values));
+        }
+        const std::size_t rows = width == 0 ? 3 : values.size() / width;
+        addOfType(anyType(width), Array2d<T>(rows, width, values), bitsOf(values));
     }
 
     /// Mostly one that takes arrays of this width.
@@ -283,8 +235,9 @@ private:
         if (source_.below(8) == 0) {
             return static_cast<DatasetType>(type);
         }
-        return width == 3 ? DatasetType::Coordinates
-                          : width == 6 ? DatasetType::ResultA6 : DatasetType::ResultA1;
+        return width == 3   ? DatasetType::Coordinates
+               : width == 6 ? DatasetType::ResultA6
+                            : DatasetType::ResultA1;
     }
 
     template <class Array>
@@ -294,8 +247,9 @@ private:
         const Attributes given = attributes();
         switch (source_.below(5)) {
             case 0:
-                model_.addArrayProperty(name(), type, array, Array1d<unsigned int>({id, id, 3, id + 1}),
-                                        steps(step), given);
+                model_.addArrayProperty(name(), type, array,
+                                        Array1d<unsigned int>({id, id, 3, id + 1}), steps(step),
+                                        given);
                 break;
             case 1:
                 model_.addArrayProperty(type, array, id, step, given);
@@ -306,9 +260,9 @@ private:
     }
 
     StepList steps(const Step& step) {
-        StepList list(source_.below(4));
-        if (source_.below(2) == 0 && source_.below(4) != 0) {
-            list = StepList(2);
+        const unsigned int count = source_.below(4);
+        StepList list(count);
+        if (count > 1) {
             list.set(1, step);
         }
         return list;
@@ -331,6 +285,11 @@ private:
             }
         }
     }
+
+    static constexpr void (Session::*calls[])() = {
+        &Session::open,        &Session::close,         &Session::addNode,  &Session::addNode,
+        &Session::moveTo,      &Session::moveUp,        &Session::findPath, &Session::findNames,
+        &Session::setNodeData, &Session::addComponents, &Session::moveModel};
 
     Fuzz::ByteSource& source_;
     Fuzz::MemoryFile file_;
