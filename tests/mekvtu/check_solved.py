@@ -22,22 +22,15 @@ except ImportError as error:
 # meshio 7.0 knows how many nodes this cell has, but not its dimension.
 meshio._mesh.topological_dimension.setdefault("wedge15", 3)
 
-# By the type number of an element: its cell, and the place in the cell of each of its nodes. meshio
-# turns linear wedges itself.
-TYPES = {
-    1: ("hexahedron", range(8)),
-    2: ("wedge", range(6)),
-    3: ("tetra", range(4)),
-    4: ("hexahedron20", [*range(12), *range(16, 20), *range(12, 16)]),
-    5: ("wedge15", [0, 2, 1, 3, 5, 4, 8, 7, 6, 12, 14, 13, 11, 10, 9]),
-    6: ("tetra10", range(10)),
-    7: ("triangle", range(3)),
-    8: ("triangle6", range(6)),
-    9: ("quad", range(4)),
-    10: ("quad8", range(8)),
-    11: ("line", range(2)),
-    12: ("line3", range(3)),
-}
+# By the type number of an element: its name, its cell, and the place in the cell of each of its
+# nodes, if not their own. meshio turns linear wedges itself.
+TYPES = dict(enumerate([
+    ("HE8", "hexahedron"), ("PE6", "wedge"), ("TE4", "tetra"),
+    ("HE20", "hexahedron20", [*range(12), *range(16, 20), *range(12, 16)]),
+    ("PE15", "wedge15", [0, 2, 1, 3, 5, 4, 8, 7, 6, 12, 14, 13, 11, 10, 9]),
+    ("TE10", "tetra10"), ("TR3", "triangle"), ("TR6", "triangle6"),
+    ("QU4", "quad"), ("QU8", "quad8"), ("BE2", "line"), ("BE3", "line3"),
+], 1))
 VECTOR, TENSOR = 2, 4
 
 
@@ -53,13 +46,15 @@ class Result:
 
 class ResultFile:
     def __init__(self, path):
-        self.nodes, self.elements, self.results = {}, {}, []
+        self.nodes, self.elements, self.results, self.materials = {}, {}, [], {}
         section, mode, last = "", 0, None
         for line in path.read_text().splitlines():
             if line[:6] in ("    2C", "    3C", "  100C"):
                 section = line[:6].strip()
                 if section == "100C":
                     self.results.append(Result(line, mode))
+            elif line.startswith("    1UMAT"):
+                self.materials[int(line[9:14])] = line[14:].strip()
             elif line.startswith("    1PMODE"):
                 mode = line[10:]
             elif line[:3] == " -4":
@@ -68,9 +63,10 @@ class ResultFile:
                 self.results[-1].components.append(line[5:13].strip())
                 self.results[-1].kinds.add(int(line[18:23]))
             elif line[:3] == " -1" and section == "3C":
-                last = self.elements[int(line[3:13])] = (int(line[13:18]), [])
+                last = []
+                self.elements[int(line[3:13])] = (int(line[13:18]), int(line[23:28]), last)
             elif line[:3] == " -2" and section == "3C":
-                last[1].extend(int(line[i:i + 10]) for i in range(3, len(line.rstrip()), 10))
+                last.extend(int(line[i:i + 10]) for i in range(3, len(line.rstrip()), 10))
             elif line[:3] in (" -1", " -2"):
                 if line[:3] == " -1":
                     rows = self.nodes if section == "2C" else self.results[-1].rows
@@ -94,19 +90,21 @@ def arrays_of(result):
 
 
 def check_elements(file, parts):
-    """Every element once, in the cell that is meant, with its nodes in the right places."""
+    """Every element once, in the shape and cell that are meant, its nodes in the right places."""
     found = {}
     for mesh in parts:
         ids = mesh.point_data["Node Ids"]
         assert np.array_equal(mesh.points, np.float32([file.nodes[i] for i in ids]))
         for block, elements in zip(mesh.cells, mesh.cell_data.get("Element IDs", [])):
             for element, nodes in zip(elements, ids[block.data]):
-                found[element] = (block.type, nodes)
+                found[element] = (mesh.name, block.type, nodes)
     assert found.keys() == file.elements.keys()
-    for element, (number, nodes) in file.elements.items():
-        cell, order = TYPES[number]
-        assert found[element][0] == cell
-        assert [found[element][1][place] for place in order] == nodes, (element, cell)
+    for element, (number, material, nodes) in file.elements.items():
+        shape, cell, *order = TYPES[number]
+        name = f"job/{file.materials.get(material, f'Material {material}')}/{shape}"
+        *where, placed = found[element]
+        assert where == [name, cell], (where, name, cell)
+        assert list(placed[order[0]] if order else placed) == nodes, (element, cell)
 
 
 def check_result(result, parts):
@@ -124,8 +122,9 @@ def steps_of(collection):
     steps = {}
     for entry in ElementTree.parse(collection).getroot().iter("DataSet"):
         kind, step, value = entry.get("step").split()
-        steps.setdefault((kind, int(step), float(value.split("=")[1])), []).append(
-            meshio.read(collection.parent / entry.get("file")))
+        mesh = meshio.read(collection.parent / entry.get("file"))
+        mesh.name = entry.get("name")
+        steps.setdefault((kind, int(step), float(value.split("=")[1])), []).append(mesh)
     return steps
 
 
@@ -135,7 +134,9 @@ def asking_for_results(deck, folder):
     text = path.read_text() if path.exists() else gzip.open(f"{path}.gz", "rt").read()
     if re.search(r"(?im)^\*(NODE|EL) *FILE", text):
         return text
-    return re.sub(r"(?im)^(?=\*END STEP)", "*NODE FILE\nU\n*EL FILE\nS\n", text)
+    node, element = ("NT", "HFL") if "*HEAT TRANSFER" in text.upper() else ("U", "S")
+    request = f"*NODE FILE\n{node}\n*EL FILE\n{element}\n"
+    return re.sub(r"(?im)^(?=\*END STEP)", request, text)
 
 
 def solve(deck, decks, ccx, frd2mek, mekinfo, folder):
