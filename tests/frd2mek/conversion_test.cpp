@@ -96,33 +96,27 @@ TEST_F(ConverterTest, ConvertsMeshAndResultsOfTheShortFormat) {
 
 TEST_F(ConverterTest, ContinuesElementsAndValuesOverLines) {
     std::string text =
-        "    1C\n    2C                            20                                     0\n";
-    for (int id = 1; id <= 20; ++id) {
-        text += " -1" + std::string(id < 10 ? 4 : 3, ' ') + std::to_string(id) +
-                " 0.00000E+00 0.00000E+00 0.00000E+00\n";
-    }
-    text +=
-        " -3\n"
+        "    1C\n    2C                             2                                     0\n"
+        " -1    1 0.00000E+00 0.00000E+00 0.00000E+00\n"
+        " -1    2 0.00000E+00 0.00000E+00 0.00000E+00\n -3\n"
         "    3C                             1                                     0\n"
         " -1    1    4    0    1\n"
-        " -2   20    2    3    4    5    6    7    8    9   10   11   12   13   14   15\n"
-        " -2   16   17   18   19    1\n"
-        " -3\n"
-        "  100CL  101 1.000000000          20                     0    1           0\n"
+        " -2    2    1    1    1    1    1    1    1    1    1    1    1    1    1    2\n"
+        " -2    1    1    1    1    2\n -3\n"
+        "  100CL  101 1.000000000           2                     0    1           0\n"
         " -4  SDV         7    1\n";
-    for (int component = 1; component <= 7; ++component) {
-        text += " -5  SDV " + std::to_string(component) + "       1    1    0    0\n";
+    for (const char component : std::string("ABCDEFG")) {
+        text += std::string(" -5  ") + component + "           1    1    0    0\n";
     }
-    text +=
+    auto file = converted(
+        text +
         " -1    1 1.00000E+00 2.00000E+00 3.00000E+00 4.00000E+00 5.00000E+00 6.00000E+00\n"
-        " -2      7.00000E+00\n"
-        " -3\n 9999\n";
-    auto file = converted(text);
+        " -2      7.00000E+00\n -3\n 9999\n");
     const auto& shape = geometry(file, "job/Material 1/HE20");
     EXPECT_EQ(file.words(variable(shape, "Connectivity")),
-              (Words{19, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 0}));
-    EXPECT_EQ(file.floats(variable(shape, "SDV.SDV 6", "Step 1 t=1")).front(), 6.0F);
-    EXPECT_EQ(file.floats(variable(shape, "SDV.SDV 7", "Step 1 t=1")).front(), 7.0F);
+              (Words{1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}));
+    EXPECT_EQ(file.floats(variable(shape, "SDV.F", "Step 1 t=1")).front(), 6.0F);
+    EXPECT_EQ(file.floats(variable(shape, "SDV.G", "Step 1 t=1")).front(), 7.0F);
 }
 
 TEST_F(ConverterTest, ReadsNumbersAsFortranAndCWriteThem) {
@@ -141,38 +135,6 @@ TEST_F(ConverterTest, ReadsNumbersAsFortranAndCWriteThem) {
         const auto& result = variable(geometry(file, "job/Nodes"), "NDTEMP", "Step 1 t=1");
         EXPECT_EQ(bitsOf(file.floats(result)), bitsOf({missing, value, missing, missing})) << text;
     }
-}
-
-TEST_F(ConverterTest, KeepsKindOfResults) {
-    const std::string head =
-        "  100CL  101 1.000000000           4                     0    1           1\n";
-    const auto components = [](const std::string& kinds) {
-        std::string records;
-        for (std::size_t i = 0; i < kinds.size() / 2; ++i) {
-            records += " -5  C" + std::to_string(i) + "          1   " + kinds.substr(2 * i, 2) +
-                       "    1    0\n";
-        }
-        return records + " -3\n";
-    };
-    const auto file = converted(
-        longNodes + head + " -4  STRESS      6    1\n" + components(" 4 4 4 4 4 4") + head +
-        " -4  FLUX        3    1\n" + components(" 2 2 2") + head + " -4  DISP        3    1\n" +
-        components(" 1 1 1") + head + " -4  NDTEMP      1    1\n" + components(" 1") + head +
-        " -4  PDISP       3    1\n" + components("121212") + head +
-        " -4  NONE        0    1\n -3\n 9999\n");
-    std::vector<std::pair<std::string, unsigned>> results;
-    for (const auto& each : geometry(file, "job/Nodes").variables) {
-        results.emplace_back(each.name.substr(0, each.name.find('\x1E')), each.type);
-    }
-    EXPECT_EQ(results, (std::vector<std::pair<std::string, unsigned>>{{"Coordinates", 1},
-                                                                      {"Node Ids", 12},
-                                                                      {"STRESS", 14},
-                                                                      {"FLUX", 13},
-                                                                      {"DISP", 13},
-                                                                      {"NDTEMP", 12},
-                                                                      {"PDISP.C0", 12},
-                                                                      {"PDISP.C1", 12},
-                                                                      {"PDISP.C2", 12}}));
 }
 
 TEST_F(ConverterTest, TellsStepsAndPartsOfComplexResults) {

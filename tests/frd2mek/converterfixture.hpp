@@ -12,7 +12,7 @@
 #endif
 
 #include <cstdint>
-#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <limits>
@@ -39,30 +39,19 @@ protected:
         std::string output; ///< on both streams
     };
 
-    Run run(const std::string& command) const {
-        std::FILE* const pipe = startShell(command);
-        std::string output;
-        for (int byte = std::fgetc(pipe); byte != EOF; byte = std::fgetc(pipe)) {
-            output += static_cast<char>(byte);
-        }
-        return {finishShell(pipe), output};
-    }
-
-#if defined(_WIN32)
-    std::FILE* startShell(const std::string& command) const {
-        return _popen(("cd /d \"" + folder.string() + "\" && " + command + " 2>&1").c_str(), "r");
-    }
-    static int finishShell(std::FILE* pipe) { return _pclose(pipe); }
-#else
-    std::FILE* startShell(const std::string& command) const {
-        return popen(("cd '" + folder.string() + "' && exec 2>&1; " + command).c_str(), "r");
-    }
-    static int finishShell(std::FILE* pipe) { return WEXITSTATUS(pclose(pipe)); }
-#endif
-
     Run convert(const std::string& arguments) const {
         const std::string program = std::filesystem::absolute(FRD2MEK).make_preferred().string();
-        return run('"' + program + "\" " + arguments);
+        const std::string output = temporaryPath("output").string();
+        const std::string goTo = std::filesystem::path::preferred_separator == '/' ? "cd" : "cd /d";
+        const int status = std::system((goTo + " \"" + folder.string() + "\" && \"" + program +
+                                        "\" " + arguments + " > \"" + output + "\" 2>&1")
+                                           .c_str());
+        Run run{status, readFile(output)};
+        std::filesystem::remove(output);
+#if !defined(_WIN32)
+        run.exitCode = WEXITSTATUS(status);
+#endif
+        return run;
     }
 
     void write(const std::string& name, const std::string& text) const {
