@@ -3,13 +3,16 @@
 #include "mekreader/model.hpp"
 #include "support/testing.hpp"
 
+#include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
 
 using namespace Tyr::Mek2;
 using Testing::failureOf;
+using Testing::hex;
 using Tyr::Exception::InvalidArguments;
 using Tyr::Exception::OutOfBounds;
 using Tyr::Exception::TemplateSpecializationNotDefined;
@@ -51,6 +54,50 @@ TEST_F(NodesTest, RootTakesFourTypes) {
     EXPECT_EQ(file.nodes()[0].group->rootFlag, 1);
     EXPECT_EQ(file.nodes()[2].type, "Shape");
     EXPECT_EQ(file.nodes()[4].parent, 4U);
+}
+
+TEST_F(NodesTest, TreeIsLaidOutByteForByte) {
+    model.addNode(NodeType::RootGroup, "R");
+    model.addNode(NodeType::Shape, "S");
+    model.close();
+    MekReader::Container container(path("out"));
+    const std::pair<const char*, std::size_t> lengths[] = {
+        {"Mek Tree", 166}, {"Light Data", 45}, {"Attributes", 24}, {"Resources", 84}};
+    for (std::size_t number = 0; number < std::size(lengths); ++number) {
+        EXPECT_EQ(container.blocks()[number].name, lengths[number].first);
+        EXPECT_EQ(container.blocks()[number].rawLength, lengths[number].second);
+        EXPECT_EQ(container.blocks()[number].flags, 1);
+    }
+    EXPECT_EQ(container.blocks()[4].name, "Global Information");
+    EXPECT_TRUE(container.blocks()[5].isFree());
+    EXPECT_EQ(hex(container.stream("Mek Tree").substr(57, 53)),
+              "02 00 00 00 01 00 00 00 00 00 00 00 00 00 00 00 03 00 00 00 03 00 00 00 "
+              "01 00 00 00 53 05 00 00 00 53 68 61 70 65 03 00 00 00 30 2E 32 "
+              "29 00 00 00 00 00 00 00");
+}
+
+TEST_F(NodesTest, FindsTheFirstOfManyChildren) {
+    model.addNode(NodeType::RootGroup, "r");
+    const auto addChild = [&](NodeType type, const std::string& name) {
+        model.setCurrentNodeId(1);
+        return model.addNode(type, name);
+    };
+    for (int i = 0; i < 50; ++i) {
+        addChild(NodeType::Group, std::to_string(i));
+    }
+    const unsigned int geometry = addChild(NodeType::Shape, "s");
+    addChild(NodeType::Group, "s");
+    EXPECT_EQ(model.getNodeId("/r/s"), geometry - 1);
+    EXPECT_EQ(model.getNodeId("/r/s/s"), geometry);
+    EXPECT_EQ(model.getNodeId("/r/49"), 51U);
+    EXPECT_EQ(model.getNodeId("/r/50"), 0U);
+    EXPECT_EQ(addChild(NodeType::Group, "50"), geometry + 2);
+    EXPECT_EQ(model.getNodeId("/r/50"), geometry + 2);
+    // a group and the geometry of a shape are told apart where paths are added
+    const auto ids = model.addAssemblyComponents(Names{"/r/s", "/r/s/"});
+    EXPECT_EQ(ids[0], geometry);
+    EXPECT_EQ(ids[1], geometry + 1);
+    EXPECT_EQ(closed().nodes().size(), 55U);
 }
 
 TEST_F(NodesTest, RootShapeHasNoGeometry) {

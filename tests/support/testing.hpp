@@ -1,5 +1,6 @@
 /// @file
-/// What the tests share: bytes as hex text, a folder per test, the environment, failures by message.
+/// What the tests share: bytes as hex text, a folder per test, the environment, failures by
+/// message.
 #pragma once
 
 #include <tyr/exception/exception.hpp>
@@ -8,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -39,8 +41,10 @@ inline std::string repeatedHex(std::string_view byte, std::size_t count) {
     return text;
 }
 
-/// A name in the folder for temporary files that is used once.
-inline std::filesystem::path temporaryPath(const std::string& name) {
+/// A name in the folder for temporary files that is used once. A test with a parameter has a slash
+/// in its name.
+inline std::filesystem::path temporaryPath(std::string name) {
+    std::replace(name.begin(), name.end(), '/', '-');
     return std::filesystem::temp_directory_path() /
            ("mekapi2-" + std::to_string(std::random_device()()) + "-" + name);
 }
@@ -92,6 +96,6 @@ std::string failureOf(const Action& action) {
 
 /// Ends a test with literal compressed bytes where the library was built with something else than
 /// zlib, which is as right and packs otherwise.
-#define TYR_NEEDS_BYTES_OF_ZLIB()                                                  \
-    if (!TYR_TEST_HAS_BYTES_OF_ZLIB)                                               \
+#define TYR_NEEDS_BYTES_OF_ZLIB()    \
+    if (!TYR_TEST_HAS_BYTES_OF_ZLIB) \
     GTEST_SKIP() << "the expected bytes are those of zlib"
