@@ -47,6 +47,7 @@ struct Comparison {
 const std::vector<Comparison> comparisons = {
     {"bulk-150", {floorName, libraryName, libdeflateName, hdf5Name, vtkName}},
     {"bulk-1000", {floorName, libraryName, libdeflateName, hdf5Name, vtkName}},
+    {"bulk-steps", {floorName, libraryName, libdeflateName, hdf5Name, vtkName}},
     {"small", {floorName, libraryName, libdeflateName, hdf5Name, contiguousName}},
     {"one-array", {floorName, libraryName, libdeflateName, hdf5Name, vtkName}},
     {"stream", {libraryName, libdeflateName}},
@@ -158,8 +159,11 @@ private:
 void judge(const std::string& work, const Results& results, Figures& figures) {
     Judge judge(figures, results);
     const double peak = static_cast<double>(results.at(libraryName).peakMemory) / mebibyte;
-    if (work == "bulk-150" || work == "bulk-1000") {
-        const std::string title = work == "bulk-150" ? "bulk, 150 MB" : "bulk, 1 GB";
+    const std::map<std::string, std::string> bulk = {{"bulk-150", "bulk, 150 MB"},
+                                                     {"bulk-1000", "bulk, 1 GB"},
+                                                     {"bulk-steps", "bulk, 1 GB in 27 steps"}};
+    if (bulk.count(work) != 0) {
+        const std::string& title = bulk.at(work);
         judge.time(title, 1.05, libraryName, floorName);
         judge.time(title, 0.55, libraryName, vtkName);
         judge.time(title, 0.75, libdeflateName, hdf5Name);

@@ -166,6 +166,9 @@ Work workNamed(const std::string& name) {
         return {name, "Bulk: mesh of 10^6 nodes, 3 steps", meshWithResults(100, 3)};
     }
     if (name == "bulk-1000") {
+        return {name, "Bulk: mesh of 6.6 x 10^6 nodes, 3 steps", meshWithResults(188, 3)};
+    }
+    if (name == "bulk-steps") {
         return {name, "Bulk: mesh of 10^6 nodes, 27 steps", meshWithResults(100, 27)};
     }
     if (name == "small") {
