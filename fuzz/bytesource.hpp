@@ -2,7 +2,6 @@
 /// Turns the bytes of a fuzzer into choices.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -13,38 +12,34 @@ namespace Fuzz {
 /// Hands out values from the front. Once the bytes are used up everything is zero or empty.
 class ByteSource {
 public:
-    ByteSource(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
+    ByteSource(const std::uint8_t* data, std::size_t size)
+        : bytes_(reinterpret_cast<const char*>(data), size) {}
 
-    bool isEmpty() const { return size_ == 0; }
+    bool isEmpty() const { return position_ == bytes_.size(); }
+
+    /// As many of the next `count` bytes as there are.
+    std::string bytes(std::size_t count) {
+        std::string taken = bytes_.substr(position_, count);
+        position_ += taken.size();
+        return taken;
+    }
 
     template <class T>
     T number() {
         T value{};
-        const std::size_t taken = std::min(sizeof value, size_);
-        std::memcpy(&value, data_, taken);
-        skip(taken);
+        const std::string taken = bytes(sizeof value);
+        std::memcpy(&value, taken.data(), taken.size());
         return value;
     }
 
-    std::uint8_t byte() { return number<std::uint8_t>(); }
-    unsigned int below(unsigned int end) { return byte() % end; }
+    unsigned int below(unsigned int end) { return number<std::uint8_t>() % end; }
 
     /// A text of less than `limit` bytes.
-    std::string text(unsigned int limit) {
-        const std::size_t length = std::min<std::size_t>(below(limit), size_);
-        std::string value(reinterpret_cast<const char*>(data_), length);
-        skip(length);
-        return value;
-    }
+    std::string text(unsigned int limit) { return bytes(below(limit)); }
 
 private:
-    void skip(std::size_t count) {
-        data_ += count;
-        size_ -= count;
-    }
-
-    const std::uint8_t* data_;
-    std::size_t size_;
+    std::string bytes_;
+    std::size_t position_ = 0;
 };
 
 } // namespace Fuzz

@@ -1,5 +1,5 @@
 /// @file
-/// A folder for files that a target writes.
+/// A folder for the files of one run of a target.
 #pragma once
 
 #include <filesystem>
@@ -11,19 +11,16 @@ namespace Fuzz {
 /// It goes with the object.
 class Folder {
 public:
-    Folder()
-        : path_(std::filesystem::temp_directory_path() /
-                ("fuzz-" + std::to_string(std::random_device()()))) {
-        std::filesystem::create_directories(path_);
-    }
+    Folder() { std::filesystem::create_directories(path_); }
     Folder(const Folder&) = delete;
     Folder& operator=(const Folder&) = delete;
     ~Folder() { std::filesystem::remove_all(path_); }
 
-    const std::filesystem::path& path() const { return path_; }
+    std::string path(const char* name) const { return (path_ / name).string(); }
 
 private:
-    std::filesystem::path path_;
+    std::filesystem::path path_ =
+        std::filesystem::temp_directory_path() / ("fuzz-" + std::to_string(std::random_device()()));
 };
 
 } // namespace Fuzz

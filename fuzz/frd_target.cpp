@@ -3,22 +3,20 @@
 #include "converter.hpp"
 #include "frd/formaterror.hpp"
 #include "fuzz/folder.hpp"
-#include "fuzz/memoryfile.hpp"
 #include "mekreader/model.hpp"
 
 #include <cstdint>
-#include <filesystem>
+#include <fstream>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const Fuzz::Folder folder;
-    const std::filesystem::path output = folder.path() / "output";
-    const Fuzz::MemoryFile input;
-    input.write(data, size);
+    const Fuzz::Folder folder;
+    std::ofstream(folder.path("input"), std::ios::binary)
+        .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
     try {
-        Frd::convert(input.path(), output, true);
+        Frd::convert(folder.path("input"), folder.path("output"), true);
+        MekReader::check(folder.path("output"));
     } catch (const Frd::FormatError&) {
         return 0;
     }
-    MekReader::check(output);
     return 0;
 }

@@ -4,9 +4,10 @@
 #include <tyr/mek2/model.hpp>
 
 #include "fuzz/bytesource.hpp"
-#include "fuzz/memoryfile.hpp"
+#include "fuzz/folder.hpp"
 #include "mekreader/model.hpp"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
@@ -14,6 +15,7 @@
 #include <set>
 #include <string>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace {
@@ -25,15 +27,6 @@ void require(bool condition) {
     if (!condition) {
         std::abort();
     }
-}
-
-template <class T>
-Words bitsOf(const std::vector<T>& values) {
-    Words bits(values.size());
-    if (!values.empty()) {
-        std::memcpy(bits.data(), values.data(), values.size() * sizeof(T));
-    }
-    return bits;
 }
 
 /// One `Model`, what it is given, and what must stand in its file.
@@ -72,7 +65,7 @@ private:
         options.overwrite = kind != 1;
         options.toolName = name();
         options.toolVersion = name();
-        const std::string to = kind == 0 ? "" : kind == 2 ? "/" + name() + "/none" : file_.path();
+        const std::string to = kind == 0 ? "" : kind == 2 ? file_ + "/none" : file_;
         const unsigned int blockSize = source_.number<std::uint16_t>() % 2000;
         setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", std::to_string(blockSize).c_str(), 1);
         if (kind == 3) {
@@ -80,7 +73,7 @@ private:
         } else {
             model_.saveTo(to, options);
         }
-        isOpen_ = to == file_.path();
+        isOpen_ = to == file_;
     }
 
     void addNode() {
@@ -93,7 +86,7 @@ private:
         }
     }
 
-    /// The file is in memory, so that closing has no reason to fail.
+    /// There is room for the file, so that closing has no reason to fail.
     void close() noexcept {
         model_.close();
         if (std::exchange(isOpen_, false)) {
@@ -105,20 +98,20 @@ private:
     }
 
     void checkFile() const {
-        MekReader::check(file_.path());
-        MekReader::File file(file_.path());
+        MekReader::check(file_);
+        MekReader::File file(file_);
         require(file.nodes().size() >= highestId_);
-        std::map<std::pair<unsigned int, std::string>, const MekReader::Variable*> found;
+        std::size_t found = 0;
         for (const MekReader::Node& node : file.nodes()) {
             for (const MekReader::Variable& variable : node.variables) {
-                found[{node.id, variable.name}] = &variable;
+                const auto expected = expected_.find({node.id, variable.name});
+                if (expected != expected_.end()) {
+                    require(file.words(variable) == expected->second);
+                    ++found;
+                }
             }
         }
-        for (const auto& [place, values] : expected_) {
-            const MekReader::Variable& variable = *found.at(place);
-            require(file.words(variable) == values);
-            require(bitsOf(file.floats(variable)) == values);
-        }
+        require(found == expected_.size());
     }
 
     std::string name() { return source_.text(7); }
@@ -133,32 +126,25 @@ private:
         return path;
     }
 
+    /// One of the first `kinds` kinds of values, beyond the last one as the last one.
+    template <class Values, class Key>
+    void set(Values& values, const Key& key, unsigned int kinds) {
+        const std::variant<float, int, std::string, std::vector<float>> all[] = {
+            source_.number<float>(),
+            source_.number<int>(),
+            std::string(source_.number<std::uint16_t>() % 600, 't'),
+            "Vibration",
+            name(),
+            std::vector<float>(source_.below(6), 0.5F)};
+        const std::size_t kind = std::min<std::size_t>(source_.below(kinds), std::size(all) - 1);
+        std::visit([&](const auto& value) { values.set(key, value); }, all[kind]);
+    }
+
     Attributes attributes() {
         Attributes attributes;
         for (unsigned int count = source_.below(4); count > 0; --count) {
-            const std::string key = source_.below(4) == 0 ? "Category" : name();
-            switch (source_.below(7)) {
-                case 0:
-                    attributes.set(key, source_.number<float>());
-                    break;
-                case 1:
-                    attributes.set(key, source_.number<int>());
-                    break;
-                case 2:
-                    attributes.set(key, source_.number<unsigned int>());
-                    break;
-                case 3:
-                    attributes.set(key, std::string(source_.number<std::uint16_t>() % 600, 't'));
-                    break;
-                case 4:
-                    attributes.set(key, "Vibration");
-                    break;
-                case 5:
-                    attributes.set(key, name());
-                    break;
-                default:
-                    attributes.set(key, std::vector<float>(source_.below(4)));
-            }
+            attributes.set(name(), source_.number<unsigned int>());
+            set(attributes, source_.below(4) == 0 ? "Category" : name(), 6);
         }
         return attributes;
     }
@@ -167,22 +153,10 @@ private:
         NodeProperties properties;
         for (unsigned int count = source_.below(5); count > 0; --count) {
             const auto key = static_cast<PropertyType>(static_cast<int>(source_.below(13)) - 1);
-            switch (source_.below(6)) {
-                case 0:
-                    properties.set(key, source_.number<int>());
-                    break;
-                case 1:
-                    properties.set(key, source_.number<float>());
-                    break;
-                case 2:
-                    properties.set(key, name());
-                    break;
-                case 3:
-                    properties.set(key, source_.below(2) == 1);
-                    break;
-                default:
-                    properties.set(key, std::vector<float>(source_.below(6), 0.5F));
-            }
+            set(properties, key, 12);
+        }
+        if (source_.below(2) == 0) {
+            properties.set(PropertyType::MaterialFlag, source_.below(2) == 0);
         }
         model_.setNodeData(source_.below(20), properties, attributes());
     }
@@ -218,15 +192,18 @@ private:
     void addArrayOf() {
         const bool isColumn = source_.below(2) == 0;
         const unsigned int width = isColumn ? 1 : source_.below(8);
-        std::vector<T> values(width * (source_.number<std::uint16_t>() % 600U));
-        for (T& value : values) {
-            value = source_.number<T>();
+        Words bits(width * (source_.number<std::uint16_t>() % 600U));
+        for (std::uint32_t& word : bits) {
+            word = source_.number<std::uint32_t>();
         }
+        std::vector<T> values(bits.size() + 1);
+        std::memcpy(values.data(), bits.data(), bits.size() * sizeof(T));
+        values.pop_back();
         if (isColumn) {
-            return addOfType(anyType(1), Array1d<T>(values), bitsOf(values));
+            return addOfType(anyType(1), Array1d<T>(values), bits);
         }
         const std::size_t rows = width == 0 ? 3 : values.size() / width;
-        addOfType(anyType(width), Array2d<T>(rows, width, values), bitsOf(values));
+        addOfType(anyType(width), Array2d<T>(rows, width, values), bits);
     }
 
     /// Mostly one that takes arrays of this width.
@@ -247,15 +224,22 @@ private:
         const Attributes given = attributes();
         switch (source_.below(5)) {
             case 0:
-                model_.addArrayProperty(name(), type, array,
-                                        Array1d<unsigned int>({id, id, 3, id + 1}), steps(step),
-                                        given);
-                break;
+                return model_.addArrayProperty(name(), type, array,
+                                               Array1d<unsigned int>({id, id, 3, id + 1}),
+                                               steps(step), given);
             case 1:
-                model_.addArrayProperty(type, array, id, step, given);
-                break;
+                return model_.addArrayProperty(type, array, id, step, given);
             default:
-                addExpected(type, array, bits, id, step, given);
+                break;
+        }
+        // a name that no other call has is read back at the end
+        const std::string unique = "array " + std::to_string(arrayCount_++);
+        model_.addArrayProperty(unique, type, array, Array1d<unsigned int>({id, id + 1}), step,
+                                given);
+        for (const unsigned int one : {id, id + 1}) {
+            if (!bits.empty() && geometries_.count(one) != 0) {
+                expected_[{one, step.name.empty() ? unique : unique + '\x1E' + step.name}] = bits;
+            }
         }
     }
 
@@ -268,31 +252,14 @@ private:
         return list;
     }
 
-    /// A name that no other call has is read back at the end.
-    template <class Array>
-    void addExpected(DatasetType type, const Array& array, const Words& bits, unsigned int id,
-                     const Step& step, const Attributes& given) {
-        const std::string unique = "array " + std::to_string(arrayCount_++);
-        const Array1d<unsigned int> ids({id, id + 1});
-        model_.addArrayProperty(unique, type, array, ids, step, given);
-        if (bits.empty()) {
-            return;
-        }
-        const std::string full = step.name.empty() ? unique : unique + '\x1E' + step.name;
-        for (const unsigned int one : {id, id + 1}) {
-            if (geometries_.count(one) != 0) {
-                expected_[{one, full}] = bits;
-            }
-        }
-    }
-
     static constexpr void (Session::*calls[])() = {
         &Session::open,        &Session::close,         &Session::addNode,  &Session::addNode,
         &Session::moveTo,      &Session::moveUp,        &Session::findPath, &Session::findNames,
         &Session::setNodeData, &Session::addComponents, &Session::moveModel};
 
     Fuzz::ByteSource& source_;
-    Fuzz::MemoryFile file_;
+    const Fuzz::Folder folder_{};
+    const std::string file_ = folder_.path("file");
     Model model_;
     bool isOpen_ = false;
     unsigned int highestId_ = 0; ///< that `addNode` has given
