@@ -1,7 +1,6 @@
 #include "fault/faults.hpp"
 
 #include <fcntl.h>
-#include <malloc.h>
 #include <signal.h>
 #include <unistd.h>
 #if TYR_TEST_HAS_BYTES_OF_ZLIB
@@ -10,7 +9,6 @@
 #include <libdeflate.h>
 #endif
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -46,8 +44,7 @@ struct {
 } injection;
 
 std::int64_t held = 0;
-std::int64_t heldBytes = 0; // of `operator new`
-std::int64_t mostBytes = 0;
+std::int64_t given = 0; // bytes, by `operator new`
 bool isInFlush = false;
 Testing::WriteRecorder* recorder = nullptr;
 
@@ -81,7 +78,7 @@ ssize_t writeFile(void* cookie, const char* bytes, std::size_t size) {
     }
     if (recorder != nullptr) {
         const off_t position = lseek(fileOf(cookie), 0, SEEK_CUR);
-        recorder->writes.push_back({static_cast<std::uint64_t>(position), {bytes, taken}});
+        recorder->writes.emplace_back(position, std::string(bytes, taken));
     }
     return write(fileOf(cookie), bytes, taken);
 }
@@ -186,16 +183,12 @@ void* operator new(std::size_t size) {
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
-    heldBytes += static_cast<std::int64_t>(malloc_usable_size(memory));
-    mostBytes = std::max(mostBytes, heldBytes);
+    given += static_cast<std::int64_t>(size);
     return memory;
 }
 
 void* operator new[](std::size_t size) { return operator new(size); }
-void operator delete(void* memory) noexcept {
-    heldBytes -= static_cast<std::int64_t>(malloc_usable_size(memory));
-    __wrap_free(memory);
-}
+void operator delete(void* memory) noexcept { __wrap_free(memory); }
 void operator delete[](void* memory) noexcept { operator delete(memory); }
 void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { operator delete(memory); }
@@ -212,9 +205,7 @@ LibraryCall::LibraryCall() { injection.isInLibrary = true; }
 LibraryCall::~LibraryCall() { injection.isInLibrary = false; }
 
 std::int64_t heldAllocations() { return held; }
-
-PeakMemory::PeakMemory() : before_(heldBytes) { mostBytes = heldBytes; }
-std::int64_t PeakMemory::bytes() const { return mostBytes - before_; }
+std::int64_t givenBytes() { return given; }
 
 WriteRecorder::WriteRecorder() { recorder = this; }
 WriteRecorder::~WriteRecorder() { recorder = nullptr; }

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Testing {
@@ -53,23 +54,11 @@ public:
 /// Memory that was taken and not given back, in pieces.
 std::int64_t heldAllocations();
 
-/// The most bytes that `operator new` has given at a time since this came to life.
-class PeakMemory {
-public:
-    PeakMemory();
-    std::int64_t bytes() const;
+/// All bytes that `operator new` has given so far.
+std::int64_t givenBytes();
 
-private:
-    std::int64_t before_;
-};
-
-/// Bytes that the system was given for a file, in the order of time.
-struct Written {
-    std::uint64_t position;
-    std::string bytes;
-};
-
-/// While it lives all writes are noted.
+/// While it lives all writes are noted in the order of time: their positions in the file, and the
+/// bytes.
 class WriteRecorder {
 public:
     WriteRecorder();
@@ -77,7 +66,7 @@ public:
     WriteRecorder& operator=(const WriteRecorder&) = delete;
     ~WriteRecorder();
 
-    std::vector<Written> writes;
+    std::vector<std::pair<std::uint64_t, std::string>> writes;
 };
 
 } // namespace Testing

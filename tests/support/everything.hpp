@@ -1,15 +1,20 @@
 /// @file
-/// A model with everything in it, the same on every system.
+/// A model with everything in it that the public operations can write, the same on every system.
 #pragma once
 
 #include <tyr/mek2/model.hpp>
 
 #include <cstdint>
 #include <cstring>
+#include <functional>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Testing {
+
+using namespace Tyr::Mek2;
 
 /// Values that tell dataset, row and column, row by row.
 template <class T>
@@ -21,46 +26,72 @@ std::vector<T> valuesOf(unsigned int dataset, std::size_t rows, std::size_t colu
     return values;
 }
 
+template <class T>
+Array2d<T> table(unsigned int dataset, std::size_t rows, std::size_t columns) {
+    std::vector<T> values = valuesOf<T>(dataset, rows, columns);
+    return Array2d<T>(rows, columns, values);
+}
+
 /// Bits that a floating-point unit might change on their way: not-a-numbers, infinities, zero,
 /// subnormal and largest numbers.
 inline const std::vector<std::uint32_t> specialFloats = {
     0x7F800001, 0xFFC12345, 0x7F800000, 0xFF800000, 0x80000000, 0x00000001, 0x807FFFFF, 0x7F7FFFFF};
 
+// long enough to need memory of their own
+inline const std::string rootPath = "/a root with a long name";
+inline const std::string groupName = "a group with a long name";
+inline const std::string shapeName = "a shape with a long name";
+inline const std::string bodyName = "body of long name \xCE\x9B";
+inline const std::string skinName = "skin of long name";
+inline const std::string resultName = "a result with a long name";
+
+/// Runs one operation and tells whether it returned. The text names what it leaves in the file: a
+/// node, or a node, a slash and a variable.
+using Attempt = std::function<bool(const std::string&, const std::function<void()>&)>;
+
 class Everything {
 public:
-    static constexpr unsigned int resultSteps = 260;
+    static constexpr unsigned int allResults = 260;
 
-    void addTo(Tyr::Mek2::Model& model) {
+    explicit Everything(unsigned int results = allResults, Attempt attempt = runPlainly)
+        : results_(results), attempt_(std::move(attempt)) {}
+
+    void addTo(Model& model) {
         addTree(model);
-        addArrays(model);
+        if (skin_ != 0) {
+            addArrays(model);
+        }
     }
 
-    unsigned int body = 0;
-    unsigned int skin = 0;
-
 private:
-    using PropertyType = Tyr::Mek2::PropertyType;
-    using DatasetType = Tyr::Mek2::DatasetType;
     using Floats = std::vector<float>;
+    using Paths = std::vector<std::string>;
 
-    void addTree(Tyr::Mek2::Model& model) {
-        Tyr::Mek2::Attributes attributes;
+    static bool runPlainly(const std::string&, const std::function<void()>& operation) {
+        operation();
+        return true;
+    }
+
+    static Attributes attributes() {
+        Attributes attributes;
         attributes.set("unsigned", 4000000000U);
         attributes.set("int", -1);
         attributes.set("float", 1.5F);
-        attributes.set("text", std::string(300, 't'));
+        attributes.set("a text with a long key", std::string(300, 't'));
         attributes.set("", "line\nend \xC3\xA9\x1A");
-        model.addNode(Tyr::Mek2::NodeType::FlaggedRootGroup, "root", attributes);
-        const auto ids = model.addAssemblyComponents(std::vector<std::string>{
-            "/root/\xCE\x9B/", "/root/\xCE\x9B/body", "/root/\xCE\x9B/skin"});
-        body = ids[1];
-        skin = ids[2];
-        Tyr::Mek2::NodeProperties placement;
+        return attributes;
+    }
+
+    static NodeProperties placement() {
+        NodeProperties placement;
         placement.set(PropertyType::Translation, Floats{0.1F, -2, 3e30F});
         placement.set(PropertyType::Rotation, Floats{0, 1, 0, 0.5F});
         placement.set(PropertyType::Scale, Floats{2, 2, 2});
-        model.setNodeData(ids[0], placement);
-        Tyr::Mek2::NodeProperties look;
+        return placement;
+    }
+
+    static NodeProperties look() {
+        NodeProperties look;
         look.set(PropertyType::DiffuseColor, Floats{0.2F, 0.4F, 0.6F});
         look.set(PropertyType::SpecularColor, Floats{1, 2, 3, 4});
         look.set(PropertyType::EmissiveColor, Floats{0.1F, 0, 0});
@@ -68,34 +99,71 @@ private:
         look.set(PropertyType::Transparency, 0.25F);
         look.set(PropertyType::AmbientIntensity, 0.5F);
         look.set(PropertyType::MaterialFlag, false);
-        model.setNodeData(body, look);
+        return look;
     }
 
-    template <class T>
-    static Tyr::Mek2::Array2d<T> table(unsigned int dataset, std::size_t rows,
-                                       std::size_t columns) {
-        std::vector<T> values = valuesOf<T>(dataset, rows, columns);
-        return Tyr::Mek2::Array2d<T>(rows, columns, values);
+    void addTree(Model& model) {
+        const Paths paths = {rootPath + "/part of long name/",
+                             rootPath + "/part of long name/" + bodyName,
+                             rootPath + "/part of long name/" + skinName};
+        const std::map<std::string, Attributes> others = {
+            {rootPath + "/second part of long name/", attributes()}, {paths[1], Attributes()}};
+        const Paths names = {rootPath.substr(1), "part of long name", skinName};
+        const auto add = [&](NodeType type, const std::string& name,
+                             const NodeProperties& properties) {
+            unsigned int id = 0;
+            if (attempt_(name, [&] { id = model.addNode(type, name, attributes_); })) {
+                attempt_("setNodeData", [&] { model.setNodeData(id, properties, attributes_); });
+            }
+        };
+        add(NodeType::FlaggedRootGroup, rootPath.substr(1), NodeProperties());
+        attempt_("components", [&] {
+            const auto ids = model.addAssemblyComponents(paths);
+            body_ = ids[1];
+            skin_ = ids[2];
+        });
+        attempt_("components", [&] { model.addAssemblyComponents(others); });
+        attempt_("setCurrentNodeId", [&] { model.setCurrentNodeId(1); });
+        add(NodeType::Group, groupName, placement());
+        attempt_("moveToParentNode", [&] { model.moveToParentNode(); });
+        add(NodeType::Shape, shapeName, look());
+        attempt_("getNodeId", [&] { model.getNodeId(paths[2] + '/' + skinName); });
+        attempt_("getNodeId", [&] { model.getNodeId(names); });
     }
 
-    void addArrays(Tyr::Mek2::Model& model) const {
-        const Tyr::Mek2::Step noStep;
-        const Tyr::Mek2::Array1d<unsigned int> both({body, skin});
-        model.addArrayProperty(DatasetType::Coordinates, table<float>(1, 100, 3), both, noStep);
-        model.addArrayProperty(DatasetType::Connectivity2, table<unsigned int>(2, 80, 1), body,
-                               noStep);
+    template <class... Arguments>
+    void addArray(Model& model, const std::string& left, const Arguments&... arguments) {
+        attempt_(left, [&] { model.addArrayProperty(arguments...); });
+    }
+
+    void addArrays(Model& model) {
+        const Step noStep;
+        const Array1d<unsigned int> both({body_, skin_});
+        addArray(model, skinName + "/Coordinates", DatasetType::Coordinates,
+                 table<float>(1, 100, 3), both, noStep);
+        addArray(model, bodyName + "/Connectivity", DatasetType::Connectivity2,
+                 table<unsigned int>(2, 80, 1), body_, noStep, attributes_);
         Floats special(specialFloats.size());
         std::memcpy(special.data(), specialFloats.data(), special.size() * sizeof(float));
-        model.addArrayProperty("special", DatasetType::ResultA1, Tyr::Mek2::Array1d<float>(special),
-                               skin, noStep);
-        for (unsigned int number = 0; number < resultSteps; ++number) {
-            Tyr::Mek2::Step step{std::to_string(number)};
+        StepList steps(2);
+        steps.set(0, Step{"first step of the list", attributes_});
+        steps.set(1, Step{"second step of the list", attributes_});
+        addArray(model, skinName + "/special\x1Esecond step of the list", "special",
+                 DatasetType::ResultA1, Array1d<float>(special), both, steps);
+        for (unsigned int number = 0; number < results_; ++number) {
+            Step step{"step of the number " + std::to_string(number)};
             step.attributes.set("Step", number);
             step.attributes.set("Category", "Vibration");
-            model.addArrayProperty("stress", DatasetType::ResultA6, table<float>(3 + number, 5, 6),
-                                   both, step);
+            addArray(model, skinName + '/' + resultName + '\x1E' + step.name, resultName,
+                     DatasetType::ResultA6, table<float>(3 + number, 10, 6), both, step);
         }
     }
+
+    unsigned int results_;
+    Attempt attempt_;
+    const Attributes attributes_ = attributes();
+    unsigned int body_ = 0;
+    unsigned int skin_ = 0;
 };
 
 } // namespace Testing

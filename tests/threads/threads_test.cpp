@@ -1,6 +1,7 @@
 #include <tyr/mek2/model.hpp>
 
 #include "mekreader/model.hpp"
+#include "support/everything.hpp"
 #include "support/testing.hpp"
 
 #include <string>
@@ -14,23 +15,12 @@ using ThreadsTest = Testing::FolderTest;
 
 constexpr unsigned int threadCount = 8;
 
+/// The numbers differ, so that the files do.
 void write(const std::string& path, unsigned int number) {
     Model model;
-    SaverOptions options;
-    options.overwrite = true;
-    model.saveTo(path, options);
-    const auto shapes = model.addAssemblyComponents(
-        std::vector<std::string>{"/root/" + std::to_string(number), "/root/other"});
-    model.addNode(NodeType::Group, "below");
-    Attributes attributes;
-    attributes.set("number", number);
-    for (unsigned int count = 0; count < 40; ++count) {
-        const Array1d<float> values(30, static_cast<float>(100 * number + count));
-        const Step step{std::to_string(count), attributes};
-        model.addArrayProperty("result", DatasetType::ResultA1, values, shapes[0], step);
-        model.addArrayProperty(DatasetType::NodeIds, values, shapes, step);
-        EXPECT_THROW(model.setCurrentNodeId(1000), Tyr::Exception::OutOfBounds);
-    }
+    model.saveTo(path, SaverOptions{true});
+    Testing::Everything(20 + number).addTo(model);
+    EXPECT_THROW(model.setCurrentNodeId(1000), Tyr::Exception::OutOfBounds);
     model.close();
 }
 
