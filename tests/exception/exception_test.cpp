@@ -4,42 +4,35 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 
 namespace {
 
 using namespace Tyr::Exception;
 
-struct Case {
-    std::unique_ptr<Exception> failure;
-    int code;
-    std::string text;
-};
+template <class Failure>
+void expectNumberAndText(int code, const char* text) {
+    const Failure failure;
+    EXPECT_EQ(failure.code(), code);
+    EXPECT_STREQ(failure.what(), text);
+    EXPECT_STREQ(failure.message(), text);
+}
 
 TEST(Exception, EveryClassHasItsNumberAndText) {
-    Case cases[] = {
-        {std::make_unique<Exception>(), 1, "Unknown Exception"},
-        {std::make_unique<MiscelleneousException>(), 2, "Miscelleneous exception"},
-        {std::make_unique<InvalidArguments>(), 3, "Invalid arguments"},
-        {std::make_unique<FileOpenException>(), 5, "File open exception"},
-        {std::make_unique<FileWriteException>(), 7, "File write exception"},
-        {std::make_unique<OutOfBounds>(), 11, "Out of bounds error"},
-        {std::make_unique<OverflowError>(), 12, "Overflow error"},
-        {std::make_unique<UnderflowError>(), 13, "Underflow error"},
-        {std::make_unique<KeyNotFound>(), 14, "Key not found"},
-        {std::make_unique<MemoryAllocationException>(), 16, "Memory allocation error"},
-        {std::make_unique<InvalidObjectState>(), 17, "Invalid object state"},
-        {std::make_unique<TemplateSpecializationNotDefined>(), 19,
-         "Template specialization not defined"},
-        {std::make_unique<NotYetImplemented>(), 20, "Not yet implemented"},
-    };
-
-    for (const Case& one : cases) {
-        EXPECT_EQ(one.failure->code(), one.code);
-        EXPECT_EQ(one.failure->what(), one.text);
-        EXPECT_EQ(one.failure->message(), one.text);
-    }
+    expectNumberAndText<Exception>(1, "Unknown Exception");
+    expectNumberAndText<MiscelleneousException>(2, "Miscelleneous exception");
+    expectNumberAndText<InvalidArguments>(3, "Invalid arguments");
+    expectNumberAndText<FileOpenException>(5, "File open exception");
+    expectNumberAndText<FileWriteException>(7, "File write exception");
+    expectNumberAndText<OutOfBounds>(11, "Out of bounds error");
+    expectNumberAndText<OverflowError>(12, "Overflow error");
+    expectNumberAndText<UnderflowError>(13, "Underflow error");
+    expectNumberAndText<KeyNotFound>(14, "Key not found");
+    expectNumberAndText<MemoryAllocationException>(16, "Memory allocation error");
+    expectNumberAndText<InvalidObjectState>(17, "Invalid object state");
+    expectNumberAndText<TemplateSpecializationNotDefined>(19,
+                                                          "Template specialization not defined");
+    expectNumberAndText<NotYetImplemented>(20, "Not yet implemented");
     EXPECT_STREQ(InvalidArguments("invalid array size").what(), "invalid array size");
     EXPECT_STREQ(OutOfBounds("").message(), "Out of bounds error");
     EXPECT_EQ(Base().message(), nullptr);

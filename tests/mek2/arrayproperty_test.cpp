@@ -1,11 +1,6 @@
-#include <tyr/mek2/model.hpp>
-
-#include "mekreader/model.hpp"
-#include "support/testing.hpp"
 #include "tyr/mek2/arrayproperty.hpp"
 
-#include <string>
-#include <vector>
+#include "mek2/modeltest.hpp"
 
 namespace {
 
@@ -14,20 +9,13 @@ using Testing::failureOf;
 using Tyr::Exception::InvalidArguments;
 
 /// Root r (1), shapes with the geometries 3 and 5.
-class ArrayPropertyTest : public Testing::FolderTest {
+class ArrayPropertyTest : public Testing::ModelTest {
 protected:
     ArrayPropertyTest() {
-        model.saveTo(path("out"));
         model.addNode(NodeType::Group, "r");
         first = model.addNode(NodeType::Shape, "a");
         model.setCurrentNodeId(1);
         second = model.addNode(NodeType::Shape, "b");
-    }
-
-    MekReader::File closed() {
-        model.close();
-        MekReader::check(path("out"));
-        return MekReader::File(path("out"));
     }
 
     static std::string listed(const MekReader::Node& node) {
@@ -41,7 +29,6 @@ protected:
         return names;
     }
 
-    Model model;
     unsigned int first = 0;
     unsigned int second = 0;
 };
@@ -49,29 +36,25 @@ protected:
 const Array1d<float> pair({1.0F, 2.0F});
 
 TEST(DatasetTable, FixesWidthNameAndVariableType) {
-    // one row per dataset type, from 0
-    const std::string rows[] = {
-        "Connectivity 1 4",  "Connectivity 1 5",  "Connectivity 1 6", "Polylength 1 9",
-        "Polylength 1 9",    "Polylength 1 9",    "Part Elements 1 4", "Part Elements 1 5",
-        "Part Elements 1 6", "Coordinates 3 1",   "- 1 12",           "- 3 13",
-        "- 6 14",            "- 6 15",            "- 1 16",           "- 3 17",
-        "- 6 18",            "- 6 19",            "- 1 20",           "- 3 21",
-        "- 6 22",            "- 6 23",            "- 1 24",           "- 1 25",
-        "- 3 26",            "- 6 27",            "- 6 28",           "Node Ids 1 12",
-        "Element IDs 1 16",  "Displacement 3 13", "Displacement 6 14"};
     using Property = ArrayProperty<ColumnData<float>>;
-    int number = 0;
-    for (const std::string& row : rows) {
-        const auto type = DatasetType(number++);
-        const std::string noName = "Can't guess result name for specified type";
-        std::string name;
+    std::string table;
+    for (int number = 0; number < 31; ++number) {
+        const auto type = DatasetType(number);
+        std::string name = "-";
         const std::string failure =
             failureOf<InvalidArguments>([&] { name = Property::nameFrom(type); });
-        EXPECT_EQ(failure == noName, name.empty());
-        EXPECT_EQ((name.empty() ? "-" : name) + ' ' + std::to_string(Property::widthFrom(type)) +
-                      ' ' + std::to_string(Property::geomTypeFrom(type)),
-                  row);
+        EXPECT_EQ(failure,
+                  name == "-" ? "Can't guess result name for specified type" : "no failure");
+        table += name + ' ' + std::to_string(Property::widthFrom(type)) + ' ' +
+                 std::to_string(Property::geomTypeFrom(type)) + '\n';
     }
+    EXPECT_EQ(table,
+              "Connectivity 1 4\nConnectivity 1 5\nConnectivity 1 6\n"
+              "Polylength 1 9\nPolylength 1 9\nPolylength 1 9\n"
+              "Part Elements 1 4\nPart Elements 1 5\nPart Elements 1 6\nCoordinates 3 1\n"
+              "- 1 12\n- 3 13\n- 6 14\n- 6 15\n- 1 16\n- 3 17\n- 6 18\n- 6 19\n- 1 20\n- 3 21\n"
+              "- 6 22\n- 6 23\n- 1 24\n- 1 25\n- 3 26\n- 6 27\n- 6 28\n"
+              "Node Ids 1 12\nElement IDs 1 16\nDisplacement 3 13\nDisplacement 6 14\n");
     EXPECT_EQ(failureOf<InvalidArguments>([] { Property::geomTypeFrom(DatasetType(31)); }),
               "Can't guess result type for specified type");
 }
@@ -96,6 +79,24 @@ TEST_F(ArrayPropertyTest, ChecksTypeAndShape) {
     EXPECT_EQ(closed().streamLength("Heavy Data"), 0U);
 }
 
+TEST_F(ArrayPropertyTest, OwnersAndLinksAreLaidOutByteForByte) {
+    const Array2d<float> table(2, 3, 1.0F);
+    model.addArrayProperty("B", DatasetType::Coordinates, table, first, Step{});
+    model.addArrayProperty("C", DatasetType::Coordinates, table,
+                           Array1d<unsigned int>({first, second}), Step{});
+    MekReader::File file = closed();
+
+    EXPECT_EQ(Testing::hex(file.container().stream("Light Data").substr(41)),
+              "02 00 00 00 "
+              "01 00 00 00 42 01 00 00 01 00 18 00 00 00 03 00 00 00 00 00 00 00 00 00 00 00 "
+              "00 00 00 00 00 00 00 00 00 "
+              "01 00 00 00 43 01 00 00 01 00 18 00 00 00 03 00 00 00 00 00 00 00 00 00 00 00 "
+              "18 00 00 00 00 00 00 00 00 "
+              "01 00 00 00 "
+              "01 00 00 00 43 01 00 00 01 01 03 00 00 00 01 00 00 00 00");
+    EXPECT_EQ(file.container().stream("Attributes"), std::string(96, '\0'));
+}
+
 TEST_F(ArrayPropertyTest, FirstPairOwnsAndTheOthersLink) {
     StepList steps(2);
     Step step{"s1"};
@@ -110,6 +111,7 @@ TEST_F(ArrayPropertyTest, FirstPairOwnsAndTheOthersLink) {
     EXPECT_EQ(model.addNode(NodeType::Group, "g"), 6U);
     const MekReader::File file = closed();
 
+    EXPECT_EQ(file.blocks().at(0).flags, 0x01);
     EXPECT_EQ(listed(file.nodes()[2]), "R\x1Es1@0 R\x1Es2->3:0 ");
     EXPECT_EQ(listed(file.nodes()[4]), "R\x1Es1->3:0 R\x1Es2->3:0 ");
     const MekReader::AttributeList& owned = file.nodes()[2].variables[0].attributes;
@@ -132,6 +134,7 @@ TEST_F(ArrayPropertyTest, KeepsWhatCameBeforeAFailure) {
     const MekReader::File file = closed();
 
     EXPECT_EQ(file.streamLength("Heavy Data"), 32U);
+    EXPECT_EQ(file.blocks().at(0).flags, 0x21); // since its second dataset
     EXPECT_EQ(listed(file.nodes()[2]), "Node Ids@8 ");
 }
 
@@ -143,24 +146,45 @@ TEST_F(ArrayPropertyTest, NamesUsedAgainStillLeadToTheirData) {
     model.addArrayProperty("R", DatasetType::ResultA1, Array1d<float>({3.0F}), reversed, Step{});
     model.addArrayProperty("Q", DatasetType::ResultA1, Array1d<float>({4.0F}),
                            Array1d<unsigned int>({first, first}), StepList(2));
+    Attributes attributes;
+    attributes.set("a", 1U);
+    attributes.set("b", 1U);
+    model.addArrayProperty("S", DatasetType::ResultA1, pair, first, Step{}, attributes);
+    Attributes others;
+    others.set("b", 2U);
+    model.addArrayProperty("S", DatasetType::ResultA1, Array1d<float>(3), first, Step{}, others);
     MekReader::File file = closed();
 
-    EXPECT_EQ(listed(file.nodes()[2]), "R->5:0 Q@12 ");
+    EXPECT_EQ(listed(file.nodes()[2]), "R->5:0 Q@12 S@24 ");
+    EXPECT_EQ(file.nodes()[2].variables[2].rows(), 3U);
+    EXPECT_EQ(file.nodes()[2].variables[2].attributes,
+              (MekReader::AttributeList{{"a", 1U}, {"b", 2U}}));
     EXPECT_EQ(listed(file.nodes()[4]), "R@8 ");
     EXPECT_EQ(file.floats(file.nodes()[2].variables[0]), (std::vector<float>{3}));
 }
 
-TEST_F(ArrayPropertyTest, FlagsReachABlockWithTheSecondDataset) {
-    model.addArrayProperty(DatasetType::NodeIds, pair, first, Step{});
-    model.close();
-    EXPECT_EQ(MekReader::File(path("out")).blocks().at(0).flags, 0x01);
+TEST_F(ArrayPropertyTest, LeavesOutSomeKeysAndKnowsVibrations) {
+    Attributes attributes;
+    for (const char* key : {"Complex", "Contents", "DataSource", "DataType", "Structure", "Link.",
+                            "Link.x", "Link", "Category", "complex"}) {
+        attributes.set(key, "Vibration");
+    }
+    model.addArrayProperty(DatasetType::NodeIds, pair, first, Step{}, attributes);
+    attributes.set("Category", "vibration");
+    model.addArrayProperty(DatasetType::ElementIds, pair, first, Step{}, attributes);
+    attributes.set("Category", 1U);
+    model.addArrayProperty("R", DatasetType::ResultA1, pair, first, Step{}, attributes);
+    const MekReader::File file = closed();
 
-    model.saveTo(path("two"));
-    model.addAssemblyComponents(std::vector<std::string>{"/r/s"});
-    model.addArrayProperty(DatasetType::NodeIds, pair, 3U, Step{});
-    model.addArrayProperty(DatasetType::ElementIds, pair, 3U, Step{});
-    model.close();
-    EXPECT_EQ(MekReader::File(path("two")).blocks().at(0).flags, 0x21);
+    std::string found;
+    for (const MekReader::Variable& variable : file.nodes()[2].variables) {
+        for (const auto& attribute : variable.attributes) {
+            found += attribute.first + ' ';
+        }
+        found += variable.vibration ? "vibration " : "";
+    }
+    EXPECT_EQ(found,
+              "Category Link complex vibration Category Link complex Category Link complex ");
 }
 
 } // namespace

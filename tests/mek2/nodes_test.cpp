@@ -1,12 +1,7 @@
-#include <tyr/mek2/model.hpp>
-
-#include "mekreader/model.hpp"
-#include "support/testing.hpp"
+#include "mek2/modeltest.hpp"
 
 #include <iterator>
-#include <string>
 #include <utility>
-#include <vector>
 
 namespace {
 
@@ -17,21 +12,10 @@ using Tyr::Exception::InvalidArguments;
 using Tyr::Exception::OutOfBounds;
 using Tyr::Exception::TemplateSpecializationNotDefined;
 using Floats = std::vector<float>;
+using Ids = std::vector<unsigned int>;
 using Names = std::vector<std::string>;
 
-/// A model in a write cycle, read back once it is closed.
-class NodesTest : public Testing::FolderTest {
-protected:
-    NodesTest() { model.saveTo(path("out")); }
-
-    MekReader::File closed() {
-        model.close();
-        MekReader::check(path("out"));
-        return MekReader::File(path("out"));
-    }
-
-    Model model;
-};
+using NodesTest = Testing::ModelTest;
 
 NodeProperties property(PropertyType type, const Floats& values) {
     NodeProperties properties;
@@ -44,15 +28,15 @@ TEST_F(NodesTest, RootTakesFourTypes) {
         EXPECT_EQ(failureOf<InvalidArguments>([&] { model.addNode(type, "r"); }),
                   "Invalid node type for root node");
     }
-    EXPECT_EQ(model.addNode(NodeType::FlaggedRootGroup, "r"), 1U);
+    EXPECT_EQ(model.addNode(NodeType::Shape, "r"), 1U); // without a geometry
     EXPECT_EQ(failureOf<InvalidArguments>([&] { model.addNode(NodeType::RootGroup, "x"); }),
               "Invalid node type");
+    model.setNodeData(1, property(PropertyType::DiffuseColor, {1, 0, 0}));
     EXPECT_EQ(model.addNode(NodeType::Group, "g"), 2U);
     EXPECT_EQ(model.addNode(NodeType::Shape, "s"), 4U);
     EXPECT_EQ(model.addNode(NodeType::Group, "below a geometry"), 5U);
     const MekReader::File file = closed();
-    EXPECT_EQ(file.nodes()[0].group->rootFlag, 1);
-    EXPECT_EQ(file.nodes()[2].type, "Shape");
+    EXPECT_EQ(file.nodes()[0].material->diffuseColor[1], 0.0F);
     EXPECT_EQ(file.nodes()[4].parent, 4U);
 }
 
@@ -74,6 +58,10 @@ TEST_F(NodesTest, TreeIsLaidOutByteForByte) {
               "02 00 00 00 01 00 00 00 00 00 00 00 00 00 00 00 03 00 00 00 03 00 00 00 "
               "01 00 00 00 53 05 00 00 00 53 68 61 70 65 03 00 00 00 30 2E 32 "
               "29 00 00 00 00 00 00 00");
+    EXPECT_EQ(hex(container.stream("Light Data")),
+              "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 80 3F 00 00 00 00 "
+              "00 00 80 3F 00 00 80 3F 00 00 80 3F 00 00 00 00 00");
+    EXPECT_EQ(container.stream("Attributes"), std::string(24, '\0'));
 }
 
 TEST_F(NodesTest, FindsTheFirstOfManyChildren) {
@@ -100,13 +88,6 @@ TEST_F(NodesTest, FindsTheFirstOfManyChildren) {
     EXPECT_EQ(closed().nodes().size(), 55U);
 }
 
-TEST_F(NodesTest, RootShapeHasNoGeometry) {
-    EXPECT_EQ(model.addNode(NodeType::Shape, "s"), 1U);
-    model.setNodeData(1, property(PropertyType::DiffuseColor, {1, 0, 0}));
-    EXPECT_EQ(model.addNode(NodeType::Group, "g"), 2U);
-    EXPECT_EQ(closed().nodes()[0].material->diffuseColor[1], 0.0F);
-}
-
 TEST_F(NodesTest, CursorFollowsTheOperations) {
     model.addNode(NodeType::Group, "r");
     model.moveToParentNode();
@@ -116,14 +97,12 @@ TEST_F(NodesTest, CursorFollowsTheOperations) {
     EXPECT_EQ(model.addNode(NodeType::Group, "s"), 4U);
     EXPECT_THROW(model.setCurrentNodeId(0), OutOfBounds);
     EXPECT_THROW(model.setCurrentNodeId(5), OutOfBounds);
-    EXPECT_EQ(model.getNodeId("", "/"), 0U);
     EXPECT_EQ(model.getNodeId(Names{}), 0U);
     EXPECT_EQ(model.addNode(NodeType::Group, "4/5"), 5U); // still below 4
     EXPECT_EQ(model.getNodeId("/r/s"), 2U);
     EXPECT_EQ(model.addNode(NodeType::Group, "root's"), 6U);
     EXPECT_EQ(model.getNodeId(Names{"r", "s", "4/5"}), 0U); // the first s is the shape
     EXPECT_EQ(model.getNodeId(Names{"r", "s", "s"}), 3U);
-    EXPECT_EQ(model.getNodeId(Names{"r"}), 1U);
     model.setNodeData(3, NodeProperties());
     EXPECT_EQ(model.addNode(NodeType::Group, "below the shape"), 7U);
     const MekReader::File file = closed();
@@ -195,6 +174,76 @@ TEST_F(NodesTest, RefusesPropertiesThatDoNotFit) {
     NodeProperties single;
     single.set(PropertyType::Translation, 1.0F);
     EXPECT_THROW(model.setNodeData(1, single), TemplateSpecializationNotDefined);
+}
+
+class ComponentsTest : public Testing::ModelTest {
+protected:
+    static Ids list(const Array1d<unsigned int>& ids) {
+        Ids copy;
+        for (std::size_t i = 0; i < ids.size(); ++i) {
+            copy.push_back(ids[i]);
+        }
+        return copy;
+    }
+    Ids add(const Names& paths, const std::string& separator = "/") {
+        return list(model.addAssemblyComponents(paths, separator));
+    }
+};
+
+TEST_F(ComponentsTest, BuildsAndReusesBranches) {
+    EXPECT_EQ(add({"/r/p/s", "/r/p/g/"}), (Ids{4, 5}));
+    EXPECT_EQ(model.addNode(NodeType::Group, "below g"), 6U);
+    EXPECT_EQ(add({"", "/r/p/s", "///", "/r//p/s", "/r/p/g/below g/"}), (Ids{0, 4, 0, 4, 6}));
+    EXPECT_EQ(add({"/r/p/s/t"}), (Ids{9})); // a group s beside the shape s
+    EXPECT_EQ(add({"/r", "/r/"}), (Ids{1, 1}));
+    EXPECT_EQ(model.addNode(NodeType::Group, "below r"), 10U);
+    EXPECT_EQ(add({"", "/"}), (Ids{0, 0})); // the cursor does not move
+    EXPECT_EQ(model.addNode(NodeType::Group, "below below r"), 11U);
+    const MekReader::File file = closed();
+    EXPECT_EQ(file.nodes()[6].type, "Group");
+    EXPECT_EQ(file.nodes()[6].parent, 2U);
+    EXPECT_EQ(file.nodes()[9].parent, 1U);
+    EXPECT_EQ(file.nodes()[10].parent, 10U);
+}
+
+TEST_F(ComponentsTest, CutsAtEveryCharacterOfTheSeparator) {
+    EXPECT_EQ(add({"::r::a:b::"}, "::"), (Ids{3}));
+    EXPECT_EQ(add({"::r:a:b:"}, "::"), (Ids{5})); // does not end in the separator: a shape
+}
+
+TEST_F(ComponentsTest, KeepsWhatCameBeforeAFailure) {
+    const Names halfRelative = {"/r/a/", "r/b/"};
+    EXPECT_EQ(failureOf<InvalidArguments>([&] { add(halfRelative); }),
+              "Relative paths not supported");
+    EXPECT_THROW(add({"/r/b/", "/q/c/"}), Tyr::Exception::NotYetImplemented);
+    EXPECT_EQ(model.getNodeId("/r/a"), 2U);
+    EXPECT_EQ(model.getNodeId("/r/b"), 3U);
+}
+
+TEST_F(ComponentsTest, GivesAttributesToTheGroupsAtTheEnds) {
+    Attributes first;
+    first.set("a", 1U);
+    first.set("b", 1U);
+    Attributes second;
+    second.set("b", 2U);
+    Attributes refused;
+    refused.set("v", std::vector<float>{1});
+    using Map = std::map<std::string, Attributes>;
+
+    // in the order of the paths: "/r/", "/r/p/g/", "/r/p/s"
+    const Map paths = {{"/r/p/s", refused}, {"/r/p/g/", first}, {"/r/", second}};
+    EXPECT_EQ(list(model.addAssemblyComponents(paths)), (Ids{1, 3, 5}));
+    model.addAssemblyComponents(Map{{"/r/p/g/", second}});
+    EXPECT_THROW(model.addAssemblyComponents(Map{{"/r/p/", refused}}), InvalidArguments);
+    const MekReader::File file = closed();
+    EXPECT_EQ(std::get<std::uint32_t>(file.nodes()[2].group->attributes.at("a")), 1U);
+    EXPECT_EQ(std::get<std::uint32_t>(file.nodes()[2].group->attributes.at("b")), 2U);
+    EXPECT_TRUE(file.nodes()[1].group->attributes.empty());
+}
+
+TEST_F(ComponentsTest, AddsBelowARootOfAddNode) {
+    model.addNode(NodeType::Shape, "r");
+    EXPECT_EQ(add({"/r/", "/r/s"}), (Ids{1, 3}));
 }
 
 } // namespace

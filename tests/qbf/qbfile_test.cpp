@@ -2,30 +2,135 @@
 
 #include "support/testing.hpp"
 
-#include <fstream>
+#include <cstdio>
 #include <string>
 
 namespace {
 
+using namespace TyrQbf;
+using Testing::BlockSizeVariable;
 using Testing::failureOf;
-using TyrQbf::QbFile;
-using QbFileTest = Testing::FolderTest;
+using Testing::hex;
+using Testing::readFile;
 
-TEST_F(QbFileTest, OpensOnlyWhatItMay) {
-    std::ofstream(path("old")) << "content";
+constexpr std::size_t headSize = 12;
+constexpr std::size_t firstEntry = 20;
+constexpr std::size_t entrySize = 139;
+
+/// A container with a head, and its bytes once it is finished.
+class IndexTest : public Testing::FolderTest {
+protected:
+    IndexTest() {
+        file.OpenFileForWriting(path("out"), false);
+        std::fwrite(FileSignature.data(), FileSignature.size(), 1, file.stream);
+        std::fwrite(FileFormatVersion.data(), FileFormatVersion.size(), 1, file.stream);
+    }
+
+    void put(const std::string& name, const std::string& bytes) {
+        file.index.Put(name, bytes.data(), bytes.size());
+    }
+
+    std::string finish() {
+        file.index.WriteAllBuffersToFileStream(file.stream);
+        file.CloseFile();
+        return readFile(path("out"));
+    }
+
     QbFile file;
-    EXPECT_EQ(failureOf<Tyr::Exception::FileOpenException>(
-                  [&] { file.OpenFileForWriting(path("old"), false); }),
-              "File exists.");
-    EXPECT_EQ(Testing::readFile(path("old")), "content");
-    EXPECT_EQ(file.stream, nullptr);
+};
 
-    file.OpenFileForWriting(path("old"), true);
-    EXPECT_EQ(Testing::readFile(path("old")), "");
-    EXPECT_EQ(failureOf<Tyr::Exception::MiscelleneousException>(
-                  [&] { file.OpenFileForWriting(path("old"), true); }),
-              "File stream is already in use");
+TEST_F(IndexTest, WritesTwoStreamsByteForByte) {
+    TYR_NEEDS_BYTES_OF_ZLIB();
+    file.index.Put("Light Data", std::string("abc"));
+    file.index.Put("Heavy Data", 7U);
+    file.SetBlockFlags("Light Data", FlagCompress);
+    const std::string bytes = finish();
+
+    ASSERT_EQ(bytes.size(), 2823U);
+    EXPECT_EQ(hex(bytes.substr(0, 31)),
+              "89 51 42 46 0D 0A 1A 0A 31 2E 33 00 E0 0A 00 00 14 00 00 00 01 80 00 00 00 "
+              "4C 69 67 68 74 20");
+    EXPECT_EQ(bytes.substr(25, 128), "Light Data" + std::string(118, '\0'));
+    EXPECT_EQ(hex(bytes.substr(153, 11)), "13 00 00 00 01 00 02 80 00 00 00");
+    EXPECT_EQ(bytes.substr(164, 128), "Heavy Data" + std::string(118, '\0'));
+    EXPECT_EQ(hex(bytes.substr(292, 6)), "04 00 00 00 00 00");
+    for (std::size_t id = 3; id <= 20; ++id) {
+        const std::string entry = bytes.substr(298 + 139 * (id - 3), entrySize);
+        EXPECT_EQ(static_cast<std::size_t>(entry[0]), id);
+        EXPECT_EQ(hex(entry.substr(1)), "80 00 00 00 0B 45 6D 70 74 79 20 42 6C 6F 63 6B 20 " +
+                                            hex(std::string(121, '\0')));
+    }
+    EXPECT_EQ(hex(bytes.substr(2800)),
+              "07 00 00 00 78 9C 63 66 60 60 48 4C 4A 06 00 02 66 01 2A 07 00 00 00");
 }
+
+TEST_F(IndexTest, ChainsTablesPastNineteenBlocks) {
+    for (char name = 'a'; name < 'a' + 25; ++name) {
+        put(std::string(1, name), std::string(1, name));
+    }
+    const std::string bytes = finish();
+
+    ASSERT_EQ(bytes.size(), 30629U);
+    EXPECT_EQ(bytes.substr(2800, 19), "abcdefghijklmnopqrs");
+    EXPECT_EQ(bytes.substr(30623), "tuvwxy");
+    EXPECT_EQ(hex(bytes.substr(firstEntry + 19 * entrySize, entrySize)),
+              "14 80 00 00 00 0B 49 6E 64 65 78 20 42 6C 6F 63 6B 20 " +
+                  hex(std::string(115, '\0')) + " 9C 6C 00 00 20 00");
+    EXPECT_EQ(hex(bytes.substr(2819, 10)), "C8 00 00 00 15 80 00 00 00 74");
+    const std::string lastEntry = bytes.substr(2819 + 4 + 199 * entrySize, entrySize);
+    EXPECT_EQ(hex(lastEntry.substr(0, 18)),
+              "DC 80 00 00 00 0B 45 6D 70 74 79 20 42 6C 6F 63 6B 20");
+    EXPECT_EQ(hex(lastEntry.substr(133)), "00 00 00 00 00 00");
+}
+
+TEST_F(IndexTest, EndsABlockWithTheFirstPutThatReachesItsLimit) {
+    const BlockSizeVariable limit("10");
+    for (const char* bytes : {"123456789", "0123456789", "0123456789", "x"}) {
+        put("Heavy Data", bytes);
+    }
+    const std::string bytes = finish();
+
+    EXPECT_EQ(hex(bytes.substr(153, 4)), "13 00 00 00");
+    EXPECT_EQ(hex(bytes.substr(153 + entrySize, 4)), "0A 00 00 00");
+    EXPECT_EQ(hex(bytes.substr(153 + 2 * entrySize, 4)), "01 00 00 00");
+}
+
+TEST_F(IndexTest, FlushesFullBlocksEarlyAndKeepsTheirLength) {
+    TYR_NEEDS_BYTES_OF_ZLIB();
+    const BlockSizeVariable limit("10");
+    file.SetBlockFlags("Heavy Data", FlagFreeze); // reaches no block
+    put("Heavy Data", std::string(9, 'a'));
+    put("Heavy Data", "a");
+    file.index.FlushFrozen(file.stream);
+    std::fflush(file.stream);
+    EXPECT_EQ(readFile(path("out")).size(), headSize);
+
+    file.SetBlockFlags("Heavy Data", FlagFreeze | FlagCompress);
+    file.index.FlushFrozen(file.stream);
+    std::fflush(file.stream);
+    EXPECT_EQ(hex(readFile(path("out")).substr(2800)),
+              "0A 00 00 00 78 9C 4B 4C 84 01 00 14 E1 03 CB");
+    put("Heavy Data", "b");
+    EXPECT_EQ(file.index.GetDataLength("Heavy Data"), 11U);
+    const std::string bytes = finish();
+    EXPECT_EQ(hex(bytes.substr(153, 6)), "0F 00 00 00 21 00");
+    EXPECT_EQ(bytes.substr(2815), "b");
+}
+
+TEST_F(IndexTest, RefusesToFlushAboveAnUnsettledBlock) {
+    const BlockSizeVariable limit("1");
+    put("Light Data", "l");
+    put("Heavy Data", "h");
+    file.SetBlockFlags("Heavy Data", FlagFreeze);
+    EXPECT_THROW(file.index.FlushFrozen(file.stream), Tyr::Exception::NotYetImplemented);
+}
+
+TEST_F(IndexTest, RefusesMoreThanABlockCanHold) {
+    EXPECT_THROW(file.index.Extend("Heavy Data", 0x100000000), Tyr::Exception::OverflowError);
+    EXPECT_EQ(file.index.GetDataLength("Heavy Data"), 0U);
+}
+
+using QbFileTest = Testing::FolderTest;
 
 TEST_F(QbFileTest, SaysWhichPathCannotBeOpened) {
     const std::wstring wideMissing = L"/\x0416issing/\x00E9";
@@ -43,7 +148,9 @@ TEST_F(QbFileTest, WidePathsReachBeyondTheCodePage) {
     file.OpenFileForWriting(folder.wstring() + L"/\x03C2\x65E5\U0001F4D0z", false);
     EXPECT_TRUE(std::filesystem::exists(
         folder / std::filesystem::u8path("\xCF\x82\xE6\x97\xA5\xF0\x9F\x93\x90z")));
-    file.CloseFile();
+    EXPECT_EQ(failureOf<Tyr::Exception::MiscelleneousException>(
+                  [&] { file.OpenFileForWriting(path("other"), true); }),
+              "File stream is already in use");
 }
 
 #if !defined(_WIN32)

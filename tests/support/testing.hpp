@@ -31,16 +31,6 @@ inline std::string hex(std::string_view bytes) {
     return text;
 }
 
-/// `count` times the same bytes, as hex text.
-inline std::string repeatedHex(std::string_view byte, std::size_t count) {
-    std::string text(byte);
-    for (std::size_t i = 1; i < count; ++i) {
-        text += ' ';
-        text += byte;
-    }
-    return text;
-}
-
 /// A name in the folder for temporary files that is used once. A test with a parameter has a slash
 /// in its name.
 inline std::filesystem::path temporaryPath(std::string name) {
