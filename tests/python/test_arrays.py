@@ -1,7 +1,7 @@
 """What becomes of NumPy arrays of all kinds."""
 
-import container
 import mekapi2
+import mekfile
 import numpy as np
 import pytest
 from mekapi2 import Model
@@ -12,35 +12,39 @@ NAN_BITS = np.array([0x7FC00001, 0xFF800000, 0x80000000, 0x00000001], np.uint32)
 
 @pytest.fixture
 def write(tmp_path):
-    """Writes arrays as results and gives back what the file holds of each."""
+    """Writes arrays as results and gives back what VTK gets of each."""
 
     def write_and_read(arrays, **options):
         path = tmp_path / "arrays.mek"
         with Model.create(path, overwrite=True) as model:
             model.add_node("RootGroup", "r")
             shape = model.add_node("Shape", "s")
+            model.add_array("Coordinates", np.zeros((1, 3), np.float32), shape)
             for number, array in enumerate(arrays):
-                width = 1 if np.ndim(array) == 1 else np.shape(array)[1]
-                kind = f"ResultA{width}"
+                kind = f"ResultA{1 if np.ndim(array) == 1 else np.shape(array)[1]}"
                 model.add_array(kind, array, shape, name=str(number), **options)
-        return [variable.values for variable in container.read(path)[shape].variables.values()]
+        (mesh,) = mekfile.exported(path)
+        data = {**mesh.field_data, **mesh.point_data}
+        return [data[str(number)] for number in range(len(arrays))]
 
     return write_and_read
 
 
 def check(written, expected, dtype):
+    """The same bits, also of -0 and of what is no number."""
     assert written.dtype == dtype
-    expected = np.asarray(expected, dtype)
-    np.testing.assert_array_equal(written, expected.reshape(len(expected), -1))
+    expected = np.ascontiguousarray(expected, dtype).view(np.uint32)
+    written = np.ascontiguousarray(written).view(np.uint32)
+    np.testing.assert_array_equal(written.reshape(expected.shape), expected)
 
 
 def test_keeps_values_in_every_layout_of_memory(write):
     unaligned = np.frombuffer(b"\0" + TABLE.tobytes(), np.uint8)[1:].view(np.float32).reshape(8, 3)
     wide = np.arange(96, dtype=np.float64).reshape(8, 12)
     layouts = [
-        TABLE, np.asfortranarray(TABLE), TABLE[::2], TABLE[::-1], TABLE[:, ::-1], TABLE[3:4],
-        unaligned, TABLE.astype(">f4"), TABLE.T.copy().T, wide[:, 1::4], wide[::-3, 6:9],
-        TABLE[:, 1], TABLE[::-2, 2], TABLE[:, 1:2], np.broadcast_to(np.float32(3), (4, 3)),
+        TABLE, np.asfortranarray(TABLE), TABLE[::2], TABLE[:, ::-1], TABLE[3:4], unaligned,
+        TABLE.astype(">f4"), wide[:, 1::4], wide[::-3, 6:9], TABLE[::-2, 2], TABLE[:, 1:2],
+        np.broadcast_to(np.float32(3), (4, 3)),
     ]
     for written, layout in zip(write(layouts), layouts, strict=True):
         check(written, layout, np.float32)
@@ -48,11 +52,10 @@ def test_keeps_values_in_every_layout_of_memory(write):
 
 def test_takes_every_number_that_is_kept_exactly(write):
     floats = [np.nan, np.inf, -np.inf, -0.0, 2.0**-149, 3.4028234663852886e38, 0.5, -16777216]
-    halves = [np.nan, -np.inf, 6e-8, 65504]
     cases = [
         (np.array(floats), np.float32, floats),
         (np.array(floats, np.longdouble), np.float32, floats),
-        (np.array(halves, np.float16), np.float32, np.array(halves, np.float16)),
+        (np.array([np.nan, 6e-8], np.float16), np.float32, [np.nan, 2.0**-24]),
         (NAN_BITS.view(np.float32), np.float32, NAN_BITS.view(np.float32)),
         ([1.0, 2.5], np.float32, [1.0, 2.5]),
         ([1, 4294967295], np.uint32, [1, 4294967295]),
@@ -66,9 +69,8 @@ def test_takes_every_number_that_is_kept_exactly(write):
         (np.array([-(2**63)]), np.float32, [-(2**63)]),
         (np.array([16777217.0, 0.0]), np.uint32, [16777217, 0]),
     ]
-    for written, (array, dtype, expected) in zip(write([case[0] for case in cases]), cases):
+    for written, (_, dtype, expected) in zip(write([case[0] for case in cases]), cases):
         check(written, expected, dtype)
-    assert (write([NAN_BITS.view(np.float32)])[0].view(np.uint32)[:, 0] == NAN_BITS).all()
 
 
 INEXACT = [
@@ -76,19 +78,18 @@ INEXACT = [
     (np.array([0.0, 1e300, -1e300]), (1,), [0, np.inf, -np.inf]),
     (np.array([-1, 16777217]), (0,), [-1, 16777216]),
     (np.array([2**64 - 1], np.uint64), (0,), [2.0**64]),
-    (np.array([2**63 - 1]), (0,), [2.0**63]),
     (np.array([16777217.0, -0.0]), (0,), [16777216, -0.0]),
     (np.array([16777217.0, 4294967296.0]), (0,), [16777216, 4294967296]),
 ]
 
 
-@pytest.mark.parametrize("array, index, rounded", INEXACT)
-def test_refuses_what_it_cannot_keep_unless_asked(tmp_path, write, array, index, rounded):
-    with pytest.raises(mekapi2.InexactConversion, match="lossy=True") as caught:
-        write([array])
-    assert caught.value.index == index
-    (written,) = write([array], lossy=True)
-    check(written, rounded, np.float32)
+def test_refuses_what_it_cannot_keep_unless_asked(write):
+    for array, index, _ in INEXACT:
+        with pytest.raises(mekapi2.InexactConversion, match="lossy=True") as caught:
+            write([array])
+        assert caught.value.index == index
+    for written, (*_, rounded) in zip(write([case[0] for case in INEXACT], lossy=True), INEXACT):
+        check(written, rounded, np.float32)
 
 
 def test_refuses_what_is_no_column_or_table_of_numbers(tmp_path):
@@ -96,19 +97,16 @@ def test_refuses_what_is_no_column_or_table_of_numbers(tmp_path):
     cases = [
         ("ResultA1", 1, ValueError), ("ResultA1", np.zeros((2, 2, 1)), ValueError),
         ("ResultA1", np.zeros((2, 3)), ValueError), ("Coordinates", np.zeros(3), ValueError),
-        ("ResultA6b", np.zeros((2, 3)), ValueError), ("ResultA1", masked, ValueError),
-        ("ResultA1", [1j], TypeError), ("ResultA1", ["1"], TypeError),
-        ("ResultA1", [None], TypeError), ("ResultA1", np.zeros(2, "f4,f4"), TypeError),
-        ("ResultA1", np.zeros(2, "M8[s]"), TypeError), ("ResultA2", [1], ValueError),
+        ("ResultA1", masked, ValueError), ("ResultA1", [1j], TypeError),
+        ("ResultA1", ["1"], TypeError), ("ResultA1", [None], TypeError),
+        ("ResultA1", np.zeros(2, "f4,f4"), TypeError),
+        ("NodeIds", np.broadcast_to(np.float32(1), 2**60), MemoryError),
     ]
-    path = tmp_path / "x.mek"
-    with Model.create(path) as model:
+    with Model.create(tmp_path / "x.mek") as model:
         model.add_node("RootGroup", "r")
         shape = model.add_node("Shape", "s")
         for kind, array, failure in cases:
             with pytest.raises(failure):
                 model.add_array(kind, array, shape, name="x")
-        with pytest.raises(MemoryError):
-            model.add_array("NodeIds", np.broadcast_to(np.float32(1), 2**60), shape)
         model.add_array("ResultA1", masked[:1], shape, name="no value masked")
         model.add_array("Coordinates", [], shape)

@@ -1,13 +1,14 @@
-"""Mesh files of many formats, written by meshio, converted and compared with what meshio reads."""
+"""Mesh files of many formats, written by meshio, converted, and handed back by mekinfo as VTU."""
 
 import contextlib
 import json
 import os
+import re
 import subprocess
 import sys
 
-import container
 import h5py
+import mekfile
 import meshio
 import netCDF4
 import numpy as np
@@ -22,73 +23,64 @@ CELLS = [
     ("wedge", [[1, 2, 5, 10, 11, 14], [1, 5, 4, 10, 14, 13]]),
     ("tetra", [[4, 5, 7, 13]]),
 ]
-# shape name, index of Connectivity and Polylength, nodes
-ELEMENTS = {
-    "vertex": ("VERTEX1", 0, 1), "line": ("BE2", 0, 2), "line3": ("BE3", 0, 3),
-    "triangle": ("TR3", 1, 3), "triangle6": ("TR6", 1, 6), "quad": ("QU4", 1, 4),
-    "quad8": ("QU8", 1, 8), "quad9": ("QU9", 1, 9), "polygon": ("PG5", 1, 5),
-    "tetra": ("TE4", 2, 4), "tetra10": ("TE10", 2, 10), "pyramid": ("PY5", 2, 5),
-    "wedge": ("PE6", 2, 6), "wedge15": ("PE15", 2, 15), "hexahedron": ("HE8", 2, 8),
-    "hexahedron20": ("HE20", 2, 20), "hexahedron27": ("HE27", 2, 27),
+# of kinds of cells: the names of shapes, which tell how many nodes an element has
+NAMES = {
+    "vertex": "VERTEX1", "line": "BE2", "line3": "BE3", "triangle": "TR3", "triangle6": "TR6",
+    "quad": "QU4", "quad8": "QU8", "quad9": "QU9", "polygon": "PG5", "tetra": "TE4",
+    "tetra10": "TE10", "pyramid": "PY5", "wedge": "PE6", "wedge15": "PE15", "hexahedron": "HE8",
+    "hexahedron20": "HE20", "hexahedron27": "HE27",
 }
-# where the nodes of a file's element stand in that of a VTU, and of a deck, if not in their places
-ORDERS = {
-    "wedge15": [0, 2, 1, 3, 5, 4, 8, 7, 6, 12, 14, 13, 11, 10, 9],
-    "hexahedron20": [*range(12), 16, 17, 18, 19, 12, 13, 14, 15],
-}
-DECK_ORDERS = {**ORDERS, "wedge15": [*range(9), 12, 13, 14, 9, 10, 11]}
+# VTK's wedges are seen from the other side; meshio turns the linear ones itself.
+TURNED_WEDGE = [0, 2, 1, 3, 5, 4, 8, 7, 6, 11, 10, 9, 12, 14, 13]
 
 
-def fields(widths, rows):
-    return {
-        name: RANDOM.random((rows, width) if width > 1 else rows).astype(np.float32)
-        for name, width in widths.items()
-    }
-
-
-def cell_fields(cells):
-    return {
-        "q": [RANDOM.random(len(data)) for _, data in cells],
-        "material": [np.arange(len(data)) for _, data in cells],
-    }
+def random(*shape):
+    return RANDOM.random(shape, np.float32)
 
 
 def mesh(point_widths=None, cell_data=None, **more):
-    return meshio.Mesh(
-        POINTS, CELLS, fields(point_widths or {}, len(POINTS)), cell_data or {}, **more
-    )
+    widths = (point_widths or {}).items()
+    points = {name: random(*[len(POINTS), width][: min(width, 2)]) for name, width in widths}
+    return meshio.Mesh(POINTS, CELLS, points, cell_data or {}, **more)
 
 
-def geometries(path):
-    """The geometries by their shapes' names, or by longer paths where these are not unique."""
+def cell_fields():
     return {
-        path.split("/", 1)[1].rsplit("/", 1)[0]: node
-        for path, node in container.by_path(container.read(path)).items()
-        if node.type == "Geometry"
+        "q": [RANDOM.random(len(nodes)) for _, nodes in CELLS],
+        "material": [np.arange(len(nodes)) for _, nodes in CELLS],
     }
 
 
-def check(variable, expected):
-    written = variable.values.reshape(len(variable.values), -1)
-    expected = np.asarray(expected)
-    np.testing.assert_array_equal(written, expected.reshape(written.shape).astype(written.dtype))
+def check_bits(written, expected, name=""):
+    written, expected = (np.ascontiguousarray(each, np.float32) for each in (written, expected))
+    bits = written.view(np.uint32).reshape(expected.shape)
+    np.testing.assert_array_equal(bits, expected.view(np.uint32), name)
 
 
-def check_mesh(found, blocks, points, ids=None, orders=ORDERS):
-    """Every shape has the points and ids of all nodes and the elements of its block."""
-    first = 1
-    for (kind, nodes), geometry in zip(blocks, found, strict=True):
-        name, index, count = ELEMENTS[kind]
-        variables = geometry.variables
-        assert geometry.name.split(" ")[0] == name
-        check(variables["Coordinates"], points)
-        check(variables["Node Ids"], np.arange(1, len(points) + 1) if ids is None else ids)
-        check(variables["Element IDs"], np.arange(first, first + len(nodes)))
-        check(variables["Connectivity"], np.asarray(nodes)[:, orders.get(kind, range(count))])
-        check(variables["Polylength"], [count] * len(nodes))
-        assert (variables["Connectivity"].type, variables["Polylength"].type) == (4 + index, 9)
-        first += len(nodes)
-    assert all(geometry.variables["Coordinates"].link for geometry in found[1:])
+def check(parts, given):
+    """All of a mesh is in the parts: one for each cell block, and one for unused nodes."""
+    count = len(given.points)
+    ids = given.point_data.pop("GlobalNodeId", np.arange(1, count + 1))
+    sets = {f"Set {name}": np.isin(range(count), of) for name, of in given.point_sets.items()}
+    first, used = 1, set()
+    for part in parts:
+        rows = part.point_data["vtkOriginalPointIds"]
+        used.update(rows)
+        check_bits(part.points[:, : given.points.shape[1]], given.points[rows])
+        np.testing.assert_array_equal(part.point_data["Node Ids"], ids[rows])
+        for name, values in {**given.point_data, **sets}.items():
+            check_bits(part.point_data[name], values[rows], name)
+    assert used == set(range(count)) and len(given.cells) <= len(parts) <= len(given.cells) + 1
+    for number, (block, part) in enumerate(zip(given.cells, parts)):
+        (cells,) = part.cells
+        assert cells.type == block.type
+        rows = part.point_data["vtkOriginalPointIds"][cells.data]
+        np.testing.assert_array_equal(rows, block.data, block.type)
+        elements = part.cell_data["Element IDs"][0]
+        np.testing.assert_array_equal(elements, np.arange(first, first + len(block)))
+        first += len(block)
+        for name, blocks in given.cell_data.items():
+            check_bits(part.cell_data[name][0], blocks[number], name)
 
 
 FORMATS = [
@@ -106,66 +98,61 @@ FORMATS = [
 
 @pytest.mark.parametrize("name, file_format, point_widths, has_cell_data", FORMATS)
 def test_keeps_what_meshio_reads(tmp_path, name, file_format, point_widths, has_cell_data):
-    path = tmp_path / name
-    written = mesh(point_widths, cell_fields(CELLS) if has_cell_data else None)
-    meshio.write(path, written, file_format=file_format)
+    given = mesh(point_widths, cell_fields() if has_cell_data else None)
+    meshio.write(tmp_path / name, given, file_format=file_format)
 
-    assert main([str(path)]) == 0
+    assert main([str(tmp_path / name)]) == 0
 
-    found = list(geometries(path.with_suffix(".mek")).values())
-    check_mesh(found, CELLS, POINTS)
-    for result, values in written.point_data.items():
-        assert found[0].variables[result].type == {1: 12, 3: 13, 6: 14}[point_widths[result]]
-        for geometry in found:
-            check(geometry.variables[result], values)
-    for result, blocks in written.cell_data.items():
-        for geometry, values in zip(found, blocks):
-            assert geometry.variables[result].type == 16
-            check(geometry.variables[result], values)
+    check(mekfile.exported(tmp_path / "a.mek"), given)
+    tree = mekfile.tree(tmp_path / "a.mek")
+    assert tree.count('"Coordinates" type 1: link') == 2
+    for result, width in point_widths.items():
+        kind = {1: 12, 3: 13, 6: 14}[width]
+        assert f'"{result}" type {kind}: 18 x {width} float' in tree
+    assert has_cell_data == ('"q" type 16: 2 x 1 float' in tree)
 
 
 def test_names_and_orders_all_element_types(tmp_path):
-    points = RANDOM.random((50, 3))
-    blocks = [
-        (kind, [RANDOM.permutation(len(points))[:count] for _ in range(2)])
-        for kind, (_, _, count) in ELEMENTS.items()
-    ]
-    blocks += [("quad", [[3, 2, 1, 0]])]
+    points = random(50, 3)
+    blocks = []
+    for kind, name in NAMES.items():
+        count = int(re.sub("[A-Z]", "", name))
+        blocks.append((kind, [RANDOM.permutation(len(points))[:count] for _ in range(2)]))
+    blocks.append(("quad", [[3, 2, 1, 0]]))
     meshio.write(tmp_path / "all.vtu", meshio.Mesh(points, blocks))
+    of_decks = ("wedge15", "hexahedron20")
+    deck = meshio.Mesh(points, [block for block in blocks if block[0] in of_decks])
+    meshio.write(tmp_path / "deck.inp", deck)
 
     convert(tmp_path / "all.vtu")
+    convert(tmp_path / "deck.inp")
 
-    found = geometries(tmp_path / "all.mek")
-    assert list(found)[-1] == "Mesh/QU4 (2)"
-    check_mesh(list(found.values()), blocks, points)
-
-    deck = [(kind, nodes) for kind, nodes in blocks if kind in DECK_ORDERS]
-    meshio.write(tmp_path / "deck.inp", meshio.Mesh(points, deck))
-    found = geometries(convert(tmp_path / "deck.inp").output).values()
-    check_mesh(list(found), deck, points, orders=DECK_ORDERS)
+    found = mekfile.exported(tmp_path / "all.mek")
+    check(found, meshio.Mesh(points, blocks))
+    names = [f"all/Mesh/{name}" for name in (*NAMES.values(), "QU4 (2)")]
+    assert [part.name for part in found[: len(names)]] == names
+    deck.cells[0].data = deck.cells[0].data[:, TURNED_WEDGE]
+    check(mekfile.exported(tmp_path / "deck.mek"), deck)
 
 
 def test_splits_other_widths_and_keeps_names_apart(tmp_path):
-    values = fields({"pair": 2, "nine": 9, "same": 1, "Coordinates": 1}, len(POINTS))
-    values["holes"] = np.where(values["same"] > 0.5, np.nan, -np.inf)
-    values["GlobalNodeId"] = np.arange(len(POINTS))[::-1] * 10
-    cells = {"same": [RANDOM.random((len(data), 3)) for _, data in CELLS]}
-    written = meshio.Mesh(POINTS, CELLS, values, cells)
-    meshio.write(tmp_path / "a.xdmf", written)
+    given = mesh({"pair": 2, "nine": 9, "same": 1, "Coordinates": 1})
+    data = given.point_data
+    data["holes"] = np.where(data["same"] > 0.5, np.nan, -np.inf)
+    data["GlobalNodeId"] = np.arange(len(POINTS))[::-1] * 10
+    given.cell_data["same"] = [random(len(nodes), 3) for _, nodes in CELLS]
+    meshio.write(tmp_path / "a.xdmf", given)
 
     convert(tmp_path / "a.xdmf", tmp_path / "b.mek")
 
-    found = list(geometries(tmp_path / "b.mek").values())
-    check_mesh(found, CELLS, POINTS, ids=values["GlobalNodeId"])
-    variables = found[1].variables
-    for column in range(2):
-        check(variables[f"pair.{column + 1}"], values["pair"][:, column])
-    check(variables["nine.9"], values["nine"][:, 8])
-    check(variables["same"], values["same"])
-    check(variables["holes"], values["holes"])
-    check(variables["Coordinates (2)"], values["Coordinates"])
-    check(variables["same (2)"], cells["same"][1])
-    assert "GlobalNodeId" not in variables and variables["same (2)"].type == 17
+    for name, width in (("pair", 2), ("nine", 9)):
+        columns = data.pop(name).T
+        data.update({f"{name}.{i + 1}": columns[i] for i in range(width)})
+    data["Coordinates (2)"] = data.pop("Coordinates")
+    given.cell_data["same (2)"] = given.cell_data.pop("same")
+    check(mekfile.exported(tmp_path / "b.mek"), given)
+    tree = mekfile.tree(tmp_path / "b.mek")
+    assert '"same (2)" type 17' in tree and "GlobalNodeId" not in tree
 
 
 def test_groups_sets_and_field_data(tmp_path):
@@ -185,22 +172,23 @@ def test_groups_sets_and_field_data(tmp_path):
     for name in ("g.msh", "f.med", "s.inp"):
         convert(tmp_path / name)
 
-    gmsh = container.read(tmp_path / "g.mek")
-    assert list(geometries(tmp_path / "g.mek")) == ["steel/HE8", "Mesh/PE6", "Physical 9/TE4"]
-    told = {"Source format": "gmsh", "Source file": "g.msh", "Dimension": 3}
-    tags = {"steel.1": 7, "steel.2": 3, "skin.1": 7, "skin.2": 2}
-    assert gmsh[1].attributes == {**told, **tags}
-    bricks, wedges, _ = geometries(tmp_path / "f.mek").values()
-    check(bricks.variables["Set hot"], [1, 0])
-    check(wedges.variables["Set hot"], [1, 1])
-    check(wedges.variables["Set edge"], [1, 0])
-    left, right = geometries(tmp_path / "s.mek").values()
-    assert (left.parent, right.parent) == (3, 6)
-    check(left.variables["Coordinates"], [[0, 0, 0], [1, 0, 0], [1, 1, 0], [0, 1, 0]])
-    check(right.variables["Set FIX"], [1, 0, 0, 1])
-    check(right.variables["Set RIGHT"], [1])
-    assert "Set RIGHT" not in left.variables
-    assert container.read(tmp_path / "s.mek")[1].attributes["Dimension"] == 2
+    gmsh = mekfile.exported(tmp_path / "g.mek")[:3]
+    assert [part.name for part in gmsh] == ["g/steel/HE8", "g/Mesh/PE6", "g/Physical 9/TE4"]
+    attributes = {"Dimension": 3, "Source file": "g.msh", "Source format": "gmsh"}
+    attributes |= {"skin.1": 7, "skin.2": 2, "steel.1": 7, "steel.2": 3}
+    lines = [f"    {json.dumps(key)} = {json.dumps(value)}" for key, value in attributes.items()]
+    assert "\n".join(lines) in mekfile.tree(tmp_path / "g.mek")
+    bricks, wedges = (part.cell_data for part in mekfile.exported(tmp_path / "f.mek")[:2])
+    check_bits(bricks["Set hot"][0], [1, 0])
+    check_bits(wedges["Set hot"][0], [1, 1])
+    check_bits(wedges["Set edge"][0], [1, 0])
+    left, right = mekfile.exported(tmp_path / "s.mek")
+    assert (left.name, right.name) == ("s/LEFT/TR3", "s/RIGHT/TR3")
+    check_bits(left.points, [[0, 0, 0], [1, 0, 0], [1, 1, 0]])
+    check_bits(right.point_data["Set FIX"], [1, 0, 1])
+    check_bits(right.cell_data["Set RIGHT"][0], [1])
+    assert "Set RIGHT" not in left.cell_data
+    assert '"Dimension" = 2\n' in mekfile.tree(tmp_path / "s.mek")
 
 
 TIMES = (0.0, 0.1, 2.5)
@@ -271,33 +259,32 @@ def write_med(folder, values, cells):
 
 @pytest.mark.parametrize("write", [write_xdmf, write_pvd, write_series, write_exodus, write_med])
 def test_time_series_become_steps(tmp_path, write):
-    values = RANDOM.random((3, len(POINTS))).astype(np.float32)
-    cells = [[RANDOM.random(len(data)).astype(np.float32) for _, data in CELLS] for _ in TIMES]
+    values = random(3, len(POINTS))
+    cells = [[random(len(nodes)) for _, nodes in CELLS] for _ in TIMES]
 
     summary = convert(write(tmp_path, values, cells))
 
-    found = list(geometries(summary.output).values())
-    check_mesh(found, CELLS, POINTS)
     assert (summary.counts.steps, summary.counts.results, summary.counts.warnings) == (3, 2, [])
-    for number, step in enumerate(STEPS):
-        assert found[0].variables[f"T\x1e{step}"].attributes == {
-            "Number": number + 1, "Time": np.float32(TIMES[number])
-        }
-        for block, geometry in enumerate(found):
-            check(geometry.variables[f"T\x1e{step}"], values[number])
-            check(geometry.variables[f"q\x1e{step}"], cells[number][block])
+    found = mekfile.exported(summary.output)
+    tree = mekfile.tree(summary.output)
+    for number, (step, time) in enumerate(zip(STEPS, TIMES)):
+        parts = [part for part in found if part.step == step]
+        assert np.float32(parts[0].time) == np.float32(time)
+        check(parts, meshio.Mesh(POINTS, CELLS, {"T": values[number]}, {"q": cells[number]}))
+        assert f'"Number" = {number + 1}\n' in tree
 
 
 def test_parts_of_a_collection_are_groups(tmp_path):
-    values = RANDOM.random((2, len(POINTS)))
+    values = random(2, len(POINTS))
     text = '<DataSet timestep="{0}" name="Rotor {1}" file="{1}.vtu"/>'
 
     summary = convert(write_pvd(tmp_path, values, ONES, text, (0, 0)))
 
-    found = geometries(summary.output)
-    names = [f"Rotor {part}/{name}" for part in (0, 1) for name in ("HE8", "PE6", "TE4")]
-    assert list(found) == names and found["Rotor 1/HE8"].variables["T"].link is None
-    check_mesh(list(found.values())[3:], CELLS, POINTS)
+    found = mekfile.exported(summary.output)
+    names = [f"t/Rotor {part}/{name}" for part in (0, 1) for name in ("HE8", "PE6", "TE4")]
+    assert [part.name for part in found[:6]] == names
+    check([*found[:3], found[6]], meshio.Mesh(POINTS, CELLS, {"T": values[0]}))
+    check([*found[3:6], found[7]], meshio.Mesh(POINTS, CELLS, {"T": values[1]}))
 
 
 def test_refuses_bad_input_and_leaves_no_output(tmp_path, capsys):
