@@ -1,0 +1,280 @@
+#include "mekreader/model.hpp"
+#include "support/testing.hpp"
+
+#include <gtest/gtest.h>
+
+#if !defined(_WIN32)
+#include <sys/wait.h>
+#endif
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using MekReader::AttributeList;
+using MekReader::Node;
+using MekReader::Variable;
+using Words = std::vector<std::uint32_t>;
+
+constexpr std::uint32_t missing = 0x7FC00000;
+
+/// Runs the converter as a user does, on result files that are also seeds of the fuzzer.
+class ConverterTest : public Testing::FolderTest {
+protected:
+    struct Run {
+        int exitCode;
+        std::string output; ///< on both streams
+    };
+
+    Run convert(const std::string& arguments) const {
+        const std::string program = std::filesystem::absolute(FRD2MEK).make_preferred().string();
+        const std::string output = Testing::temporaryPath("output").string();
+        const std::string goTo = std::filesystem::path::preferred_separator == '/' ? "cd" : "cd /d";
+        const int status = std::system((goTo + " \"" + folder.string() + "\" && \"" + program +
+                                        "\" " + arguments + " > \"" + output + "\" 2>&1")
+                                           .c_str());
+        Run run{status, Testing::readFile(output)};
+        std::filesystem::remove(output);
+#if !defined(_WIN32)
+        run.exitCode = WEXITSTATUS(status);
+#endif
+        return run;
+    }
+
+    void write(const std::string& name, const std::string& text) const {
+        std::ofstream(path(name), std::ios::binary) << text;
+    }
+
+    static std::string seed(const std::string& name) {
+        return Testing::readFile(std::string(FRD_SEEDS) + "/" + name);
+    }
+
+    /// Converts job.frd with this text and gives the checked model.
+    MekReader::File converted(const std::string& text) const {
+        write("job.frd", text);
+        const Run result = convert("job.frd --overwrite");
+        EXPECT_EQ(result.exitCode, 0) << result.output;
+        MekReader::check(path("job.mek"));
+        return MekReader::File(path("job.mek"));
+    }
+
+    /// A good file stands where the output would; it must survive, and nothing may be left over.
+    void expectRefused(const std::string& text, std::size_t line, const std::string& expected) {
+        write("job.frd", text);
+        write("job.mek", "earlier");
+
+        const Run result = convert("job.frd --overwrite");
+
+        EXPECT_EQ(result.exitCode, 1) << expected;
+        const std::string start = "frd2mek: job.frd:" + std::to_string(line) + ": expected ";
+        EXPECT_EQ(result.output.substr(0, start.size() + expected.size()), start + expected);
+        EXPECT_EQ(Testing::readFile(path("job.mek")), "earlier");
+        const auto files = std::distance(std::filesystem::directory_iterator(folder),
+                                         std::filesystem::directory_iterator());
+        EXPECT_EQ(files, 2) << result.output;
+    }
+};
+
+/// The geometry at the end of a path of names, "/job/STEEL/HE8".
+const Node& geometry(const MekReader::File& file, const std::string& path) {
+    for (const Node& node : file.nodes()) {
+        std::string names;
+        for (std::uint32_t id = node.parent; id != 0; id = file.nodes()[id - 1].parent) {
+            names = "/" + file.nodes()[id - 1].name + names;
+        }
+        if (node.type == "Geometry" && names == path) {
+            return node;
+        }
+    }
+    throw std::runtime_error("no shape " + path);
+}
+
+/// @param step empty for the mesh
+const Variable& variable(const Node& node, const std::string& name, const std::string& step = "") {
+    const std::string wanted = name + (step.empty() ? "" : "\x1E" + step);
+    for (const Variable& candidate : node.variables) {
+        if (candidate.name == wanted) {
+            return candidate;
+        }
+    }
+    throw std::runtime_error("no variable " + wanted);
+}
+
+TEST_F(ConverterTest, ConvertsMeshAndResultsOfTheShortFormat) {
+    std::string dosText;
+    for (const char character : seed("short")) {
+        dosText += character == '\n' ? "\r\n" : std::string(1, character);
+    }
+    for (const std::string& form : {seed("short"), dosText}) {
+        auto file = converted(form);
+        const Node& triangles = geometry(file, "/a/b/STEEL/TR3");
+        const Node& rods = geometry(file, "/a/b/STEEL (7)/BE2");
+        const Node& bricks = geometry(file, "/a/b/Material 5/HE20");
+
+        EXPECT_EQ(file.nodes()[0].group->attributes,
+                  (AttributeList{{"Heading", "Cube on a rod"}, {"Program", "CalculiX"}}));
+        EXPECT_EQ(file.words(variable(triangles, "Element IDs")), (Words{8, 9}));
+        EXPECT_EQ(variable(triangles, "Connectivity").type, 5U);
+        EXPECT_EQ(file.words(variable(triangles, "Connectivity")), (Words{1, 3, 0, 3, 1, 0}));
+        EXPECT_EQ(file.words(variable(triangles, "Polylength")), (Words{3, 3}));
+        EXPECT_EQ(file.words(variable(rods, "Connectivity")), (Words{0, 1}));
+        EXPECT_EQ(file.words(variable(bricks, "Connectivity")),
+                  (Words{1, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 1, 3, 3, 3, 3, 1}));
+        for (const Node* const shape : {&triangles, &rods, &bricks}) {
+            EXPECT_EQ(file.words(variable(*shape, "Node Ids")), (Words{30, 4, 99, 12}));
+            EXPECT_EQ(file.floats(variable(*shape, "Coordinates")),
+                      (std::vector<float>{0, 1, -0.25F, 1, 0, 0, 0, 0, 1, 0, 0, 0}));
+            EXPECT_EQ(file.words(variable(*shape, "DISP", "Step 1 t=2.5")),
+                      (Words{missing, missing, missing, 0x40800000, 0x40A00000, 0x40C00000, missing,
+                             missing, missing, 0x3F800000, 0x40000000, 0xC0400000}));
+            EXPECT_EQ(file.floats(variable(*shape, "SDV.F", "Step 1 t=2.5"))[3], 6);
+            EXPECT_EQ(file.floats(variable(*shape, "SDV.G", "Step 1 t=2.5"))[3], 7);
+        }
+    }
+}
+
+TEST_F(ConverterTest, ReadsNumbersAsFortranAndCWriteThem) {
+    auto file = converted(seed("numbers"));
+    EXPECT_EQ(file.words(variable(geometry(file, "/job/Nodes"), "NDTEMP", "Step 1 t=1")),
+              (Words{0, 0xFF800000, 0x3C75C28F, 0x41700000, missing, missing, 0xFF800000,
+                     0x7F800000, 0x40200000, 0x000147AE, 0x80000000, 0x7F7FFFEE}));
+}
+
+TEST_F(ConverterTest, TellsStepsAndPartsOfComplexResults) {
+    const auto file = converted(seed("complex"));
+    const Node& shape = geometry(file, "/job/Nodes");
+    const auto part = [&](const std::string& name, const std::string& step) {
+        const AttributeList& attributes = variable(shape, name, step).attributes;
+        const auto found = attributes.find("ComplexPart");
+        return found == attributes.end() ? "" : std::get<std::string>(found->second);
+    };
+
+    const Variable& real = variable(shape, "TOSTRAIN", "Mode 2 f=13.2");
+    EXPECT_TRUE(real.vibration);
+    EXPECT_EQ(real.attributes, (AttributeList{{"Analysis", "Frequency"},
+                                              {"AnalysisText", "MODAL"},
+                                              {"Category", "Vibration"},
+                                              {"ComplexCounterpart", "TOSTRAII"},
+                                              {"ComplexPart", "Real"},
+                                              {"Components", "X"},
+                                              {"DeckStep", 2U},
+                                              {"Frequency", 13.2F},
+                                              {"GeneralizedStiffness", 25.0F},
+                                              {"Increment", 1U},
+                                              {"Mode", 2U},
+                                              {"Number", 7U}}));
+    EXPECT_EQ(variable(shape, "DISPI", "Step 9 f=14000").attributes,
+              (AttributeList{{"Analysis", "Steady state"},
+                             {"ComplexCounterpart", "DISP"},
+                             {"ComplexPart", "Imaginary"},
+                             {"Components", "X"},
+                             {"Frequency", 14000.0F},
+                             {"Number", 9U}}));
+    EXPECT_EQ(part("TOSTRAII", "Mode 2 f=13.2"), "Imaginary");
+    EXPECT_EQ(part("ENER", "Mode 2 f=13.2"), "");
+    EXPECT_EQ(part("PDISP", "Step 2 factor=48.15455528"), "Phase");
+    EXPECT_EQ(part("DISP", "Step 2 factor=48.15455528 (2)"), "");
+}
+
+TEST_F(ConverterTest, WritesWhereItIsToldAndNeverOverWhatItMayNot) {
+    write("job.frd", seed("short"));
+
+    const Run first = convert("job.frd");
+    EXPECT_EQ(first.exitCode, 0);
+    EXPECT_EQ(first.output,
+              "job.mek: 4 nodes, 4 elements, 3 shapes, 8 results, 1 steps, " +
+                  std::to_string(std::filesystem::file_size(path("job.frd"))) + " bytes in, " +
+                  std::to_string(std::filesystem::file_size(path("job.mek"))) + " bytes out\n");
+    EXPECT_EQ(convert("job.frd").output,
+              "frd2mek: job.mek: exists; use --overwrite to replace it\n");
+    EXPECT_EQ(convert("job.frd job.frd --overwrite").output,
+              "frd2mek: job.frd: is the input itself\n");
+    EXPECT_EQ(convert("job.frd .").exitCode, 1);
+    const std::string unopened = "frd2mek: no/such/folder.mek: Unable to open file";
+    EXPECT_EQ(convert("job.frd no/such/folder.mek").output.substr(0, unopened.size()), unopened);
+    EXPECT_EQ(convert("none.frd").output, "frd2mek: none.frd: no such file\n");
+    EXPECT_EQ(convert("--overwrite job.frd -- other.mek").exitCode, 0);
+    MekReader::check(path("other.mek"));
+    for (const char* const wrong : {"", "--fast job.frd", "a.frd b.mek c.mek"}) {
+        EXPECT_EQ(convert(wrong).exitCode, 2) << wrong;
+    }
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+std::string joined(const std::vector<std::string>& lines, std::size_t count) {
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i) {
+        text += lines[i] + "\n";
+    }
+    return text;
+}
+
+TEST_F(ConverterTest, NamesLineAndExpectationOfFaultyRecords) {
+    struct Case {
+        std::size_t line;
+        std::string record;
+        std::string expected;
+    };
+    const std::vector<std::string> lines = linesOf(seed("continued"));
+    const std::string value = " 1.00000E+00";
+    const std::vector<Case> cases{
+        {1, "*NODE", "the first record of a result file"},
+        {1, std::string("\0\1\2", 3), "the first record of a result file"},
+        {1, std::string(3 << 20, 'x'), "a line of text"},
+        {2, "    7X", "a record 1C, 1U, 1P, 2C, 3C, 100C or 9999, found \"    7X\""},
+        {3, lines[2].substr(0, 73) + "3", "format code 0 or 1"},
+        {4, " -1         0 0.00000E+00 0.00000E+00 0.00000E+00", "a node number from column 4"},
+        {4, " -1         1 0.00000E+00 0.0O000E+00 0.00000E+00",
+         "a coordinate from column 26 on, found \" 0.0O000E+00\""},
+        {5, lines[3], "each node once, found node 1 again"},
+        {8, " -1         1   13    0    1", "an element type from 1 to 12"},
+        {9, " -2         1         3", "a node of the node block from column 14 on"},
+        {9, " -1         1         2", "a record -2 of an element"},
+        {12, " -4  SDV         7    3", "1 for values at nodes"},
+        {19, " -1         1 1.00000E+00", "a record -5 with a component"},
+        {20, " -1         5" + value, "a node of the node block"},
+        {20, " -1         1 *********** 1.00000E+00", "a value from column 14"},
+        {21, " -1         2" + value, "a record -2 with further values"},
+        {21, lines[20] + value, "end of the line from column 26 on"},
+        {22, "  100C", "a record -1 or -3 of a result block"},
+        {22, lines[19] + '\n' + lines[20], "each node once in a result block"},
+        {23, lines[2], "all nodes and elements before the first result"},
+        {24, " 9999", "nothing behind the record 9999"},
+    };
+    for (const Case& each : cases) {
+        std::vector<std::string> changed = lines;
+        changed.resize(std::max(lines.size(), each.line));
+        changed[each.line - 1] = each.record;
+        expectRefused(joined(changed, changed.size()), each.line, each.expected);
+    }
+}
+
+TEST_F(ConverterTest, NoticesEveryTruncation) {
+    const std::vector<std::string> lines = linesOf(seed("continued"));
+    for (std::size_t count = 0; count < lines.size(); ++count) {
+        expectRefused(joined(lines, count), count + 1, "");
+    }
+    const std::vector<std::pair<std::size_t, std::size_t>> cuts{
+        {5, 25}, {5, 48}, {8, 17}, {9, 20}, {11, 20}, {20, 80}, {21, 18}};
+    for (const auto& [line, width] : cuts) {
+        expectRefused(joined(lines, line - 1) + lines[line - 1].substr(0, width), line, "");
+    }
+}
+
+} // namespace
