@@ -2,10 +2,12 @@
 # Uses the library as it is installed. Usage: install_test.sh CHECK, with what ctest sets:
 #   SOURCE_DIR, BUILD_DIR   of the project
 #   CXX, CXXFLAGS           the compiler of the build and the flags that it was given
+# or a caller with a package elsewhere:
+#   PREFIX                  the folder of bin, include and lib
 set -euo pipefail
 
 work=$BUILD_DIR/tests/install/package
-prefix=$work/moved
+prefix=${PREFIX:-$work/moved}
 read -r -a compile <<<"$CXX $CXXFLAGS -std=c++17"
 warnings=(-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
 
@@ -23,15 +25,12 @@ check_prefix() {
 # $1: folder of the built programs
 run_programs() {
     local output
-    output=$( (cd "$1" && ./write_model && ./application linked && ./host ./libmodule.so loaded &&
-        MEKWRITER_DEFAULT_BLOCK_SIZE=1000 ./application small_blocks) 2>&1) || fail "$output"
+    output=$( (cd "$1" && ./write_model && ./application linked &&
+        ./host ./libmodule.so loaded) 2>&1) || fail "$output"
     [ -z "$output" ] || fail "saving is not silent: $output"
-    [ "$(stat -c %s "$1/plate.mek")" -gt 2800 ] || fail "plate.mek is too short"
-    if [ -x "$prefix/bin/mekinfo" ]; then
-        for file in "$1"/plate.mek "$1"/*/whole.mek; do
-            "$prefix/bin/mekinfo" --check "$file" >/dev/null || fail "mekinfo --check $file"
-        done
-    fi
+    for file in "$1"/{plate,{linked,loaded}/whole}.mek; do
+        "$prefix/bin/mekinfo" --check "$file" >/dev/null || fail "mekinfo --check $file"
+    done
 }
 
 check_cmake() {
@@ -48,7 +47,7 @@ check_pkg_config() {
     PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name mekapi2.pc)")
     read -r -a flags < <(pkg-config --cflags --libs mekapi2)
     library_dir=$(pkg-config --variable=libdir mekapi2)
-    compile+=(-fvisibility=hidden "${warnings[@]}")
+    compile+=(-fvisibility=hidden "${warnings[@]}" -I"$SOURCE_DIR/tests")
     mkdir -p "$work/pkg_config"
     cd "$work/pkg_config"
     "${compile[@]}" "$SOURCE_DIR/examples/write_model.cpp" -o write_model "${flags[@]}"
@@ -68,10 +67,8 @@ check_readme() {
 check_headers() {
     local header used
     while IFS= read -r header; do
-        used=$("${compile[@]}" "${warnings[@]}" -I"$prefix/include" -M -x c++ \
-            -include "$header" /dev/null) || fail "$header"
-        "${compile[@]}" "${warnings[@]}" -I"$prefix/include" -fsyntax-only -x c++ \
-            -include "$header" /dev/null || fail "$header"
+        used=$("${compile[@]}" "${warnings[@]}" -I"$prefix/include" -MD -MF - -o /dev/null -c \
+            -x c++ -include "$header" /dev/null) || fail "$header"
         ! grep -qi eigen <<<"$used" || fail "$header brings in Eigen"
     done < <(cd "$prefix/include" && find tyr -name '*.hpp')
 }

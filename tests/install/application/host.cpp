@@ -22,9 +22,8 @@ RunApplication load(const char* file) {
                                    GetProcAddress(module, "runApplication")));
 #else
     void* const module = dlopen(file, RTLD_NOW | RTLD_LOCAL);
-    return module == nullptr
-               ? nullptr
-               : reinterpret_cast<RunApplication>(dlsym(module, "runApplication"));
+    return module == nullptr ? nullptr
+                             : reinterpret_cast<RunApplication>(dlsym(module, "runApplication"));
 #endif
 }
 
