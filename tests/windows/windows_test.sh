@@ -19,9 +19,12 @@ check_start() {
 
 check_stop() { "$WINE" --server -k; }
 
+# Also builds what the same files are written and compared with on this system.
 check_package() {
     rm -rf "$package"
     mkdir -p "$work"
+    (cd "$SOURCE_DIR" && cmake --preset release &&
+        cmake --build --preset release --target write_cycle compare_files) >"$work/native.log"
     cmake --install "$BUILD_DIR" --prefix "$package" >"$work/install.log"
     find "$package" -name '*.dll' -printf '%f  %s bytes\n' | sort
 }
@@ -43,52 +46,40 @@ check_library() {
     ! grep -rIF -e "$SOURCE_DIR" "$package" || fail "the package holds paths"
 }
 
-# An application outside of the project, built against the package.
+# $1: file of Linux, $2: file of Windows
+check_same() {
+    "$WINE" "$package/bin/mekinfo.exe" --check "$2"
+    "$SOURCE_DIR/build/release/bin/compare_files" "$1" "$2" || fail "$2 is another than $1"
+}
+
+# An application outside of the project, built against the package, writes what it writes on Linux.
 check_application() {
-    local output
+    local output folder linux=$work/application/linux
     cmake -S "$SOURCE_DIR/tests/install/application" -B "$work/application" \
         --toolchain "$SOURCE_DIR/cmake/toolchains/mingw-w64.cmake" \
         -DCMAKE_FIND_ROOT_PATH="$package" -DEXAMPLES="$SOURCE_DIR/examples"
     cmake --build "$work/application"
     cd "$work/application"
-    export WINEPATH="Z:$package/bin"
+    mkdir -p "$linux"
+    export WINEPATH="Z:$package/bin" native=$SOURCE_DIR/build/release/bin/write_cycle
     output=$("$WINE" ./write_model.exe && "$WINE" ./application.exe linked &&
-        "$WINE" ./host.exe libmodule.dll loaded &&
-        MEKWRITER_DEFAULT_BLOCK_SIZE=1000 "$WINE" ./application.exe small_blocks) || fail "$output"
+        "$WINE" ./host.exe libmodule.dll loaded && "$native" "$linux/linked" &&
+        "$native" "$linux/loaded" && export MEKWRITER_DEFAULT_BLOCK_SIZE=1000 &&
+        "$WINE" ./application.exe small && "$native" "$linux/small") || fail "$output"
     [ -z "$output" ] || fail "saving is not silent: $output"
-    for file in plate.mek linked/whole.mek loaded/whole.mek small_blocks/whole.mek; do
-        "$WINE" "$package/bin/mekinfo.exe" --check "$file"
+    "$WINE" "$package/bin/mekinfo.exe" --check plate.mek
+    for folder in linked loaded small; do
+        check_same "$linux/$folder/whole.mek" "$folder/whole.mek"
     done
-}
-
-# Builds what compares files, and what converts the example, on this system too.
-build_native() {
-    native=$SOURCE_DIR/build/release/bin
-    (cd "$SOURCE_DIR" && cmake --preset release &&
-        cmake --build --preset release --target write_models compare_files) >"$work/native.log"
 }
 
 # The programs find their DLLs beside them, take names of every kind, and convert as on Linux.
 check_programs() {
     local folder=$work/programs/Λόγος example=$SOURCE_DIR/build/demo
-    build_native
     "$SOURCE_DIR/scripts/demo" >"$work/demo.log"
-    rm -rf "$work/programs"
-    mkdir -p "$folder" "$work/programs/linux"
-    cp "$example/bracket.mek" "$work/programs/linux"
-    "$WINE" "$package/bin/frd2mek.exe" "$example/bracket.frd" "$folder/bracket.mek"
-    "$WINE" "$package/bin/mekinfo.exe" --check "$folder/bracket.mek"
-    "$native/compare_files" "$work/programs/linux" "$folder"
-}
-
-# The same models, written here by both systems.
-check_same_files() {
-    build_native
-    rm -rf "$work/linux" "$work/windows"
-    mkdir -p "$work/linux" "$work/windows"
-    "$native/write_models" "$work/linux"
-    "$WINE" "$BUILD_DIR/bin/write_models.exe" "$work/windows"
-    "$native/compare_files" "$work/linux" "$work/windows"
+    mkdir -p "$folder"
+    "$WINE" "$package/bin/frd2mek.exe" --overwrite "$example/bracket.frd" "$folder/bracket.mek"
+    check_same "$example/bracket.mek" "$folder/bracket.mek"
 }
 
 "check_$1"
