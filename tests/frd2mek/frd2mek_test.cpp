@@ -7,12 +7,10 @@
 #include <sys/wait.h>
 #endif
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -208,21 +206,13 @@ TEST_F(ConverterTest, WritesWhereItIsToldAndNeverOverWhatItMayNot) {
     }
 }
 
-std::vector<std::string> linesOf(const std::string& text) {
-    std::istringstream stream(text);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
+/// Where the line of this number starts, or the text ends.
+std::size_t startOf(std::size_t line, const std::string& text) {
+    std::size_t start = 0;
+    while (--line > 0 && start < text.size()) {
+        start = text.find('\n', start) + 1;
     }
-    return lines;
-}
-
-std::string joined(const std::vector<std::string>& lines, std::size_t count) {
-    std::string text;
-    for (std::size_t i = 0; i < count; ++i) {
-        text += lines[i] + "\n";
-    }
-    return text;
+    return start;
 }
 
 TEST_F(ConverterTest, NamesLineAndExpectationOfFaultyRecords) {
@@ -231,18 +221,22 @@ TEST_F(ConverterTest, NamesLineAndExpectationOfFaultyRecords) {
         std::string record;
         std::string expected;
     };
-    const std::vector<std::string> lines = linesOf(seed("continued"));
+    const std::string text = seed("continued");
+    const auto line = [&](std::size_t number) {
+        const std::size_t start = startOf(number, text);
+        return text.substr(start, startOf(number + 1, text) - start - 1);
+    };
     const std::string value = " 1.00000E+00";
     const std::vector<Case> cases{
         {1, "*NODE", "the first record of a result file"},
         {1, std::string("\0\1\2", 3), "the first record of a result file"},
         {1, std::string(3 << 20, 'x'), "a line of text"},
         {2, "    7X", "a record 1C, 1U, 1P, 2C, 3C, 100C or 9999, found \"    7X\""},
-        {3, lines[2].substr(0, 73) + "3", "format code 0 or 1"},
+        {3, line(3).substr(0, 73) + "3", "format code 0 or 1"},
         {4, " -1         0 0.00000E+00 0.00000E+00 0.00000E+00", "a node number from column 4"},
         {4, " -1         1 0.00000E+00 0.0O000E+00 0.00000E+00",
          "a coordinate from column 26 on, found \" 0.0O000E+00\""},
-        {5, lines[3], "each node once, found node 1 again"},
+        {5, line(4), "each node once, found node 1 again"},
         {8, " -1         1   13    0    1", "an element type from 1 to 12"},
         {9, " -2         1         3", "a node of the node block from column 14 on"},
         {9, " -1         1         2", "a record -2 of an element"},
@@ -251,29 +245,29 @@ TEST_F(ConverterTest, NamesLineAndExpectationOfFaultyRecords) {
         {20, " -1         5" + value, "a node of the node block"},
         {20, " -1         1 *********** 1.00000E+00", "a value from column 14"},
         {21, " -1         2" + value, "a record -2 with further values"},
-        {21, lines[20] + value, "end of the line from column 26 on"},
+        {21, line(21) + value, "end of the line from column 26 on"},
         {22, "  100C", "a record -1 or -3 of a result block"},
-        {22, lines[19] + '\n' + lines[20], "each node once in a result block"},
-        {23, lines[2], "all nodes and elements before the first result"},
+        {22, line(20) + '\n' + line(21), "each node once in a result block"},
+        {23, line(3), "all nodes and elements before the first result"},
         {24, " 9999", "nothing behind the record 9999"},
     };
     for (const Case& each : cases) {
-        std::vector<std::string> changed = lines;
-        changed.resize(std::max(lines.size(), each.line));
-        changed[each.line - 1] = each.record;
-        expectRefused(joined(changed, changed.size()), each.line, each.expected);
+        std::string changed = text;
+        const std::size_t start = startOf(each.line, text);
+        changed.replace(start, startOf(each.line + 1, text) - start, each.record + '\n');
+        expectRefused(changed, each.line, each.expected);
     }
 }
 
 TEST_F(ConverterTest, NoticesEveryTruncation) {
-    const std::vector<std::string> lines = linesOf(seed("continued"));
-    for (std::size_t count = 0; count < lines.size(); ++count) {
-        expectRefused(joined(lines, count), count + 1, "");
+    const std::string text = seed("continued");
+    for (std::size_t line = 1; startOf(line, text) < text.size(); ++line) {
+        expectRefused(text.substr(0, startOf(line, text)), line, "");
     }
     const std::vector<std::pair<std::size_t, std::size_t>> cuts{
         {5, 25}, {5, 48}, {8, 17}, {9, 20}, {11, 20}, {20, 80}, {21, 18}};
     for (const auto& [line, width] : cuts) {
-        expectRefused(joined(lines, line - 1) + lines[line - 1].substr(0, width), line, "");
+        expectRefused(text.substr(0, startOf(line, text) + width), line, "");
     }
 }
 
