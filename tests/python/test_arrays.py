@@ -57,10 +57,8 @@ def test_takes_every_number_that_is_kept_exactly(write):
         (np.array(floats, np.longdouble), np.float32, floats),
         (np.array([np.nan, 6e-8], np.float16), np.float32, [np.nan, 2.0**-24]),
         (NAN_BITS.view(np.float32), np.float32, NAN_BITS.view(np.float32)),
-        ([1.0, 2.5], np.float32, [1.0, 2.5]),
         ([1, 4294967295], np.uint32, [1, 4294967295]),
         (np.array([0, 255], np.uint8), np.uint32, [0, 255]),
-        (np.array([0, 127], np.int8), np.uint32, [0, 127]),
         (np.array([0, 32767], ">i2"), np.uint32, [0, 32767]),
         (np.array([4294967295], np.uint64), np.uint32, [4294967295]),
         ([True, False], np.uint32, [1, 0]),
@@ -79,7 +77,6 @@ INEXACT = [
     (np.array([-1, 16777217]), (0,), [-1, 16777216]),
     (np.array([2**64 - 1], np.uint64), (0,), [2.0**64]),
     (np.array([16777217.0, -0.0]), (0,), [16777216, -0.0]),
-    (np.array([16777217.0, 4294967296.0]), (0,), [16777216, 4294967296]),
 ]
 
 

@@ -204,21 +204,17 @@ def write_xdmf(folder, values, cells):
     return folder / "t.xdmf"
 
 
-def write_files(folder, values, cells):
+def write_pvd(folder, values, cells, text='<DataSet timestep="{}" file="{}.vtu"/>', times=TIMES):
     for number, (value, cell) in enumerate(zip(values, cells)):
         data = meshio.Mesh(POINTS, CELLS, {"T": value}, {"q": cell})
         meshio.write(folder / f"{number}.vtu", data)
-
-
-def write_pvd(folder, values, cells, text='<DataSet timestep="{}" file="{}.vtu"/>', times=TIMES):
-    write_files(folder, values, cells)
     files = "".join(text.format(time, number) for number, time in enumerate(times))
     (folder / "t.pvd").write_text(f"<VTKFile><Collection>{files}</Collection></VTKFile>")
     return folder / "t.pvd"
 
 
 def write_series(folder, values, cells):
-    write_files(folder, values, cells)
+    write_pvd(folder, values, cells)
     files = [{"name": f"{number}.vtu", "time": time} for number, time in enumerate(TIMES)]
     (folder / "t.series").write_text(json.dumps({"files": files}))
     return folder / "t.series"
@@ -245,15 +241,14 @@ def write_med(folder, values, cells):
     meshio.write(path, meshio.Mesh(POINTS, CELLS, {"T": values[0]}, {"q": cells[0]}))
     with h5py.File(path, "a") as data:
         for number in (1, 2):
-            for name in ("T", "q"):
-                (first, *_) = sorted(data["CHA"][name])
+            for name, blocks in ("T", [values[number]]), ("q", cells[number]):
+                steps = data["CHA"][name]
+                (first, *_) = sorted(steps)
                 later = f"{first[:-1]}{number + 1}"
-                data["CHA"][name].copy(first, later)
-                step = data["CHA"][name][later]
-                step.attrs["PDT"] = TIMES[number]
-                for support, block in zip(sorted(step), (0, 1, 2)):
-                    content = step[support]["MED_NO_PROFILE_INTERNAL"]["CO"]
-                    content[...] = values[number] if name == "T" else cells[number][block]
+                steps.copy(first, later)
+                steps[later].attrs["PDT"] = TIMES[number]
+                for support, block in zip(sorted(steps[later]), blocks):
+                    steps[later][support]["MED_NO_PROFILE_INTERNAL"]["CO"][...] = block
     return path
 
 
