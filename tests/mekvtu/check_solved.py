@@ -11,6 +11,7 @@ import re
 import subprocess
 import sys
 import tempfile
+from types import SimpleNamespace
 
 if importlib.util.find_spec("meshio") is None:
     print("skipped: no meshio")
@@ -31,16 +32,6 @@ TYPES = dict(enumerate([
 VECTOR, TENSOR = 2, 4
 
 
-class Result:
-    def __init__(self, head, mode):
-        modal = head[63:68] == "MODAL"
-        self.step = ("Mode" if modal else "Step", int(mode if modal else head[58:63]))
-        self.value = float(head[12:24])
-        self.components = []
-        self.kinds = set()
-        self.rows = {}
-
-
 class ResultFile:
     def __init__(self, path):
         self.nodes, self.elements, self.results, self.materials = {}, {}, [], {}
@@ -49,7 +40,10 @@ class ResultFile:
             if line[:6] in ("    2C", "    3C", "  100C"):
                 section = line[:6].strip()
                 if section == "100C":
-                    self.results.append(Result(line, mode))
+                    modal = line[63:68] == "MODAL"
+                    step = ("Mode", int(mode)) if modal else ("Step", int(line[58:63]))
+                    self.results.append(SimpleNamespace(
+                        step=step, value=float(line[12:24]), components=[], kinds=set(), rows={}))
             elif line.startswith("    1UMAT"):
                 self.materials[int(line[9:14])] = line[14:].strip()
             elif line.startswith("    1PMODE"):

@@ -61,9 +61,12 @@ check_tools() {
 }
 
 check_python() {
-    PYTHONPATH=$root/usr/lib/python3/dist-packages /usr/bin/python3 -B \
-        "$source/examples/python/first_model.py" "$work/python.mek"
+    export PYTHONPATH=$root/usr/lib/python3/dist-packages
+    /usr/bin/python3 -B "$source/examples/python/first_model.py" "$work/python.mek"
     check_file "$work/python.mek"
+    /usr/bin/python3 -B -m mekapi2.convert --help >/dev/null
+    [ "$(find "$PYTHONPATH" -name py.typed -o -name _core.pyi | wc -l)" -eq 2 ] ||
+        fail "no annotations"
 }
 
 for package in "$packages"/*.deb; do

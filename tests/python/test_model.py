@@ -15,8 +15,7 @@ import pytest
 from mekapi2 import DatasetType, Model, NodeType, PropertyType, Step
 
 
-TREE = r"""tree of 6 nodes
-1 Group "plate"
+TREE = r"""1 Group "plate"
 translation 0 0 0  rotation 0 0 1 0  scale 1 1 1  root flag
 "float" = 0.1f
 "text" = "Zähler"
@@ -30,7 +29,6 @@ transparency 1  shininess 0.2  flag off
 "Category" = "Vibration"
 "Time" = 1f
 [1] "R\x1Es2" type 12: link to [0] of node 4, vibration
-[2] "Coordinates" type 1: 3 x 3 float, 0 to 1
 6 Geometry "other"
 [0] "R\x1Es1" type 12: link to [0] of node 4, vibration"""
 
