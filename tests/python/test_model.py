@@ -70,20 +70,16 @@ def test_takes_all_forms_of_names_paths_and_values(path):
     assert set(TREE.split("\n")) - {line.strip() for line in tree.split("\n")} == set()
 
 
-def test_dataset_types_have_their_numbers_names_and_widths(path):
+def test_dataset_types_have_their_numbers_and_widths(path):
     variable_types = [4, 5, 6, 9, 9, 9, 4, 5, 6, 1, *range(12, 29), 12, 16, 13, 14]
-    names = ["Connectivity"] * 3 + ["Polylength"] * 3 + ["Part Elements"] * 3 + ["Coordinates"]
-    names += [None] * 17 + ["Node Ids", "Element IDs", "Displacement", "Displacement"]
     with Model.create(path) as model:
         shapes = model.add_assembly_components([f"/r/{int(kind)}" for kind in DatasetType])
-        for kind, name, shape in zip(DatasetType, names, shapes):
-            name = None if name else kind.name
-            model.add_array(kind.name, np.ones((2, kind.width)), shape, name=name)
+        for kind, shape in zip(DatasetType, shapes):
+            model.add_array(kind.name, np.ones((2, kind.width)), shape, name=kind.name)
 
-    written = re.findall(r'\[0\] "(.*)" type (\d+): 2 x (\d+)', mekfile.tree(path))
-    assert written == [
-        (name or kind.name, str(number), str(kind.width))
-        for kind, name, number in zip(DatasetType, names, variable_types)
+    assert re.findall(r'\[0\] "(.*)" type (\d+): 2 x (\d+)', mekfile.tree(path)) == [
+        (kind.name, str(number), str(kind.width))
+        for kind, number in zip(DatasetType, variable_types)
     ]
 
 
