@@ -39,7 +39,9 @@ protected:
         const int status = std::system((goTo + " \"" + folder.string() + "\" && \"" + program +
                                         "\" " + arguments + " > \"" + output + "\" 2>&1")
                                            .c_str());
-        Run run{status, Testing::readFile(output)};
+        std::ifstream text(output);
+        Run run{status, std::string(std::istreambuf_iterator<char>(text), {})};
+        text.close();
         std::filesystem::remove(output);
 #if !defined(_WIN32)
         run.exitCode = WEXITSTATUS(status);

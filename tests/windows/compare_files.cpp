@@ -8,8 +8,8 @@
 
 namespace {
 
-/// The stored bytes of all blocks but the one that holds the date. What the tables say of them is
-/// right once the file has passed the check.
+/// The stored bytes of all blocks but the one that holds the date, and the tables that tell its
+/// length: what they say is right once the file has passed the check.
 std::string withoutDate(const std::filesystem::path& path) {
     std::ifstream stream(path, std::ios::binary);
     const std::string bytes(std::istreambuf_iterator<char>(stream), {});
@@ -18,7 +18,7 @@ std::string withoutDate(const std::filesystem::path& path) {
     std::string all;
     for (const MekReader::Block& block : file.blocks()) {
         all += block.name + '\0' + static_cast<char>(block.flags);
-        if (block.name != "Global Information") {
+        if (block.name != "Global Information" && !block.isIndex()) {
             all += bytes.substr(block.position, block.storedLength);
         }
     }
