@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -93,6 +94,27 @@ TEST_F(IndexTest, EndsABlockWithTheFirstPutThatReachesItsLimit) {
     EXPECT_EQ(hex(bytes.substr(153, 4)), "13 00 00 00");
     EXPECT_EQ(hex(bytes.substr(153 + entrySize, 4)), "0A 00 00 00");
     EXPECT_EQ(hex(bytes.substr(153 + 2 * entrySize, 4)), "01 00 00 00");
+}
+
+TEST_F(IndexTest, PutsARecordAsItsValuesOneAfterTheOther) {
+    const std::pair<const char*, const char*> lengthsByLimit[] = {{"0", "04 01 07"},
+                                                                  {"5", "05 07 05"},
+                                                                  {"12", "0C 0C 00"},
+                                                                  {"13", "10 08 00"},
+                                                                  {"24", "18 00 00"}};
+    for (const auto& [limit, lengths] : lengthsByLimit) {
+        const BlockSizeVariable variable(limit);
+        QbFile records;
+        records.OpenFileForWriting(path(limit), false);
+        records.index.PutEach("Light Data", 1U, true, std::string("abc"));
+        records.index.PutEach("Light Data", 1U, true, std::string("abc"));
+        records.index.WriteAllBuffersToFileStream(records.stream);
+        records.CloseFile();
+        const std::string bytes = readFile(path(limit));
+        EXPECT_EQ(hex(std::string{bytes[153], bytes[153 + entrySize], bytes[153 + 2 * entrySize]}),
+                  lengths)
+            << limit;
+    }
 }
 
 TEST_F(IndexTest, FlushesFullBlocksEarlyAndKeepsTheirLength) {

@@ -37,7 +37,7 @@ struct SearchTraits;
 
 /// The children of a tree by parent and name. It catches up with the tree when it is asked, so
 /// that a tree that is never searched pays nothing. The first children of a node are looked at one
-/// by one: that takes no longer, and where nodes have few children, nothing is ever indexed.
+/// by one: that takes no longer, and a tree whose nodes all have few children is never indexed.
 ///
 /// It is ordered, not hashed: what is added or asked for in turn has neighbouring names or parents
 /// mostly, and then lies side by side in memory.
@@ -94,7 +94,7 @@ private:
 
     static unsigned int firstChildOf(const Nodes& nodes, unsigned int parentId) {
         if (parentId == 0) {
-            return 1;
+            return 1; // the root is found from no node
         }
         return parentId < nodes.size() ? nodes[parentId]->firstChildId : 0;
     }
@@ -111,8 +111,8 @@ private:
             }
             withoutPayload_.swap(stillEmpty);
         }
-        for (; nextId_ < nodes.size(); ++nextId_) {
-            add(*nodes[nextId_], withoutPayload_);
+        for (; nextToIndex_ < nodes.size(); ++nextToIndex_) {
+            add(*nodes[nextToIndex_], withoutPayload_);
         }
     }
 
@@ -138,14 +138,14 @@ private:
 
     Children children_;
     std::vector<const TreeNode<T>*> withoutPayload_;
-    std::size_t nextId_ = 1; ///< of the first node that is not in yet
+    std::size_t nextToIndex_ = 1; ///< of the first node that is not in yet
 };
 
 /// Holds nodes by id and a cursor through which nearly every operation works.
 ///
 /// Id 1 is the root and exists from construction; 0 stands for no node. Ids count up in order of
-/// creation and are never reused. The tree owns its nodes, but not what a pointer payload points
-/// to. A payload, once attached, stays.
+/// creation and are never reused. The tree owns its nodes, which only `AddChild` adds, but not what
+/// a pointer payload points to. A payload, once attached, stays.
 template <class T>
 class Tree {
 public:
@@ -182,7 +182,8 @@ public:
     }
 
     /// The first added child of the current node for which `predicate(payload, pattern)` holds, or
-    /// 0. Children without payload are passed over.
+    /// 0. Children without payload are passed over. For what a predicate may tell apart, see
+    /// `SearchTraits`.
     template <class Predicate>
     unsigned int FindChild(const T& pattern, Predicate predicate) {
         return childIndex_.find(byId_, currentId, pattern, predicate);
@@ -217,11 +218,10 @@ public:
         PrepareChildren(1);
         auto prepared = prepared_.extract(std::prev(prepared_.end()));
         prepared.key() = id;
-        TreeNode<T>& child = prepared.mapped();
+        TreeNode<T>& child = nodes.insert(nodes.end(), std::move(prepared))->second;
         child.id = id;
         child.parentId = currentId;
         child.previousSiblingId = parent.lastChildId;
-        nodes.insert(nodes.end(), std::move(prepared));
         byId_.push_back(&child);
         ++nextId;
         if (parent.lastChildId == 0) {

@@ -49,8 +49,8 @@ template <>
 void Index::Put<TyrUtil::AttributeList>(const std::string& name,
                                         const TyrUtil::AttributeList& list) {
     if (list.values.empty()) {
-        constexpr std::uint32_t none = 0;
-        PutEach(name, none, none, none, none, none, none);
+        constexpr std::uint32_t noElements = 0; // of each of the six vectors below
+        PutEach(name, noElements, noElements, noElements, noElements, noElements, noElements);
         return;
     }
     std::vector<std::string> keys;

@@ -133,15 +133,15 @@ void Geometry::writeVariable(TyrQbf::Index& index, const std::string& lightName,
                       variable.linkedVariableIndex, variable.vibration);
         return;
     }
+    index.PutEach(lightName, variable.name, typeWord, variable.linked,
+                  static_cast<std::uint32_t>(array.byteSize), array.GetWidth(), array.firstOption,
+                  array.secondOption, array.firstValue, array.secondValue, array.thirdOption);
     const auto offset = placeOfOffset(variable.name);
     if (offset == offsets.end() || offset->first != variable.name) {
         TYR_RAISE(Tyr::Exception::KeyNotFound());
     }
     latestOffset_ = offset;
-    index.PutEach(lightName, variable.name, typeWord, variable.linked,
-                  static_cast<std::uint32_t>(array.byteSize), array.GetWidth(), array.firstOption,
-                  array.secondOption, array.firstValue, array.secondValue, array.thirdOption,
-                  offset->second, variable.vibration);
+    index.PutEach(lightName, offset->second, variable.vibration);
 }
 
 } // namespace TyrMek

@@ -61,7 +61,9 @@ public:
                  const std::string& attributesName);
 
     std::vector<Variable> variables;
-    std::map<std::string, std::uint64_t> offsets; ///< in "Heavy Data", by variable name
+
+    /// In "Heavy Data", by variable name. Only `AddVariable` adds; others read, or clear all.
+    std::map<std::string, std::uint64_t> offsets;
 
 private:
     void writeVariable(TyrQbf::Index& index, const std::string& lightName,
@@ -73,7 +75,7 @@ private:
 
     std::unordered_map<std::string, std::size_t> indexByName_; ///< of the first `indexedVariables_`
     std::size_t indexedVariables_ = 0;
-    std::map<std::string, std::uint64_t>::iterator latestOffset_; ///< if there are any
+    std::map<std::string, std::uint64_t>::iterator latestOffset_; ///< unless there are none
 };
 
 } // namespace TyrMek

@@ -146,7 +146,8 @@ void Index::Put(const std::string& name, const T& value) {
     Encode(blocks[number], value);
 }
 
-/// As long as no value but the last can reach the limit, all of them go to one block.
+/// Each value takes at least a byte, so that a block which all of them do not take past its limit
+/// is below it before each of them.
 template <class... T>
 void Index::PutEach(const std::string& name, const T&... values) {
     const std::uint64_t size = (encodedSize(values) + ...);
