@@ -196,9 +196,11 @@ private:
         for (std::uint32_t& word : bits) {
             word = source_.number<std::uint32_t>();
         }
-        std::vector<T> values(bits.size() + 1);
+        bits.push_back(0); // copies nothing from nowhere if there is no other one
+        std::vector<T> values(bits.size());
         std::memcpy(values.data(), bits.data(), bits.size() * sizeof(T));
         values.pop_back();
+        bits.pop_back();
         if (isColumn) {
             return addOfType(anyType(1), Array1d<T>(values), bits);
         }

@@ -149,10 +149,7 @@ private:
 template <class T>
 class Tree {
 public:
-    Tree() {
-        nodes[1].id = 1;
-        byId_ = {nullptr, &nodes[1]};
-    }
+    Tree() : byId_{nullptr, &nodes[1]} { nodes[1].id = 1; }
     Tree(const Tree&) = delete;
     Tree& operator=(const Tree&) = delete;
 

@@ -34,19 +34,17 @@ private:
 
 /// Logs one line. `pieces` is what stands behind the first `<<`; `function` is the qualified name
 /// of the logging function without its signature.
-#define TYR_LOG(function, pieces)                                                     \
-    do {                                                                              \
-        ::Tyr::Log::Record<char> tyrLogRecord(TYR_SOURCE_FILE, (function), __LINE__); \
-        TYR_LOG_TO(tyrLogRecord, pieces);                                             \
+#define TYR_LOG(function, pieces)                                                         \
+    do {                                                                                  \
+        ::Tyr::Log::Record<char> tyrLogRecord(TYR_SOURCE_FILE, (function), __LINE__);     \
+        tyrLogRecord << pieces; /* NOLINT(bugprone-macro-parentheses): several of them */ \
+        ::Tyr::Log::logSystem() += tyrLogRecord;                                          \
     } while (false)
 
 /// The same in the record of a `LineComposer`.
-#define TYR_LOG_WITH(composer, function, pieces) \
-    TYR_LOG_TO((composer).begin(TYR_SOURCE_FILE, (function), __LINE__), pieces)
-
-#define TYR_LOG_TO(record, pieces)                                                      \
-    do {                                                                                \
-        ::Tyr::Log::Record<char>& tyrLogLine = (record);                                \
-        tyrLogLine << pieces; /* NOLINT(bugprone-macro-parentheses): several of them */ \
-        ::Tyr::Log::logSystem() += tyrLogLine;                                          \
+#define TYR_LOG_WITH(composer, function, pieces)                                          \
+    do {                                                                                  \
+        auto& tyrLogRecord = (composer).begin(TYR_SOURCE_FILE, (function), __LINE__);     \
+        tyrLogRecord << pieces; /* NOLINT(bugprone-macro-parentheses): several of them */ \
+        ::Tyr::Log::logSystem() += tyrLogRecord;                                          \
     } while (false)
