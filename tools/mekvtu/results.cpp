@@ -36,6 +36,9 @@ std::vector<std::uint32_t> rowsOf(const Values& values, const std::vector<std::u
 }
 
 void placeVectors(const Placement& placement, std::vector<std::uint32_t>& words) {
+    if (words.empty()) {
+        return;
+    }
     std::vector<float> vectors(words.size());
     std::memcpy(vectors.data(), words.data(), words.size() * sizeof(float));
     placement.placeVectors(vectors);
