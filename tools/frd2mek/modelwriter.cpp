@@ -146,14 +146,17 @@ void ModelWriter::close() {
 /// The root group, a group for each material, and in it a shape for each type of element.
 void ModelWriter::addTree(const Job& job, const std::string& rootName, const Mesh& mesh) {
     const auto groupNames = groupNamesOf(job, mesh);
+    const std::string rootPath = separator + rootName + separator;
     std::vector<std::string> paths;
     for (const auto& [key, elements] : mesh.elements) {
         const auto& [material, type] = key;
-        paths.push_back(separator + rootName + separator + groupNames.at(material) + separator +
-                        elementTypes[type - 1].name);
+        std::string& path = paths.emplace_back(rootPath);
+        path += groupNames.at(material);
+        path += separator;
+        path += elementTypes[type - 1].name;
     }
     if (paths.empty()) {
-        paths.push_back(separator + rootName + separator + "Nodes");
+        paths.push_back(rootPath + "Nodes");
     }
     shapes_ = model_.addAssemblyComponents(paths, separator);
     describeGroups(job, rootName, groupNames);

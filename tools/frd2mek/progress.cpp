@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iostream>
 
 #if defined(_WIN32)
 #include <io.h>
@@ -30,7 +31,7 @@ Progress::Progress(std::uint64_t total)
 
 Progress::~Progress() {
     if (isShown_) {
-        std::fputs("\r\033[K", stderr);
+        std::cerr << "\r\033[K" << std::flush;
     }
 }
 
@@ -42,8 +43,7 @@ void Progress::show(const char* phase, std::uint64_t done) {
     if (isShown_ && percent == percent_) {
         return;
     }
-    std::fprintf(stderr, "\r\033[Kfrd2mek: %s, %d %%", phase, static_cast<int>(percent));
-    std::fflush(stderr);
+    std::cerr << "\r\033[Kfrd2mek: " << phase << ", " << percent << " %" << std::flush;
     percent_ = percent;
     isShown_ = true;
 }

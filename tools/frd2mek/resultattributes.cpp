@@ -102,6 +102,7 @@ void setStepParameter(Attributes& attributes, const std::string& text) {
 
 void setParameters(Attributes& attributes, const std::vector<NamedText>& parameters) {
     for (const NamedText& parameter : parameters) {
+        // NOLINTNEXTLINE(readability-qualified-auto): iterators of arrays need not be pointers
         const auto rule = std::find_if(
             parameterRules.begin(), parameterRules.end(),
             [&](const ParameterRule& candidate) { return candidate.name == parameter.name; });
