@@ -8,7 +8,7 @@
 #include "fuzz/bytesource.hpp"
 #include "fuzz/folder.hpp"
 #include "mekinfo/print.hpp"
-#include "mekreader/failure.hpp"
+#include "mekreader/error.hpp"
 #include "mekreader/model.hpp"
 #include "mekvtu/export.hpp"
 #include "tyr/qbf/qbfile.hpp"
@@ -81,7 +81,7 @@ bool isDone(const Action& action) {
     try {
         action();
         return true;
-    } catch (const MekReader::Failure&) {
+    } catch (const MekReader::Error&) {
         return false;
     }
 }

@@ -3,7 +3,7 @@
 /// `compress2` on the same blocks as the library's, and `fwrite`; no names, no index, no copies.
 
 #include "compare/contestant.hpp"
-#include "tyr/mek/byteplanes.hpp"
+#include "tyr/mek/byteshuffle.hpp"
 
 #include <zlib.h>
 
@@ -41,7 +41,7 @@ public:
     void add(const Bench::Dataset& dataset, Input& input) {
         const std::uint64_t end = length_ + dataset.sizeInBytes();
         unsigned char* const block = block_.withRoomFor(std::max(end, blockLimit));
-        TyrMek::toBytePlanes(input.data(), dataset.rows, static_cast<std::uint8_t>(dataset.width),
+        TyrMek::ShuffleBytes(input.data(), dataset.rows, static_cast<std::uint8_t>(dataset.width),
                              block + length_);
         length_ = end;
         if (length_ >= blockLimit) {

@@ -3,7 +3,7 @@
 /// small value, a log line and a small dataset cost.
 
 #include "tyr/log/logsystem.hpp"
-#include "tyr/mek/byteplanes.hpp"
+#include "tyr/mek/byteshuffle.hpp"
 #include "tyr/mek/tree.hpp"
 
 #include <benchmark/benchmark.h>
@@ -38,7 +38,7 @@ void transform(benchmark::State& state) {
     const std::vector<unsigned char> source(transformedBytes, 1);
     std::vector<unsigned char> target(transformedBytes);
     for (auto _ : state) {
-        TyrMek::toBytePlanes(source.data(), transformedBytes / 4 / width, width, target.data());
+        TyrMek::ShuffleBytes(source.data(), transformedBytes / 4 / width, width, target.data());
         benchmark::ClobberMemory();
     }
     setThroughput(state, transformedBytes);
@@ -46,7 +46,7 @@ void transform(benchmark::State& state) {
 BENCHMARK(transform)->Name("byte planes, width")->Arg(1)->Arg(3)->Arg(6);
 
 /// The stream is dropped now and then, so that it stays in memory without end.
-void putNumber(benchmark::State& state) {
+void PutNumber(benchmark::State& state) {
     constexpr std::uint64_t streamLength = 64 << 20;
     auto index = std::make_unique<TyrQbf::Index>();
     std::uint64_t length = 0;
@@ -61,7 +61,7 @@ void putNumber(benchmark::State& state) {
         }
     }
 }
-BENCHMARK(putNumber)->Name("Put of one number");
+BENCHMARK(PutNumber)->Name("Put of one number");
 
 void logLine(benchmark::State& state) {
     std::uint64_t number = 0;

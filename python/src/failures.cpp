@@ -40,8 +40,6 @@ void translate(std::exception_ptr thrown) {
 
 } // namespace
 
-void registerFailures() {
-    py::register_exception_translator(translate);
-}
+void registerFailures() { py::register_exception_translator(translate); }
 
 } // namespace MekPython

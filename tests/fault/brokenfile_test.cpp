@@ -3,7 +3,7 @@
 /// what is not there.
 #include "fault/faults.hpp"
 #include "fault/writecycles.hpp"
-#include "mekreader/failure.hpp"
+#include "mekreader/error.hpp"
 #include "mekreader/model.hpp"
 #include "support/testing.hpp"
 
@@ -43,7 +43,7 @@ protected:
     }
 
     std::string failureOfCheck() const {
-        return failureOf<MekReader::Failure>([&] { MekReader::check(path("first")); });
+        return messageOf<MekReader::Error>([&] { MekReader::check(path("first")); });
     }
 
     void expectUnfinished() const {
@@ -88,7 +88,7 @@ protected:
     void flipBits(std::size_t step) {
         const std::string content = contentOfFile();
         const std::int64_t start = givenBytes();
-        EXPECT_EQ(failureOfCheck(), "no failure");
+        EXPECT_EQ(failureOfCheck(), "no error");
         const std::int64_t limit =
             givenBytes() - start + buffer + 4 * static_cast<std::int64_t>(good.size());
         std::fstream file = openFile();
@@ -100,7 +100,7 @@ protected:
                 ++flips;
                 put(file, at, std::string(1, static_cast<char>(good[at] ^ (1 << bit))));
                 const std::int64_t before = givenBytes();
-                const bool isHarmless = failureOfCheck() == "no failure";
+                const bool isHarmless = failureOfCheck() == "no error";
                 EXPECT_LE(givenBytes() - before, limit) << at << " bit " << bit;
                 EXPECT_TRUE(!isHarmless || contentOfFile() == content) << at << " bit " << bit;
                 const bool isInBlock = at >= firstBlock;

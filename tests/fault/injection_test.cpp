@@ -2,7 +2,7 @@
 /// at: what the application hears, what stands in the files, and what the model is good for.
 #include "fault/faults.hpp"
 #include "fault/writecycles.hpp"
-#include "mekreader/failure.hpp"
+#include "mekreader/error.hpp"
 #include "mekreader/model.hpp"
 #include "support/testing.hpp"
 
@@ -131,7 +131,7 @@ protected:
     }
 
     static bool isCalledRight(const Cycle& cycle) {
-        return failureOf<MekReader::Failure>([&] { MekReader::check(cycle.path); }) == "no failure";
+        return messageOf<MekReader::Error>([&] { MekReader::check(cycle.path); }) == "no error";
     }
 
     void checkContent(const Cycle& cycle) {

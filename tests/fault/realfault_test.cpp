@@ -1,6 +1,6 @@
 /// What the system itself refuses: room and names.
 #include "fault/writecycles.hpp"
-#include "mekreader/failure.hpp"
+#include "mekreader/error.hpp"
 #include "mekreader/model.hpp"
 #include "support/testing.hpp"
 
@@ -43,7 +43,7 @@ std::string writeIn(const fs::path& directory) {
 TEST_F(RealFaultTest, AFullDeviceIsHeardOf) {
     Model model;
     model.saveTo("/dev/full", options);
-    EXPECT_EQ(failureOf<Tyr::Exception::FileWriteException>([&] { model.close(); }),
+    EXPECT_EQ(messageOf<Tyr::Exception::FileWriteException>([&] { model.close(); }),
               "Saving the buffer failed");
     // a user namespace of its own gives the right to mount
     if (unshare(CLONE_NEWNS) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) {
@@ -79,7 +79,7 @@ TEST_F(RealFaultTest, WhatCannotBeOpenedIsNamed) {
           path(std::string(300, 'n')), path(std::string(5000, '/') + "n")}) {
         Model model;
         EXPECT_EQ(
-            failureOf<Tyr::Exception::MiscelleneousException>([&] { model.saveTo(to, options); }),
+            messageOf<Tyr::Exception::MiscelleneousException>([&] { model.saveTo(to, options); }),
             "Unable to open file \"" + to + '"');
     }
     EXPECT_EQ(seteuid(user), 0);
@@ -94,7 +94,7 @@ TEST_F(RealFaultTest, ALinkToNothingMakesItsTarget) {
     model.close();
     EXPECT_NO_THROW(MekReader::check(path("target")));
     EXPECT_TRUE(fs::is_symlink(path("link")));
-    EXPECT_EQ(failureOf<Tyr::Exception::FileOpenException>([&] { model.saveTo(path("link")); }),
+    EXPECT_EQ(messageOf<Tyr::Exception::FileOpenException>([&] { model.saveTo(path("link")); }),
               "File exists.");
 }
 

@@ -3,7 +3,7 @@
 #include <tyr/exception/exception.hpp>
 #include <tyr/mek2/model.hpp>
 
-#include "mekreader/failure.hpp"
+#include "mekreader/error.hpp"
 #include "mekreader/model.hpp"
 #include "support/testing.hpp"
 
@@ -104,7 +104,7 @@ TEST_F(LargeTest, ABlockThatGrowsBeyond4GiBIsRefused) {
     }
     EXPECT_THROW(model.close(), OverflowError);
     EXPECT_NO_THROW(model.close());
-    EXPECT_THROW(MekReader::check(path("out")), MekReader::Failure);
+    EXPECT_THROW(MekReader::check(path("out")), MekReader::Error);
 }
 
 } // namespace

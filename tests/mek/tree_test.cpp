@@ -2,7 +2,7 @@
 
 #include "mekreader/container.hpp"
 #include "support/testing.hpp"
-#include "tyr/mek/byteplanes.hpp"
+#include "tyr/mek/byteshuffle.hpp"
 
 #include <string>
 #include <vector>
@@ -17,9 +17,9 @@ TEST(BytePlanes, SplitsItemsIntoComponentsAndTheseIntoBytes) {
     const std::vector<unsigned int> values = {0x04030201, 0x14131211, 0x24232221, 0x34333231};
     std::string planes(16, '?');
     auto* const target = reinterpret_cast<unsigned char*>(planes.data());
-    TyrMek::toBytePlanes(values.data(), 2, 2, target);
+    TyrMek::ShuffleBytes(values.data(), 2, 2, target);
     EXPECT_EQ(hex(planes), "01 21 02 22 03 23 04 24 11 31 12 32 13 33 14 34");
-    TyrMek::toBytePlanes(values.data(), 4, 1, target);
+    TyrMek::ShuffleBytes(values.data(), 4, 1, target);
     EXPECT_EQ(hex(planes), "01 11 21 31 02 12 22 32 03 13 23 33 04 14 24 34");
 }
 
@@ -35,10 +35,10 @@ TEST_F(TreeTest, RefusesDatasetsOfImpossibleSize) {
 TEST_F(TreeTest, AttributesAreSplitByKind) {
     using TyrUtil::AttributeValue;
     TyrUtil::AttributeList list;
-    list.values["d"] = AttributeValue::of(2.0);
-    list.values["c"] = AttributeValue::of(std::string("x\0y", 3)); // ends at its first NUL
-    list.values["b"] = AttributeValue::of(1.0F);
-    list.values["a"] = AttributeValue::of(5U);
+    list.values["d"] = AttributeValue::Of(2.0);
+    list.values["c"] = AttributeValue::Of(std::string("x\0y", 3)); // ends at its first NUL
+    list.values["b"] = AttributeValue::Of(1.0F);
+    list.values["a"] = AttributeValue::Of(5U);
     Tree tree;
     tree.SetStreamFile(path("out"), false);
     tree.SetRootGroup("r", list);

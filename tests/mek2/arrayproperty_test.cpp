@@ -5,7 +5,7 @@
 namespace {
 
 using namespace Tyr::Mek2;
-using Testing::failureOf;
+using Testing::messageOf;
 using Tyr::Exception::InvalidArguments;
 
 /// Root r (1), shapes with the geometries 3 and 5.
@@ -42,9 +42,8 @@ TEST(DatasetTable, FixesWidthNameAndVariableType) {
         const auto type = DatasetType(number);
         std::string name = "-";
         const std::string failure =
-            failureOf<InvalidArguments>([&] { name = Property::nameFrom(type); });
-        EXPECT_EQ(failure,
-                  name == "-" ? "Can't guess result name for specified type" : "no failure");
+            messageOf<InvalidArguments>([&] { name = Property::nameFrom(type); });
+        EXPECT_EQ(failure, name == "-" ? "Can't guess result name for specified type" : "no error");
         table += name + ' ' + std::to_string(Property::widthFrom(type)) + ' ' +
                  std::to_string(Property::geomTypeFrom(type)) + '\n';
     }
@@ -55,13 +54,13 @@ TEST(DatasetTable, FixesWidthNameAndVariableType) {
               "- 1 12\n- 3 13\n- 6 14\n- 6 15\n- 1 16\n- 3 17\n- 6 18\n- 6 19\n- 1 20\n- 3 21\n"
               "- 6 22\n- 6 23\n- 1 24\n- 1 25\n- 3 26\n- 6 27\n- 6 28\n"
               "Node Ids 1 12\nElement IDs 1 16\nDisplacement 3 13\nDisplacement 6 14\n");
-    EXPECT_EQ(failureOf<InvalidArguments>([] { Property::geomTypeFrom(DatasetType(31)); }),
+    EXPECT_EQ(messageOf<InvalidArguments>([] { Property::geomTypeFrom(DatasetType(31)); }),
               "Can't guess result type for specified type");
 }
 
 TEST_F(ArrayPropertyTest, ChecksTypeAndShape) {
     const Array2d<float> table(4, 3, 1.0F);
-    const auto refusal = [&](auto action) { return failureOf<InvalidArguments>(action); };
+    const auto refusal = [&](auto action) { return messageOf<InvalidArguments>(action); };
     const Step step;
     EXPECT_EQ(refusal([&] { model.addArrayProperty(DatasetType::Coordinates, pair, first, step); }),
               "Invalid arguments");

@@ -12,7 +12,7 @@
 namespace {
 
 using namespace Tyr::Mek2;
-using Testing::failureOf;
+using Testing::messageOf;
 using Testing::readFile;
 using Tyr::Exception::FileOpenException;
 using Tyr::Exception::InvalidObjectState;
@@ -34,7 +34,7 @@ TEST_F(LifecycleTest, GuardsEveryOperationWithoutWriteCycle) {
         {[&] { model.moveToParentNode(); }, "Not initialized"},
         {[&] { model.getNodeId("", "/"); }, "Not initialized"}};
     for (const auto& [operation, failure] : refused) {
-        EXPECT_EQ(failureOf<InvalidObjectState>(operation), failure);
+        EXPECT_EQ(messageOf<InvalidObjectState>(operation), failure);
     }
     EXPECT_EQ(model.addAssemblyComponents(std::vector<std::string>()).size(), 0U);
 }
@@ -42,10 +42,10 @@ TEST_F(LifecycleTest, GuardsEveryOperationWithoutWriteCycle) {
 TEST_F(LifecycleTest, ReplacesAFileOnlyIfAsked) {
     std::ofstream(path("out")) << "content";
     Model model;
-    EXPECT_EQ(failureOf<FileOpenException>([&] { model.saveTo(path("out")); }), "File exists.");
-    EXPECT_EQ(failureOf<InvalidObjectState>([&] { model.saveTo(path("other")); }), "Not Empty");
+    EXPECT_EQ(messageOf<FileOpenException>([&] { model.saveTo(path("out")); }), "File exists.");
+    EXPECT_EQ(messageOf<InvalidObjectState>([&] { model.saveTo(path("other")); }), "Not Empty");
     EXPECT_EQ(model.addNode(NodeType::Group, "r"), 1U);
-    EXPECT_EQ(failureOf<InvalidObjectState>(
+    EXPECT_EQ(messageOf<InvalidObjectState>(
                   [&] { model.addArrayProperty(DatasetType::NodeIds, oneValue, 1U, Step{}); }),
               "File not open.");
     model.addArrayProperty(DatasetType::NodeIds, Array1d<float>(), 1U, Step{});
@@ -97,7 +97,7 @@ TEST_F(LifecycleTest, PathsMayBeLongerThan260Characters) {
     model.close();
 
     EXPECT_EQ(MekReader::File(file).nodes().size(), 1U);
-    EXPECT_EQ(failureOf<FileOpenException>([&] { model.saveTo(file.wstring()); }), "File exists.");
+    EXPECT_EQ(messageOf<FileOpenException>([&] { model.saveTo(file.wstring()); }), "File exists.");
     for (auto made = file; made.filename() != folder.filename(); made = made.parent_path()) {
         EXPECT_TRUE(std::filesystem::remove(made)); // remove_all loses the form of the path
     }

@@ -6,8 +6,8 @@
 namespace {
 
 using namespace Tyr::Mek2;
-using Testing::failureOf;
 using Testing::hex;
+using Testing::messageOf;
 using Tyr::Exception::InvalidArguments;
 using Tyr::Exception::OutOfBounds;
 using Tyr::Exception::TemplateSpecializationNotDefined;
@@ -25,11 +25,11 @@ NodeProperties property(PropertyType type, const Floats& values) {
 
 TEST_F(NodesTest, RootTakesFourTypes) {
     for (const NodeType type : {NodeType(0), NodeType(5)}) {
-        EXPECT_EQ(failureOf<InvalidArguments>([&] { model.addNode(type, "r"); }),
+        EXPECT_EQ(messageOf<InvalidArguments>([&] { model.addNode(type, "r"); }),
                   "Invalid node type for root node");
     }
     EXPECT_EQ(model.addNode(NodeType::Shape, "r"), 1U); // without a geometry
-    EXPECT_EQ(failureOf<InvalidArguments>([&] { model.addNode(NodeType::RootGroup, "x"); }),
+    EXPECT_EQ(messageOf<InvalidArguments>([&] { model.addNode(NodeType::RootGroup, "x"); }),
               "Invalid node type");
     model.setNodeData(1, property(PropertyType::DiffuseColor, {1, 0, 0}));
     EXPECT_EQ(model.addNode(NodeType::Group, "g"), 2U);
@@ -132,7 +132,7 @@ TEST_F(NodesTest, SetsWhatCameBeforeARefusedProperty) {
     model.setNodeData(1, NodeProperties(), more);
     NodeProperties properties = property(PropertyType::Translation, {-1, -1, -1});
     properties.set(PropertyType(11), 1);
-    EXPECT_EQ(failureOf<InvalidArguments>([&] { model.setNodeData(1, properties); }),
+    EXPECT_EQ(messageOf<InvalidArguments>([&] { model.setNodeData(1, properties); }),
               "Invalid properties");
 
     const MekReader::Group root = *closed().nodes()[0].group;
@@ -160,7 +160,7 @@ TEST_F(NodesTest, RefusesPropertiesThatDoNotFit) {
                             {geometry, PropertyType::AmbientColor, 4, "invalid array size"},
                             {1, PropertyType::AmbientColor, 3, "Invalid property type"},
                             {1, PropertyType(-1), 3, "Invalid properties"}}) {
-        EXPECT_EQ(failureOf<InvalidArguments>(
+        EXPECT_EQ(messageOf<InvalidArguments>(
                       [&] { model.setNodeData(one.id, property(one.type, Floats(one.size))); }),
                   one.failure);
     }
@@ -169,7 +169,7 @@ TEST_F(NodesTest, RefusesPropertiesThatDoNotFit) {
     NodeProperties whole;
     whole.set(PropertyType::Shininess, 1);
     EXPECT_THROW(model.setNodeData(geometry, whole), TemplateSpecializationNotDefined);
-    EXPECT_EQ(failureOf<InvalidArguments>([&] { model.setNodeData(1, whole); }),
+    EXPECT_EQ(messageOf<InvalidArguments>([&] { model.setNodeData(1, whole); }),
               "Invalid property type"); // the node is looked at before the value
     NodeProperties single;
     single.set(PropertyType::Translation, 1.0F);
@@ -213,7 +213,7 @@ TEST_F(ComponentsTest, CutsAtEveryCharacterOfTheSeparator) {
 
 TEST_F(ComponentsTest, KeepsWhatCameBeforeAFailure) {
     const Names halfRelative = {"/r/a/", "r/b/"};
-    EXPECT_EQ(failureOf<InvalidArguments>([&] { add(halfRelative); }),
+    EXPECT_EQ(messageOf<InvalidArguments>([&] { add(halfRelative); }),
               "Relative paths not supported");
     EXPECT_THROW(add({"/r/b/", "/q/c/"}), Tyr::Exception::NotYetImplemented);
     EXPECT_EQ(model.getNodeId("/r/a"), 2U);

@@ -2,7 +2,7 @@
 
 #include <tyr/mek2/model.hpp>
 
-#include "mekreader/failure.hpp"
+#include "mekreader/error.hpp"
 #include "mekvtu/celltype.hpp"
 #include "mekvtu/timeline.hpp"
 #include "mekvtu/xmltext.hpp"
@@ -33,7 +33,7 @@ protected:
 
     std::string failure(const std::function<void(Model&, unsigned int)>& fill) {
         MekReader::File file = written(fill);
-        return Testing::failureOf<MekReader::Failure>(
+        return Testing::messageOf<MekReader::Error>(
             [&] { MekVtu::exportVtu(file, folder / "out", "in"); });
     }
 
@@ -77,7 +77,7 @@ TEST_F(ExportTest, MeshesThatAreNoneAreRefused) {
     };
     const auto solid = DatasetType::Connectivity2;
     EXPECT_EQ(failure([](Model&, unsigned int) {}), "no geometry has coordinates");
-    EXPECT_EQ(failure(mesh(solid, {0, 1, 2, 3}, {4})), "no failure");
+    EXPECT_EQ(failure(mesh(solid, {0, 1, 2, 3}, {4})), "no error");
     EXPECT_EQ(failure(mesh(solid, {0, 1, 2, 4}, {4})),
               "shape \"S\": element 0 has row 4 of 4 coordinates");
     EXPECT_EQ(failure(mesh(solid, {0, 1, 2, 3, 0, 1, 2}, {4, 4})),

@@ -14,8 +14,8 @@ namespace {
 
 using namespace TyrQbf;
 using Testing::BlockSizeVariable;
-using Testing::failureOf;
 using Testing::hex;
+using Testing::messageOf;
 
 /// A block whose buffer is freed with it.
 struct OwnedBlock : Block {
@@ -86,7 +86,7 @@ TEST_F(BlockTest, CursorOverwritesAndStaysInsideTheContent) {
     EXPECT_EQ(block.position, 6U);
 
     block.SetPosition(10);
-    EXPECT_EQ(failureOf<Tyr::Exception::OutOfBounds>([&] { block.SetPosition(11); }),
+    EXPECT_EQ(messageOf<Tyr::Exception::OutOfBounds>([&] { block.SetPosition(11); }),
               "Invalid block position");
     EXPECT_EQ(block.position, 10U);
 }

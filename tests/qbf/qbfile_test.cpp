@@ -10,8 +10,8 @@ namespace {
 
 using namespace TyrQbf;
 using Testing::BlockSizeVariable;
-using Testing::failureOf;
 using Testing::hex;
+using Testing::messageOf;
 using Testing::readFile;
 
 constexpr std::size_t headSize = 12;
@@ -157,7 +157,7 @@ using QbFileTest = Testing::FolderTest;
 TEST_F(QbFileTest, SaysWhichPathCannotBeOpened) {
     const std::wstring wideMissing = L"/\x0416issing/\x00E9";
     QbFile file;
-    EXPECT_EQ(failureOf<Tyr::Exception::MiscelleneousException>(
+    EXPECT_EQ(messageOf<Tyr::Exception::MiscelleneousException>(
                   [&] { file.OpenFileForWriting(wideMissing, false); }),
               "Unable to open file \"/\x16issing/\xE9\"");
     EXPECT_THROW(file.OpenFileForWriting(path("cut") + '\0' + "off", true),
@@ -170,7 +170,7 @@ TEST_F(QbFileTest, WidePathsReachBeyondTheCodePage) {
     file.OpenFileForWriting(folder.wstring() + L"/\x03C2\x65E5\U0001F4D0z", false);
     EXPECT_TRUE(std::filesystem::exists(
         folder / std::filesystem::u8path("\xCF\x82\xE6\x97\xA5\xF0\x9F\x93\x90z")));
-    EXPECT_EQ(failureOf<Tyr::Exception::MiscelleneousException>(
+    EXPECT_EQ(messageOf<Tyr::Exception::MiscelleneousException>(
                   [&] { file.OpenFileForWriting(path("other"), true); }),
               "File stream is already in use");
 }
@@ -179,7 +179,7 @@ TEST_F(QbFileTest, WidePathsReachBeyondTheCodePage) {
 TEST_F(QbFileTest, WidePathsThatAreNotUnicodeNameNoFile) {
     QbFile file;
     for (const wchar_t unit : {wchar_t(0xD800), wchar_t(0xDC00), wchar_t(0x110000)}) {
-        EXPECT_EQ(failureOf<Tyr::Exception::MiscelleneousException>(
+        EXPECT_EQ(messageOf<Tyr::Exception::MiscelleneousException>(
                       [&] { file.OpenFileForWriting(std::wstring(L"a") + unit, true); }),
                   std::string("Unable to open file \"a"));
     }

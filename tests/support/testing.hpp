@@ -73,13 +73,13 @@ private:
 
 /// The message of the failure of class `Failure` that `action` raises.
 template <class Failure, class Action>
-std::string failureOf(const Action& action) {
+std::string messageOf(const Action& action) {
     try {
         action();
     } catch (const Failure& failure) {
         return failure.what();
     }
-    return "no failure";
+    return "no error";
 }
 
 } // namespace Testing

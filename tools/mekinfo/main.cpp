@@ -1,7 +1,7 @@
 /// Shows what a container holds, checks it against every rule of the format, or hands it on to VTK.
 #include "console/arguments.hpp"
 #include "mekinfo/print.hpp"
-#include "mekreader/failure.hpp"
+#include "mekreader/error.hpp"
 #include "mekreader/model.hpp"
 #include "mekvtu/export.hpp"
 

@@ -89,9 +89,10 @@ std::string flagsOf(const Block& block) {
 
 void printBlocks(std::ostream& out, const File& file) {
     out << "\nblocks\n"
-        << std::right << std::setw(8) << "number" << "  " << std::left << std::setw(20) << "name"
-        << std::right << std::setw(14) << "position" << std::setw(12) << "stored" << std::setw(12)
-        << "raw" << "  flags\n";
+        << std::right << std::setw(8) << "number"
+        << "  " << std::left << std::setw(20) << "name" << std::right << std::setw(14) << "position"
+        << std::setw(12) << "stored" << std::setw(12) << "raw"
+        << "  flags\n";
     std::uint64_t free = 0;
     for (const Block& block : file.blocks()) {
         if (block.isFree()) {
@@ -163,8 +164,8 @@ void printData(std::ostream& out, File& file, const Variable& variable) {
 void printVariables(std::ostream& out, const std::string& indent, File& file, const Node& node) {
     for (std::size_t index = 0; index < node.variables.size(); ++index) {
         const Variable& variable = node.variables[index];
-        out << indent << '[' << index << "] " << inQuotes(variable.name) << " type " << variable.type
-            << ": ";
+        out << indent << '[' << index << "] " << inQuotes(variable.name) << " type "
+            << variable.type << ": ";
         if (variable.linked) {
             out << "link to [" << variable.linkedVariableIndex << "] of node "
                 << variable.linkedNodeId;

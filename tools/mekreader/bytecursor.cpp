@@ -1,6 +1,6 @@
 #include "mekreader/bytecursor.hpp"
 
-#include "mekreader/failure.hpp"
+#include "mekreader/error.hpp"
 
 #include <cstring>
 #include <utility>
@@ -80,7 +80,7 @@ void ByteCursor::expectEnd() const {
 }
 
 void ByteCursor::fail(const std::string& reason) const {
-    throw Failure(name_ + " at byte " + std::to_string(position_) + ": " + reason);
+    throw Error(name_ + " at byte " + std::to_string(position_) + ": " + reason);
 }
 
 } // namespace MekReader

@@ -8,7 +8,7 @@
 
 namespace MekReader {
 
-/// Every take raises `Failure`, with the name of the bytes and the offset, where they end early.
+/// Every take raises `Error`, with the name of the bytes and the offset, where they end early.
 class ByteCursor {
 public:
     /// @param bytes must outlive the cursor
@@ -35,10 +35,10 @@ public:
 
     std::uint64_t position() const { return position_; }
 
-    /// Raises `Failure` if bytes are left.
+    /// Raises `Error` if bytes are left.
     void expectEnd() const;
 
-    /// Raises a `Failure` that names the bytes and the current offset.
+    /// Raises a `Error` that names the bytes and the current offset.
     [[noreturn]] void fail(const std::string& reason) const;
 
 private:

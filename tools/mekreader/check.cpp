@@ -1,4 +1,4 @@
-#include "mekreader/failure.hpp"
+#include "mekreader/error.hpp"
 #include "mekreader/model.hpp"
 
 #include <algorithm>
@@ -21,15 +21,15 @@ std::string describe(const Node& node) {
 }
 
 [[noreturn]] void fail(const Block& block, const std::string& reason) {
-    throw Failure("block " + std::to_string(block.number) + " (\"" + block.name + "\"): " + reason);
+    throw Error("block " + std::to_string(block.number) + " (\"" + block.name + "\"): " + reason);
 }
 
 [[noreturn]] void fail(const Node& node, const std::string& reason) {
-    throw Failure(describe(node) + ": " + reason);
+    throw Error(describe(node) + ": " + reason);
 }
 
 [[noreturn]] void fail(const Node& node, const Variable& variable, const std::string& reason) {
-    throw Failure(describe(node) + ", variable \"" + variable.name + "\": " + reason);
+    throw Error(describe(node) + ", variable \"" + variable.name + "\": " + reason);
 }
 
 bool isHeavy(const Block& block) { return block.name == "Heavy Data"; }
@@ -56,10 +56,10 @@ void checkStreamOrder(const Container& container) {
     const bool hasHeavyData = !order.empty() && order.front() == "Heavy Data";
     const std::size_t tree = hasHeavyData ? 1 : 0;
     if (order.size() <= tree || order[tree] != "Mek Tree") {
-        throw Failure("\"Mek Tree\" does not follow the datasets");
+        throw Error("\"Mek Tree\" does not follow the datasets");
     }
     if (order.back() != "Global Information") {
-        throw Failure("\"Global Information\" is not the last stream");
+        throw Error("\"Global Information\" is not the last stream");
     }
 }
 
@@ -100,8 +100,8 @@ std::string versionOf(const Node& node) {
 
 void checkKind(const Node& node) {
     if (node.version != versionOf(node)) {
-        fail(node, "type \"" + node.type + "\" and version \"" + node.version +
-                       "\" do not go together");
+        fail(node,
+             "type \"" + node.type + "\" and version \"" + node.version + "\" do not go together");
     }
     if (node.type.empty() && !node.name.empty()) {
         fail(node, "it has a name but no type");
@@ -181,11 +181,11 @@ void checkVariables(const File& file, const Node& node) {
 
 void checkModifiers(const File& file) {
     if (file.modifiers().size() != 1) {
-        throw Failure("\"Global Information\" names " + std::to_string(file.modifiers().size()) +
-                      " writing runs and not one");
+        throw Error("\"Global Information\" names " + std::to_string(file.modifiers().size()) +
+                    " writing runs and not one");
     }
     if (file.modifiers().front().formatVersion != "1.3") {
-        throw Failure("\"Global Information\": the format version is not 1.3");
+        throw Error("\"Global Information\": the format version is not 1.3");
     }
 }
 
@@ -200,7 +200,7 @@ void check(const std::filesystem::path& path) {
     }
     const File file(path);
     if (file.nodes().empty()) {
-        throw Failure("\"Mek Tree\" has no root");
+        throw Error("\"Mek Tree\" has no root");
     }
     checkLinks(file.nodes());
     for (const Node& node : file.nodes()) {

@@ -1,7 +1,7 @@
 #include "mekreader/container.hpp"
 
 #include "mekreader/bytecursor.hpp"
-#include "mekreader/failure.hpp"
+#include "mekreader/error.hpp"
 
 #include <zlib.h>
 
@@ -13,10 +13,12 @@ namespace {
 
 constexpr std::string_view signature("\x89QBF\r\n\x1A\n", 8);
 constexpr std::string_view formatVersion("1.3\0", 4);
-constexpr std::string_view freeName("\x0B"
-                                    "Empty Block ");
-constexpr std::string_view indexName("\x0B"
-                                     "Index Block ");
+constexpr std::string_view freeName(
+    "\x0B"
+    "Empty Block ");
+constexpr std::string_view indexName(
+    "\x0B"
+    "Index Block ");
 constexpr std::uint64_t headSize = 12;
 constexpr std::uint64_t firstTableEntries = 20;
 constexpr std::uint64_t indexTableEntries = 200;
@@ -46,7 +48,7 @@ std::string describe(const Block& block) {
 }
 
 [[noreturn]] void fail(const Block& block, const std::string& reason) {
-    throw Failure(describe(block) + ": " + reason);
+    throw Error(describe(block) + ": " + reason);
 }
 
 /// The last entry of a table has a name, of a free block or of the next table, and the latter has
@@ -60,7 +62,7 @@ bool isWrittenToItsEnd(std::string_view table) {
 std::string nameOf(std::string_view field, std::uint64_t number) {
     const std::string_view name = field.substr(0, field.find('\0'));
     if (!isAllZero(field.substr(name.size()))) {
-        throw Failure("block " + std::to_string(number) + ": name is not filled up with NUL");
+        throw Error("block " + std::to_string(number) + ": name is not filled up with NUL");
     }
     return std::string(name);
 }
@@ -92,10 +94,10 @@ bool Block::isIndex() const { return name == indexName; }
 Container::Container(const std::filesystem::path& path) : file_(path, std::ios::binary) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(path, error)) {
-        throw Failure("there is no such file");
+        throw Error("there is no such file");
     }
     if (!file_) {
-        throw Failure("the file can't be opened");
+        throw Error("the file can't be opened");
     }
     fileSize_ = std::filesystem::file_size(path);
     readHead();
@@ -104,14 +106,14 @@ Container::Container(const std::filesystem::path& path) : file_(path, std::ios::
 
 std::string Container::readAt(std::uint64_t position, std::uint64_t size) {
     if (position > fileSize_ || size > fileSize_ - position) {
-        throw Failure("the file ends before byte " + std::to_string(position + size));
+        throw Error("the file ends before byte " + std::to_string(position + size));
     }
     std::string bytes(size, '\0');
     file_.clear();
     file_.seekg(static_cast<std::streamoff>(position));
     file_.read(bytes.data(), static_cast<std::streamsize>(size));
     if (!file_) {
-        throw Failure("the file can't be read at byte " + std::to_string(position));
+        throw Error("the file can't be read at byte " + std::to_string(position));
     }
     return bytes;
 }
@@ -120,11 +122,11 @@ void Container::readHead() {
     const std::string head = readAt(0, std::min(fileSize_, headSize));
     const std::string_view start = std::string_view(head).substr(0, signature.size());
     if (start != signature.substr(0, start.size())) {
-        throw Failure("not a container: the signature is wrong");
+        throw Error("not a container: the signature is wrong");
     }
     const std::string_view version = std::string_view(head).substr(start.size());
     if (version != formatVersion.substr(0, version.size())) {
-        throw Failure("head: the format version is not 1.3");
+        throw Error("head: the format version is not 1.3");
     }
     if (fileSize_ < firstBlockPosition) {
         throw Unfinished("it ends before its index");
@@ -136,8 +138,8 @@ void Container::readHead() {
     }
     readTableBytes(headSize + countSize, firstTableEntries);
     if (length != firstTableSize) {
-        throw Failure("first table: the length is " + std::to_string(length) + " and not " +
-                      std::to_string(firstTableSize));
+        throw Error("first table: the length is " + std::to_string(length) + " and not " +
+                    std::to_string(firstTableSize));
     }
 }
 
@@ -281,9 +283,9 @@ const Container::StreamPart* Container::partWith(std::string_view name, std::uin
         return nullptr;
     }
     const std::vector<StreamPart>& parts = found->second.parts;
-    const auto behind = std::upper_bound(
-        parts.begin(), parts.end(), offset,
-        [](std::uint64_t at, const StreamPart& part) { return at < part.start; });
+    const auto behind =
+        std::upper_bound(parts.begin(), parts.end(), offset,
+                         [](std::uint64_t at, const StreamPart& part) { return at < part.start; });
     const StreamPart& part = *std::prev(behind); // the first one starts at 0
     const std::uint64_t offsetInBlock = offset - part.start;
     const std::uint64_t length = blocks_[part.blockNumber].rawLength;
@@ -297,8 +299,8 @@ bool Container::holds(std::string_view name, std::uint64_t offset, std::uint64_t
 std::string Container::bytes(std::string_view name, std::uint64_t offset, std::uint64_t size) {
     const StreamPart* const part = partWith(name, offset, size);
     if (part == nullptr) {
-        throw Failure("\"" + std::string(name) + "\": no block holds bytes " +
-                      std::to_string(offset) + " to " + std::to_string(offset + size));
+        throw Error("\"" + std::string(name) + "\": no block holds bytes " +
+                    std::to_string(offset) + " to " + std::to_string(offset + size));
     }
     return contentOf(part->blockNumber).substr(offset - part->start, size);
 }

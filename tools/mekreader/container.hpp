@@ -50,7 +50,7 @@ struct Block {
 class Container {
 public:
     /// @throws Unfinished the file has no complete index
-    /// @throws Failure the file can't be read, is no container, or its tables break a rule
+    /// @throws Error the file can't be read, is no container, or its tables break a rule
     explicit Container(const std::filesystem::path& path);
 
     const std::vector<Block>& blocks() const { return blocks_; }
@@ -63,14 +63,14 @@ public:
     std::string stream(std::string_view name);
 
     /// `size` bytes of the stream of `name` from `offset` on.
-    /// @throws Failure they are not inside one block
+    /// @throws Error they are not inside one block
     std::string bytes(std::string_view name, std::uint64_t offset, std::uint64_t size);
 
     /// Tells whether one block holds these bytes of the stream of `name`.
     bool holds(std::string_view name, std::uint64_t offset, std::uint64_t size) const;
 
     /// Reads a block through and hands on its content piece by piece.
-    /// @throws Failure the block can't be expanded, its checksum or its length is wrong
+    /// @throws Error the block can't be expanded, its checksum or its length is wrong
     void expand(const Block& block, const std::function<void(std::string_view)>& sink);
 
 private:

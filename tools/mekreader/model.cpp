@@ -1,7 +1,7 @@
 #include "mekreader/model.hpp"
 
 #include "mekreader/bytecursor.hpp"
-#include "mekreader/failure.hpp"
+#include "mekreader/error.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -11,7 +11,7 @@ namespace MekReader {
 
 namespace {
 
-constexpr std::uint64_t nodeRecordSize = 6 * 4 + 3 * 4 + 8;   // with empty texts
+constexpr std::uint64_t nodeRecordSize = 6 * 4 + 3 * 4 + 8;     // with empty texts
 constexpr std::uint64_t variableRecordSize = 4 + 4 + 1 + 8 + 1; // of a link with an empty name
 constexpr std::uint32_t materialRecordSize = 84;
 constexpr std::size_t largestText = 256;
@@ -257,8 +257,7 @@ Modifier readModifier(ByteCursor& information) {
 std::vector<Modifier> readModifiers(Container& container) {
     const std::string bytes = container.stream("Global Information");
     ByteCursor information(bytes, "\"Global Information\"");
-    auto modifiers =
-        listed(information, "modifiers", 4, [&] { return readModifier(information); });
+    auto modifiers = listed(information, "modifiers", 4, [&] { return readModifier(information); });
     if (information.u32("number of results") != 0) {
         information.fail("the list of results is not empty");
     }
@@ -288,7 +287,7 @@ template <class T>
 std::vector<T> read(Container& container, const Variable& owner) {
     const std::string planes = container.bytes("Heavy Data", owner.offset, owner.byteSize);
     if (owner.width == 0 || owner.byteSize % (4U * owner.width) != 0) {
-        throw Failure("variable \"" + owner.name + "\": its size is no number of rows");
+        throw Error("variable \"" + owner.name + "\": its size is no number of rows");
     }
     return valuesOf<T>(planes, owner.rows(), owner.width);
 }
@@ -307,16 +306,15 @@ const Variable& File::owner(const Variable& variable) const {
     // every step leads to another variable, unless the links go in a circle
     for (std::size_t steps = 0; at->linked; ++steps) {
         const bool isNode = at->linkedNodeId >= 1 && at->linkedNodeId <= nodes_.size();
-        if (!isNode ||
-            at->linkedVariableIndex >= nodes_[at->linkedNodeId - 1].variables.size()) {
-            throw Failure("variable \"" + at->name + "\" links to variable " +
-                          std::to_string(at->linkedVariableIndex) + " of node " +
-                          std::to_string(at->linkedNodeId) + ", which is not there");
+        if (!isNode || at->linkedVariableIndex >= nodes_[at->linkedNodeId - 1].variables.size()) {
+            throw Error("variable \"" + at->name + "\" links to variable " +
+                        std::to_string(at->linkedVariableIndex) + " of node " +
+                        std::to_string(at->linkedNodeId) + ", which is not there");
         }
         const Variable* const next =
             &nodes_[at->linkedNodeId - 1].variables[at->linkedVariableIndex];
         if (next == &variable || steps > streamLength("Light Data")) {
-            throw Failure("variable \"" + variable.name + "\": its links go in a circle");
+            throw Error("variable \"" + variable.name + "\": its links go in a circle");
         }
         at = next;
     }

@@ -90,7 +90,7 @@ struct Modifier {
 class File {
 public:
     /// @throws Unfinished the file has no complete index
-    /// @throws Failure the file is not what the format says
+    /// @throws Error the file is not what the format says
     explicit File(const std::filesystem::path& path);
 
     Container& container() { return container_; }
@@ -103,7 +103,7 @@ public:
     const std::vector<Modifier>& modifiers() const { return modifiers_; }
 
     /// The variable that describes the data: the variable itself, or the end of its links.
-    /// @throws Failure the links lead nowhere
+    /// @throws Error the links lead nowhere
     const Variable& owner(const Variable& variable) const;
 
     /// The values of a variable, row after row; links are followed. The bits are taken as they
@@ -118,7 +118,7 @@ private:
 };
 
 /// Verifies every rule of the format, checksums included.
-/// @throws Failure names the first thing that is wrong
+/// @throws Error names the first thing that is wrong
 void check(const std::filesystem::path& path);
 
 } // namespace MekReader

@@ -2,7 +2,7 @@
 /// The way from a node up to the root.
 #pragma once
 
-#include "mekreader/failure.hpp"
+#include "mekreader/error.hpp"
 #include "mekreader/model.hpp"
 
 #include <string>
@@ -11,7 +11,7 @@
 namespace MekVtu {
 
 /// Parent, its parent and so on, the root last.
-/// @throws MekReader::Failure a parent was not there before its child
+/// @throws MekReader::Error a parent was not there before its child
 inline std::vector<const MekReader::Node*> ancestorsOf(const MekReader::File& file,
                                                        const MekReader::Node& node) {
     std::vector<const MekReader::Node*> ancestors;
@@ -19,8 +19,8 @@ inline std::vector<const MekReader::Node*> ancestorsOf(const MekReader::File& fi
     for (std::uint32_t parent = node.parent; parent != 0;) {
         // also ends ways that go in a circle
         if (parent >= id || parent > file.nodes().size()) {
-            throw MekReader::Failure("node " + std::to_string(id) + " can't have the parent " +
-                                     std::to_string(parent));
+            throw MekReader::Error("node " + std::to_string(id) + " can't have the parent " +
+                                   std::to_string(parent));
         }
         ancestors.push_back(&file.nodes()[parent - 1]);
         id = parent;

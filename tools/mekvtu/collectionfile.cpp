@@ -1,6 +1,6 @@
 #include "mekvtu/collectionfile.hpp"
 
-#include "mekreader/failure.hpp"
+#include "mekreader/error.hpp"
 #include "mekvtu/xmltext.hpp"
 
 #include <fstream>
@@ -21,7 +21,7 @@ void writeCollection(const std::filesystem::path& path,
     file << "</Collection>\n</VTKFile>\n";
     file.close();
     if (!file) {
-        throw MekReader::Failure("unable to write \"" + path.u8string() + "\"");
+        throw MekReader::Error("unable to write \"" + path.u8string() + "\"");
     }
 }
 

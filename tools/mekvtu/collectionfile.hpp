@@ -19,7 +19,7 @@ struct CollectionEntry {
     std::string fileName{}; ///< relative to the collection
 };
 
-/// @throws MekReader::Failure the system refuses the file
+/// @throws MekReader::Error the system refuses the file
 void writeCollection(const std::filesystem::path& path,
                      const std::vector<CollectionEntry>& entries);
 

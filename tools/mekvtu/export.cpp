@@ -1,6 +1,6 @@
 #include "mekvtu/export.hpp"
 
-#include "mekreader/failure.hpp"
+#include "mekreader/error.hpp"
 #include "mekvtu/collectionfile.hpp"
 #include "mekvtu/part.hpp"
 #include "mekvtu/results.hpp"
@@ -78,7 +78,7 @@ public:
             }
         }
         if (entries_.empty()) {
-            throw MekReader::Failure("no geometry has coordinates");
+            throw MekReader::Error("no geometry has coordinates");
         }
         const std::filesystem::path collection =
             directory_ / std::filesystem::u8path(stem_ + ".pvd");

@@ -23,7 +23,7 @@ struct ExportSummary {
 /// them all. Folders are made as needed, files of the same names replaced.
 ///
 /// Memory is taken for the meshes, the arrays that belong to no step, and one part at one step.
-/// @throws MekReader::Failure the file breaks the format, it holds no mesh, or a file can't be
+/// @throws MekReader::Error the file breaks the format, it holds no mesh, or a file can't be
 ///     written
 ExportSummary exportVtu(MekReader::File& file, const std::filesystem::path& directory,
                         const std::string& stem);

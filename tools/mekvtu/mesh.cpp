@@ -1,6 +1,6 @@
 #include "mekvtu/mesh.hpp"
 
-#include "mekreader/failure.hpp"
+#include "mekreader/error.hpp"
 #include "mekvtu/celltype.hpp"
 
 #include <algorithm>
@@ -92,7 +92,7 @@ public:
 
 private:
     [[noreturn]] void fail(const std::string& reason) const {
-        throw MekReader::Failure("shape \"" + name_ + "\": " + reason);
+        throw MekReader::Error("shape \"" + name_ + "\": " + reason);
     }
 
     Values readCoordinates() const {

@@ -49,7 +49,7 @@ struct Mesh {
 
 /// Without connectivity every row is a point and a cell of one node.
 /// @param name of the shape, in failures and for elements without polylength
-/// @throws MekReader::Failure the arrays do not make a mesh
+/// @throws MekReader::Error the arrays do not make a mesh
 Mesh readMesh(MekReader::File& file, const MeshSource& source, const std::string& name);
 
 /// The given rows of the coordinates, each one a cell of one node.

@@ -35,7 +35,7 @@ public:
     /// the coordinates, a further part has these as points, with the results and the placement of
     /// the first geometry of those coordinates.
     /// @return valid until the next call
-    /// @throws MekReader::Failure a mesh or the tree is broken
+    /// @throws MekReader::Error a mesh or the tree is broken
     const std::vector<Part>& at(std::string_view step);
 
 private:

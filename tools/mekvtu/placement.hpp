@@ -41,7 +41,7 @@ private:
 };
 
 /// The placement of all groups above `node`.
-/// @throws MekReader::Failure the node's ancestors do not end at the root
+/// @throws MekReader::Error the node's ancestors do not end at the root
 Placement placementAbove(const MekReader::File& file, const MekReader::Node& node);
 
 } // namespace MekVtu

@@ -1,6 +1,6 @@
 #include "mekvtu/vtufile.hpp"
 
-#include "mekreader/failure.hpp"
+#include "mekreader/error.hpp"
 #include "mekvtu/xmltext.hpp"
 
 #include <zlib.h>
@@ -156,7 +156,7 @@ void VtuFile::write(const std::filesystem::path& path) const {
     file << "\n</AppendedData>\n</VTKFile>\n";
     file.close();
     if (!file) {
-        throw MekReader::Failure("unable to write \"" + path.u8string() + "\"");
+        throw MekReader::Error("unable to write \"" + path.u8string() + "\"");
     }
 }
 

@@ -35,7 +35,7 @@ public:
     /// Tells whether a section has an array of this name.
     bool has(Section section, std::string_view name) const;
 
-    /// @throws MekReader::Failure the system refuses the file
+    /// @throws MekReader::Error the system refuses the file
     void write(const std::filesystem::path& path) const;
 
 private:

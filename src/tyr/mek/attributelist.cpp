@@ -6,37 +6,37 @@
 
 namespace TyrUtil {
 
-AttributeValue AttributeValue::of(std::uint32_t value) {
+AttributeValue AttributeValue::Of(std::uint32_t value) {
     AttributeValue attribute{};
     attribute.type = UnsignedValue;
     attribute.value.uintValue = value;
     return attribute;
 }
 
-AttributeValue AttributeValue::of(float value) {
+AttributeValue AttributeValue::Of(float value) {
     AttributeValue attribute{};
     attribute.type = FloatValue;
     attribute.value.floatValue = value;
     return attribute;
 }
 
-AttributeValue AttributeValue::of(double value) {
+AttributeValue AttributeValue::Of(double value) {
     AttributeValue attribute{};
     attribute.type = DoubleValue;
     attribute.value.doubleValue = value;
     return attribute;
 }
 
-AttributeValue AttributeValue::of(const std::string& value) {
+AttributeValue AttributeValue::Of(const std::string& value) {
     AttributeValue attribute{};
-    attribute.type = TextValue;
+    attribute.type = StringValue;
     std::memset(attribute.value.text, 0, textSize);
     const std::size_t length = std::min(std::strlen(value.c_str()), textSize);
     std::memcpy(attribute.value.text, value.data(), length);
     return attribute;
 }
 
-std::string AttributeValue::textValue() const {
+std::string AttributeValue::ToString() const {
     const char* const end = std::find(value.text, value.text + textSize, '\0');
     return std::string(static_cast<const char*>(value.text), end);
 }
@@ -69,8 +69,8 @@ void Index::Put<TyrUtil::AttributeList>(const std::string& name,
             case TyrUtil::FloatValue:
                 floats.push_back(attribute.value.floatValue);
                 break;
-            case TyrUtil::TextValue:
-                texts.push_back(attribute.textValue());
+            case TyrUtil::StringValue:
+                texts.push_back(attribute.ToString());
                 break;
             case TyrUtil::DoubleValue:
                 doubles.push_back(attribute.value.doubleValue);

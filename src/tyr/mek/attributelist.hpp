@@ -14,7 +14,7 @@ namespace TyrUtil {
 enum AttributeType : std::int32_t {
     UnsignedValue = 0,
     FloatValue = 1,
-    TextValue = 2,
+    StringValue = 2,
     DoubleValue = 3
 };
 
@@ -22,15 +22,15 @@ enum AttributeType : std::int32_t {
 struct AttributeValue {
     static constexpr std::size_t textSize = 256;
 
-    static AttributeValue of(std::uint32_t value);
-    static AttributeValue of(float value);
-    static AttributeValue of(double value);
+    static AttributeValue Of(std::uint32_t value);
+    static AttributeValue Of(float value);
+    static AttributeValue Of(double value);
 
     /// The text up to its first NUL, and no more than its first 256 bytes.
-    static AttributeValue of(const std::string& value);
+    static AttributeValue Of(const std::string& value);
 
-    /// The text of a `TextValue`.
-    std::string textValue() const;
+    /// The text of a `StringValue`.
+    std::string ToString() const;
 
     AttributeType type;
     union {

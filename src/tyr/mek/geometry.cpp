@@ -25,8 +25,8 @@ bool isLeftOut(std::string_view key) {
 
 bool isVibration(const TyrUtil::AttributeList& attributes) {
     const auto category = attributes.values.find("Category");
-    return category != attributes.values.end() && category->second.type == TyrUtil::TextValue &&
-           category->second.textValue() == "Vibration";
+    return category != attributes.values.end() && category->second.type == TyrUtil::StringValue &&
+           category->second.ToString() == "Vibration";
 }
 
 } // namespace

@@ -5,7 +5,7 @@
 namespace TyrMek {
 
 void Encode(TyrQbf::Block& block, const std::vector<ModifierInfo>& modifiers) {
-    TyrQbf::Encode(block, TyrQbf::encodedCount(modifiers.size()));
+    TyrQbf::Encode(block, TyrQbf::EncodedCount(modifiers.size()));
     for (const ModifierInfo& modifier : modifiers) {
         TyrQbf::EncodeSizedRecord(block, "0.1", [&](TyrQbf::Block& fields) {
             TyrQbf::Encode(fields, modifier.toolName);
@@ -20,7 +20,7 @@ void Encode(TyrQbf::Block& block, const std::vector<ModifierInfo>& modifiers) {
 }
 
 void Encode(TyrQbf::Block& block, const std::vector<ResultAttributes>& results) {
-    TyrQbf::Encode(block, TyrQbf::encodedCount(results.size()));
+    TyrQbf::Encode(block, TyrQbf::EncodedCount(results.size()));
 }
 
 } // namespace TyrMek

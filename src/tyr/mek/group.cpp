@@ -14,7 +14,7 @@ void putFloats(TyrQbf::Index& index, const std::string& name,
                const std::array<float, Size>& values) {
     std::array<unsigned char, Size * sizeof(float)> bytes{};
     for (std::size_t i = 0; i < Size; ++i) {
-        TyrQbf::encodeLittleEndian(values[i], bytes.data() + i * sizeof(float));
+        TyrQbf::EncodeLittleEndian(values[i], bytes.data() + i * sizeof(float));
     }
     index.Put(name, bytes.data(), bytes.size());
 }

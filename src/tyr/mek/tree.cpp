@@ -2,7 +2,7 @@
 
 #include "tyr/exception/raise.hpp"
 #include "tyr/log/logsystem.hpp"
-#include "tyr/mek/byteplanes.hpp"
+#include "tyr/mek/byteshuffle.hpp"
 #include "tyr/mek/geometry.hpp"
 #include "tyr/mek/group.hpp"
 #include "tyr/mek/shape.hpp"
@@ -187,7 +187,7 @@ std::uint64_t Tree::streamDataset(const void* data, int count, unsigned char wid
     }
     file.SetBlockFlags(heavyData, TyrQbf::FlagFreeze);
     file.SetBlockFlags(heavyData, TyrQbf::FlagCompress);
-    toBytePlanes(data, items, width, file.index.Extend(heavyData, size));
+    ShuffleBytes(data, items, width, file.index.Extend(heavyData, size));
     file.index.FlushFrozen(file.stream);
     return offset;
 }

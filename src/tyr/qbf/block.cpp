@@ -17,8 +17,8 @@ std::atomic<std::uint32_t> defaultBlockSize{10 * 1024 * 1024};
 namespace {
 
 /// The growth step in force: a valid value of the environment stays in force from then on.
-std::uint32_t currentDefaultBlockSize() {
-    if (const auto size = blockSizeFromEnvironment()) {
+std::uint32_t CurrentDefaultBlockSize() {
+    if (const auto size = BlockSizeFromEnvironment()) {
         defaultBlockSize.store(*size, std::memory_order_relaxed);
     }
     return defaultBlockSize.load(std::memory_order_relaxed);
@@ -37,7 +37,7 @@ void Block::Put(const void* const& bytes, const unsigned int& size) {
 void Block::Put(const std::string& text) { Encode(*this, text); }
 
 unsigned char* Block::Extend(std::uint32_t size) {
-    const std::uint32_t step = currentDefaultBlockSize();
+    const std::uint32_t step = CurrentDefaultBlockSize();
     const std::uint64_t end = std::uint64_t{position} + size;
     if (end > std::numeric_limits<std::uint32_t>::max()) {
         TYR_RAISE(Tyr::Exception::OverflowError());
@@ -60,7 +60,7 @@ void Block::SetPosition(const unsigned int& newPosition) {
 
 void Block::Write(std::FILE* stream, bool withLength) const {
     if (withLength) {
-        const auto bytes = littleEndian(length);
+        const auto bytes = LittleEndian(length);
         std::fwrite(bytes.data(), bytes.size(), 1, stream);
     }
     if (length != 0) {

@@ -13,7 +13,7 @@ namespace {
 constexpr std::uint32_t outOfRange = std::numeric_limits<std::uint32_t>::max();
 
 /// `strtoul` of a system whose `unsigned long` has 32 bits, which is how the variable is defined.
-std::uint32_t parseUnsigned32(std::string_view text) {
+std::uint32_t ParseUnsigned32(std::string_view text) {
     const std::size_t start = text.find_first_not_of(" \t\n\v\f\r");
     text.remove_prefix(start == std::string_view::npos ? text.size() : start);
     const bool isNegative = !text.empty() && text.front() == '-';
@@ -28,12 +28,12 @@ std::uint32_t parseUnsigned32(std::string_view text) {
     return isNegative ? 0U - value : value;
 }
 
-std::optional<std::uint32_t> readEnvironment() {
+std::optional<std::uint32_t> ReadEnvironment() {
     const char* const text = std::getenv("MEKWRITER_DEFAULT_BLOCK_SIZE");
     if (text == nullptr) {
         return std::nullopt;
     }
-    const std::uint32_t value = parseUnsigned32(text);
+    const std::uint32_t value = ParseUnsigned32(text);
     return value == outOfRange ? std::nullopt : std::optional(value);
 }
 
@@ -47,12 +47,12 @@ thread_local Reading reading;
 
 } // namespace
 
-std::optional<std::uint32_t> blockSizeFromEnvironment() {
+std::optional<std::uint32_t> BlockSizeFromEnvironment() {
     if (reading.scopes == 0) {
-        return readEnvironment();
+        return ReadEnvironment();
     }
     if (!reading.isDone) {
-        reading.value = readEnvironment();
+        reading.value = ReadEnvironment();
         reading.isDone = true;
     }
     return reading.value;

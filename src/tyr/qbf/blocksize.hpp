@@ -9,7 +9,7 @@ namespace TyrQbf {
 
 /// Value of MEKWRITER_DEFAULT_BLOCK_SIZE as `strtoul` would read it into 32 bits: nothing if the
 /// variable is absent or its number does not lie below 0xFFFFFFFF, 0 if it has no digits.
-std::optional<std::uint32_t> blockSizeFromEnvironment();
+std::optional<std::uint32_t> BlockSizeFromEnvironment();
 
 /// As long as one lives, its thread reads the variable no more than once, where it first needs it.
 ///

@@ -9,7 +9,7 @@ constexpr std::uint32_t defaultLimit = 200 * 1024 * 1024;
 }
 
 BlockSizeLimiter::BlockSizeLimiter()
-    : BlockSizeLimiter(blockSizeFromEnvironment().value_or(defaultLimit)) {}
+    : BlockSizeLimiter(BlockSizeFromEnvironment().value_or(defaultLimit)) {}
 
 BlockSizeLimiter::BlockSizeLimiter(std::uint32_t sizeLimit) : limit(sizeLimit) {}
 

@@ -23,9 +23,9 @@ using Buffer = std::unique_ptr<unsigned char, FreeMemory>;
 
 /// Room for the zlib stream of `length` bytes: a fifth more than the content, and never less than
 /// the stream can take.
-std::uint64_t outputCapacity(std::uint32_t length) {
+std::uint64_t OutputCapacity(std::uint32_t length) {
     const auto aFifthMore = static_cast<std::uint64_t>(static_cast<float>(length) * 1.2F) + 12;
-    return std::max<std::uint64_t>(aFifthMore, zlibStreamBound(length));
+    return std::max<std::uint64_t>(aFifthMore, ZlibStreamBound(length));
 }
 
 } // namespace
@@ -33,7 +33,7 @@ std::uint64_t outputCapacity(std::uint32_t length) {
 BlockZlibCompressor::BlockZlibCompressor(std::int32_t compressionLevel) : level(compressionLevel) {}
 
 void BlockZlibCompressor::operator()(Block& block) {
-    const std::uint64_t capacity = outputCapacity(block.length);
+    const std::uint64_t capacity = OutputCapacity(block.length);
     Buffer output(static_cast<unsigned char*>(std::malloc(lengthFieldSize + capacity)));
     if (output == nullptr) {
         TYR_RAISE(Tyr::Exception::MemoryAllocationException());
@@ -41,14 +41,14 @@ void BlockZlibCompressor::operator()(Block& block) {
 
     const std::uint64_t storedLength =
         lengthFieldSize +
-        toZlibStream(block.data, block.length, output.get() + lengthFieldSize, capacity, level);
+        ToZlibStream(block.data, block.length, output.get() + lengthFieldSize, capacity, level);
     if (storedLength > std::numeric_limits<std::uint32_t>::max()) {
         TYR_RAISE(Tyr::Exception::OverflowError());
     }
 
     // The output becomes the block's buffer as it is: a copy of it could fail once the content is
     // gone, and would need the memory twice.
-    encodeLittleEndian(block.length, output.get());
+    EncodeLittleEndian(block.length, output.get());
     block.Release();
     block.data = output.release();
     block.capacity = lengthFieldSize + capacity;

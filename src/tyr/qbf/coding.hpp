@@ -27,7 +27,7 @@ struct UnsignedOfSize<8> {
 
 /// Writes the `sizeof(T)` bytes of an integer or IEEE 754 number to `target`, lowest byte first.
 template <class T>
-void encodeLittleEndian(T value, unsigned char* target) {
+void EncodeLittleEndian(T value, unsigned char* target) {
     static_assert(std::is_arithmetic_v<T>);
     typename UnsignedOfSize<sizeof(T)>::type bits{};
     std::memcpy(&bits, &value, sizeof(T));
@@ -37,9 +37,9 @@ void encodeLittleEndian(T value, unsigned char* target) {
 }
 
 template <class T>
-std::array<unsigned char, sizeof(T)> littleEndian(T value) {
+std::array<unsigned char, sizeof(T)> LittleEndian(T value) {
     std::array<unsigned char, sizeof(T)> bytes{};
-    encodeLittleEndian(value, bytes.data());
+    EncodeLittleEndian(value, bytes.data());
     return bytes;
 }
 

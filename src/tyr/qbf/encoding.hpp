@@ -43,30 +43,30 @@ void Encode(Block& block, T value) = delete;
 
 /// Number of elements as the 32-bit count of the format.
 /// @throws OverflowError it does not fit
-std::uint32_t encodedCount(std::size_t count);
+std::uint32_t EncodedCount(std::size_t count);
 
 /// Bytes that a number takes.
 template <class T>
-constexpr std::uint64_t encodedSize(T) {
+constexpr std::uint64_t EncodedSize(T) {
     static_assert(std::is_arithmetic_v<T>);
     return sizeof(T);
 }
 
 /// Bytes that a text takes.
-inline std::uint64_t encodedSize(const std::string& text) {
+inline std::uint64_t EncodedSize(const std::string& text) {
     return sizeof(std::uint32_t) + text.size();
 }
 
 /// Lays out a number in memory that has room for it. @return the place behind it
 template <class T>
-unsigned char* encodeTo(unsigned char* target, T value) {
-    encodeLittleEndian(value, target);
+unsigned char* EncodeTo(unsigned char* target, T value) {
+    EncodeLittleEndian(value, target);
     return target + sizeof(T);
 }
 
 /// The same for a text, whose length must fit 32 bits.
-inline unsigned char* encodeTo(unsigned char* target, const std::string& text) {
-    target = encodeTo(target, static_cast<std::uint32_t>(text.size()));
+inline unsigned char* EncodeTo(unsigned char* target, const std::string& text) {
+    target = EncodeTo(target, static_cast<std::uint32_t>(text.size()));
     return std::copy(text.begin(), text.end(), target);
 }
 

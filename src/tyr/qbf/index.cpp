@@ -85,7 +85,7 @@ void Index::Put(const std::string& name, const void* const& bytes, std::uint64_t
 }
 
 unsigned char* Index::Extend(const std::string& name, std::uint64_t size) {
-    const std::uint32_t addedLength = encodedCount(size);
+    const std::uint32_t addedLength = EncodedCount(size);
     BlockNumber number = GetCurrentBlock(name);
     if (entries[number].frozen) {
         TYR_RAISE(Tyr::Exception::KeyNotFound());

@@ -150,14 +150,14 @@ void Index::Put(const std::string& name, const T& value) {
 /// is below it before each of them.
 template <class... T>
 void Index::PutEach(const std::string& name, const T&... values) {
-    const std::uint64_t size = (encodedSize(values) + ...);
+    const std::uint64_t size = (EncodedSize(values) + ...);
     Block* const block = FindBlockWithRoom(name, size);
     if (block == nullptr) {
         (Put(name, values), ...);
         return;
     }
     unsigned char* target = block->Extend(static_cast<std::uint32_t>(size));
-    ((target = encodeTo(target, values)), ...);
+    ((target = EncodeTo(target, values)), ...);
 }
 
 } // namespace TyrQbf

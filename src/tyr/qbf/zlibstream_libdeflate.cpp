@@ -21,11 +21,11 @@ constexpr std::int32_t largestLevel = 9; // of zlib: those above it are libdefla
 
 } // namespace
 
-std::uint64_t zlibStreamBound(std::uint32_t length) {
+std::uint64_t ZlibStreamBound(std::uint32_t length) {
     return libdeflate_zlib_compress_bound(nullptr, length);
 }
 
-std::uint64_t toZlibStream(const unsigned char* source, std::uint32_t length, unsigned char* target,
+std::uint64_t ToZlibStream(const unsigned char* source, std::uint32_t length, unsigned char* target,
                            std::uint64_t capacity, std::int32_t level) {
     if (level < 0 || level > largestLevel) {
         TYR_RAISE(Tyr::Exception::MiscelleneousException("Unable to compress block"));

@@ -9,9 +9,9 @@
 
 namespace TyrQbf {
 
-std::uint64_t zlibStreamBound(std::uint32_t length) { return compressBound(length); }
+std::uint64_t ZlibStreamBound(std::uint32_t length) { return compressBound(length); }
 
-std::uint64_t toZlibStream(const unsigned char* source, std::uint32_t length, unsigned char* target,
+std::uint64_t ToZlibStream(const unsigned char* source, std::uint32_t length, unsigned char* target,
                            std::uint64_t capacity, std::int32_t level) {
     auto size =
         static_cast<uLongf>(std::min<std::uint64_t>(capacity, std::numeric_limits<uLongf>::max()));

@@ -7,27 +7,27 @@ namespace Tyr::Mek2::Helper {
 using TyrUtil::AttributeValue;
 
 AttributeValue Attributes::AttributeValueGetter::operator()(const float& value) const {
-    return AttributeValue::of(value);
+    return AttributeValue::Of(value);
 }
 
 AttributeValue Attributes::AttributeValueGetter::operator()(const int& value) const {
-    return AttributeValue::of(static_cast<std::uint32_t>(value));
+    return AttributeValue::Of(static_cast<std::uint32_t>(value));
 }
 
 AttributeValue Attributes::AttributeValueGetter::operator()(const unsigned int& value) const {
-    return AttributeValue::of(std::uint32_t{value});
+    return AttributeValue::Of(std::uint32_t{value});
 }
 
 AttributeValue Attributes::AttributeValueGetter::operator()(const std::string& value) const {
-    return AttributeValue::of(value);
+    return AttributeValue::Of(value);
 }
 
 AttributeValue Attributes::AttributeValueGetter::operator()(const double& value) const {
-    return AttributeValue::of(value);
+    return AttributeValue::Of(value);
 }
 
 AttributeValue Attributes::AttributeValueGetter::operator()(const std::int64_t& value) const {
-    return AttributeValue::of(static_cast<std::uint32_t>(value));
+    return AttributeValue::Of(static_cast<std::uint32_t>(value));
 }
 
 TyrUtil::AttributeList Attributes::toAttributeList(const AttributeMap& map) {

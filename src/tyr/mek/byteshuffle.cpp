@@ -1,4 +1,4 @@
-#include "tyr/mek/byteplanes.hpp"
+#include "tyr/mek/byteshuffle.hpp"
 
 #include <cstddef>
 #include <cstring>
@@ -33,7 +33,7 @@ void splitComponent(const unsigned char* values, std::size_t count, std::size_t 
 
 } // namespace
 
-void toBytePlanes(const void* values, std::uint64_t count, std::uint8_t width,
+void ShuffleBytes(const void* values, std::uint64_t count, std::uint8_t width,
                   unsigned char* target) noexcept {
     const auto* const bytes = static_cast<const unsigned char*>(values);
     for (std::size_t component = 0; component < width; ++component) {

@@ -12,7 +12,7 @@ namespace TyrMek {
 ///
 /// @param values item by item, count x width values of a 4-byte type
 /// @param target receives 4 x count x width bytes; must not overlap `values`
-void toBytePlanes(const void* values, std::uint64_t count, std::uint8_t width,
+void ShuffleBytes(const void* values, std::uint64_t count, std::uint8_t width,
                   unsigned char* target) noexcept;
 
 } // namespace TyrMek
