@@ -137,12 +137,27 @@ TEST_F(ArrayPropertyTest, KeepsWhatCameBeforeAFailure) {
     EXPECT_EQ(listed(file.nodes()[2]), "Node Ids@8 ");
 }
 
-/// Nobody can find data whose only variable is a link to itself or to a variable of before.
-TEST_F(ArrayPropertyTest, NamesUsedAgainStillLeadToTheirData) {
+TEST_F(ArrayPropertyTest, ALinkStaysALinkUnlessItIsRelinked) {
     const Array1d<unsigned int> both({first, second});
     const Array1d<unsigned int> reversed({second, first});
-    model.addArrayProperty("R", DatasetType::ResultA1, pair, both, Step{});
-    model.addArrayProperty("R", DatasetType::ResultA1, Array1d<float>({3.0F}), reversed, Step{});
+    for (const bool relinkReplaced : {false, true}) {
+        model.close();
+        SaverOptions options;
+        options.overwrite = true;
+        options.relinkReplaced = relinkReplaced;
+        model.saveTo(path("out"), options);
+        model.addAssemblyComponents(std::vector<std::string>{"/r/a", "/r/b"});
+        model.addArrayProperty("R", DatasetType::ResultA1, pair, both, Step{});
+        model.addArrayProperty("R", DatasetType::ResultA1, Array1d<float>({3.0F}), reversed,
+                               Step{});
+        model.close();
+        const MekReader::File file(path("out"));
+        EXPECT_EQ(listed(file.nodes()[2]), "R->5:0 ");
+        EXPECT_EQ(listed(file.nodes()[4]), relinkReplaced ? "R@8 " : "R->3:0 "); // a circle
+    }
+}
+
+TEST_F(ArrayPropertyTest, AVariableGivenAgainKeepsItsAttributes) {
     model.addArrayProperty("Q", DatasetType::ResultA1, Array1d<float>({4.0F}),
                            Array1d<unsigned int>({first, first}), StepList(2));
     Attributes attributes;
@@ -152,14 +167,12 @@ TEST_F(ArrayPropertyTest, NamesUsedAgainStillLeadToTheirData) {
     Attributes others;
     others.set("b", 2U);
     model.addArrayProperty("S", DatasetType::ResultA1, Array1d<float>(3), first, Step{}, others);
-    MekReader::File file = closed();
+    const MekReader::File file = closed();
 
-    EXPECT_EQ(listed(file.nodes()[2]), "R->5:0 Q@12 S@24 ");
-    EXPECT_EQ(file.nodes()[2].variables[2].rows(), 3U);
-    EXPECT_EQ(file.nodes()[2].variables[2].attributes,
+    EXPECT_EQ(listed(file.nodes()[2]), "Q@0 S@12 ");
+    EXPECT_EQ(file.nodes()[2].variables[1].rows(), 3U);
+    EXPECT_EQ(file.nodes()[2].variables[1].attributes,
               (MekReader::AttributeList{{"a", 1U}, {"b", 2U}}));
-    EXPECT_EQ(listed(file.nodes()[4]), "R@8 ");
-    EXPECT_EQ(file.floats(file.nodes()[2].variables[0]), (std::vector<float>{3}));
 }
 
 TEST_F(ArrayPropertyTest, LeavesOutSomeKeysAndKnowsVibrations) {

@@ -12,6 +12,11 @@ struct SaverOptions {
     std::string toolName{};    ///< name of the writing program; empty: none is written
     std::string toolVersion{}; ///< its version; used only if `toolName` is not empty
     std::string thirdText{};   ///< carried along, used by no operation
+
+    /// What an array becomes whose first variable is a link from an earlier call. False: the link
+    /// stays a link; its data can be reached only through its owner, and links can form circles.
+    /// True: the variable becomes the owner of the new array.
+    bool relinkReplaced = false;
 };
 
 } // namespace Tyr::Mek2

@@ -33,6 +33,7 @@ public:
     bool openedForReading = false;
     bool openedForWriting = false;
     std::uint32_t openState = 1;
+    bool relinkReplaced = false; ///< of this write cycle; see `SaverOptions`
 };
 
 } // namespace Tyr::Mek2

@@ -9,6 +9,7 @@ void Saver::save(Database& database) {
     database.openedForReading = false;
     database.openedForWriting = true;
     database.tree = std::make_shared<TyrMek::Tree>();
+    database.relinkReplaced = options.relinkReplaced;
     if (!description.path.empty()) {
         database.tree->SetStreamFile(description.path, options.overwrite);
     } else if (!description.widePath.empty()) {

@@ -61,6 +61,7 @@ struct Attachment {
     std::uint64_t offset = 0;
     TyrMek::NumericArray array;
     TyrUtil::AttributeList attributes;
+    bool relinkReplaced = false; ///< the first variable owns the array, also if it was a link
     std::optional<VariablePlace> owner{};
 };
 
@@ -73,7 +74,8 @@ TyrUtil::AttributeList withStepAttributes(const TyrUtil::AttributeList& attribut
     return merged;
 }
 
-/// The first variable of a call owns the data, all others are links to it.
+/// The first variable of a call is the owner of the dataset unless it is a link from an earlier
+/// call; all others become links to it.
 /// @param coming how many variables the node gets, this one included
 void attach(TyrMek::Tree& tree, Attachment& attachment, unsigned int id, const StepData& step,
             std::size_t coming) {
@@ -92,7 +94,7 @@ void attach(TyrMek::Tree& tree, Attachment& attachment, unsigned int id, const S
     const VariablePlace place{id, index};
     if (!attachment.owner) {
         attachment.owner = place;
-        variable.linked = false; // the name may have stood for a link before
+        variable.linked = variable.linked && !attachment.relinkReplaced;
     } else if (!(place == *attachment.owner)) {
         variable.linked = true;
         variable.linkedNodeId = attachment.owner->nodeId;
@@ -126,7 +128,8 @@ void ArrayProperty<Property, Ids, Steps>::update(Database& database) {
     const std::uint64_t offset =
         tree.WriteStreamDataset(property.array.data(), static_cast<int>(rows), property.width);
     Attachment attachment{property.name, Property::geomTypeFrom(property.type), offset, array,
-                          Helper::Attributes::toAttributeList(property.attributes)};
+                          Helper::Attributes::toAttributeList(property.attributes),
+                          database.relinkReplaced};
     for (const unsigned int id : ids) {
         std::size_t coming = steps.size();
         for (const StepData& step : steps) {
