@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <iterator>
 #include <string_view>
 #include <utility>
@@ -15,7 +16,7 @@ namespace {
 constexpr unsigned elementTypeShift = 24;
 
 /// Keys that describe the source of an array to other programs; they never reach a variable.
-bool isLeftOut(std::string_view key) {
+bool IsLeftOut(std::string_view key) {
     constexpr std::array<std::string_view, 5> names = {"Complex", "Contents", "DataSource",
                                                        "DataType", "Structure"};
     constexpr std::string_view linkPrefix = "Link.";
@@ -23,7 +24,7 @@ bool isLeftOut(std::string_view key) {
            key.substr(0, linkPrefix.size()) == linkPrefix;
 }
 
-bool isVibration(const TyrUtil::AttributeList& attributes) {
+bool IsVibration(const TyrUtil::AttributeList& attributes) {
     const auto category = attributes.values.find("Category");
     return category != attributes.values.end() && category->second.type == TyrUtil::StringValue &&
            category->second.ToString() == "Vibration";
@@ -37,77 +38,102 @@ std::string Geometry::GetType() const { return "Geometry"; }
 std::string Geometry::GetVersion() const { return "0.7"; }
 
 std::uint64_t Geometry::GetOrAddVariableIndex(const std::string& variableName) {
-    const std::optional<std::size_t> known = findVariable(variableName);
-    return known ? *known : appendVariable(variableName);
+    const std::optional<std::size_t> known = FindVariable(variableName);
+    return known ? *known : AppendVariable(variableName);
 }
 
-std::optional<std::size_t> Geometry::findVariable(const std::string& variableName) {
-    for (; indexedVariables_ < variables.size(); ++indexedVariables_) {
-        indexByName_.emplace(variables[indexedVariables_].name, indexedVariables_);
+std::optional<std::size_t> Geometry::FindVariable(const std::string& variableName) const {
+    if (variables.IsExposed()) {
+        const auto found =
+            std::find_if(variables.begin(), variables.end(),
+                         [&](const Variable& variable) { return variable.name == variableName; });
+        const auto index = static_cast<std::size_t>(found - variables.begin());
+        return found != variables.end() ? std::optional(index) : std::nullopt;
     }
-    const auto found = indexByName_.find(variableName);
-    return found != indexByName_.end() ? std::optional(found->second) : std::nullopt;
+    const std::size_t* const found =
+        indexByName_.Find(std::hash<std::string>()(variableName),
+                          [&](std::size_t index) { return variables[index].name == variableName; });
+    return found != nullptr ? std::optional(*found) : std::nullopt;
 }
 
-std::size_t Geometry::appendVariable(const std::string& variableName) {
+std::size_t Geometry::AppendVariable(const std::string& variableName) {
+    const std::size_t index = variables.size();
     Variable variable;
     variable.name = variableName;
-    variables.push_back(std::move(variable));
-    return variables.size() - 1;
-}
-
-/// The first entry that is not below the name. Numbered names mostly come right behind each other.
-std::map<std::string, std::uint64_t>::iterator Geometry::placeOfOffset(
-    const std::string& variableName) {
-    if (!offsets.empty() && latestOffset_->first < variableName) {
-        const auto next = std::next(latestOffset_);
-        if (next == offsets.end() || variableName <= next->first) {
-            return next;
-        }
+    MakeRoomForVariables(1);
+    if (!variables.IsExposed()) {
+        indexByName_.Add(std::hash<std::string>()(variableName), index);
     }
-    return offsets.lower_bound(variableName);
+    variables.items_.push_back(std::move(variable)); // cannot fail: there is room
+    return index;
 }
 
 void Geometry::MakeRoomForVariables(std::size_t count) {
-    const std::size_t needed = variables.size() + count;
-    if (needed > variables.capacity()) {
-        variables.reserve(std::max(needed, 2 * variables.capacity()));
+    std::vector<Variable>& items = variables.items_;
+    const std::size_t needed = items.size() + count;
+    if (needed > items.capacity()) {
+        items.reserve(std::max(needed, 2 * items.capacity()));
     }
+    indexByName_.Reserve(needed);
+}
+
+void Geometry::ClearOffsets() { offsets.items_.clear(); }
+
+/// The first entry whose name is not below `variableName`. Names that come one after the other are
+/// mostly neighbours in the map, so the entry after the latest one is tried first.
+Geometry::Offsets::iterator Geometry::OffsetFrom(const std::string& variableName) {
+    Offsets& entries = offsets.items_;
+    if (!offsets.IsExposed() && !entries.empty() && latestOffset_->first < variableName) {
+        const auto next = std::next(latestOffset_);
+        if (next == entries.end() || variableName <= next->first) {
+            return next;
+        }
+    }
+    return entries.lower_bound(variableName);
+}
+
+void Geometry::MakeOwner(std::size_t index) { variables.items_[index].linked = false; }
+
+void Geometry::MakeLink(std::size_t index, std::uint32_t nodeId, std::uint32_t variableIndex) {
+    Variable& variable = variables.items_[index];
+    variable.linked = true;
+    variable.linkedNodeId = nodeId;
+    variable.linkedVariableIndex = variableIndex;
+    variable.attributes.values.clear();
 }
 
 unsigned int Geometry::AddVariable(const std::string& variableName, const VariableType& type,
                                    std::uint64_t offset, const NumericArray& array,
                                    const TyrUtil::AttributeList& attributes) {
-    // Nearly every name is new, and `offsets` tell it: they hold the names of variables only, so
-    // that what they lack is new as long as they have all.
-    const bool hasAllNames = offsets.size() == variables.size();
-    const auto place = placeOfOffset(variableName);
-    const bool hasOffset = place != offsets.end() && place->first == variableName;
-    const std::optional<std::size_t> known =
-        hasOffset || !hasAllNames ? findVariable(variableName) : std::nullopt;
-
-    // what can fail comes first, so that no variable is ever set in part
-    const bool vibration = isVibration(attributes);
+    // What can fail comes first, so that no variable is ever set in part.
+    const std::optional<std::size_t> known = FindVariable(variableName);
+    const bool vibration = IsVibration(attributes);
     TyrUtil::AttributeList merged;
     if (known) {
-        merged = variables[*known].attributes;
+        merged = std::as_const(variables)[*known].attributes;
     }
     for (const auto& [key, value] : attributes.values) {
-        if (!isLeftOut(key)) {
+        if (!IsLeftOut(key)) {
             merged.values.insert_or_assign(key, value);
         }
     }
-    const std::size_t index = known ? *known : appendVariable(variableName);
+    const Offsets::iterator next = OffsetFrom(variableName);
+    const bool isNewOffset = next == offsets.cend() || next->first != variableName;
+    const auto offsetEntry =
+        isNewOffset ? offsets.items_.emplace_hint(next, variableName, offset) : next;
+    std::size_t index = 0;
     try {
-        latestOffset_ = offsets.insert_or_assign(place, variableName, offset);
+        index = known ? *known : AppendVariable(variableName);
     } catch (...) {
-        if (!known) {
-            variables.pop_back();
+        if (isNewOffset) {
+            offsets.items_.erase(offsetEntry);
         }
         throw;
     }
 
-    Variable& variable = variables[index];
+    latestOffset_ = offsetEntry;
+    offsetEntry->second = offset;
+    Variable& variable = variables.items_[index];
     variable.type = type;
     variable.vibration = vibration;
     variable.attributes.values.swap(merged.values);
@@ -118,13 +144,13 @@ unsigned int Geometry::AddVariable(const std::string& variableName, const Variab
 void Geometry::WriteQb(TyrQbf::QbFile& file, const std::string& lightName, const std::string&,
                        const std::string& attributesName) {
     file.index.Put(lightName, static_cast<int>(variables.size()));
-    for (const Variable& variable : variables) {
-        writeVariable(file.index, lightName, variable);
+    for (const Variable& variable : std::as_const(variables)) {
+        WriteVariable(file.index, lightName, variable);
         file.index.Put(attributesName, variable.attributes);
     }
 }
 
-void Geometry::writeVariable(TyrQbf::Index& index, const std::string& lightName,
+void Geometry::WriteVariable(TyrQbf::Index& index, const std::string& lightName,
                              const Variable& variable) {
     const NumericArray& array = variable.array;
     const std::uint32_t typeWord = variable.type | (array.elementType << elementTypeShift);
@@ -136,8 +162,8 @@ void Geometry::writeVariable(TyrQbf::Index& index, const std::string& lightName,
     index.PutEach(lightName, variable.name, typeWord, variable.linked,
                   static_cast<std::uint32_t>(array.byteSize), array.GetWidth(), array.firstOption,
                   array.secondOption, array.firstValue, array.secondValue, array.thirdOption);
-    const auto offset = placeOfOffset(variable.name);
-    if (offset == offsets.end() || offset->first != variable.name) {
+    const Offsets::iterator offset = OffsetFrom(variable.name);
+    if (offset == offsets.cend() || offset->first != variable.name) {
         TYR_RAISE(Tyr::Exception::KeyNotFound());
     }
     latestOffset_ = offset;

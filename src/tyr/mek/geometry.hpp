@@ -2,6 +2,8 @@
 /// A geometry: the node under a shape that carries its mesh and results.
 #pragma once
 
+#include "tyr/adt/hashindex.hpp"
+#include "tyr/adt/watched.hpp"
 #include "tyr/mek/attributelist.hpp"
 #include "tyr/mek/node.hpp"
 #include "tyr/mek/numericarray.hpp"
@@ -12,7 +14,6 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 namespace TyrMek {
@@ -35,6 +36,8 @@ public:
         std::uint32_t linkedVariableIndex = 0; ///< index of the owner in that geometry
     };
 
+    using Offsets = std::map<std::string, std::uint64_t>;
+
     explicit Geometry(const std::string& geometryName);
     Geometry(const Geometry&) = delete;
     Geometry& operator=(const Geometry&) = delete;
@@ -45,12 +48,9 @@ public:
     /// Index of the first variable of that name, added at the end if there is none.
     std::uint64_t GetOrAddVariableIndex(const std::string& variableName);
 
-    /// Takes memory for `count` variables ahead, so that it grows in one step.
-    void MakeRoomForVariables(std::size_t count);
-
-    /// Sets a variable, which is added if need be, and gives its index. Attributes are merged into
-    /// those that the variable has; some keys are left out. Whether it is a link does not change.
-    /// Without memory it fails and changes no variable.
+    /// Sets a variable, which is added if there is none of that name, and returns its index. The
+    /// attributes are merged into those that the variable has; some keys are left out. Whether it
+    /// is a link does not change. If memory lacks, no variable changes.
     unsigned int AddVariable(const std::string& variableName, const VariableType& type,
                              std::uint64_t offset, const NumericArray& array,
                              const TyrUtil::AttributeList& attributes);
@@ -60,22 +60,37 @@ public:
     void WriteQb(TyrQbf::QbFile& file, const std::string& lightName, const std::string& heavyName,
                  const std::string& attributesName);
 
-    std::vector<Variable> variables;
+    TyrAdt::Watched<std::vector<Variable>, Geometry> variables;
 
-    /// In "Heavy Data", by variable name. Only `AddVariable` adds; others read, or clear all.
-    std::map<std::string, std::uint64_t> offsets;
+    /// Offset in "Heavy Data" by variable name.
+    TyrAdt::Watched<Offsets, Geometry> offsets;
+
+    /// Empties `offsets`.
+    void ClearOffsets();
+
+    /// Allocates `count` more variables, so that memory grows in one step.
+    void MakeRoomForVariables(std::size_t count);
+
+    /// Makes a variable the owner of its dataset.
+    void MakeOwner(std::size_t index);
+
+    /// Makes a variable a link, without attributes, to a variable of the geometry `nodeId`.
+    void MakeLink(std::size_t index, std::uint32_t nodeId, std::uint32_t variableIndex);
 
 private:
-    void writeVariable(TyrQbf::Index& index, const std::string& lightName,
+    void WriteVariable(TyrQbf::Index& index, const std::string& lightName,
                        const Variable& variable);
+    Offsets::iterator OffsetFrom(const std::string& variableName);
+    std::optional<std::size_t> FindVariable(const std::string& variableName) const;
+    std::size_t AppendVariable(const std::string& variableName);
 
-    std::optional<std::size_t> findVariable(const std::string& variableName);
-    std::size_t appendVariable(const std::string& variableName);
-    std::map<std::string, std::uint64_t>::iterator placeOfOffset(const std::string& variableName);
+    /// The index of each variable by its name. Exact while `variables` is not exposed, and not used
+    /// afterwards.
+    TyrAdt::HashIndex<std::size_t> indexByName_;
 
-    std::unordered_map<std::string, std::size_t> indexByName_; ///< of the first `indexedVariables_`
-    std::size_t indexedVariables_ = 0;
-    std::map<std::string, std::uint64_t>::iterator latestOffset_; ///< unless there are none
+    /// The entry of `offsets` that was found last. Valid while `offsets` is not exposed and not
+    /// empty, and not used otherwise.
+    Offsets::iterator latestOffset_;
 };
 
 } // namespace TyrMek

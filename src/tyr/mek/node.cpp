@@ -24,11 +24,3 @@ bool VirtualNodesWithSameName::operator()(const Node* node, const Node* pattern)
 }
 
 } // namespace TyrMek
-
-namespace TyrAdt {
-
-bool SearchTraits<TyrMek::Node*>::isSameKind(const TyrMek::Node* left, const TyrMek::Node* right) {
-    return left->GetType() == right->GetType() && left->GetVersion() == right->GetVersion();
-}
-
-} // namespace TyrAdt

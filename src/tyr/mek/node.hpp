@@ -2,11 +2,8 @@
 /// The payload of a tree node: what the application said about one element of its model.
 #pragma once
 
-#include "tyr/adt/adttree.hpp"
-
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 namespace TyrMek {
 
@@ -26,7 +23,7 @@ public:
 
     virtual bool GetFlag() const;
 
-    // places of the interface that no class uses
+    // reserved, used by no class
     virtual void Reserved4();
     virtual void Reserved5();
     virtual void Reserved6();
@@ -49,13 +46,3 @@ struct VirtualNodesWithSameName {
 };
 
 } // namespace TyrMek
-
-namespace TyrAdt {
-
-template <>
-struct SearchTraits<TyrMek::Node*> {
-    static std::string_view name(const TyrMek::Node* node) { return node->name; }
-    static bool isSameKind(const TyrMek::Node* left, const TyrMek::Node* right);
-};
-
-} // namespace TyrAdt

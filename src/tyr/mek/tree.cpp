@@ -31,12 +31,12 @@ constexpr std::uint64_t valueSize = 4;
 } // namespace
 
 Tree::Tree() {
-    // NOLINTNEXTLINE(cert-msc32-c,cert-msc51-cpp): the writer has always reset it
+    // NOLINTNEXTLINE(cert-msc32-c,cert-msc51-cpp): documented at `Model::saveTo`
     std::srand(0);
 }
 
 Tree::~Tree() {
-    for (auto& [id, node] : nodes) {
+    for (const auto& [id, node] : std::as_const(nodes)) {
         delete node.value;
     }
 }
@@ -44,18 +44,18 @@ Tree::~Tree() {
 void Tree::SetStreamFile(const std::string& path, bool overwrite) {
     TYR_LOG("TyrMek::Tree::SetStreamFile", "Setting mek file \"" << path << '"');
     file.OpenFileForWriting(path, overwrite);
-    writeHead();
+    WriteHead();
 }
 
 void Tree::SetStreamFile(const std::wstring& path, bool overwrite) {
     TYR_LOG("TyrMek::Tree::SetStreamFile",
             "Setting mek file \"" << Tyr::Platform::narrowText(path) << '"');
     file.OpenFileForWriting(path, overwrite);
-    writeHead();
+    WriteHead();
 }
 
 /// A write that fails here shows with the first block, since a stream keeps its error.
-void Tree::writeHead() {
+void Tree::WriteHead() {
     version = "1.3";
     std::fwrite(TyrQbf::FileSignature.data(), TyrQbf::FileSignature.size(), 1, file.stream);
     std::fwrite(TyrQbf::FileFormatVersion.data(), TyrQbf::FileFormatVersion.size(), 1, file.stream);
@@ -69,27 +69,27 @@ void Tree::SetRootGroup(const std::string& name, unsigned char rootFlag,
                         const TyrUtil::AttributeList& attributes) {
     auto group = std::make_unique<Group>(name, attributes);
     group->rootFlag = rootFlag;
-    setRoot(std::move(group));
+    SetRoot(std::move(group));
 }
 
-void Tree::SetRootShape(const std::string& name) { setRoot(std::make_unique<Shape>(name)); }
+void Tree::SetRootShape(const std::string& name) { SetRoot(std::make_unique<Shape>(name)); }
 
-void Tree::setRoot(std::unique_ptr<Node> node) {
+void Tree::SetRoot(std::unique_ptr<Node> node) {
     currentId = 1;
-    if (GetCurrentNode().value != nullptr) {
+    if (GetReqNode(currentId).value != nullptr) {
         TYR_RAISE(Tyr::Exception::InvalidObjectState("Root node properties are already set"));
     }
-    GetCurrentNode().value = node.release();
+    SetCurrentValue(node.release());
 }
 
 void Tree::AddChildNode(std::unique_ptr<Node> node) {
     AddChild();
-    GetCurrentNode().value = node.release();
+    SetCurrentValue(node.release());
 }
 
 void Tree::AddGroupNode(const std::string& name) {
     auto group = std::make_unique<Group>(name, TyrUtil::AttributeList());
-    if (!moveToChildLike(*group)) {
+    if (!MoveToMatch(*group, NodesWithSameName())) {
         AddChildNode(std::move(group));
     }
 }
@@ -97,41 +97,55 @@ void Tree::AddGroupNode(const std::string& name) {
 void Tree::AddShapeNode(const std::string& name) {
     auto shape = std::make_unique<Shape>(name);
     auto geometry = std::make_unique<Geometry>(name);
-    const bool isNew = !moveToChildLike(*shape);
+    const bool isNew = !MoveToMatch(*shape, NodesWithSameName());
     if (isNew) {
         AddChildNode(std::move(shape));
     }
-    if (isNew || !moveToChildLike(*geometry)) {
+    if (isNew || !MoveToMatch(*geometry, NodesWithSameName())) {
         AddChildNode(std::move(geometry));
     }
 }
 
-bool Tree::moveToChildLike(Node& pattern) {
-    const unsigned int id = FindChild(&pattern, NodesWithSameName());
+template <class Predicate>
+bool Tree::MoveToMatch(Node& pattern, Predicate predicate) {
+    const unsigned int id = FindMatch(pattern, predicate);
     if (id != 0) {
         currentId = id;
     }
     return id != 0;
 }
 
-bool Tree::moveToChildNamed(const std::string& name) {
-    Node pattern(name);
-    const unsigned int id = FindChild(&pattern, VirtualNodesWithSameName());
-    if (id != 0) {
-        currentId = id;
+/// The child that `MoveToChild` moves to, or 0. Looks at the first children one by one, which is
+/// faster than the index, and asks the index for the others.
+template <class Predicate>
+unsigned int Tree::FindMatch(Node& pattern, Predicate predicate) {
+    constexpr int firstChildren = 16;
+    if (!IsIndexed() || currentId == 0 || currentId >= nextId) {
+        return FindChild(&pattern, predicate);
     }
-    return id != 0;
+    unsigned int id = GetReqNode(currentId).firstChildId;
+    for (int seen = 0; id != 0; ++seen) {
+        if (seen == firstChildren) {
+            return childIndex_.Find(*this, currentId, &pattern, predicate);
+        }
+        const TyrAdt::TreeNode<Node*>& child = GetReqNode(id);
+        if (child.value != nullptr && predicate(child.value, &pattern)) {
+            return id;
+        }
+        id = child.nextSiblingId;
+    }
+    return 0;
 }
 
 unsigned int Tree::GetNodeIdFromPath(const std::string& path, const std::string& separator) {
-    const unsigned int id = resolvePath(path, separator);
+    const unsigned int id = ResolvePath(path, separator);
     currentId = 1;
     return id;
 }
 
-unsigned int Tree::resolvePath(const std::string& path, const std::string& separator) {
+unsigned int Tree::ResolvePath(const std::string& path, const std::string& separator) {
     currentId = 1;
-    const Node* const root = GetCurrentNode().value;
+    const Node* const root = GetReqNode(currentId).value;
     if (root == nullptr) {
         return 0;
     }
@@ -150,7 +164,8 @@ unsigned int Tree::resolvePath(const std::string& path, const std::string& separ
         }
         position = path.find(separator, start);
         const std::size_t length = position == std::string::npos ? position : position - start;
-        if (!moveToChildNamed(path.substr(start, length))) {
+        Node pattern(path.substr(start, length));
+        if (!MoveToMatch(pattern, VirtualNodesWithSameName())) {
             return 0;
         }
     }
@@ -158,14 +173,14 @@ unsigned int Tree::resolvePath(const std::string& path, const std::string& separ
 }
 
 std::uint64_t Tree::WriteStreamDataset(const float* data, int count, unsigned char width) {
-    return streamDataset(data, count, width);
+    return StreamDataset(data, count, width);
 }
 
 std::uint64_t Tree::WriteStreamDataset(const unsigned int* data, int count, unsigned char width) {
-    return streamDataset(data, count, width);
+    return StreamDataset(data, count, width);
 }
 
-std::uint64_t Tree::streamDataset(const void* data, int count, unsigned char width) {
+std::uint64_t Tree::StreamDataset(const void* data, int count, unsigned char width) {
     const auto items = static_cast<std::uint64_t>(count);
     TYR_LOG_WITH(datasetLines_, "TyrMek::Tree::WriteStreamDataset",
                  "Writing Dataset of size " << static_cast<std::uint32_t>(items * width)
@@ -214,13 +229,13 @@ void Tree::Save(TyrQbf::QbFile& output, const std::string& comment) {
 void Tree::SaveTree(TyrQbf::QbFile& output) {
     TYR_LOG("TyrMek::Tree::SaveTree", "Saving mek tree ... ");
     output.index.Put(mekTree, static_cast<int>(nodes.size()));
-    for (const auto& [id, node] : nodes) {
-        saveNode(output, node);
+    for (const auto& [id, node] : std::as_const(nodes)) {
+        SaveNode(output, node);
     }
     TYR_LOG("TyrMek::Tree::SaveTree", "Mek tree saved. ");
 }
 
-void Tree::saveNode(TyrQbf::QbFile& output, const TyrAdt::TreeNode<Node*>& node) {
+void Tree::SaveNode(TyrQbf::QbFile& output, const TyrAdt::TreeNode<Node*>& node) {
     TyrQbf::Index& index = output.index;
     const std::string none;
     const std::string type = node.value != nullptr ? node.value->GetType() : none;

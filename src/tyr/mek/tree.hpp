@@ -16,6 +16,7 @@
 #include "tyr/adt/adttree.hpp"
 #include "tyr/log/logsystem.hpp"
 #include "tyr/mek/attributelist.hpp"
+#include "tyr/mek/childindex.hpp"
 #include "tyr/mek/globalinfo.hpp"
 #include "tyr/mek/node.hpp"
 #include "tyr/qbf/qbfile.hpp"
@@ -87,14 +88,17 @@ public:
     bool saveBegun = false;
 
 private:
-    void writeHead();
-    void setRoot(std::unique_ptr<Node> node);
-    bool moveToChildLike(Node& pattern);
-    bool moveToChildNamed(const std::string& name);
-    unsigned int resolvePath(const std::string& path, const std::string& separator);
-    std::uint64_t streamDataset(const void* data, int count, unsigned char width);
-    void saveNode(TyrQbf::QbFile& output, const TyrAdt::TreeNode<Node*>& node);
+    void WriteHead();
+    void SetRoot(std::unique_ptr<Node> node);
+    template <class Predicate>
+    bool MoveToMatch(Node& pattern, Predicate predicate);
+    template <class Predicate>
+    unsigned int FindMatch(Node& pattern, Predicate predicate);
+    unsigned int ResolvePath(const std::string& path, const std::string& separator);
+    std::uint64_t StreamDataset(const void* data, int count, unsigned char width);
+    void SaveNode(TyrQbf::QbFile& output, const TyrAdt::TreeNode<Node*>& node);
 
+    ChildIndex childIndex_; ///< used only while `IsIndexed` holds
     Tyr::Log::LineComposer datasetLines_;
 };
 

@@ -3,6 +3,8 @@
 #include "tyr/exception/raise.hpp"
 #include "tyr/mek/geometry.hpp"
 
+#include <utility>
+
 namespace Tyr::Mek2 {
 
 Database::~Database() {
@@ -21,9 +23,9 @@ void Database::close() {
         tree->Save(tree->file, "");
     }
     tree->file.CloseFile();
-    for (const auto& [id, node] : tree->nodes) {
+    for (const auto& [id, node] : std::as_const(tree->nodes)) {
         if (auto* const geometry = dynamic_cast<TyrMek::Geometry*>(node.value)) {
-            geometry->offsets.clear();
+            geometry->ClearOffsets();
         }
     }
     tree.reset();

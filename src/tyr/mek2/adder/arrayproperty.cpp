@@ -8,6 +8,7 @@
 #include <limits>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace Tyr::Mek2::Adder {
 
@@ -83,23 +84,22 @@ void attach(TyrMek::Tree& tree, Attachment& attachment, unsigned int id, const S
         step.name.empty() ? attachment.name : attachment.name + stepSeparator + step.name;
     const TyrUtil::AttributeList attributes = withStepAttributes(attachment.attributes, step);
     tree.currentId = id;
-    auto* const geometry = dynamic_cast<TyrMek::Geometry*>(tree.GetCurrentNode().value);
+    auto* const geometry =
+        dynamic_cast<TyrMek::Geometry*>(std::as_const(tree).GetCurrentNode().value);
     if (geometry == nullptr) {
         return;
     }
     geometry->MakeRoomForVariables(coming);
     const unsigned int index = geometry->AddVariable(
         variableName, attachment.type, attachment.offset, attachment.array, attributes);
-    TyrMek::Geometry::Variable& variable = geometry->variables[index];
     const VariablePlace place{id, index};
     if (!attachment.owner) {
         attachment.owner = place;
-        variable.linked = variable.linked && !attachment.relinkReplaced;
+        if (attachment.relinkReplaced) {
+            geometry->MakeOwner(index);
+        }
     } else if (!(place == *attachment.owner)) {
-        variable.linked = true;
-        variable.linkedNodeId = attachment.owner->nodeId;
-        variable.linkedVariableIndex = attachment.owner->index;
-        variable.attributes.values.clear();
+        geometry->MakeLink(index, attachment.owner->nodeId, attachment.owner->index);
     }
 }
 
@@ -127,7 +127,10 @@ void ArrayProperty<Property, Ids, Steps>::update(Database& database) {
     const TyrMek::NumericArray array = describe(property, rows);
     const std::uint64_t offset =
         tree.WriteStreamDataset(property.array.data(), static_cast<int>(rows), property.width);
-    Attachment attachment{property.name, Property::geomTypeFrom(property.type), offset, array,
+    Attachment attachment{property.name,
+                          Property::geomTypeFrom(property.type),
+                          offset,
+                          array,
                           Helper::Attributes::toAttributeList(property.attributes),
                           database.relinkReplaced};
     for (const unsigned int id : ids) {

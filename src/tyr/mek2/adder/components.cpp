@@ -78,7 +78,8 @@ private:
     void addMergeNode(const std::string&) const { TYR_RAISE(Exception::NotYetImplemented()); }
 
     void setAttributes(const AttributeMap& attributes) {
-        auto* const group = dynamic_cast<TyrMek::Group*>(tree_.GetCurrentNode().value);
+        auto* const group =
+            dynamic_cast<TyrMek::Group*>(std::as_const(tree_).GetCurrentNode().value);
         if (group != nullptr && !attributes.empty()) {
             Helper::replaceEntries(group->attributes,
                                    Helper::Attributes::toAttributeList(attributes));

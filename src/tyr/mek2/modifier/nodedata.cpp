@@ -8,6 +8,7 @@
 #include "tyr/mek2/helper/attributes.hpp"
 #include "tyr/variant/visitor/valuegetter.hpp"
 
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -70,13 +71,13 @@ void NodeData::update(Database& database) {
     }
     tree.SetCurrentId(id);
 
-    TyrMek::Node* const node = tree.GetCurrentNode().value;
+    const auto& current = std::as_const(tree).GetCurrentNode();
+    TyrMek::Node* const node = current.value;
     auto* const group = dynamic_cast<TyrMek::Group*>(node);
     auto* shape = dynamic_cast<TyrMek::Shape*>(node);
-    const unsigned int parentId = tree.GetCurrentNode().parentId;
-    if (dynamic_cast<TyrMek::Geometry*>(node) != nullptr && parentId != 0) {
-        tree.currentId = parentId;
-        shape = dynamic_cast<TyrMek::Shape*>(tree.GetCurrentNode().value);
+    if (dynamic_cast<TyrMek::Geometry*>(node) != nullptr && current.parentId != 0) {
+        tree.currentId = current.parentId;
+        shape = dynamic_cast<TyrMek::Shape*>(std::as_const(tree).GetCurrentNode().value);
     }
     for (const auto& [type, value] : properties) {
         if (type < PropertyType::Translation || type > PropertyType::MaterialFlag) {

@@ -1,0 +1,85 @@
+/// @file
+/// Values by the hash of their keys.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+namespace TyrAdt {
+
+/// A hash table with open addressing and linear probing that only grows.
+///
+/// It holds no keys: whoever asks compares the values of equal hash with the key. A look-up in a
+/// table of any size reads one place of memory in most cases, which is what an index of 10^6
+/// entries costs; `std::unordered_multimap` reads two or three.
+template <class Value>
+class HashIndex {
+public:
+    /// Makes room for `count` values in all.
+    void Reserve(std::size_t count) {
+        if (2 * count > slots_.size()) {
+            Rehash(std::max(2 * count, 2 * slots_.size()));
+        }
+    }
+
+    /// If memory lacks, nothing changes.
+    void Add(std::size_t hash, const Value& value) {
+        Reserve(size_ + 1);
+        Insert(slots_, {NonZero(hash), value});
+        ++size_;
+    }
+
+    /// The first value of this hash, in any order, for which `isWanted(value)` holds, or null.
+    template <class IsWanted>
+    const Value* Find(std::size_t hash, IsWanted isWanted) const {
+        if (slots_.empty()) {
+            return nullptr;
+        }
+        const std::size_t mask = slots_.size() - 1;
+        const std::size_t wanted = NonZero(hash);
+        for (std::size_t at = wanted & mask; slots_[at].hash != 0; at = (at + 1) & mask) {
+            if (slots_[at].hash == wanted && isWanted(slots_[at].value)) {
+                return &slots_[at].value;
+            }
+        }
+        return nullptr;
+    }
+
+private:
+    struct Slot {
+        std::size_t hash = 0; ///< 0: the slot is free
+        Value value{};
+    };
+
+    static std::size_t NonZero(std::size_t hash) { return hash != 0 ? hash : 1; }
+
+    static void Insert(std::vector<Slot>& slots, const Slot& added) {
+        const std::size_t mask = slots.size() - 1;
+        std::size_t at = added.hash & mask;
+        while (slots[at].hash != 0) {
+            at = (at + 1) & mask;
+        }
+        slots[at] = added;
+    }
+
+    void Rehash(std::size_t leastSize) {
+        std::size_t size = 16;
+        while (size < leastSize) {
+            size *= 2;
+        }
+        std::vector<Slot> larger(size);
+        for (const Slot& slot : slots_) {
+            if (slot.hash != 0) {
+                Insert(larger, slot);
+            }
+        }
+        slots_.swap(larger);
+    }
+
+    std::vector<Slot> slots_; ///< as many as a power of two, at most half of them taken
+    std::size_t size_ = 0;
+};
+
+} // namespace TyrAdt
