@@ -3,24 +3,29 @@
 #include "mekreader/container.hpp"
 #include "support/testing.hpp"
 #include "tyr/mek/byteshuffle.hpp"
+#include "tyr/mek/geometry.hpp"
 
+#include <cstdlib>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
 
 using Testing::hex;
+using TyrMek::Geometry;
 using TyrMek::Tree;
+using VariableType = Geometry::VariableType;
 using TreeTest = Testing::FolderTest;
 
-TEST(BytePlanes, SplitsItemsIntoComponentsAndTheseIntoBytes) {
+TEST(ByteShuffle, SplitsItemsIntoComponentsAndTheseIntoBytes) {
     const std::vector<unsigned int> values = {0x04030201, 0x14131211, 0x24232221, 0x34333231};
-    std::string planes(16, '?');
-    auto* const target = reinterpret_cast<unsigned char*>(planes.data());
+    std::string bytes(16, '?');
+    auto* const target = reinterpret_cast<unsigned char*>(bytes.data());
     TyrMek::ShuffleBytes(values.data(), 2, 2, target);
-    EXPECT_EQ(hex(planes), "01 21 02 22 03 23 04 24 11 31 12 32 13 33 14 34");
+    EXPECT_EQ(hex(bytes), "01 21 02 22 03 23 04 24 11 31 12 32 13 33 14 34");
     TyrMek::ShuffleBytes(values.data(), 4, 1, target);
-    EXPECT_EQ(hex(planes), "01 11 21 31 02 12 22 32 03 13 23 33 04 14 24 34");
+    EXPECT_EQ(hex(bytes), "01 11 21 31 02 12 22 32 03 13 23 33 04 14 24 34");
 }
 
 TEST_F(TreeTest, RefusesDatasetsOfImpossibleSize) {
@@ -74,6 +79,116 @@ TEST_F(TreeTest, ResolvesPaths) {
         EXPECT_EQ(tree.GetNodeIdFromPath(one.path, one.separator), one.id) << one.path;
         EXPECT_EQ(tree.currentId, 1U) << one.path;
     }
+}
+
+/// Each `Put` opens a block at the limit 0, so the names of the blocks give the order of the puts.
+TEST_F(TreeTest, PutsAttributesBetweenAndAfterTheRecordsTheyBelongTo) {
+    const Testing::BlockSizeVariable limit("0");
+    Tree tree;
+    tree.SetStreamFile(path("out"), false);
+    tree.SetRootGroup("r", {});
+    tree.AddShapeNode("s");
+    dynamic_cast<Geometry&>(*std::as_const(tree).GetCurrentNode().value)
+        .AddVariable("v", VariableType(), 0, {}, {});
+    tree.Save(tree.file, "");
+
+    const MekReader::Container container(path("out"));
+    std::string order;
+    for (const MekReader::Block& block : container.blocks()) {
+        const char initial = block.name[0];
+        if (initial == 'L' || initial == 'A') {
+            order += initial;
+        }
+    }
+    EXPECT_EQ(order, "LLLAAAAAALLLLLLLLLLLLLLAAAAAA"); // group, count of variables, variable
+}
+
+TEST(Tree, SeedsTheGeneratorOfTheProcess) {
+    std::srand(0);
+    const int first = std::rand();
+    std::srand(1);
+    const Tree tree;
+    EXPECT_EQ(std::rand(), first);
+}
+
+/// Whoever changes `variables` or `offsets`, the first variable of a name is found again.
+TEST(Geometry, SeesChangesOfItsMembers) {
+    using Change = void (*)(Geometry&);
+    const std::pair<Change, std::string> changes[] = {
+        {[](Geometry&) {}, "a b c x "},
+        {[](Geometry& g) { g.variables.clear(); }, "x "},
+        {[](Geometry& g) { g.variables.erase(g.variables.begin()); }, "b c x "},
+        {[](Geometry& g) { g.variables[1].name = "x"; }, "a x c "},
+        {[](Geometry& g) { g.variables.insert(g.variables.begin(), g.variables[2]); },
+         "c a b c x "},
+        {[](Geometry& g) { g.offsets["x"] = 24; }, "a b c x "},
+        {[](Geometry& g) { g.offsets.erase("c"); }, "a b c x "},
+        {[](Geometry& g) {
+             g.offsets = {{"a", 1}, {"y", 2}, {"z", 3}};
+         },
+         "a b c x "},
+        {[](Geometry& g) { g.offsets.clear(); }, "a b c x "}};
+    for (const auto& [change, expected] : changes) {
+        Geometry geometry("g");
+        const auto add = [&](const std::string& name) {
+            return geometry.AddVariable(name, VariableType(), 7, {}, {});
+        };
+        for (const char* name : {"a", "b", "c"}) {
+            add(name);
+        }
+        change(geometry);
+        for (const char* name : {"x", "x"}) { // known the second time
+            const unsigned int index = add(name);
+            EXPECT_EQ(std::as_const(geometry).variables[index].name, name);
+            EXPECT_EQ(geometry.offsets.at(name), 7U);
+        }
+        std::string names;
+        for (const Geometry::Variable& variable : geometry.variables) {
+            names += variable.name + ' ';
+        }
+        EXPECT_EQ(names, expected);
+    }
+}
+
+struct IsLonger {
+    bool operator()(const std::string& value, const std::string& pattern) const {
+        return value.size() > pattern.size();
+    }
+    bool operator()(int value, int pattern) const { return value > pattern; }
+};
+
+template <class T>
+unsigned int firstLonger(const std::vector<T>& values, const T& pattern) {
+    TyrAdt::Tree<T> tree;
+    for (const T& value : values) {
+        tree.AddChild();
+        tree.GetCurrentNode().value = value;
+        tree.MoveToParent();
+    }
+    tree.MoveToChild(pattern, IsLonger());
+    return tree.currentId;
+}
+
+TEST(Tree, FindsChildrenByAnyPredicateAndAfterAChangeOfPayload) {
+    std::vector<std::string> names(20, "n");
+    names.push_back("longer");
+    EXPECT_EQ(firstLonger<std::string>(names, "nn"), 22U);
+    std::vector<int> numbers(20, 1);
+    numbers.push_back(2);
+    EXPECT_EQ(firstLonger(numbers, 1), 22U);
+
+    Tree tree;
+    tree.SetRootGroup("r", {});
+    for (int number = 0; number < 40; ++number) {
+        tree.currentId = 1;
+        tree.AddGroupNode("g" + std::to_string(number));
+    }
+    EXPECT_EQ(tree.GetNodeIdFromPath("/r/g30", "/"), 32U);
+    tree.currentId = 32;
+    delete tree.GetCurrentNode().value;
+    tree.GetCurrentNode().value = new TyrMek::Node("other");
+    EXPECT_EQ(tree.GetNodeIdFromPath("/r/g30", "/"), 0U);
+    EXPECT_EQ(tree.GetNodeIdFromPath("/r/other", "/"), 32U);
 }
 
 } // namespace
