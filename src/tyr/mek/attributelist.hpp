@@ -1,5 +1,5 @@
 /// @file
-/// The inner form of attributes, the only one in which they live on nodes and reach the file.
+/// Attributes as nodes, variables and the file hold them.
 #pragma once
 
 #include "tyr/qbf/index.hpp"
@@ -10,7 +10,7 @@
 
 namespace TyrUtil {
 
-/// Which member of an `AttributeValue` has meaning; the numbers stand in the file.
+/// Which member of an `AttributeValue` is valid. The numbers are part of the file format.
 enum AttributeType : std::int32_t {
     UnsignedValue = 0,
     FloatValue = 1,
@@ -18,7 +18,7 @@ enum AttributeType : std::int32_t {
     DoubleValue = 3
 };
 
-/// One value, copied as a whole.
+/// One value of an attribute.
 struct AttributeValue {
     static constexpr std::size_t textSize = 256;
 
@@ -26,10 +26,10 @@ struct AttributeValue {
     static AttributeValue Of(float value);
     static AttributeValue Of(double value);
 
-    /// The text up to its first NUL, and no more than its first 256 bytes.
+    /// The string up to its first NUL, at most its first 256 bytes.
     static AttributeValue Of(const std::string& value);
 
-    /// The text of a `StringValue`.
+    /// The string of a `StringValue`.
     std::string ToString() const;
 
     AttributeType type;
@@ -37,7 +37,7 @@ struct AttributeValue {
         std::uint32_t uintValue;
         float floatValue;
         double doubleValue;
-        char text[textSize]; ///< filled up with NUL; a text of full length has none
+        char text[textSize]; ///< padded with NUL; a string of full length has none
     } value;
 };
 
@@ -51,7 +51,7 @@ struct AttributeList {
 namespace TyrQbf {
 
 /// A list is split by kind and put as six values: keys, types, and the values of each kind in the
-/// order of the keys (unsigned, float, double, text).
+/// order of the keys (unsigned, float, double, string).
 template <>
 void Index::Put<TyrUtil::AttributeList>(const std::string& name,
                                         const TyrUtil::AttributeList& list);

@@ -9,25 +9,25 @@ namespace {
 
 constexpr std::size_t valueSize = 4;
 
-std::uint32_t loadValue(const unsigned char* bytes) {
+std::uint32_t LoadValue(const unsigned char* bytes) {
     std::uint32_t value = 0;
     std::memcpy(&value, bytes, valueSize);
     return value;
 }
 
-/// One component: every `stride`-th value from `values` on.
-void splitComponent(const unsigned char* values, std::size_t count, std::size_t stride,
-                    unsigned char* __restrict target) {
-    unsigned char* const plane0 = target;
-    unsigned char* const plane1 = target + count;
-    unsigned char* const plane2 = target + 2 * count;
-    unsigned char* const plane3 = target + 3 * count;
+/// Shuffles one component: every `stride`-th value from `values` on.
+void ShuffleComponent(const unsigned char* values, std::size_t count, std::size_t stride,
+                      unsigned char* __restrict target) {
+    unsigned char* const lowestBytes = target;
+    unsigned char* const secondBytes = target + count;
+    unsigned char* const thirdBytes = target + 2 * count;
+    unsigned char* const highestBytes = target + 3 * count;
     for (std::size_t i = 0; i < count; ++i) {
-        const std::uint32_t value = loadValue(values + i * stride * valueSize);
-        plane0[i] = static_cast<unsigned char>(value);
-        plane1[i] = static_cast<unsigned char>(value >> 8);
-        plane2[i] = static_cast<unsigned char>(value >> 16);
-        plane3[i] = static_cast<unsigned char>(value >> 24);
+        const std::uint32_t value = LoadValue(values + i * stride * valueSize);
+        lowestBytes[i] = static_cast<unsigned char>(value);
+        secondBytes[i] = static_cast<unsigned char>(value >> 8);
+        thirdBytes[i] = static_cast<unsigned char>(value >> 16);
+        highestBytes[i] = static_cast<unsigned char>(value >> 24);
     }
 }
 
@@ -37,8 +37,8 @@ void ShuffleBytes(const void* values, std::uint64_t count, std::uint8_t width,
                   unsigned char* target) noexcept {
     const auto* const bytes = static_cast<const unsigned char*>(values);
     for (std::size_t component = 0; component < width; ++component) {
-        splitComponent(bytes + component * valueSize, static_cast<std::size_t>(count), width,
-                       target + component * valueSize * count);
+        ShuffleComponent(bytes + component * valueSize, static_cast<std::size_t>(count), width,
+                         target + component * valueSize * count);
     }
 }
 

@@ -1,14 +1,14 @@
 /// @file
-/// The byte-plane transform (shuffle) that makes arrays compress well.
+/// The byte shuffle, which makes arrays compress well.
 #pragma once
 
 #include <cstdint>
 
 namespace TyrMek {
 
-/// Lays out `count` items of `width` 4-byte values for compression: component after component, and
-/// of each component first the lowest byte of all its values, then the second, the third, and the
-/// highest.
+/// Shuffles the bytes of `count` items of `width` 4-byte values. The components follow each other;
+/// of each component come first the lowest bytes of all values, then the second, third and highest
+/// bytes.
 ///
 /// @param values item by item, count x width values of a 4-byte type
 /// @param target receives 4 x count x width bytes; must not overlap `values`

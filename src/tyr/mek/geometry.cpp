@@ -15,7 +15,7 @@ namespace {
 
 constexpr unsigned elementTypeShift = 24;
 
-/// Keys that describe the source of an array to other programs; they never reach a variable.
+/// Keys that describe the source of an array; no variable stores them.
 bool IsLeftOut(std::string_view key) {
     constexpr std::array<std::string_view, 5> names = {"Complex", "Contents", "DataSource",
                                                        "DataType", "Structure"};

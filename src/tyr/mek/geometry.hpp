@@ -1,5 +1,5 @@
 /// @file
-/// A geometry: the node under a shape that carries its mesh and results.
+/// A geometry: the node below a shape that has its mesh and results as variables.
 #pragma once
 
 #include "tyr/adt/hashindex.hpp"
@@ -18,21 +18,21 @@
 
 namespace TyrMek {
 
-/// Keeps descriptions of arrays and where their bytes went, never the arrays themselves.
+/// Holds the descriptions of arrays and their offsets in "Heavy Data", never the arrays themselves.
 class Geometry : public Node {
 public:
-    /// What a variable is, for a reader: the library only stores the number.
+    /// The kind of a variable, for readers; the library only stores the number.
     enum VariableType : std::uint32_t {};
 
-    /// One named array. Its data is described here, or, if it is linked, by another variable.
+    /// One named array. An owner describes its dataset; a link refers to another variable.
     struct Variable {
         std::string name;
         VariableType type{};
         bool vibration = false;
         TyrUtil::AttributeList attributes{};
         NumericArray array{};
-        bool linked = false;
-        std::uint32_t linkedNodeId = 0;        ///< geometry that holds the owner
+        bool linked = false;                   ///< a link, not an owner
+        std::uint32_t linkedNodeId = 0;        ///< id of the geometry that holds the owner
         std::uint32_t linkedVariableIndex = 0; ///< index of the owner in that geometry
     };
 

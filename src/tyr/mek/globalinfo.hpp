@@ -1,5 +1,5 @@
 /// @file
-/// Records of "Global Information": which runs wrote the file.
+/// Records of "Global Information": the write cycles that wrote the file.
 #pragma once
 
 #include "tyr/qbf/block.hpp"
@@ -10,9 +10,9 @@
 
 namespace TyrMek {
 
-/// Describes one writing run.
+/// Describes one write cycle.
 struct ModifierInfo {
-    bool recordHost = false; ///< not written; asks for the two host names
+    bool recordHost = false; ///< whether to record the two names below; not written
     std::string toolName{};
     std::string toolVersion{};
     std::string formatVersion{};
@@ -22,13 +22,13 @@ struct ModifierInfo {
     std::string comment{};
 };
 
-/// Has a place in the file, but no writer yet.
+/// Reserved: the file holds a count of 0.
 struct ResultAttributes {
     std::map<std::string, std::string> names;
     std::map<std::string, std::string> values;
 };
 
-/// A count, and a sized record of the seven texts for each element.
+/// A count, then for each element a sized record of the seven strings.
 void Encode(TyrQbf::Block& block, const std::vector<ModifierInfo>& modifiers);
 
 /// The count alone.

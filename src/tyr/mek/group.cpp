@@ -1,7 +1,8 @@
 #include "tyr/mek/group.hpp"
 
 #include "tyr/exception/raise.hpp"
-#include "tyr/qbf/coding.hpp"
+#include "tyr/mek/recordlayout.hpp"
+#include "tyr/qbf/encoding.hpp"
 
 #include <algorithm>
 
@@ -9,12 +10,19 @@ namespace TyrMek {
 
 namespace {
 
-template <std::size_t Size>
-void putFloats(TyrQbf::Index& index, const std::string& name,
-               const std::array<float, Size>& values) {
-    std::array<unsigned char, Size * sizeof(float)> bytes{};
-    for (std::size_t i = 0; i < Size; ++i) {
-        TyrQbf::EncodeLittleEndian(values[i], bytes.data() + i * sizeof(float));
+static_assert(GroupRecord::rotation - GroupRecord::translation == sizeof(Group::translation) &&
+                  GroupRecord::scale - GroupRecord::rotation == sizeof(Group::rotation) &&
+                  GroupRecord::rootFlag - GroupRecord::scale == sizeof(Group::scale) &&
+                  GroupRecord::size - GroupRecord::rootFlag == sizeof(Group::rootFlag),
+              "the members of a group are its record");
+
+template <std::size_t Count>
+void PutFloats(TyrQbf::Index& index, const std::string& name,
+               const std::array<float, Count>& values) {
+    std::array<unsigned char, Count * sizeof(float)> bytes{};
+    unsigned char* target = bytes.data();
+    for (const float value : values) {
+        target = TyrQbf::EncodeTo(target, value);
     }
     index.Put(name, bytes.data(), bytes.size());
 }
@@ -50,9 +58,9 @@ void Group::SetScale(const std::vector<float>& values) {
 
 void Group::WriteQb(TyrQbf::QbFile& file, const std::string& lightName,
                     const std::string& attributesName) {
-    putFloats(file.index, lightName, translation);
-    putFloats(file.index, lightName, rotation);
-    putFloats(file.index, lightName, scale);
+    PutFloats(file.index, lightName, translation);
+    PutFloats(file.index, lightName, rotation);
+    PutFloats(file.index, lightName, scale);
     file.index.Put(attributesName, attributes);
     file.index.Put(lightName, rootFlag);
 }

@@ -29,7 +29,7 @@ public:
     /// @throws InvalidArguments "invalid array size": not 3 values; nothing is changed
     void SetScale(const std::vector<float>& values);
 
-    /// Puts translation, rotation and scale (40 bytes), the attributes, and `rootFlag` (1 byte).
+    /// Puts translation, rotation and scale, the attributes, and `rootFlag`; see `GroupRecord`.
     void WriteQb(TyrQbf::QbFile& file, const std::string& lightName,
                  const std::string& attributesName);
 

@@ -1,10 +1,12 @@
 #include "tyr/mek/material.hpp"
 
 #include "tyr/exception/raise.hpp"
+#include "tyr/mek/recordlayout.hpp"
 #include "tyr/qbf/encoding.hpp"
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 
 namespace TyrMek {
 
@@ -64,17 +66,22 @@ void Material::SetAmbientIntensity(float intensity) {
 }
 
 void Encode(TyrQbf::Block& block, const Material& material) {
-    TyrQbf::EncodeSizedRecord(block, material.GetMaterialVersion(), [&](TyrQbf::Block& fields) {
-        for (const Material::Color* color : {&material.diffuseColor, &material.specularColor,
-                                             &material.emissiveColor, &material.ambientColor}) {
-            for (const float channel : *color) {
-                TyrQbf::Encode(fields, channel);
-            }
+    unsigned char* const record = block.Extend(MaterialRecord::size);
+    const auto putColor = [record](std::uint32_t offset, const Material::Color& color) {
+        unsigned char* target = record + offset;
+        for (const float channel : color) {
+            target = TyrQbf::EncodeTo(target, channel);
         }
-        TyrQbf::Encode(fields, material.transparency);
-        TyrQbf::Encode(fields, material.shininess);
-        TyrQbf::Encode(fields, material.materialFlag);
-    });
+    };
+    TyrQbf::EncodeTo(record + MaterialRecord::recordSize, MaterialRecord::size);
+    TyrQbf::EncodeTo(record + MaterialRecord::version, material.GetMaterialVersion());
+    putColor(MaterialRecord::diffuseColor, material.diffuseColor);
+    putColor(MaterialRecord::specularColor, material.specularColor);
+    putColor(MaterialRecord::emissiveColor, material.emissiveColor);
+    putColor(MaterialRecord::ambientColor, material.ambientColor);
+    TyrQbf::EncodeTo(record + MaterialRecord::transparency, material.transparency);
+    TyrQbf::EncodeTo(record + MaterialRecord::shininess, material.shininess);
+    TyrQbf::EncodeTo(record + MaterialRecord::materialFlag, material.materialFlag);
 }
 
 } // namespace TyrMek

@@ -1,5 +1,5 @@
 /// @file
-/// The look of a shape.
+/// The material of a shape.
 #pragma once
 
 #include "tyr/mek/node.hpp"
@@ -11,8 +11,10 @@
 
 namespace TyrMek {
 
-/// Colours have four channels: red, green, blue, and one that only a whole-colour change reaches.
-/// A material stands inside its shape, never in the tree.
+/// The colours and shininess of a shape, which contains it; a material is never a node of the tree.
+///
+/// Colours have four channels: red, green, blue, and a fourth, which only `SetAmbientIntensity`
+/// changes.
 class Material : public Node {
 public:
     using Color = std::array<float, 4>;
@@ -49,7 +51,7 @@ public:
     bool materialFlag = true;
 };
 
-/// A sized record of 84 bytes: the four colours, transparency, shininess, flag.
+/// Appends a `MaterialRecord`.
 void Encode(TyrQbf::Block& block, const Material& material);
 
 } // namespace TyrMek

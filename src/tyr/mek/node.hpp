@@ -1,5 +1,5 @@
 /// @file
-/// The payload of a tree node: what the application said about one element of its model.
+/// The payload of a tree node: the data of one element of the model.
 #pragma once
 
 #include <cstdint>
@@ -15,10 +15,10 @@ public:
     Node& operator=(const Node&) = delete;
     virtual ~Node();
 
-    /// The class's name in the file.
+    /// The name of the class in the file.
     virtual std::string GetType() const;
 
-    /// The version of the class's data in the file.
+    /// The version of the record of the class in the file.
     virtual std::string GetVersion() const;
 
     virtual bool GetFlag() const;

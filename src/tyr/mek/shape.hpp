@@ -1,5 +1,5 @@
 /// @file
-/// A shape: a piece of geometry with a look.
+/// A shape: a geometry with a material.
 #pragma once
 
 #include "tyr/mek/material.hpp"

@@ -54,7 +54,7 @@ void Tree::SetStreamFile(const std::wstring& path, bool overwrite) {
     WriteHead();
 }
 
-/// A write that fails here shows with the first block, since a stream keeps its error.
+/// A failed write is reported with the first block, since a stream keeps its error.
 void Tree::WriteHead() {
     version = "1.3";
     std::fwrite(TyrQbf::FileSignature.data(), TyrQbf::FileSignature.size(), 1, file.stream);
@@ -160,7 +160,7 @@ unsigned int Tree::ResolvePath(const std::string& path, const std::string& separ
     while (position != std::string::npos) {
         const std::size_t start = position + separator.size();
         if (start > path.size()) {
-            return 0; // less than a separator stands behind the root's name
+            return 0; // the path ends inside the separator after the root's name
         }
         position = path.find(separator, start);
         const std::size_t length = position == std::string::npos ? position : position - start;

@@ -1,12 +1,12 @@
 /// @file
-/// The model of one open file in memory, and its writer.
+/// The model in memory, and the writer of its file.
 ///
-/// A file has up to six named streams. While the model is being built only "Heavy Data" receives
-/// bytes: the datasets, one behind the other. The others follow in `Save`, in one walk over the
-/// nodes by ascending id:
+/// A file has up to six named streams. While the model is built, only "Heavy Data" receives bytes:
+/// the datasets, one after the other. `Save` writes the others in one walk over the nodes by
+/// ascending id:
 ///
 ///     "Mek Tree"            int count; for each node: its six ids, name, type, version, and the
-///                           length of "Light Data" before this node's part
+///                           length of "Light Data" before this node's record
 ///     "Light Data"          groups: 10 floats of the placement, root flag; geometries: variables
 ///     "Attributes"          one list for each group and each variable
 ///     "Resources"           one material for each shape
@@ -28,7 +28,7 @@
 
 namespace TyrMek {
 
-/// Owns the nodes, deletes them, and holds the file. Failures of the file pass through.
+/// Owns the payloads of its nodes and the file. Exceptions of the file pass through.
 class Tree : public TyrAdt::Tree<Node*> {
 public:
     Tree();
@@ -36,7 +36,7 @@ public:
     Tree& operator=(const Tree&) = delete;
     ~Tree();
 
-    /// Opens the file and writes its head of 12 bytes.
+    /// Opens the file and writes its header of 12 bytes.
     void SetStreamFile(const std::string& path, bool overwrite);
     void SetStreamFile(const std::wstring& path, bool overwrite);
 
@@ -51,14 +51,14 @@ public:
     void SetRootShape(const std::string& name);
 
     /// Adds a child with its payload to the current node and moves the cursor to it.
-    /// @throws KeyNotFound the cursor is on no node; nothing is changed
+    /// @throws KeyNotFound the cursor is on no node; nothing changes
     void AddChildNode(std::unique_ptr<Node> node);
 
-    /// Moves to the group of that name below the current node, adding it if need be.
-    /// @throws KeyNotFound the cursor is on no node; nothing is changed
+    /// Moves to the group of that name below the current node; adds it if there is none.
+    /// @throws KeyNotFound the cursor is on no node; nothing changes
     void AddGroupNode(const std::string& name);
 
-    /// Moves to the geometry of the shape of that name, adding both if need be.
+    /// Moves to the geometry of the shape of that name; adds what is missing of the two.
     void AddShapeNode(const std::string& name);
 
     /// The id of the node that a path names, or 0. The cursor is on the root afterwards.
@@ -72,7 +72,7 @@ public:
     std::uint64_t WriteStreamDataset(const unsigned int* data, int count, unsigned char width);
 
     /// Writes everything that is left and closes the file; without an open file it does nothing.
-    /// After a failure the stream stays open, for `CloseFile`, and must not be saved to again.
+    /// After an error the stream stays open, for `CloseFile`, and `Save` must not be called again.
     /// @throws FileWriteException
     void Save(TyrQbf::QbFile& output, const std::string& comment);
     void SaveTree(TyrQbf::QbFile& output);
@@ -84,7 +84,7 @@ public:
     ModifierInfo currentModifier;
     TyrQbf::QbFile file;
 
-    /// Saving has begun: the file takes no more datasets, and is not to be saved again.
+    /// `Save` has begun: the file accepts no dataset and no second `Save`.
     bool saveBegun = false;
 
 private:
