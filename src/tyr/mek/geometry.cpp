@@ -82,14 +82,13 @@ void Geometry::ClearOffsets() { offsets.items_.clear(); }
 /// The first entry whose name is not below `variableName`. Names that come one after the other are
 /// mostly neighbours in the map, so the entry after the latest one is tried first.
 Geometry::Offsets::iterator Geometry::OffsetFrom(const std::string& variableName) {
-    Offsets& entries = offsets.items_;
-    if (!offsets.IsExposed() && !entries.empty() && latestOffset_->first < variableName) {
+    if (!offsets.IsExposed() && !offsets.empty() && latestOffset_->first < variableName) {
         const auto next = std::next(latestOffset_);
-        if (next == entries.end() || variableName <= next->first) {
+        if (next == offsets.cend() || variableName <= next->first) {
             return next;
         }
     }
-    return entries.lower_bound(variableName);
+    return offsets.items_.lower_bound(variableName);
 }
 
 void Geometry::MakeOwner(std::size_t index) { variables.items_[index].linked = false; }
