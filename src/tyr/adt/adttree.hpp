@@ -168,6 +168,7 @@ private:
         return found != nodes.items_.end() ? &found->second : nullptr;
     }
 
+    // NOLINTBEGIN(cppcoreguidelines-pro-type-const-cast): the tree is not constant here
     TreeNode<T>* FindNode(unsigned int id) {
         return const_cast<TreeNode<T>*>(std::as_const(*this).FindNode(id));
     }
@@ -175,6 +176,7 @@ private:
     TreeNode<T>& CurrentNode() {
         return const_cast<TreeNode<T>&>(std::as_const(*this).GetCurrentNode());
     }
+    // NOLINTEND(cppcoreguidelines-pro-type-const-cast)
 
     /// Moves a prepared node into the tree.
     TreeNode<T>& InsertPrepared(unsigned int id) {

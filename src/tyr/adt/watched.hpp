@@ -30,8 +30,12 @@ public:
     Watched(Watched&&) = default;
     ~Watched() = default;
 
-    Watched& operator=(const Watched& other) { return *this = other.items_; }
-    Watched& operator=(Watched&& other) { return *this = std::move(other.Exposed()); }
+    Watched& operator=(const Watched& other) {
+        if (this != &other) {
+            Exposed() = other.items_;
+        }
+        return *this;
+    }
     Watched& operator=(Container items) {
         Exposed() = std::move(items);
         return *this;
