@@ -63,6 +63,7 @@ private:
         const unsigned int kind = source_.below(6);
         SaverOptions options;
         options.overwrite = kind != 1;
+        options.relinkReplaced = kind == 4;
         options.toolName = name();
         options.toolVersion = name();
         const std::string to = kind == 0 ? "" : kind == 2 ? file_ + "/none" : file_;

@@ -70,8 +70,10 @@ void readEverything(const std::string& path) {
     MekInfo::print(nowhere, file);
     for (const MekReader::Node& node : file.nodes()) {
         for (const MekReader::Variable& variable : node.variables) {
-            file.floats(variable);
-            file.words(variable);
+            if (!file.hasCircularLinks(variable)) {
+                file.floats(variable);
+                file.words(variable);
+            }
         }
     }
 }

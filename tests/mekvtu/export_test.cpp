@@ -2,6 +2,7 @@
 
 #include <tyr/mek2/model.hpp>
 
+#include "mekinfo/print.hpp"
 #include "mekreader/error.hpp"
 #include "mekvtu/celltype.hpp"
 #include "mekvtu/timeline.hpp"
@@ -9,6 +10,7 @@
 #include "support/testing.hpp"
 
 #include <functional>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -109,6 +111,48 @@ TEST_F(ExportTest, AMeshOfItsOwnStepWinsOverThatOfAllSteps) {
     };
     EXPECT_TRUE(holds("in-0-S-0.vtu", "<Piece NumberOfPoints=\"5\" NumberOfCells=\"5\">"));
     EXPECT_TRUE(holds("in-0-S-1.vtu", "<Piece NumberOfPoints=\"2\" NumberOfCells=\"2\">"));
+}
+
+TEST_F(ExportTest, ReadsLinksToLinksAndCirclesOfLinks) {
+    MekReader::File file = written([](Model& model, unsigned int) {
+        model.addAssemblyComponents(std::vector<std::string>{"/R/B", "/R/C", "/R/D"});
+        const Array1d<unsigned int> words({0, 1});
+        const auto add = [&](const char* name, DatasetType type, const auto& array,
+                             std::initializer_list<unsigned int> ids) {
+            model.addArrayProperty(name, type, array, Array1d<unsigned int>(ids), Step{});
+        };
+        add("T", DatasetType::ResultA1, Array1d<float>({1.0F, 2.0F}), {3, 5});
+        add("T", DatasetType::ResultA3, Array2d<float>(1, 3), {5, 7}); // 7 to 5, 5 to 3
+        add("X", DatasetType::ResultA1, words, {3, 5});
+        add("X", DatasetType::ResultA1, words, {5, 3, 7}); // 3 and 5 to each other, 7 to 5
+        add("P", DatasetType::Coordinates, Array2d<float>(2, 3), {3, 7});
+        add("P", DatasetType::Coordinates, Array2d<float>(2, 3), {5, 9});
+        add("P", DatasetType::Coordinates, Array2d<float>(2, 3), {9, 5});
+        add("L", DatasetType::Connectivity0, words, {3, 7});
+        add("L", DatasetType::ResultA1, words, {3}); // 7 keeps its type
+        add("N", DatasetType::Polylength0, Array1d<unsigned int>({2}), {7});
+    });
+    const std::vector<MekReader::Variable>& variables = file.nodes()[6].variables;
+
+    EXPECT_NO_THROW(MekReader::check(path("in.mek")));
+    EXPECT_EQ(variables[0].type, 13U);
+    EXPECT_EQ(file.floats(variables[0]), (std::vector<float>{1, 2}));
+    EXPECT_EQ(Testing::messageOf<MekReader::Error>([&] { file.words(variables[1]); }),
+              "variable \"X\" has no array: its links form a circle");
+    std::ostringstream listing;
+    MekInfo::print(listing, file);
+    EXPECT_NE(listing.str().find("[0] \"T\" type 13: link to [0] of node 5\n"
+                                 "        [1] \"X\" type 12: link to [1] of node 5, no array: "
+                                 "the links form a circle\n"),
+              std::string::npos);
+    const MekVtu::ExportSummary summary = MekVtu::exportVtu(file, folder / "out", "in");
+    EXPECT_EQ(summary.files, 2U); // neither B nor D has coordinates
+    EXPECT_EQ(summary.notes.size(), 5U);
+    EXPECT_EQ(summary.notes.back(),
+              "\"X\" of node 7 (\"C\") has no array: its links form a circle; it is left out");
+    const std::string vtu = Testing::readFile(folder / "out" / "in-2-C-0.vtu");
+    EXPECT_NE(vtu.find("NumberOfCells=\"1\""), std::string::npos);
+    EXPECT_NE(vtu.find("Name=\"T\""), std::string::npos);
 }
 
 TEST(CellType, TheNameDecidesWhereNodesDoNot) {

@@ -36,6 +36,7 @@ Tyr::Mek2::SaverOptions saverOptions() {
     options.overwrite = true;
     options.toolName = "frd2mek";
     options.toolVersion = FRD2MEK_VERSION;
+    options.relinkReplaced = true;
     return options;
 }
 

@@ -168,7 +168,8 @@ void printVariables(std::ostream& out, const std::string& indent, File& file, co
             << variable.type << ": ";
         if (variable.linked) {
             out << "link to [" << variable.linkedVariableIndex << "] of node "
-                << variable.linkedNodeId;
+                << variable.linkedNodeId
+                << (file.hasCircularLinks(variable) ? ", no array: the links form a circle" : "");
         } else {
             printData(out, file, variable);
         }

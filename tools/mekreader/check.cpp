@@ -171,10 +171,10 @@ void checkVariables(const File& file, const Node& node) {
             variable.elementType != Variable::unsignedElements) {
             fail(node, variable, "there is no such element type");
         }
-        if (variable.linked) {
-            file.owner(variable);
-        } else {
+        if (!variable.linked) {
             checkDataset(file, node, variable);
+        } else if (!file.hasCircularLinks(variable)) {
+            file.owner(variable); // raises if a link refers to nothing
         }
     }
 }

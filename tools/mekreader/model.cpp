@@ -301,22 +301,48 @@ std::uint64_t File::streamLength(std::string_view name) const {
     return container_.streamLength(name);
 }
 
-const Variable& File::owner(const Variable& variable) const {
+/// The variable that a link refers to; null if there is none.
+const Variable* File::targetOf(const Variable& link) const {
+    if (link.linkedNodeId == 0 || link.linkedNodeId > nodes_.size()) {
+        return nullptr;
+    }
+    const std::vector<Variable>& variables = nodes_[link.linkedNodeId - 1].variables;
+    return link.linkedVariableIndex < variables.size() ? &variables[link.linkedVariableIndex]
+                                                       : nullptr;
+}
+
+/// Brent's algorithm: in a circle the chain comes back to the variable that was noted at the last
+/// power of two.
+bool File::hasCircularLinks(const Variable& variable) const {
+    const Variable* noted = &variable;
     const Variable* at = &variable;
-    // every step leads to another variable, unless the links go in a circle
-    for (std::size_t steps = 0; at->linked; ++steps) {
-        const bool isNode = at->linkedNodeId >= 1 && at->linkedNodeId <= nodes_.size();
-        if (!isNode || at->linkedVariableIndex >= nodes_[at->linkedNodeId - 1].variables.size()) {
+    std::uint64_t nextPower = 1;
+    for (std::uint64_t steps = 0; at != nullptr && at->linked; ++steps) {
+        if (steps == nextPower) {
+            noted = at;
+            nextPower *= 2;
+        }
+        at = targetOf(*at);
+        if (at == noted) {
+            return true;
+        }
+    }
+    return false;
+}
+
+const Variable& File::owner(const Variable& variable) const {
+    if (hasCircularLinks(variable)) {
+        throw Error("variable \"" + variable.name + "\" has no array: its links form a circle");
+    }
+    const Variable* at = &variable;
+    while (at->linked) {
+        const Variable* const target = targetOf(*at);
+        if (target == nullptr) {
             throw Error("variable \"" + at->name + "\" links to variable " +
                         std::to_string(at->linkedVariableIndex) + " of node " +
-                        std::to_string(at->linkedNodeId) + ", which is not there");
+                        std::to_string(at->linkedNodeId) + ", which does not exist");
         }
-        const Variable* const next =
-            &nodes_[at->linkedNodeId - 1].variables[at->linkedVariableIndex];
-        if (next == &variable || steps > streamLength("Light Data")) {
-            throw Error("variable \"" + variable.name + "\": its links go in a circle");
-        }
-        at = next;
+        at = target;
     }
     return *at;
 }

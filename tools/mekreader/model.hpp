@@ -102,8 +102,14 @@ public:
     const std::vector<Node>& nodes() const { return nodes_; }
     const std::vector<Modifier>& modifiers() const { return modifiers_; }
 
-    /// The variable that describes the data: the variable itself, or the end of its links.
-    /// @throws Error the links lead nowhere
+    /// Whether the variable is a link whose chain of links ends in a circle, so that it has no
+    /// array. A valid file may hold such variables.
+    bool hasCircularLinks(const Variable& variable) const;
+
+    /// The variable that describes the dataset: the variable itself, or the end of its chain of
+    /// links.
+    /// @throws Error the links form a circle, or one of them refers to a variable that does not
+    ///     exist
     const Variable& owner(const Variable& variable) const;
 
     /// The values of a variable, row after row; links are followed. The bits are taken as they
@@ -112,6 +118,8 @@ public:
     std::vector<std::uint32_t> words(const Variable& variable);
 
 private:
+    const Variable* targetOf(const Variable& link) const;
+
     Container container_;
     std::vector<Node> nodes_;
     std::vector<Modifier> modifiers_;

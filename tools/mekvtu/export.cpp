@@ -61,6 +61,21 @@ void addRows(VtuFile& output, const Mesh& mesh) {
     }
 }
 
+/// One line for each variable without an array; the steps of one variable share a line.
+std::set<std::string> notesOnCircles(const MekReader::File& file) {
+    std::set<std::string> notes;
+    for (const MekReader::Node& node : file.nodes()) {
+        for (const MekReader::Variable& variable : node.variables) {
+            if (file.hasCircularLinks(variable)) {
+                notes.insert("\"" + std::string(splitName(variable.name).result) + "\" of node " +
+                             std::to_string(node.id) + " (\"" + node.name +
+                             "\") has no array: its links form a circle; it is left out");
+            }
+        }
+    }
+    return notes;
+}
+
 class Export {
 public:
     Export(MekReader::File& file, const std::filesystem::path& directory, const std::string& stem)
@@ -68,7 +83,8 @@ public:
           stem_(stem),
           timeline_(timeline(file)),
           parts_(file),
-          results_(file) {}
+          results_(file),
+          notes_(notesOnCircles(file)) {}
 
     ExportSummary run() {
         std::filesystem::create_directories(directory_);
@@ -97,7 +113,8 @@ private:
         summary.parts = parts.size();
         summary.steps = timeline_.steps.size();
         summary.files = entries_.size();
-        summary.notes.assign(results_.notes().begin(), results_.notes().end());
+        summary.notes.assign(notes_.begin(), notes_.end());
+        summary.notes.insert(summary.notes.end(), results_.notes().begin(), results_.notes().end());
         if (!timeline_.isByAttributes && timeline_.steps.size() > 1) {
             summary.notes.push_back(
                 "no one attribute gives each step a time of its own: they are "
@@ -134,6 +151,7 @@ private:
     Timeline timeline_;
     Parts parts_;
     Results results_;
+    std::set<std::string> notes_; ///< on variables without an array
     std::vector<CollectionEntry> entries_;
 };
 

@@ -35,15 +35,20 @@ const Variable* find(const File& file, const MekReader::Node& geometry, std::str
     const Variable* withoutStep = nullptr;
     for (const Variable& variable : geometry.variables) {
         const std::string_view ofStep = splitName(variable.name).step;
-        if (!isWanted(variable) || (!ofStep.empty() && ofStep != step)) {
+        if (!isWanted(variable) || (!ofStep.empty() && ofStep != step) ||
+            file.hasCircularLinks(variable)) {
             continue;
         }
         if (ofStep == step) {
-            return &file.owner(variable);
+            return &variable;
         }
         withoutStep = withoutStep != nullptr ? withoutStep : &variable;
     }
-    return withoutStep != nullptr ? &file.owner(*withoutStep) : nullptr;
+    return withoutStep;
+}
+
+const Variable* ownerOf(const File& file, const Variable* variable) {
+    return variable != nullptr ? &file.owner(*variable) : nullptr;
 }
 
 class MeshReading {
@@ -56,7 +61,7 @@ public:
         Mesh mesh;
         mesh.coordinateRows = coordinates.rows();
         const std::vector<std::uint32_t> connectivity = words(*source_.connectivity);
-        const unsigned dimension = source_.connectivity->type - Kind::firstConnectivity + 1;
+        const unsigned dimension = source_.dimension;
         std::uint64_t start = 0;
         for (const std::uint32_t nodes : lengths(dimension, connectivity.size())) {
             addElement(mesh, dimension, connectivity, start, nodes);
@@ -185,8 +190,15 @@ private:
 } // namespace
 
 MeshSource meshSource(const File& file, const MekReader::Node& geometry, std::string_view step) {
-    return {find(file, geometry, step, isCoordinates), find(file, geometry, step, isConnectivity),
-            find(file, geometry, step, isPolylength)};
+    const Variable* const connectivity = find(file, geometry, step, isConnectivity);
+    MeshSource source;
+    source.coordinates = ownerOf(file, find(file, geometry, step, isCoordinates));
+    source.connectivity = ownerOf(file, connectivity);
+    source.polylength = ownerOf(file, find(file, geometry, step, isPolylength));
+    // the type of a link is its own: the owner's may be another one
+    source.dimension =
+        connectivity != nullptr ? connectivity->type - Kind::firstConnectivity + 1 : 0;
+    return source;
 }
 
 Mesh readMesh(File& file, const MeshSource& source, const std::string& name) {

@@ -22,10 +22,11 @@ struct MeshSource {
     const MekReader::Variable* coordinates = nullptr;
     const MekReader::Variable* connectivity = nullptr;
     const MekReader::Variable* polylength = nullptr;
+    unsigned dimension = 0; ///< of the elements: 1, 2 or 3; 0 without connectivity
 
     bool operator==(const MeshSource& other) const {
         return coordinates == other.coordinates && connectivity == other.connectivity &&
-               polylength == other.polylength;
+               polylength == other.polylength && dimension == other.dimension;
     }
     bool holds(const MekReader::Variable* owner) const {
         return owner == coordinates || owner == connectivity || owner == polylength;

@@ -48,19 +48,24 @@ void placeVectors(const Placement& placement, std::vector<std::uint32_t>& words)
 } // namespace
 
 void Results::addTo(VtuFile& output, const Part& part, std::string_view step) {
+    std::vector<const Variable*> variables; // those that have an array
     std::set<std::string_view> ofThisStep;
     for (const Variable& variable : part.geometry->variables) {
+        if (file_.hasCircularLinks(variable)) {
+            continue;
+        }
+        variables.push_back(&variable);
         const VariableName name = splitName(variable.name);
         if (!name.step.empty() && name.step == step) {
             ofThisStep.insert(name.result);
         }
     }
-    for (const Variable& variable : part.geometry->variables) {
-        const VariableName name = splitName(variable.name);
-        const bool holds =
+    for (const Variable* const variable : variables) {
+        const VariableName name = splitName(variable->name);
+        const bool isShown =
             name.step.empty() ? ofThisStep.count(name.result) == 0 : name.step == step;
-        if (holds && !part.source.holds(&file_.owner(variable))) {
-            add(output, part, variable);
+        if (isShown && !part.source.holds(&file_.owner(*variable))) {
+            add(output, part, *variable);
         }
     }
 }
