@@ -137,7 +137,7 @@ class InexactConversion(ValueError):
 _by_code: dict[int, Type[Error]] = {kind.code: kind for kind in Error.__subclasses__()}
 
 
-def _from_failure(
+def _from_library(
     code: int, message: str, function: Optional[str], file: Optional[str], line: Optional[int]
 ) -> Error:
     error = _by_code.get(code, Error)(message)

@@ -15,12 +15,12 @@ using Tyr::Mek2::Array2d;
 
 template <class T>
 T load(const std::byte* address) {
-    T value; // by bytes: NumPy arrays need not be aligned
+    T value; // copied as bytes, because NumPy arrays can be unaligned
     std::memcpy(&value, address, sizeof value);
     return value;
 }
 
-/// Whether `value` is within the range of `Integer`, asked without leaving that of `Float`.
+/// Whether `value` is in the range of `Integer`. The limits are powers of two, exact in `Float`.
 template <class Integer, class Float>
 bool isInRange(Float value) {
     const Float end = std::ldexp(Float(1), std::numeric_limits<Integer>::digits);
@@ -37,7 +37,7 @@ bool holdsExactly(float converted, From value) {
     }
 }
 
-/// Exact, or refused: there is no nearest value worth having.
+/// @return whether the conversion is exact; if not, `converted` is unspecified
 template <class From>
 bool convert(From value, unsigned int& converted) {
     if constexpr (std::is_floating_point_v<From>) {
@@ -56,21 +56,21 @@ bool convert(From value, unsigned int& converted) {
     }
 }
 
-/// To the nearest value. @return whether that is exact
+/// Rounds to the nearest value. @return whether that is exact
 template <class From>
 bool convert(From value, float& converted) {
     converted = static_cast<float>(value);
     return holdsExactly(converted, value);
 }
 
-bool isPacked(const ArrayView& view) {
+bool isContiguous(const ArrayView& view) {
     const auto size = static_cast<std::ptrdiff_t>(view.itemSize);
     return (view.columns == 1 || view.columnStride == size) &&
            view.rowStride == size * static_cast<std::ptrdiff_t>(view.columns);
 }
 
-/// @param stopAtLoss false: inexact values are taken as they come
-/// @return the first inexact value that stopped the copy
+/// @param stopAtLoss stop at the first inexact value; otherwise round
+/// @return the position of the value at which the copy stopped
 template <class From, class To>
 std::optional<InexactValue> copyElements(const ArrayView& view, To* target, bool stopAtLoss) {
     for (std::size_t row = 0; row < view.rows; ++row) {
@@ -104,7 +104,7 @@ std::optional<InexactValue> fill(Array& array, const ArrayView& view, bool stopA
     }
     auto* const first = firstElement(array);
     const bool isSameType = std::is_same_v<From*, decltype(firstElement(array))>;
-    if (isSameType && isPacked(view)) {
+    if (isSameType && isContiguous(view)) {
         std::memcpy(first, view.data, array.size() * sizeof *first);
         return std::nullopt;
     }
@@ -121,11 +121,11 @@ std::optional<InexactValue> tryFill(LibraryArray& result, const ArrayView& view,
 
 template <class From>
 LibraryArray toArray(const ArrayView& view, bool lossy) {
-    using Own = std::conditional_t<std::is_floating_point_v<From>, float, unsigned int>;
-    using Other = std::conditional_t<std::is_floating_point_v<From>, unsigned int, float>;
-    LibraryArray result; // returned in place: a library array cannot be moved, only copied
-    const std::optional<InexactValue> inexact = tryFill<Own, From>(result, view, true);
-    if (!inexact || !tryFill<Other, From>(result, view, true)) {
+    using Preferred = std::conditional_t<std::is_floating_point_v<From>, float, unsigned int>;
+    using Alternative = std::conditional_t<std::is_floating_point_v<From>, unsigned int, float>;
+    LibraryArray result; // one object for all returns, so that the array is not copied
+    const std::optional<InexactValue> inexact = tryFill<Preferred, From>(result, view, true);
+    if (!inexact || !tryFill<Alternative, From>(result, view, true)) {
         return result;
     }
     if (!lossy) {
@@ -159,7 +159,7 @@ LibraryArray readSigned(const ArrayView& view, bool lossy) {
     }
 }
 
-/// Also of `bool`, which NumPy holds as one byte of 0 or 1.
+/// Includes `bool`, which NumPy stores as one byte, 0 or 1.
 LibraryArray readUnsigned(const ArrayView& view, bool lossy) {
     switch (view.itemSize) {
         case 1:

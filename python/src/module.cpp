@@ -1,13 +1,13 @@
 /// @file
-/// The extension module `mekapi2._core`: `Model` with arguments in their plainest form. What makes
-/// them plain, and all that a user sees, is written in Python beside it.
+/// The extension module `mekapi2._core`: `Model` with arguments of basic types. The Python package
+/// checks and converts the arguments of the user before it calls this module.
 ///
-/// The interpreter lock is released in every operation: while an array is copied and compressed,
-/// while a file is closed, and while another thread is waited for. A lock in each model lets one
-/// thread at a time into it.
+/// Every method releases the GIL while the library runs and while it waits for another thread; only
+/// the conversion of arguments and results holds it. A mutex in each model admits one thread at a
+/// time.
 
 #include "arrays.hpp"
-#include "failures.hpp"
+#include "errors.hpp"
 
 #include <tyr/mek2/model.hpp>
 
@@ -76,7 +76,7 @@ IdVector toIds(const Mek2::Array1d<unsigned int>& array) {
     return ids;
 }
 
-/// Form with a name and form without.
+/// Calls the overload with a name, or the one without.
 template <class Array>
 void addArrayProperty(Mek2::Model& model, const std::optional<std::string>& name,
                       Mek2::DatasetType type, const Array& array,
@@ -100,9 +100,9 @@ class Model {
 public:
     void saveTo(const Path& path, bool overwrite, const std::string& toolName,
                 const std::string& toolVersion) {
-        run([&](Mek2::Model& model) {
-            model.saveTo(path, Mek2::SaverOptions{overwrite, toolName, toolVersion});
-        });
+        Mek2::SaverOptions options{overwrite, toolName, toolVersion};
+        options.relinkReplaced = true; // an array given to a variable that was a link is not lost
+        run([&](Mek2::Model& model) { model.saveTo(path, options); });
     }
 
     void close() {
@@ -161,13 +161,14 @@ public:
         });
     }
 
-    /// @return where a value stands that the file cannot hold; nothing is written then
+    /// @return row and column of the first value that the file cannot hold exactly; nothing is
+    ///     written in this case
     std::optional<std::pair<std::size_t, std::size_t>> addArray(
         const std::optional<std::string>& name, int type, const py::array& array,
         const IdVector& ids, const StepVector& steps, const AttributeMap& attributes, bool lossy) {
         const std::optional<ArrayView> view = viewOf(array);
         if (!view) {
-            throw py::type_error("an array of one or two dimensions of numbers is needed");
+            throw py::type_error("expected a numeric array of one or two dimensions");
         }
         try {
             run([&](Mek2::Model& model) {
@@ -193,9 +194,9 @@ private:
 } // namespace
 
 PYBIND11_MODULE(_core, module) {
-    module.doc() = "Model in its plainest form; use the package mekapi2.";
+    module.doc() = "Model with arguments of basic types; use the package mekapi2.";
     module.attr("version") = MEKAPI2_VERSION;
-    registerFailures();
+    registerErrors();
     py::class_<Model>(module, "Model")
         .def(py::init())
         .def("save_to", &Model::saveTo, py::arg("path"), py::arg("overwrite"), py::arg("tool_name"),
