@@ -1,8 +1,8 @@
-# VTK's XML writers, as the target TyrVtk if they are there.
+# Defines the target TyrVtk, VTK's XML writers, if they are installed.
 #
-# Debian's development package of VTK brings a Java kit, MPI and Qt along. Its headers and the
-# libraries of the run-time package are all that is needed, so that they are looked for directly;
-# the headers may lie in a folder of MEKAPI2_VTK_HEADERS.
+# Debian's development package of VTK depends on Java, MPI and Qt. Only its headers and the run-time
+# libraries are needed, so this module searches for them directly. MEKAPI2_VTK_HEADERS can name the
+# folder of the headers.
 
 find_path(VTK_INCLUDE_DIR vtkXMLUnstructuredGridWriter.h
     HINTS ${MEKAPI2_VTK_HEADERS}
@@ -20,5 +20,5 @@ if(VTK_INCLUDE_DIR AND NOT "${vtk_libraries}" MATCHES "NOTFOUND")
     target_include_directories(TyrVtk SYSTEM INTERFACE ${VTK_INCLUDE_DIR})
     target_link_libraries(TyrVtk INTERFACE ${vtk_libraries})
 else()
-    message(STATUS "VTK was not found; compare leaves it out")
+    message(STATUS "VTK not found; compare runs without it")
 endif()

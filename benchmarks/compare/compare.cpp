@@ -1,8 +1,8 @@
 /// @file
-/// The same work through the floor, this library, HDF5 and VTK: each in a process of its own, taken
-/// in turn, and of each the median. Prints tables; tells its progress on the error stream.
+/// Runs each workload through the floor, this library, HDF5 and VTK, in turn, each time in a new
+/// process. Prints tables of medians to the standard output and its progress to the error stream.
 
-#include "compare/works.hpp"
+#include "compare/workloads.hpp"
 #include "support/childprocess.hpp"
 #include "support/measure.hpp"
 #include "support/report.hpp"
@@ -31,19 +31,19 @@ const std::string hdf5Name = "HDF5";
 const std::string contiguousName = "HDF5, contiguous";
 const std::string vtkName = "VTK";
 
-struct Contestant {
+struct Writer {
     std::string name;
     fs::path program;
     std::string variant{};
 };
 
-/// What is compared in one work.
+/// One workload and the writers that run it.
 struct Comparison {
-    std::string work;
-    std::vector<std::string> contestants;
+    std::string workload;
+    std::vector<std::string> writers;
 };
 
-/// VTK takes no part in `small`: its user would write 100,000 files.
+/// `small` is not run with VTK, which would need 100,000 files.
 const std::vector<Comparison> comparisons = {
     {"bulk-150", {floorName, libraryName, libdeflateName, hdf5Name, vtkName}},
     {"bulk-1000", {floorName, libraryName, libdeflateName, hdf5Name, vtkName}},
@@ -54,14 +54,14 @@ const std::vector<Comparison> comparisons = {
 };
 
 struct Options {
-    std::string work{}; ///< empty: all of them
+    std::string workload{}; ///< empty: all of them
     int rounds = 5;
     fs::path libdeflate{}; ///< `write_library` of a build with libdeflate
     fs::path folder = fs::temp_directory_path();
     std::string figures{};
 };
 
-/// Of one contestant, the middle of what its runs told.
+/// The measurements of one writer, one element per round.
 struct Result {
     std::vector<double> seconds;
     std::vector<double> processorSeconds;
@@ -76,79 +76,75 @@ struct Result {
 };
 using Results = std::map<std::string, Result>;
 
-void runOnce(const Contestant& contestant, const std::string& work, const fs::path& folder,
+void runOnce(const Writer& writer, const std::string& workload, const fs::path& folder,
              Result& result) {
     const fs::path file = folder / ("mekapi2-compare-" + std::to_string(std::rand()));
-    std::istringstream told(
-        outputOf({contestant.program, work, file.string(), contestant.variant}));
+    std::istringstream output(outputOf({writer.program, workload, file.string(), writer.variant}));
     fs::remove(file);
     double seconds = 0;
     double processorSeconds = 0;
     std::uint64_t peakMemory = 0;
-    if (!(told >> seconds >> processorSeconds >> result.fileSize >> peakMemory)) {
-        throw std::runtime_error(contestant.name + " told nothing");
+    if (!(output >> seconds >> processorSeconds >> result.fileSize >> peakMemory)) {
+        throw std::runtime_error("no measurement from " + writer.name);
     }
     result.seconds.push_back(seconds);
     result.processorSeconds.push_back(processorSeconds);
     result.peakMemory = std::max(result.peakMemory, peakMemory);
 }
 
-Results run(const Comparison& comparison, const std::vector<Contestant>& contestants,
+Results run(const Comparison& comparison, const std::vector<Writer>& writers,
             const Options& options) {
     Results results;
     for (int round = 1; round <= options.rounds; ++round) {
-        for (const Contestant& contestant : contestants) {
-            std::fprintf(stderr, "compare: %s, round %d of %d, %s\n", comparison.work.c_str(),
-                         round, options.rounds, contestant.name.c_str());
-            runOnce(contestant, comparison.work, options.folder, results[contestant.name]);
+        for (const Writer& writer : writers) {
+            std::fprintf(stderr, "compare: %s, round %d of %d, %s\n", comparison.workload.c_str(),
+                         round, options.rounds, writer.name.c_str());
+            runOnce(writer, comparison.workload, options.folder, results[writer.name]);
         }
     }
     return results;
 }
 
-void print(const Work& work, const std::vector<Contestant>& contestants, const Results& results) {
-    const double size = static_cast<double>(work.sizeInBytes());
+void print(const Workload& workload, const std::vector<Writer>& writers, const Results& results) {
+    const double size = static_cast<double>(workload.sizeInBytes());
     const auto rounds = results.begin()->second.seconds.size();
-    Table table(work.title + " (" + fixed(size / megabyte, 0) + " MB; median of " +
+    Table table(workload.title + " (" + fixed(size / megabyte, 0) + " MB; median of " +
                     std::to_string(rounds) + ")",
-                {"written with", "seconds", "spread", "of the processor", "MB/s", "x floor",
-                 "file, MB", "peak above input, MiB"});
-    for (const Contestant& contestant : contestants) {
-        const Result& result = results.at(contestant.name);
+                {"writer", "seconds", "spread", "CPU seconds", "MB/s", "x floor", "file, MB",
+                 "peak above input, MiB"});
+    for (const Writer& writer : writers) {
+        const Result& result = results.at(writer.name);
         const auto floor = results.find(floorName);
-        table.addRow(
-            {contestant.name, fixed(result.time(), 2), fixed(100 * result.spread(), 0) + " %",
-             fixed(median(result.processorSeconds), 2), fixed(size / megabyte / result.time(), 0),
-             floor != results.end() ? fixed(result.time() / floor->second.time(), 2) : "-",
-             fixed(static_cast<double>(result.fileSize) / megabyte, 1),
-             fixed(static_cast<double>(result.peakMemory) / mebibyte, 0)});
+        table.addRow({writer.name, fixed(result.time(), 2), fixed(100 * result.spread(), 0) + " %",
+                      fixed(median(result.processorSeconds), 2),
+                      fixed(size / megabyte / result.time(), 0),
+                      floor != results.end() ? fixed(result.time() / floor->second.time(), 2) : "-",
+                      fixed(static_cast<double>(result.fileSize) / megabyte, 1),
+                      fixed(static_cast<double>(result.peakMemory) / mebibyte, 0)});
     }
     table.print();
 }
 
-/// Adds figures on times and sizes of the contestants that took part.
-class Judge {
+/// Adds the ratio of two writers' results, if both were measured.
+class RatioList {
 public:
-    Judge(Figures& figures, const Results& results) : figures_(figures), results_(results) {}
+    RatioList(Figures& figures, const Results& results) : figures_(figures), results_(results) {}
 
-    void time(const std::string& work, double limit, const std::string& name,
-              const std::string& other) {
-        compare(work + ", time", limit, name, other, [](const Result& r) { return r.time(); });
+    void time(const std::string& title, const std::string& name, const std::string& other) {
+        add(title + ", time", name, other, [](const Result& r) { return r.time(); });
     }
-    void file(const std::string& work, double limit, const std::string& name,
-              const std::string& other) {
-        compare(work + ", file", limit, name, other,
-                [](const Result& r) { return static_cast<double>(r.fileSize); });
+    void file(const std::string& title, const std::string& name, const std::string& other) {
+        add(title + ", file", name, other,
+            [](const Result& r) { return static_cast<double>(r.fileSize); });
     }
 
 private:
     template <class Measure>
-    void compare(const std::string& what, double limit, const std::string& name,
-                 const std::string& other, const Measure& measure) {
+    void add(const std::string& what, const std::string& name, const std::string& other,
+             const Measure& measure) {
         if (results_.count(name) != 0 && results_.count(other) != 0) {
-            figures_.atMost(what + ": " + name, limit,
-                            measure(results_.at(name)) / measure(results_.at(other)),
-                            " x " + other);
+            figures_.add(what + ": " + name,
+                         measure(results_.at(name)) / measure(results_.at(other)), " x " + other);
         }
     }
 
@@ -156,47 +152,45 @@ private:
     const Results& results_;
 };
 
-void judge(const std::string& work, const Results& results, Figures& figures) {
-    Judge judge(figures, results);
+void addFigures(const std::string& workload, const Results& results, Figures& figures) {
+    RatioList ratios(figures, results);
     const double peak = static_cast<double>(results.at(libraryName).peakMemory) / mebibyte;
     const std::map<std::string, std::string> bulk = {{"bulk-150", "bulk, 150 MB"},
                                                      {"bulk-1000", "bulk, 1 GB"},
                                                      {"bulk-steps", "bulk, 1 GB in 27 steps"}};
-    if (bulk.count(work) != 0) {
-        const std::string& title = bulk.at(work);
-        judge.time(title, 1.05, libraryName, floorName);
-        judge.time(title, 0.55, libraryName, vtkName);
-        judge.time(title, 0.75, libdeflateName, hdf5Name);
-        judge.file(title, 0.93, libraryName, hdf5Name);
-        judge.file(title, 0.70, libraryName, vtkName);
-    } else if (work == "small") {
-        judge.time("small", 1.0 / 8, libraryName, hdf5Name);
-        judge.time("small", 2.5, libraryName, floorName);
-        judge.file("small", 1.0 / 15, libraryName, hdf5Name);
-    } else if (work == "one-array") {
-        const double compressed = static_cast<double>(results.at(libraryName).fileSize) / mebibyte;
-        figures.atMost("one array of 1 GiB, peak above it (copy, block, compressed, 64 MiB)",
-                       1024 + 1024 + compressed + 64, peak, " MiB");
-    } else if (work == "stream") {
-        figures.atMost("2 GiB in arrays of 50 MiB, peak above one", 450, peak, " MiB");
+    if (bulk.count(workload) != 0) {
+        const std::string& title = bulk.at(workload);
+        ratios.time(title, libraryName, floorName);
+        ratios.time(title, libraryName, vtkName);
+        ratios.time(title, libdeflateName, hdf5Name);
+        ratios.file(title, libraryName, hdf5Name);
+        ratios.file(title, libraryName, vtkName);
+    } else if (workload == "small") {
+        ratios.time("small", libraryName, hdf5Name);
+        ratios.time("small", libraryName, floorName);
+        ratios.file("small", libraryName, hdf5Name);
+    } else if (workload == "one-array") {
+        figures.add("one array of 1 GiB, peak memory above it: MekApi2", peak, " MiB");
+    } else if (workload == "stream") {
+        figures.add("2 GiB in arrays of 50 MiB, peak memory above one: MekApi2", peak, " MiB");
     }
 }
 
-/// Those of a comparison whose programs are there.
-std::vector<Contestant> present(const Comparison& comparison, const fs::path& programs,
-                                const Options& options) {
-    const std::vector<Contestant> all = {{floorName, programs / "write_floor"},
-                                         {libraryName, programs / "write_library"},
-                                         {libdeflateName, options.libdeflate},
-                                         {hdf5Name, programs / "write_hdf5"},
-                                         {contiguousName, programs / "write_hdf5", "contiguous"},
-                                         {vtkName, programs / "write_vtk"}};
-    std::vector<Contestant> found;
-    for (const Contestant& contestant : all) {
-        const auto& names = comparison.contestants;
-        if (std::find(names.begin(), names.end(), contestant.name) != names.end() &&
-            fs::exists(contestant.program)) {
-            found.push_back(contestant);
+/// The writers of a comparison whose programs exist.
+std::vector<Writer> present(const Comparison& comparison, const fs::path& programs,
+                            const Options& options) {
+    const std::vector<Writer> all = {{floorName, programs / "write_floor"},
+                                     {libraryName, programs / "write_library"},
+                                     {libdeflateName, options.libdeflate},
+                                     {hdf5Name, programs / "write_hdf5"},
+                                     {contiguousName, programs / "write_hdf5", "contiguous"},
+                                     {vtkName, programs / "write_vtk"}};
+    std::vector<Writer> found;
+    for (const Writer& writer : all) {
+        const auto& names = comparison.writers;
+        if (std::find(names.begin(), names.end(), writer.name) != names.end() &&
+            fs::exists(writer.program)) {
+            found.push_back(writer);
         }
     }
     return found;
@@ -207,8 +201,8 @@ Options parse(int argc, char** argv) {
     for (int i = 1; i + 1 < argc; i += 2) {
         const std::string name = argv[i];
         const std::string value = argv[i + 1];
-        if (name == "--work") {
-            options.work = value;
+        if (name == "--workload") {
+            options.workload = value;
         } else if (name == "--rounds") {
             options.rounds = std::atoi(value.c_str());
         } else if (name == "--libdeflate") {
@@ -229,13 +223,13 @@ void compareAll(int argc, char** argv) {
     const fs::path programs = fs::canonical("/proc/self/exe").parent_path();
     Figures figures;
     for (const Comparison& comparison : comparisons) {
-        if (!options.work.empty() && options.work != comparison.work) {
+        if (!options.workload.empty() && options.workload != comparison.workload) {
             continue;
         }
-        const std::vector<Contestant> contestants = present(comparison, programs, options);
-        const Results results = run(comparison, contestants, options);
-        print(workNamed(comparison.work), contestants, results);
-        judge(comparison.work, results, figures);
+        const std::vector<Writer> writers = present(comparison, programs, options);
+        const Results results = run(comparison, writers, options);
+        print(workloadNamed(comparison.workload), writers, results);
+        addFigures(comparison.workload, results, figures);
     }
     figures.appendTo(options.figures);
 }
@@ -249,7 +243,7 @@ int main(int argc, char** argv) {
     } catch (const std::exception& failure) {
         std::fprintf(stderr,
                      "compare: %s\n"
-                     "usage: compare [--work NAME] [--rounds N] [--libdeflate WRITE_LIBRARY]\n"
+                     "usage: compare [--workload NAME] [--rounds N] [--libdeflate WRITE_LIBRARY]\n"
                      "               [--folder FOLDER] [--figures FILE]\n",
                      failure.what());
         return EXIT_FAILURE;

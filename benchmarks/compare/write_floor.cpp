@@ -1,8 +1,8 @@
 /// @file
-/// The floor: what cannot be left out of a compressed write. The byte-plane transform, bare
-/// `compress2` on the same blocks as the library's, and `fwrite`; no names, no index, no copies.
+/// The floor: byte shuffle, `compress2` on blocks of the library's size, and `fwrite`. No names, no
+/// index, no copy of the input.
 
-#include "compare/contestant.hpp"
+#include "compare/writer.hpp"
 #include "tyr/mek/byteshuffle.hpp"
 
 #include <zlib.h>
@@ -13,7 +13,7 @@
 
 namespace {
 
-/// Memory that is taken once, and touched only as far as it is used.
+/// Memory that is reused, so that only the bytes in use are touched.
 class Buffer {
 public:
     unsigned char* withRoomFor(std::uint64_t size) {
@@ -61,20 +61,20 @@ private:
 
     void writeBlock() {
         uLongf size = compressBound(length_);
-        unsigned char* const packed = packed_.withRoomFor(size);
-        if (compress2(packed, &size, block_.withRoomFor(0), length_, 6) != Z_OK) {
+        unsigned char* const compressed = compressed_.withRoomFor(size);
+        if (compress2(compressed, &size, block_.withRoomFor(0), length_, 6) != Z_OK) {
             throw std::runtime_error("compression failed");
         }
-        std::fwrite(packed, 1, size, file_);
+        std::fwrite(compressed, 1, size, file_);
         length_ = 0;
     }
 
     std::FILE* file_;
     Buffer block_;
-    Buffer packed_;
+    Buffer compressed_;
     std::uint64_t length_ = 0;
 };
 
 } // namespace
 
-int main(int argc, char** argv) { return Bench::contestantMain<Floor>(argc, argv); }
+int main(int argc, char** argv) { return Bench::writerMain<Floor>(argc, argv); }

@@ -1,9 +1,9 @@
 /// @file
-/// A work written with HDF5, as its users write results: one dataset for each array, in one group
-/// for each result; shuffle and deflate at level 6, chunks of 1 MiB, the newest file format.
-/// The variant "contiguous" leaves chunks and filters out.
+/// Writes a workload with HDF5 as its users write results: one dataset per array, one group per
+/// result, shuffle and deflate at level 6, chunks of 1 MiB, the newest file format. The variant
+/// "contiguous" uses neither chunks nor filters.
 
-#include "compare/contestant.hpp"
+#include "compare/writer.hpp"
 
 #include <hdf5.h>
 
@@ -49,8 +49,8 @@ public:
             checked(H5Pset_deflate(properties, 6));
         }
         const std::string step = dataset.step();
-        const hid_t place = step.empty() ? file_ : groupOf(dataset.name());
-        const hid_t set = checked(H5Dcreate2(place, (step.empty() ? dataset.name() : step).c_str(),
+        const hid_t parent = step.empty() ? file_ : groupOf(dataset.name());
+        const hid_t set = checked(H5Dcreate2(parent, (step.empty() ? dataset.name() : step).c_str(),
                                              isFloat ? H5T_IEEE_F32LE : H5T_STD_U32LE, space,
                                              H5P_DEFAULT, properties, H5P_DEFAULT));
         checked(H5Dwrite(set, isFloat ? H5T_NATIVE_FLOAT : H5T_NATIVE_UINT, H5S_ALL, H5S_ALL,
@@ -84,4 +84,4 @@ private:
 
 } // namespace
 
-int main(int argc, char** argv) { return Bench::contestantMain<Hdf5>(argc, argv); }
+int main(int argc, char** argv) { return Bench::writerMain<Hdf5>(argc, argv); }

@@ -1,7 +1,7 @@
 /// @file
-/// A work written as an application writes it with this library.
+/// Writes a workload with this library, as an application does.
 
-#include "compare/contestant.hpp"
+#include "compare/writer.hpp"
 
 #include <tyr/mek2/model.hpp>
 
@@ -11,7 +11,7 @@ namespace {
 
 using namespace Tyr::Mek2;
 
-/// The array class that fits the kind and the width.
+/// The array class for the kind and the width of a dataset.
 class ArrayInput {
 public:
     explicit ArrayInput(const Bench::Dataset& dataset) {
@@ -87,4 +87,4 @@ private:
 
 } // namespace
 
-int main(int argc, char** argv) { return Bench::contestantMain<Library>(argc, argv); }
+int main(int argc, char** argv) { return Bench::writerMain<Library>(argc, argv); }

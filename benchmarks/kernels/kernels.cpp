@@ -1,6 +1,6 @@
 /// @file
-/// The innermost work, one piece at a time: the byte-plane transform next to `memcpy`, and what a
-/// small value, a log line and a small dataset cost.
+/// Times single operations: the byte shuffle next to `memcpy`, the `Put` of a number, a log record
+/// and a small dataset.
 
 #include "tyr/log/logsystem.hpp"
 #include "tyr/mek/byteshuffle.hpp"
@@ -16,37 +16,37 @@
 
 namespace {
 
-constexpr std::size_t transformedBytes = 12 << 20; // larger than the second-level cache
+constexpr std::size_t shuffledBytes = 12 << 20; // larger than the second-level cache
 
 void setThroughput(benchmark::State& state, std::size_t bytes) {
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes));
 }
 
 void copyMemory(benchmark::State& state) {
-    const std::vector<unsigned char> source(transformedBytes, 1);
-    std::vector<unsigned char> target(transformedBytes);
+    const std::vector<unsigned char> source(shuffledBytes, 1);
+    std::vector<unsigned char> target(shuffledBytes);
     for (auto _ : state) {
-        std::memcpy(target.data(), source.data(), transformedBytes);
+        std::memcpy(target.data(), source.data(), shuffledBytes);
         benchmark::ClobberMemory();
     }
-    setThroughput(state, transformedBytes);
+    setThroughput(state, shuffledBytes);
 }
 BENCHMARK(copyMemory)->Name("memcpy");
 
-void transform(benchmark::State& state) {
+void shuffleBytes(benchmark::State& state) {
     const auto width = static_cast<std::uint8_t>(state.range(0));
-    const std::vector<unsigned char> source(transformedBytes, 1);
-    std::vector<unsigned char> target(transformedBytes);
+    const std::vector<unsigned char> source(shuffledBytes, 1);
+    std::vector<unsigned char> target(shuffledBytes);
     for (auto _ : state) {
-        TyrMek::ShuffleBytes(source.data(), transformedBytes / 4 / width, width, target.data());
+        TyrMek::ShuffleBytes(source.data(), shuffledBytes / 4 / width, width, target.data());
         benchmark::ClobberMemory();
     }
-    setThroughput(state, transformedBytes);
+    setThroughput(state, shuffledBytes);
 }
-BENCHMARK(transform)->Name("byte planes, width")->Arg(1)->Arg(3)->Arg(6);
+BENCHMARK(shuffleBytes)->Name("byte shuffle, width")->Arg(1)->Arg(3)->Arg(6);
 
-/// The stream is dropped now and then, so that it stays in memory without end.
-void PutNumber(benchmark::State& state) {
+/// Starts a new index every 64 MiB to bound memory.
+void putNumber(benchmark::State& state) {
     constexpr std::uint64_t streamLength = 64 << 20;
     auto index = std::make_unique<TyrQbf::Index>();
     std::uint64_t length = 0;
@@ -61,7 +61,7 @@ void PutNumber(benchmark::State& state) {
         }
     }
 }
-BENCHMARK(PutNumber)->Name("Put of one number");
+BENCHMARK(putNumber)->Name("Put of one number");
 
 void logLine(benchmark::State& state) {
     std::uint64_t number = 0;
@@ -71,7 +71,7 @@ void logLine(benchmark::State& state) {
 }
 BENCHMARK(logLine)->Name("one log record");
 
-/// Blocks that are full are compressed in between, as in a model.
+/// Includes compressing and writing the blocks that get full, as in a model.
 void writeDataset(benchmark::State& state) {
     const std::vector<float> values(100, 1.0F);
     const std::filesystem::path path = std::filesystem::temp_directory_path() / "mekapi2-kernels";

@@ -1,10 +1,10 @@
 /// @file
-/// Time against size: what grows faster than the model? Each measurement runs in a process of its
-/// own, and of each the median is told: of the processor's time, since none of the works waits for
-/// anything but the disk cache. Prints a table; tells its progress on the error stream.
+/// Measures how time grows with the size of the model. Each measurement runs in a new process and
+/// takes CPU time, since no workload waits for anything but the disk cache. Prints a table of
+/// medians to the standard output and its progress to the error stream.
 
 #include "mekreader/container.hpp"
-#include "scale/works.hpp"
+#include "scale/workloads.hpp"
 #include "support/childprocess.hpp"
 #include "support/measure.hpp"
 #include "support/report.hpp"
@@ -27,14 +27,14 @@ namespace fs = std::filesystem;
 constexpr std::uint32_t largeCount = 1000000;
 
 struct Options {
-    std::string title{}; ///< empty: all works
+    std::string title{}; ///< empty: all workloads
     int rounds = 5;
     fs::path folder = fs::temp_directory_path();
     std::string figures{};
 };
 
-/// Seconds that bare `compress2` takes for the content of all blocks of a file.
-double bareCompressionTime(const fs::path& path) {
+/// CPU seconds of `compress2` on the content of all blocks of a file.
+double compressionTime(const fs::path& path) {
     MekReader::Container container(path);
     double seconds = 0;
     for (const MekReader::Block& block : container.blocks()) {
@@ -45,15 +45,15 @@ double bareCompressionTime(const fs::path& path) {
         container.expand(block, [&content](std::string_view piece) { content += piece; });
         seconds += processorSecondsOf([&content] {
             uLongf size = compressBound(content.size());
-            const std::unique_ptr<Bytef[]> packed(new Bytef[size]);
-            compress2(packed.get(), &size, reinterpret_cast<const Bytef*>(content.data()),
+            const std::unique_ptr<Bytef[]> compressed(new Bytef[size]);
+            compress2(compressed.get(), &size, reinterpret_cast<const Bytef*>(content.data()),
                       content.size(), 6);
         });
     }
     return seconds;
 }
 
-/// Runs `measure` on a file of its own, in a process of its own, `rounds` times.
+/// Runs `measure` `rounds` times, each time in a new process and on a new file.
 template <class Measure>
 double medianOf(const Options& options, const Measure& measure) {
     std::vector<double> seconds;
@@ -66,39 +66,39 @@ double medianOf(const Options& options, const Measure& measure) {
     return median(seconds);
 }
 
-std::map<std::uint32_t, double> measure(const ScaleWork& work, const Options& options) {
+std::map<std::uint32_t, double> measure(const ScaleWorkload& workload, const Options& options) {
     std::map<std::uint32_t, double> seconds;
-    for (const std::uint32_t count : work.counts) {
-        std::fprintf(stderr, "scale: %s, %u\n", work.title.c_str(), count);
+    for (const std::uint32_t count : workload.counts) {
+        std::fprintf(stderr, "scale: %s, %u\n", workload.title.c_str(), count);
         seconds[count] =
-            medianOf(options, [&](const std::string& file) { return work.run(count, file); });
+            medianOf(options, [&](const std::string& file) { return workload.run(count, file); });
     }
     return seconds;
 }
 
-/// The same work against `compress2` of what it writes, both in one process.
-void judgeAgainstCompression(const ScaleWork& work, double limit, const Options& options,
-                             Figures& figures) {
-    std::fprintf(stderr, "scale: %s, against compress2\n", work.title.c_str());
+/// Adds the ratio of a workload's time to that of `compress2` on the streams it writes. Both run in
+/// one process.
+void addRatioToCompression(const ScaleWorkload& workload, const Options& options,
+                           Figures& figures) {
+    std::fprintf(stderr, "scale: %s, against compress2\n", workload.title.c_str());
     const double ratio = medianOf(options, [&](const std::string& file) {
-        const double seconds = work.run(largeCount, file);
-        return seconds / bareCompressionTime(file);
+        const double seconds = workload.run(largeCount, file);
+        return seconds / compressionTime(file);
     });
-    figures.atMost("10^6 " + work.title + ", open to close", limit, ratio,
-                   " x compress2 of its streams");
+    figures.add("10^6 " + workload.title + ", `saveTo` to `close`", ratio,
+                " x compress2 of its streams");
 }
 
 void scaleAll(const Options& options) {
-    Table table("Seconds of the processor at growing sizes (median of " +
-                    std::to_string(options.rounds) + ")",
-                {"work", "10^3", "10^4", "10^5", "10^6", "last step"});
+    Table table("CPU seconds by size (median of " + std::to_string(options.rounds) + ")",
+                {"workload", "10^3", "10^4", "10^5", "10^6", "growth"});
     Figures figures;
-    for (const ScaleWork& work : scaleWorks()) {
-        if (!options.title.empty() && work.title != options.title) {
+    for (const ScaleWorkload& workload : scaleWorkloads()) {
+        if (!options.title.empty() && workload.title != options.title) {
             continue;
         }
-        const std::map<std::uint32_t, double> seconds = measure(work, options);
-        std::vector<std::string> cells = {work.title};
+        const std::map<std::uint32_t, double> seconds = measure(workload, options);
+        std::vector<std::string> cells = {workload.title};
         for (const std::uint32_t count : {1000U, 10000U, 100000U, largeCount}) {
             const auto found = seconds.find(count);
             cells.push_back(found != seconds.end() ? fixed(found->second, 3) : "");
@@ -106,11 +106,10 @@ void scaleAll(const Options& options) {
         const double growth = seconds.rbegin()->second / std::next(seconds.rbegin())->second;
         cells.push_back("x " + fixed(growth, 1));
         table.addRow(cells);
-        figures.atMost("10 x the " + work.title, 12, growth, " x the time");
-        if (work.title == "groups by addNode") {
-            judgeAgainstCompression(work, 3, options, figures);
-        } else if (work.title == "steps linked to one array") {
-            judgeAgainstCompression(work, 4, options, figures);
+        if (workload.title == "groups by addNode") {
+            addRatioToCompression(workload, options, figures);
+        } else if (workload.title == "steps linked to one array") {
+            addRatioToCompression(workload, options, figures);
         }
     }
     table.print();
@@ -122,7 +121,7 @@ Options parse(int argc, char** argv) {
     for (int i = 1; i + 1 < argc; i += 2) {
         const std::string name = argv[i];
         const std::string value = argv[i + 1];
-        if (name == "--work") {
+        if (name == "--workload") {
             options.title = value;
         } else if (name == "--rounds") {
             options.rounds = std::atoi(value.c_str());
@@ -147,7 +146,7 @@ int main(int argc, char** argv) {
         std::fprintf(
             stderr,
             "scale: %s\n"
-            "usage: scale [--work TITLE] [--rounds N] [--folder FOLDER] [--figures FILE]\n",
+            "usage: scale [--workload TITLE] [--rounds N] [--folder FOLDER] [--figures FILE]\n",
             failure.what());
         return EXIT_FAILURE;
     }

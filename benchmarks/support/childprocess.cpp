@@ -12,7 +12,7 @@ namespace Bench {
 
 namespace {
 
-/// Runs `child` in a copy of this process, with a pipe for its standard output.
+/// Runs `child` in a fork of this process and returns its standard output.
 std::string outputOfChild(const std::function<void()>& child, const std::string& name) {
     std::array<int, 2> ends{};
     std::fflush(nullptr);
@@ -25,7 +25,7 @@ std::string outputOfChild(const std::function<void()>& child, const std::string&
         close(ends[0]);
         close(ends[1]);
         child();
-        _exit(1); // a child that succeeds does not come back
+        _exit(1); // `child` returns only on an error
     }
     close(ends[1]);
     std::string output;

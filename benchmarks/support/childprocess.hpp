@@ -1,5 +1,5 @@
 /// @file
-/// Measurements in processes of their own, so that none finds the heap of another.
+/// Runs each measurement in a new process, so that none inherits the heap of another.
 #pragma once
 
 #include <functional>
@@ -8,13 +8,13 @@
 
 namespace Bench {
 
-/// Runs a program and gives what it printed.
+/// Runs a program and returns its standard output.
 /// @param command the program and its arguments
-/// @throws std::runtime_error it could not be run, or told a failure
+/// @throws std::runtime_error it could not be started or did not exit with 0
 std::string outputOf(const std::vector<std::string>& command);
 
-/// Runs `action` in a copy of this process and gives the text that it returned.
-/// @throws std::runtime_error it failed
+/// Runs `action` in a fork of this process and returns its result.
+/// @throws std::runtime_error `action` threw, or the process failed
 std::string outputOfCopy(const std::function<std::string()>& action);
 
 } // namespace Bench

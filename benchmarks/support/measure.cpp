@@ -31,7 +31,7 @@ void Stopwatch::stop() {
 std::uint64_t peakMemory() {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
-    return static_cast<std::uint64_t>(usage.ru_maxrss) * 1024; // told in KiB
+    return static_cast<std::uint64_t>(usage.ru_maxrss) * 1024; // ru_maxrss is in KiB
 }
 
 template <class T>

@@ -1,5 +1,5 @@
 /// @file
-/// What a benchmark measures: time, and the peak memory of its process.
+/// Time and peak memory of a process.
 #pragma once
 
 #include <chrono>
@@ -8,15 +8,15 @@
 
 namespace Bench {
 
-/// Adds up the time between `start` and `stop`, on the wall clock and of the processor.
+/// Adds up wall-clock time and CPU time between `start` and `stop`.
 class Stopwatch {
 public:
     void start();
     void stop();
     double seconds() const { return seconds_; }
 
-    /// Time that the processor spent on this process, in it and for it. Other processes on the
-    /// machine disturb it far less than the wall clock.
+    /// CPU time of this process, user and system. Other processes disturb it far less than they
+    /// disturb the wall clock.
     double processorSeconds() const { return processorSeconds_; }
 
 private:
@@ -27,7 +27,7 @@ private:
     double processorSeconds_ = 0;
 };
 
-/// Seconds of the processor that `action` takes.
+/// CPU seconds of `action`.
 template <class Action>
 double processorSecondsOf(const Action& action) {
     Stopwatch stopwatch;
@@ -40,7 +40,7 @@ double processorSecondsOf(const Action& action) {
 /// Largest resident size of this process so far, in bytes.
 std::uint64_t peakMemory();
 
-/// The middle of the values, of an even number the upper one. There must be at least one.
+/// The median of one or more values; of an even number, the upper of the two middle ones.
 template <class T>
 T median(std::vector<T> values);
 

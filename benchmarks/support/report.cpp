@@ -16,7 +16,7 @@ std::string fixed(double value, int digits) {
 
 namespace {
 
-/// The line between the names of the columns and the rows.
+/// Prints the line below the column names.
 void printRule(const std::vector<int>& widths) {
     for (std::size_t column = 0; column < widths.size(); ++column) {
         const std::string line(static_cast<std::size_t>(widths[column]), '-');
@@ -56,12 +56,9 @@ void Table::print() const {
     std::fflush(stdout);
 }
 
-void Figures::atMost(const std::string& work, double limit, double measured,
-                     const std::string& unit) {
-    const int digits = limit < 1 ? 3 : limit < 100 ? 2 : 0;
-    rows_ += "| " + work + " | at most " + fixed(limit, digits) + unit + " | " +
-             fixed(measured, digits) + unit + " | " +
-             (measured <= limit ? "reached" : "**not reached**") + " |\n";
+void Figures::add(const std::string& title, double value, const std::string& unit) {
+    const int digits = value < 1 ? 3 : value < 100 ? 2 : 0;
+    rows_ += "| " + title + " | " + fixed(value, digits) + unit + " |\n";
 }
 
 void Figures::appendTo(const std::string& path) const {

@@ -1,5 +1,5 @@
 /// @file
-/// Results as Markdown, which also reads well in a terminal.
+/// Results as Markdown that is also readable in a terminal.
 #pragma once
 
 #include <string>
@@ -7,10 +7,10 @@
 
 namespace Bench {
 
-/// A number with so many digits behind the point.
+/// A number with `digits` digits after the decimal point.
 std::string fixed(double value, int digits);
 
-/// A table with a heading; the first column is text, all others are numbers.
+/// A table with a heading. The first column is left-aligned, the others right-aligned.
 class Table {
 public:
     Table(std::string heading, std::vector<std::string> columns);
@@ -22,13 +22,13 @@ private:
     std::vector<std::vector<std::string>> rows_;
 };
 
-/// The figures that were set as a goal, each next to what was measured.
+/// Single figures that summarise the tables.
 class Figures {
 public:
-    /// @param unit stands behind both numbers
-    void atMost(const std::string& work, double limit, double measured, const std::string& unit);
+    /// @param unit appended to the number
+    void add(const std::string& title, double value, const std::string& unit);
 
-    /// Appends one table row for each figure to a file; an empty path drops them.
+    /// Appends one table row per figure to a file. Does nothing if `path` is empty.
     void appendTo(const std::string& path) const;
 
 private:

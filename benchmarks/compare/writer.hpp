@@ -1,15 +1,15 @@
 /// @file
-/// The frame of the programs that are compared. Each does one work once, in a process of its own,
-/// and prints what it measured:
+/// The main function of the compared programs. Each writes one workload once and prints its
+/// measurements:
 ///
-///     write_NAME WORK FILE [VARIANT]
+///     write_NAME WORKLOAD FILE [VARIANT]
 ///
-/// A `Writer` opens the file when it is made (path, variant), takes the arrays one after the other
-/// (`add`), and has handed over every byte when `close` returns. `Writer::Input` is how a user of
-/// it holds an array: it is made from a `Dataset`, and `fill` gives it another content.
+/// A `Writer` is constructed from path and variant and opens the file. `add` takes one array;
+/// every byte has been handed to the system when `close` returns. `Writer::Input` is the type in
+/// which a user of that writer holds an array: constructed from a `Dataset`, refilled by `fill`.
 #pragma once
 
-#include "compare/works.hpp"
+#include "compare/workloads.hpp"
 #include "support/measure.hpp"
 
 #include <cstdio>
@@ -22,7 +22,7 @@
 
 namespace Bench {
 
-/// An array as plain memory.
+/// An array in plain memory.
 class PlainInput {
 public:
     explicit PlainInput(const Dataset& dataset)
@@ -37,10 +37,10 @@ private:
 };
 
 template <class Writer>
-void doWork(const Work& work, const std::string& path, const std::string& variant) {
+void writeWorkload(const Workload& workload, const std::string& path, const std::string& variant) {
     std::deque<typename Writer::Input> inputs;
-    for (const Dataset& dataset : work.datasets) {
-        if (inputs.empty() || work.holdsInput) {
+    for (const Dataset& dataset : workload.datasets) {
+        if (inputs.empty() || workload.holdsInput) {
             inputs.emplace_back(dataset);
         }
     }
@@ -49,14 +49,14 @@ void doWork(const Work& work, const std::string& path, const std::string& varian
     Stopwatch stopwatch;
     stopwatch.start();
     Writer writer(path, variant);
-    for (std::size_t i = 0; i < work.datasets.size(); ++i) {
-        auto& input = work.holdsInput ? inputs[i] : inputs.front();
-        if (!work.holdsInput) {
+    for (std::size_t i = 0; i < workload.datasets.size(); ++i) {
+        auto& input = workload.holdsInput ? inputs[i] : inputs.front();
+        if (!workload.holdsInput) {
             stopwatch.stop();
-            input.fill(work.datasets[i]);
+            input.fill(workload.datasets[i]);
             stopwatch.start();
         }
-        writer.add(work.datasets[i], input);
+        writer.add(workload.datasets[i], input);
     }
     writer.close();
     stopwatch.stop();
@@ -66,13 +66,13 @@ void doWork(const Work& work, const std::string& path, const std::string& varian
 }
 
 template <class Writer>
-int contestantMain(int argc, char** argv) {
+int writerMain(int argc, char** argv) {
     if (argc < 3 || argc > 4) {
-        std::fprintf(stderr, "usage: %s WORK FILE [VARIANT]\n", argv[0]);
+        std::fprintf(stderr, "usage: %s WORKLOAD FILE [VARIANT]\n", argv[0]);
         return EXIT_FAILURE;
     }
     try {
-        doWork<Writer>(workNamed(argv[1]), argv[2], argc > 3 ? argv[3] : "");
+        writeWorkload<Writer>(workloadNamed(argv[1]), argv[2], argc > 3 ? argv[3] : "");
         return EXIT_SUCCESS;
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "%s: %s\n", argv[0], failure.what());

@@ -1,4 +1,4 @@
-#include "scale/works.hpp"
+#include "scale/workloads.hpp"
 
 #include "support/measure.hpp"
 
@@ -15,7 +15,7 @@ using namespace Tyr::Mek2;
 
 const std::string root = "model";
 
-/// "/model/part 17", or for a group with a separator behind it.
+/// "/model/part 17"
 std::string flatPath(std::uint32_t number) {
     return '/' + root + "/part " + std::to_string(number);
 }
@@ -45,7 +45,7 @@ void open(Model& model, const std::string& path) {
     model.saveTo(path, options);
 }
 
-/// Opens a file with one geometry and gives its id.
+/// Opens a file, adds one shape and returns the id of its geometry.
 unsigned int openWithGeometry(Model& model, const std::string& path) {
     open(model, path);
     model.addNode(NodeType::RootGroup, root);
@@ -119,7 +119,7 @@ double linkedSteps(std::uint32_t count, const std::string& path) {
     });
 }
 
-/// A step for each of `count` arrays of `length` values.
+/// Writes `count` arrays of `length` values, each for a new step.
 double arrays(std::uint32_t count, std::uint32_t length, const std::string& path) {
     Array1d<float> values(length, 1.0F);
     return processorSecondsOf([&] {
@@ -136,14 +136,14 @@ double arrays(std::uint32_t count, std::uint32_t length, const std::string& path
 
 double steps(std::uint32_t count, const std::string& path) { return arrays(count, 10, path); }
 
-/// Each array fills a block.
+/// Writes `count` arrays that fill one block each.
 double blocks(std::uint32_t count, const std::string& path) {
     constexpr std::uint32_t limit = 4096;
     setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", std::to_string(limit).c_str(), 1);
     return arrays(count, limit / sizeof(float), path);
 }
 
-/// A work on the paths that `pathOf` gives.
+/// A workload on the paths that `pathOf` returns.
 template <class Run>
 auto onPaths(Run run, std::string (*pathOf)(std::uint32_t)) {
     return [run, pathOf](std::uint32_t count, const std::string& path) {
@@ -153,7 +153,7 @@ auto onPaths(Run run, std::string (*pathOf)(std::uint32_t)) {
 
 } // namespace
 
-std::vector<ScaleWork> scaleWorks() {
+std::vector<ScaleWorkload> scaleWorkloads() {
     const std::vector<std::uint32_t> upToMillion = {10000, 100000, 1000000};
     return {
         {"groups by addNode", groups, upToMillion},
@@ -163,7 +163,7 @@ std::vector<ScaleWork> scaleWorks() {
         {"shapes by deep paths", onPaths(shapes, deepPath), upToMillion},
         {"getNodeId of each deep path", onPaths(shapeLookUps, deepPath), upToMillion},
         {"steps linked to one array", linkedSteps, upToMillion},
-        {"steps with arrays of their own", steps, upToMillion},
+        {"steps with one array each", steps, upToMillion},
         {"blocks of 4096 bytes", blocks, {1000, 10000, 100000}},
     };
 }

@@ -1,4 +1,4 @@
-#include "compare/works.hpp"
+#include "compare/workloads.hpp"
 
 #include <algorithm>
 #include <array>
@@ -12,7 +12,7 @@ namespace {
 
 constexpr float pi = 3.14159265F;
 
-/// Half a wave or more along an edge. Products of these are smooth fields, and quick to make.
+/// A sine along an edge. Products of these are smooth fields and cheap to compute.
 std::vector<float> wave(std::uint32_t points, float halfWaves, float phase) {
     std::vector<float> values(points);
     for (std::uint32_t i = 0; i < points; ++i) {
@@ -22,7 +22,7 @@ std::vector<float> wave(std::uint32_t points, float halfWaves, float phase) {
     return values;
 }
 
-/// Calls `visit(i, j, k)` for each node of a cube.
+/// Calls `visit(i, j, k)` for each node of a cubic grid.
 template <class Visit>
 void forEachNode(std::uint32_t edge, const Visit& visit) {
     for (std::uint32_t k = 0; k < edge; ++k) {
@@ -61,7 +61,7 @@ void fillConnectivity(std::uint32_t edge, std::uint32_t* values) {
     });
 }
 
-/// A result at the nodes; each component has another shape, and the amplitude grows with time.
+/// A result at the nodes. Each component has a different shape; the amplitude grows with time.
 void fillResult(const Dataset& dataset, float* values) {
     struct Component {
         std::vector<float> x, y, z;
@@ -95,7 +95,7 @@ void fillTemperature(const Dataset& dataset, float* values) {
     }
 }
 
-/// Probes that report quarter degrees, of which few change from step to step.
+/// Probes that report in steps of 0.25; few of them change from step to step.
 void fillProbes(const Dataset& dataset, float* values) {
     const float time = static_cast<float>(dataset.moment) * 3e-4F;
     for (std::uint32_t i = 0; i < dataset.rows; ++i) {
@@ -151,7 +151,7 @@ void Dataset::fill(void* values) const {
     }
 }
 
-std::uint64_t Work::sizeInBytes() const {
+std::uint64_t Workload::sizeInBytes() const {
     std::uint64_t size = 0;
     for (const Dataset& dataset : datasets) {
         size += dataset.sizeInBytes();
@@ -159,7 +159,7 @@ std::uint64_t Work::sizeInBytes() const {
     return size;
 }
 
-Work workNamed(const std::string& name) {
+Workload workloadNamed(const std::string& name) {
     constexpr std::uint32_t gibibyteOfValues = 1U << 28;
     constexpr std::uint32_t fiftyMebibytesOfValues = 50U << 18;
     if (name == "bulk-150") {
@@ -181,7 +181,7 @@ Work workNamed(const std::string& name) {
         return {name, "2 GiB in arrays of 50 MiB, one in memory at a time",
                 steps(Kind::Temperature, fiftyMebibytesOfValues, 41), false};
     }
-    throw std::runtime_error("no work '" + name + "'");
+    throw std::runtime_error("no workload '" + name + "'");
 }
 
 } // namespace Bench
