@@ -240,12 +240,12 @@ int main(int argc, char** argv) {
     try {
         compareAll(argc, argv);
         return EXIT_SUCCESS;
-    } catch (const std::exception& failure) {
+    } catch (const std::exception& error) {
         std::fprintf(stderr,
                      "compare: %s\n"
                      "usage: compare [--workload NAME] [--rounds N] [--libdeflate WRITE_LIBRARY]\n"
                      "               [--folder FOLDER] [--figures FILE]\n",
-                     failure.what());
+                     error.what());
         return EXIT_FAILURE;
     }
 }

@@ -74,8 +74,8 @@ int writerMain(int argc, char** argv) {
     try {
         writeWorkload<Writer>(workloadNamed(argv[1]), argv[2], argc > 3 ? argv[3] : "");
         return EXIT_SUCCESS;
-    } catch (const std::exception& failure) {
-        std::fprintf(stderr, "%s: %s\n", argv[0], failure.what());
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s: %s\n", argv[0], error.what());
         return EXIT_FAILURE;
     }
 }

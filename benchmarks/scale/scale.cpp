@@ -142,12 +142,12 @@ int main(int argc, char** argv) {
     try {
         scaleAll(parse(argc, argv));
         return EXIT_SUCCESS;
-    } catch (const std::exception& failure) {
+    } catch (const std::exception& error) {
         std::fprintf(
             stderr,
             "scale: %s\n"
             "usage: scale [--workload TITLE] [--rounds N] [--folder FOLDER] [--figures FILE]\n",
-            failure.what());
+            error.what());
         return EXIT_FAILURE;
     }
 }

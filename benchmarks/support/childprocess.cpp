@@ -61,8 +61,8 @@ std::string outputOfCopy(const std::function<std::string()>& action) {
             std::fputs(action().c_str(), stdout);
             std::fflush(stdout);
             _exit(0);
-        } catch (const std::exception& failure) {
-            std::fprintf(stderr, "%s\n", failure.what());
+        } catch (const std::exception& error) {
+            std::fprintf(stderr, "%s\n", error.what());
         }
     };
     return outputOfChild(report, "the measurement");
