@@ -1,4 +1,4 @@
-"""What becomes of NumPy arrays of all kinds."""
+"""NumPy arrays of all types and memory layouts, as written to the file."""
 
 import mekapi2
 import mekfile
@@ -12,7 +12,7 @@ NAN_BITS = np.array([0x7FC00001, 0xFF800000, 0x80000000, 0x00000001], np.uint32)
 
 @pytest.fixture
 def write(tmp_path):
-    """Writes arrays as results and gives back what VTK gets of each."""
+    """Writes arrays as results and returns each as exported to VTK."""
 
     def write_and_read(arrays, **options):
         path = tmp_path / "arrays.mek"
@@ -31,14 +31,14 @@ def write(tmp_path):
 
 
 def check(written, expected, dtype):
-    """The same bits, also of -0 and of what is no number."""
+    """The bits are equal, also those of -0 and NaN."""
     assert written.dtype == dtype
     expected = np.ascontiguousarray(expected, dtype).view(np.uint32)
     written = np.ascontiguousarray(written).view(np.uint32)
     np.testing.assert_array_equal(written.reshape(expected.shape), expected)
 
 
-def test_keeps_values_in_every_layout_of_memory(write):
+def test_keeps_values_in_every_memory_layout(write):
     unaligned = np.frombuffer(b"\0" + TABLE.tobytes(), np.uint8)[1:].view(np.float32).reshape(8, 3)
     wide = np.arange(96, dtype=np.float64).reshape(8, 12)
     layouts = [
@@ -50,7 +50,7 @@ def test_keeps_values_in_every_layout_of_memory(write):
         check(written, layout, np.float32)
 
 
-def test_takes_every_number_that_is_kept_exactly(write):
+def test_accepts_every_number_that_is_kept_exactly(write):
     floats = [np.nan, np.inf, -np.inf, -0.0, 2.0**-149, 3.4028234663852886e38, 0.5, -16777216]
     cases = [
         (np.array(floats), np.float32, floats),
@@ -80,7 +80,7 @@ INEXACT = [
 ]
 
 
-def test_refuses_what_it_cannot_keep_unless_asked(write):
+def test_rejects_inexact_values_unless_lossy(write):
     for array, index, _ in INEXACT:
         with pytest.raises(mekapi2.InexactConversion, match="lossy=True") as caught:
             write([array])
@@ -89,7 +89,7 @@ def test_refuses_what_it_cannot_keep_unless_asked(write):
         check(written, rounded, np.float32)
 
 
-def test_refuses_what_is_no_column_or_table_of_numbers(tmp_path):
+def test_rejects_arrays_of_other_types_and_shapes(tmp_path):
     masked = np.ma.masked_array([1, 2], [False, True])
     cases = [
         ("ResultA1", 1, ValueError), ("ResultA1", np.zeros((2, 2, 1)), ValueError),
@@ -102,8 +102,8 @@ def test_refuses_what_is_no_column_or_table_of_numbers(tmp_path):
     with Model.create(tmp_path / "x.mek") as model:
         model.add_node("RootGroup", "r")
         shape = model.add_node("Shape", "s")
-        for kind, array, failure in cases:
-            with pytest.raises(failure):
+        for kind, array, exception in cases:
+            with pytest.raises(exception):
                 model.add_array(kind, array, shape, name="x")
         model.add_array("ResultA1", masked[:1], shape, name="no value masked")
         model.add_array("Coordinates", [], shape)

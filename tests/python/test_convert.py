@@ -1,4 +1,4 @@
-"""Mesh files of many formats, written by meshio, converted, and handed back by mekinfo as VTU."""
+"""Converts mesh files that meshio wrote, and reads the VTU files that mekinfo exports."""
 
 import contextlib
 import json
@@ -23,15 +23,15 @@ CELLS = [
     ("wedge", [[1, 2, 5, 10, 11, 14], [1, 5, 4, 10, 14, 13]]),
     ("tetra", [[4, 5, 7, 13]]),
 ]
-# of kinds of cells: the names of shapes, which tell how many nodes an element has
+# by cell type: the name of the shape, which ends in the number of nodes of an element
 NAMES = {
     "vertex": "VERTEX1", "line": "BE2", "line3": "BE3", "triangle": "TR3", "triangle6": "TR6",
     "quad": "QU4", "quad8": "QU8", "quad9": "QU9", "polygon": "PG5", "tetra": "TE4",
     "tetra10": "TE10", "pyramid": "PY5", "wedge": "PE6", "wedge15": "PE15", "hexahedron": "HE8",
     "hexahedron20": "HE20", "hexahedron27": "HE27",
 }
-# VTK's wedges are seen from the other side; meshio turns the linear ones itself.
-TURNED_WEDGE = [0, 2, 1, 3, 5, 4, 8, 7, 6, 11, 10, 9, 12, 14, 13]
+# VTK orders the nodes of a wedge's first face the other way round; meshio reorders linear wedges.
+REVERSED_WEDGE = [0, 2, 1, 3, 5, 4, 8, 7, 6, 11, 10, 9, 12, 14, 13]
 
 
 def random(*shape):
@@ -58,7 +58,7 @@ def check_bits(written, expected, name=""):
 
 
 def check(parts, given):
-    """All of a mesh is in the parts: one for each cell block, and one for unused nodes."""
+    """The parts are those of the mesh: one for each cell block, and one for unused nodes."""
     count = len(given.points)
     ids = given.point_data.pop("GlobalNodeId", np.arange(1, count + 1))
     sets = {f"Set {name}": np.isin(range(count), of) for name, of in given.point_sets.items()}
@@ -97,7 +97,7 @@ FORMATS = [
 
 
 @pytest.mark.parametrize("name, file_format, point_widths, has_cell_data", FORMATS)
-def test_keeps_what_meshio_reads(tmp_path, name, file_format, point_widths, has_cell_data):
+def test_converts_each_format(tmp_path, name, file_format, point_widths, has_cell_data):
     given = mesh(point_widths, cell_fields() if has_cell_data else None)
     meshio.write(tmp_path / name, given, file_format=file_format)
 
@@ -120,22 +120,22 @@ def test_names_and_orders_all_element_types(tmp_path):
         blocks.append((kind, [RANDOM.permutation(len(points))[:count] for _ in range(2)]))
     blocks.append(("quad", [[3, 2, 1, 0]]))
     meshio.write(tmp_path / "all.vtu", meshio.Mesh(points, blocks))
-    of_decks = ("wedge15", "hexahedron20")
-    deck = meshio.Mesh(points, [block for block in blocks if block[0] in of_decks])
+    deck_types = ("wedge15", "hexahedron20")
+    deck = meshio.Mesh(points, [block for block in blocks if block[0] in deck_types])
     meshio.write(tmp_path / "deck.inp", deck)
 
-    convert(tmp_path / "all.vtu")
-    convert(tmp_path / "deck.inp")
+    for name in ("all.vtu", "deck.inp"):  # in a process in which mekfile has not extended meshio
+        subprocess.run([sys.executable, "-m", "mekapi2.convert", tmp_path / name], check=True)
 
     found = mekfile.exported(tmp_path / "all.mek")
     check(found, meshio.Mesh(points, blocks))
     names = [f"all/Mesh/{name}" for name in (*NAMES.values(), "QU4 (2)")]
     assert [part.name for part in found[: len(names)]] == names
-    deck.cells[0].data = deck.cells[0].data[:, TURNED_WEDGE]
+    deck.cells[0].data = deck.cells[0].data[:, REVERSED_WEDGE]
     check(mekfile.exported(tmp_path / "deck.mek"), deck)
 
 
-def test_splits_other_widths_and_keeps_names_apart(tmp_path):
+def test_splits_other_widths_and_makes_names_unique(tmp_path):
     given = mesh({"pair": 2, "nine": 9, "same": 1, "Coordinates": 1})
     data = given.point_data
     data["holes"] = np.where(data["same"] > 0.5, np.nan, -np.inf)
@@ -155,7 +155,7 @@ def test_splits_other_widths_and_keeps_names_apart(tmp_path):
     assert '"same (2)" type 17' in tree and "GlobalNodeId" not in tree
 
 
-def test_groups_sets_and_field_data(tmp_path):
+def test_converts_groups_sets_and_field_data(tmp_path):
     tags = [np.full(2, 7), np.array([7, 9]), np.full(1, 9)]
     written = mesh({}, {"gmsh:physical": tags, "gmsh:geometrical": tags})
     written.field_data = {"steel": np.array([7, 3]), "skin": np.array([7, 2])}
@@ -269,7 +269,7 @@ def test_time_series_become_steps(tmp_path, write):
         assert f'"Number" = {number + 1}\n' in tree
 
 
-def test_parts_of_a_collection_are_groups(tmp_path):
+def test_parts_of_a_collection_become_groups(tmp_path):
     values = random(2, len(POINTS))
     text = '<DataSet timestep="{0}" name="Rotor {1}" file="{1}.vtu"/>'
 
@@ -282,7 +282,7 @@ def test_parts_of_a_collection_are_groups(tmp_path):
     check([*found[3:6], found[7]], meshio.Mesh(POINTS, CELLS, {"T": values[1]}))
 
 
-def test_refuses_bad_input_and_leaves_no_output(tmp_path, capsys):
+def test_invalid_input_is_an_error_without_output(tmp_path, capsys):
     write_pvd(tmp_path, RANDOM.random((2, len(POINTS))), ONES)
     meshio.write(tmp_path / "1.vtu", meshio.Mesh(POINTS + 1, CELLS))
     meshio.write(tmp_path / "2.vtu", meshio.Mesh(POINTS, CELLS))
@@ -292,9 +292,9 @@ def test_refuses_bad_input_and_leaves_no_output(tmp_path, capsys):
     (tmp_path / "lost.pvd").write_text('<V><C><DataSet file="none.vtu"/></C></V>')
     (tmp_path / "far.obj").write_text("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 9\n")
     cases = {
-        "none.vtu": "no such file", "cut.vtu": "not read as vtu", "cut.xdmf": "not read as xdmf",
-        "x.unknown": "no format has the suffix '.unknown'", "lost.pvd": "none.vtu",
-        "t.pvd": "1.vtu: the mesh is not that of", "far.obj": "has the node 8",
+        "none.vtu": "no such file", "cut.vtu": "read as vtu", "cut.xdmf": "cannot read as xdmf",
+        "x.unknown": "unknown suffix '.unknown'", "lost.pvd": "none.vtu",
+        "t.pvd": "1.vtu: the mesh differs from", "far.obj": "node 8, but the nodes are 0 to 2",
     }
     for name, message in cases.items():
         assert main([str(tmp_path / name), str(tmp_path / "out.mek")]) == 1
@@ -303,32 +303,32 @@ def test_refuses_bad_input_and_leaves_no_output(tmp_path, capsys):
         assert not list(tmp_path.glob("*.mek*"))
 
 
-def test_leaves_alone_what_is_not_its_own(tmp_path, capsys):
-    good, kept, pipe = (tmp_path / name for name in ("good.vtu", "kept.mek", "pipe"))
-    meshio.write(good, mesh({"T": 1}))
-    content = good.read_bytes()
+def test_does_not_change_other_files(tmp_path, capsys):
+    valid, kept, pipe = (tmp_path / name for name in ("valid.vtu", "kept.mek", "pipe"))
+    meshio.write(valid, mesh({"T": 1}))
+    content = valid.read_bytes()
     kept.write_bytes(b"kept")
     os.mkfifo(pipe)
     for output, options, message in [
         (kept, [], "kept.mek exists; use --overwrite to replace it"),
-        (kept, ["--overwrite", "--format", "stl"], "not read as stl"),
-        (good, ["--overwrite"], "input and output are the same file"),
+        (kept, ["--overwrite", "--format", "stl"], "cannot read as stl"),
+        (valid, ["--overwrite"], "input and output are the same file"),
         (pipe, ["--overwrite"], "pipe is not a regular file"),
         (tmp_path / "none" / "x.mek", [], 'Unable to open file "'),
     ]:
-        assert main([str(good), str(output), *options]) == 1
+        assert main([str(valid), str(output), *options]) == 1
         assert message in capsys.readouterr().err
-    assert (kept.read_bytes(), good.read_bytes()) == (b"kept", content) and pipe.is_fifo()
-    assert main([str(good), str(kept), "--overwrite"]) == 0 and kept.read_bytes() != b"kept"
-    assert sorted(path.name for path in tmp_path.iterdir()) == ["good.vtu", "kept.mek", "pipe"]
+    assert (kept.read_bytes(), valid.read_bytes()) == (b"kept", content) and pipe.is_fifo()
+    assert main([str(valid), str(kept), "--overwrite"]) == 0 and kept.read_bytes() != b"kept"
+    assert sorted(path.name for path in tmp_path.iterdir()) == ["kept.mek", "pipe", "valid.vtu"]
 
 
 def test_command_prints_a_summary_and_progress_on_a_terminal(tmp_path):
     path = write_series(tmp_path, np.ones((3, 18)), ONES)
     command = [sys.executable, "-m", "mekapi2.convert", path, "--overwrite"]
-    terminal, side = os.openpty()
-    run = subprocess.run(command, stdout=subprocess.PIPE, stderr=side, text=True)
-    os.close(side)
+    terminal, stderr = os.openpty()
+    run = subprocess.run(command, stdout=subprocess.PIPE, stderr=stderr, text=True)
+    os.close(stderr)
     sizes = [sum(file.stat().st_size for file in tmp_path.glob(f"*.{kind}"))
              for kind in ("[sv]*", "mek")]  # fmt: skip
     assert run.stdout == (

@@ -1,4 +1,4 @@
-"""The examples write what those in C++ write, and run from an installed prefix as well."""
+"""The examples write the same files as those in C++, and run from an installed prefix."""
 
 import os
 import re
@@ -11,14 +11,14 @@ import pytest
 
 EXAMPLES = Path(__file__).parents[2] / "examples" / "python"
 BUILD = Path(os.environ["BUILD_DIR"])
-FAILURES = (
+ERRORS = (
     '2 "Unable to open file .*takes the shape.*14 "Key not found".*no exact 32-bit value.*'
     'the end: went well.*17 "File not open.".*5 "File exists."'
 )
 
 
 def rounded(path):
-    """The tree, with 0 for numbers that are not 0 only by the precision of a sine."""
+    """The tree, with 0 for tiny numbers, which depend on the precision of the sine."""
     return re.sub(r"-?[\d.]+e-\d+", "0", mekfile.tree(path))
 
 
@@ -27,7 +27,7 @@ def test_example(tmp_path, example):
     command = [sys.executable, EXAMPLES / f"{example}.py", tmp_path / "python.mek"]
     run = subprocess.run(command, capture_output=True, text=True)
     assert (run.returncode, run.stderr) == (0, "")
-    assert re.search(FAILURES if example == "handling_failures" else "^$", run.stdout, re.DOTALL)
+    assert re.search(ERRORS if example == "handling_failures" else "^$", run.stdout, re.DOTALL)
     subprocess.run([BUILD / "bin" / example, tmp_path / "c.mek"], check=True, capture_output=True)
     assert rounded(tmp_path / "python.mek") == rounded(tmp_path / "c.mek")
 

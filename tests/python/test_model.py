@@ -1,4 +1,4 @@
-"""The operations of Model, as far as the examples leave them open, and its failures."""
+"""The methods of Model that the examples do not cover, and its errors."""
 
 import gc
 import os
@@ -30,6 +30,7 @@ transparency 1  shininess 0.2  flag off
 "Time" = 1f
 [1] "R\x1Es2" type 12: link to [0] of node 4, vibration
 6 Geometry "other"
+[2] "L" type 12: 1 x 1 float, 2.5 to 2.5
 [0] "R\x1Es1" type 12: link to [0] of node 4, vibration"""
 
 
@@ -44,7 +45,7 @@ def model(path):
         yield model
 
 
-def test_takes_all_forms_of_names_paths_and_values(path):
+def test_accepts_all_forms_of_names_paths_and_values(path):
     attributes = {"text": "Zähler", "word": 4294967295, "float": 0.1, "true": True}
     with Model.create(path, tool_name="solver", tool_version="7") as model:
         assert model.add_node("FlaggedRootGroup", "plate", attributes) == 1
@@ -56,12 +57,14 @@ def test_takes_all_forms_of_names_paths_and_values(path):
         assert model.get_node_id(["plate", "part", "surface", "surface"]) == 4
         assert model.get_node_id("|plate|none", "|") == 0
         model.set_node_data(2, {"Scale": (1, 2, 4), PropertyType.Rotation: np.eye(4)[0]}, {"a": 1})
-        look = {"diffuse_color": [0.5, 0.25, 0], "Transparency": 1, "MaterialFlag": False}
-        model.set_node_data(4, look)
+        material = {"diffuse_color": [0.5, 0.25, 0], "Transparency": 1, "MaterialFlag": False}
+        model.set_node_data(4, material)
         steps = ["s1", Step("s2", {"Time": 2.0})]
         more = {"Category": "Vibration", "Time": 1.0}
         ids = np.array([4, 6])
         model.add_array("ResultA1", [1.5], ids, name="R", steps=steps, attributes=more)
+        model.add_array("ResultA1", [1.5], ids, name="L")
+        model.add_array("ResultA1", [2.5], 6, name="L")  # the link becomes an owner
         model.add_array("coordinates", np.eye(3), 4)
         model.add_array("ResultA1", [1.5], ids, name="unattached", steps=[])
 
@@ -70,7 +73,7 @@ def test_takes_all_forms_of_names_paths_and_values(path):
     assert set(TREE.split("\n")) - {line.strip() for line in tree.split("\n")} == set()
 
 
-def test_dataset_types_have_their_numbers_and_widths(path):
+def test_dataset_types_have_their_variable_types_and_widths(path):
     variable_types = [4, 5, 6, 9, 9, 9, 4, 5, 6, 1, *range(12, 29), 12, 16, 13, 14]
     with Model.create(path) as model:
         shapes = model.add_assembly_components([f"/r/{int(kind)}" for kind in DatasetType])
@@ -83,7 +86,7 @@ def test_dataset_types_have_their_numbers_and_widths(path):
     ]
 
 
-def test_components_come_as_they_were_given(model):
+def test_assembly_ids_have_the_order_of_the_paths(model):
     assert model.add_assembly_components([]) == []
     assert model.add_assembly_components(["/r/z", "/r/g/", "", "/r"]) == [3, 4, 0, 1]
     by_path = model.add_assembly_components({":r:z": None, ":r:g:": {"a": 1}, ":r:b": {}}, ":")
@@ -92,7 +95,7 @@ def test_components_come_as_they_were_given(model):
         model.add_assembly_components("/r/z")
 
 
-FAILURES = [
+ERRORS = [
     ("InvalidArguments", ValueError, 3, "Invalid node type", lambda m: m.add_node("RootGroup", "")),
     ("InvalidArguments", ValueError, 3, "invalid array size",
      lambda m: m.set_node_data(1, {"Scale": [1, 2]})),
@@ -105,9 +108,9 @@ FAILURES = [
 ]
 
 
-def test_failures_are_exceptions_with_code_and_location(model):
+def test_errors_have_code_and_location(model):
     model.add_node("RootGroup", "r")
-    for name, built_in, code, message, fail in FAILURES:
+    for name, built_in, code, message, fail in ERRORS:
         with pytest.raises(built_in) as caught:
             fail(model)
         error = caught.value
@@ -117,22 +120,22 @@ def test_failures_are_exceptions_with_code_and_location(model):
         assert error.location.file.startswith("tyr/")
 
 
-def test_failures_to_create_a_file_name_it(model, path):
+def test_errors_of_create_have_the_path(model, path):
     missing = os.fsencode(path / "folder" / "x.mek")
-    for file, failure, message, code in [
+    for file, exception, message, code in [
         (path, FileExistsError, "File exists.", 5), (missing, OSError, "Unable to open file", 2),
     ]:
-        with pytest.raises(failure, match=message) as caught:
+        with pytest.raises(exception, match=message) as caught:
             Model.create(file)
         assert (caught.value.code, caught.value.filename) == (code, os.fspath(file))
-    for wrong in ("", "a\0b"):
+    for invalid in ("", "a\0b"):
         with pytest.raises(ValueError):
-            Model.create(wrong, overwrite=True)
+            Model.create(invalid, overwrite=True)
 
 
-def test_values_that_do_not_fit_are_refused_by_name(model):
-    wrong = [-1, 2**32, "x" * 257, "ä" * 129, "a\0b", 1e39, [1], None, 1j]
-    for value in wrong:
+def test_errors_of_invalid_values_have_the_key(model):
+    invalid = [-1, 2**32, "x" * 257, "ä" * 129, "a\0b", 1e39, [1], None, 1j]
+    for value in invalid:
         with pytest.raises((ValueError, TypeError), match="'key'"):
             model.add_node("RootGroup", "r", {"key": value})
     model.add_node("RootGroup", "r", {"longest": "ä" * 128, "infinity": float("inf")})
@@ -146,7 +149,7 @@ def test_values_that_do_not_fit_are_refused_by_name(model):
         model.set_current_node(-1)
 
 
-def test_takes_unicode_paths_of_any_kind(tmp_path):
+def test_accepts_unicode_paths_of_all_types(tmp_path):
     path = tmp_path / "Modell – 模型 🙂.mek"
     for form in (str, Path, os.fsencode):
         with Model.create(form(path), overwrite=True) as model:
@@ -154,8 +157,8 @@ def test_takes_unicode_paths_of_any_kind(tmp_path):
         assert f'"{form.__name__}"' in mekfile.tree(path)
 
 
-@pytest.mark.skipif(not os.path.exists("/dev/full"), reason="no device that is always full")
-def test_a_failed_close_is_raised_but_hides_no_exception():
+@pytest.mark.skipif(not os.path.exists("/dev/full"), reason="no /dev/full")
+def test_an_error_of_close_does_not_replace_an_exception():
     with pytest.raises(mekapi2.FileWriteException) as caught:
         with Model.create("/dev/full", overwrite=True) as model:
             model.add_node("RootGroup", "r")
@@ -167,20 +170,20 @@ def test_a_failed_close_is_raised_but_hides_no_exception():
     assert "/dev/full" in divided.value.__notes__[0]
 
 
-def test_a_model_that_fails_or_is_forgotten_is_finished(path):
+def test_the_file_is_complete_after_an_exception_and_without_close(path):
     with pytest.raises(ZeroDivisionError):
         with Model.create(path) as model:
-            model.add_node("RootGroup", "so far")
+            model.add_node("RootGroup", "before")
             1 / 0
-    assert model.closed and "so far" in mekfile.tree(path)
+    assert model.closed and "before" in mekfile.tree(path)
     with pytest.warns(ResourceWarning):
-        Model.create(path, overwrite=True).add_node("RootGroup", "forgotten")
+        Model.create(path, overwrite=True).add_node("RootGroup", "not closed")
         gc.collect()
-    assert "forgotten" in mekfile.tree(path)
+    assert "not closed" in mekfile.tree(path)
 
 
 def test_other_threads_run_while_arrays_are_compressed(path, monkeypatch):
-    """Threads are never made to give way here, so that only a released lock lets another in."""
+    """With this switch interval another thread runs only if the GIL is released."""
     monkeypatch.setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", "1000")
     noise = np.random.default_rng(1).random(1 << 21, np.float32)
     may_run, has_run = threading.Lock(), []

@@ -1,4 +1,4 @@
-"""Annotations are consistent, and the stub of the extension module names what is there."""
+"""The annotations are consistent, and the stub matches the extension module."""
 
 import subprocess
 import sys
@@ -12,7 +12,7 @@ CONFIGURATION = Path(__file__).parents[2] / "python" / "mypy.ini"
 def test_annotations_and_stub(tmp_path, monkeypatch):
     monkeypatch.setenv("MYPYPATH", str(Path(mekapi2.__file__).parents[1]))
     allowed = tmp_path / "allowed"
-    allowed.write_text("mekapi2._core.Model\n")  # whose metaclass has no place in a stub
+    allowed.write_text("mekapi2._core.Model\n")  # its metaclass cannot be described in a stub
     for command in (
         ["mypy", "--config-file", CONFIGURATION, "-p", "mekapi2"],
         ["mypy.stubtest", "--allowlist", allowed, "mekapi2._core"],

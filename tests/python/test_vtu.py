@@ -1,6 +1,6 @@
-"""What mekinfo hands on to VTK: placements, links, times, and values that fit no mesh.
+"""The VTK export of mekinfo: placements, links, times, and arrays that do not fit the mesh.
 
-Bits are confirmed in test_arrays.py, all types of elements and unused nodes in test_convert.py.
+test_arrays.py checks bits, test_convert.py all element types and unused nodes.
 """
 
 import mekfile
@@ -19,21 +19,21 @@ def write(path):
         model.set_node_data(1, {"Translation": [10, 0, 0]})
         shapes = [model.add_node("Shape", "HE8")]
         model.set_current_node(1)
-        turn = {"Rotation": [0, 0, 2, np.float32(np.pi / 2)], "Scale": [2, 1, 1]}  # axis too long
+        turn = {"Rotation": [0, 0, 2, np.float32(np.pi / 2)], "Scale": [2, 1, 1]}  # axis not unit
         model.set_node_data(model.add_node("Group", "placed"), {**turn, "Translation": [0, 100, 0]})
         shapes.append(model.add_node("Shape", "TE4"))
         for shape, nodes in zip(shapes, ROWS.values()):
             model.set_node_data(shape, {"DiffuseColor": [0.25, 0.5, 0.75]})
-            model.add_array("Connectivity2", nodes, shape)  # the name tells how many an element has
+            model.add_array("Connectivity2", nodes, shape)  # the name has the nodes per element
         model.add_array("Coordinates", POINTS, shapes)
-        for time in (0.5, 0.1):  # to be told by time, not by order
+        for time in (0.5, 0.1):  # the export sorts by time
             step = Step(f"Step t={time}", {"Time": np.float32(time)})
             model.add_array("Displacement3", POINTS + time, shapes, steps=step, lossy=True)
             model.add_array("ResultB1", [time], shapes, name="E\x01<", steps=step, lossy=True)
             model.add_array("ResultA1", [time] * 2, shapes[0], name="LOST", steps=step, lossy=True)
 
 
-def test_shapes_and_results_reach_vtk(tmp_path, capfd):
+def test_exports_shapes_and_results(tmp_path, capfd):
     write(tmp_path / "sample.mek")
     meshes = mekfile.exported(tmp_path / "sample.mek")
     assert capfd.readouterr().err == (
@@ -43,7 +43,7 @@ def test_shapes_and_results_reach_vtk(tmp_path, capfd):
     for mesh, time in zip(meshes, [0.1, 0.1, 0.5, 0.5]):
         rows = ROWS[mesh.name[-3:]]
         points, displacement = POINTS[rows] + [10, 0, 0], POINTS[rows] + time
-        if mesh.name.endswith("TE4"):  # turned by a quarter and scaled; displacements do not move
+        if mesh.name.endswith("TE4"):  # turned and scaled; displacements are not translated
             points = [[10, 100, 0], [10, 102, 0], [9, 100, 0], [10, 100, 1]]
             displacement = displacement[:, [1, 0, 2]] * [-1, 2, 1]
         else:

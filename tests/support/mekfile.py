@@ -1,4 +1,4 @@
-"""Containers as mekinfo shows them, and as it hands them on to VTK."""
+"""Reads files as mekinfo shows them and as it exports them to VTK."""
 
 import os
 import subprocess
@@ -6,8 +6,16 @@ from xml.etree import ElementTree
 
 import meshio
 
-# meshio 7.0 knows how many nodes this cell has, but not its dimension.
-meshio._mesh.topological_dimension.setdefault("wedge15", 3)
+_create = meshio.CellBlock.__init__
+
+
+def _create_any(block, cell_type, *arguments):
+    """meshio 7.0 does not know the dimension of wedge15: create it as a linear wedge."""
+    _create(block, "wedge" if cell_type == "wedge15" else cell_type, *arguments)
+    block.type = cell_type
+
+
+meshio.CellBlock.__init__ = _create_any
 
 
 def _mekinfo(*arguments):
@@ -16,7 +24,7 @@ def _mekinfo(*arguments):
 
 
 def shown(path):
-    """Head, blocks and tree as texts, once mekinfo has checked every rule of the format."""
+    """Return head, blocks and tree as strings; mekinfo checks all rules of the format first."""
     _mekinfo("--check", path)
     return _mekinfo(path).split("\n\n")
 
@@ -26,7 +34,7 @@ def tree(path):
 
 
 def meshes(collection):
-    """What a .pvd file names: meshes, each with its step and its path in the tree as name."""
+    """Return the meshes that a .pvd file lists, each with its step, its time and its path."""
     read = []
     for entry in ElementTree.parse(collection).iter("DataSet"):
         read.append(meshio.read(collection.parent / entry.get("file")))

@@ -1,10 +1,9 @@
-"""The command ``python -m mekapi2.convert``."""
+"""The command ``python3 -m mekapi2.convert``."""
 
 from __future__ import annotations
 
 import argparse
 import sys
-from collections.abc import Callable
 from typing import Optional
 
 from rich.console import Console
@@ -18,40 +17,36 @@ _program = "mekapi2.convert"
 
 def _parse(arguments: Optional[list[str]]) -> argparse.Namespace:
     parser = argparse.ArgumentParser(
-        prog=f"python -m {_program}",
-        description="Convert a mesh file of any format that meshio reads.",
+        prog=f"python3 -m {_program}",
+        description="Convert a mesh file of any format that meshio reads to a .mek file.",
     )
-    parser.add_argument("input", metavar="INPUT")
-    parser.add_argument("output", metavar="OUTPUT.mek", nargs="?", help="default: INPUT with .mek")
-    parser.add_argument("--overwrite", action="store_true", help="replace an output that exists")
-    parser.add_argument("--format", metavar="NAME", help="meshio's name of the input's format")
+    parser.add_argument("input", metavar="INPUT", help="mesh file, time series or collection")
+    parser.add_argument(
+        "output", metavar="OUTPUT.mek", nargs="?", help="default: INPUT with the suffix .mek"
+    )
+    parser.add_argument("--overwrite", action="store_true", help="replace an existing output")
+    parser.add_argument(
+        "--format", metavar="NAME", help="input format by meshio's name (default: by suffix)"
+    )
     return parser.parse_args(arguments)
 
 
 def _convert(arguments: argparse.Namespace) -> Summary:
+    """Convert, with a progress bar on standard error if that is a terminal."""
+    options = {"overwrite": arguments.overwrite, "file_format": arguments.format}
     console = Console(stderr=True)
     if not console.is_terminal:
-        return _job(arguments, None)
+        return convert(arguments.input, arguments.output, **options)
     with Progress(console=console, transient=True) as bar:
         task = bar.add_task("converting", total=None)
-        return _job(
-            arguments, lambda done, total: bar.update(task, completed=done, total=total)
-        )
+
+        def update(done: int, total: int) -> None:
+            bar.update(task, completed=done, total=total)
+
+        return convert(arguments.input, arguments.output, progress=update, **options)
 
 
-def _job(
-    arguments: argparse.Namespace, progress: Optional[Callable[[int, int], None]]
-) -> Summary:
-    return convert(
-        arguments.input,
-        arguments.output,
-        overwrite=arguments.overwrite,
-        file_format=arguments.format,
-        progress=progress,
-    )
-
-
-def _tell(summary: Summary) -> None:
+def _print_summary(summary: Summary) -> None:
     counts = summary.counts
     for warning in dict.fromkeys(counts.warnings):
         print(f"{_program}: warning: {warning}", file=sys.stderr)
@@ -64,12 +59,29 @@ def _tell(summary: Summary) -> None:
 
 
 def main(arguments: Optional[list[str]] = None) -> int:
+    """Run the command.
+
+    Parameters
+    ----------
+    arguments : list of str, optional
+        By default those of the process.
+
+    Returns
+    -------
+    int
+        Exit code: 0, 1 after an error, which is printed, or 130 after an interrupt.
+
+    Raises
+    ------
+    SystemExit
+        With 2 for invalid arguments, with 0 after ``--help``.
+    """
     parsed = _parse(arguments)
     try:
-        _tell(_convert(parsed))
+        _print_summary(_convert(parsed))
     except (ConversionError, Error, OSError, MemoryError) as error:
-        about = getattr(error, "filename", None) or parsed.input
-        print(f"{_program}: {about}: {error or type(error).__name__}", file=sys.stderr)
+        path = getattr(error, "filename", None) or parsed.input
+        print(f"{_program}: {path}: {error or type(error).__name__}", file=sys.stderr)
         return 1
     except KeyboardInterrupt:
         return 130

@@ -1,16 +1,18 @@
-"""Names and node orders of element types."""
+"""Element types: their names, dimensions and node orders."""
 
 from __future__ import annotations
 
+import contextlib
 import re
+import threading
+from collections.abc import Iterator
 from typing import Any, Optional
 
 import meshio
 import numpy as np
-from meshio._mesh import topological_dimension
 from numpy.typing import NDArray
 
-from ._errors import ConversionError
+from ._source import ConversionError
 
 _families = {
     "line": "BE",
@@ -23,24 +25,66 @@ _families = {
     "polygon": "PG",
 }
 
-# Cells that meshio's readers yield without knowing their dimension, which ends in a KeyError.
-for _kind in ("quad5", "triangle7"):
-    topological_dimension.setdefault(_kind, 2)
-for _kind in ("hexahedron9", "pyramid13", "tetra4", "tetra8", "tetra14", "wedge15"):
-    topological_dimension.setdefault(_kind, 3)
-
-# The midside nodes of these go around the bottom, up the sides and around the top; meshio has the
-# top before the sides.
+# Positions in meshio's node order. meshio lists the midside nodes of the bottom, the top and the
+# sides; the file lists those of the bottom, the sides and the top.
 _orders = {
     "HE20": [*range(12), *range(16, 20), *range(12, 16)],
     "PE15": [*range(9), *range(12, 15), *range(9, 12)],
 }
 
+# By cell type whose dimension meshio does not know: a type of the same dimension.
+_known_types = {
+    "quad5": "quad",
+    "triangle7": "triangle",
+    "hexahedron9": "hexahedron",
+    "pyramid13": "pyramid",
+    "tetra4": "tetra",
+    "tetra8": "tetra",
+    "tetra14": "tetra",
+    "wedge15": "wedge",
+}
+
+_reading = threading.RLock()
+
+
+@contextlib.contextmanager
+def all_cell_types() -> Iterator[None]:
+    """Let meshio create cell blocks of all types that its readers return.
+
+    meshio has readers for cell types whose dimension it does not know; creating a block of such a
+    type raises `KeyError`. Within this context the block is created with a known type of the same
+    dimension, and its type is set afterwards. One thread at a time can enter.
+    """
+    with _reading:
+        create = meshio.CellBlock.__init__
+
+        def create_any(
+            block: meshio.CellBlock, cell_type: str, data: Any, tags: Optional[list[str]] = None
+        ) -> None:
+            create(block, _known_types.get(cell_type, cell_type), data, tags)
+            block.type = cell_type
+
+        meshio.CellBlock.__init__ = create_any
+        try:
+            yield
+        finally:
+            meshio.CellBlock.__init__ = create
+
 
 def shape_name(block: meshio.CellBlock) -> str:
-    """``HE8`` for a hexahedron of eight nodes, and so on for all types."""
+    """Return the name of the shape of a cell block: the element type and its number of nodes.
+
+    Raises
+    ------
+    ConversionError
+        The cells are polyhedra.
+
+    Examples
+    --------
+    ``HE8`` for ``hexahedron``, ``TE10`` for ``tetra10``, ``VERTEX1`` for ``vertex``.
+    """
     if block.type.startswith("polyhedron"):
-        raise ConversionError(f"cells of type {block.type} have faces, which cannot be kept")
+        raise ConversionError(f"cells of type {block.type} are not supported: faces are not stored")
     match = re.match(r"[a-z]+", block.type)
     family = _families.get(match.group() if match else "")
     if family is None:
@@ -48,18 +92,35 @@ def shape_name(block: meshio.CellBlock) -> str:
     return f"{family}{block.data.shape[1]}"
 
 
-def index_of_dimension(block: meshio.CellBlock) -> int:
-    """The number behind ``Connectivity`` and ``Polylength``: 0 for beams, 2 for solids."""
+def dataset_index(block: meshio.CellBlock) -> int:
+    """Return N of ``ConnectivityN``: 0 for points and lines, 1 for surfaces, 2 for solids."""
     return max(int(block.dim), 1) - 1
 
 
 def connectivity(block: meshio.CellBlock, point_count: int) -> NDArray[Any]:
-    """Row numbers of the nodes, element after element, in the order of nodes that files have."""
+    """Return the node rows of all cells in the node order of the file.
+
+    Parameters
+    ----------
+    block : meshio.CellBlock
+        ``data`` has the shape (cells, nodes per cell).
+    point_count : int
+
+    Returns
+    -------
+    array, shape (cells * nodes per cell,)
+
+    Raises
+    ------
+    ConversionError
+        A row is negative, or ``point_count`` or more.
+    """
     nodes = block.data
-    if nodes.size > 0 and not (0 <= nodes.min() and nodes.max() < point_count):
+    outside = nodes[(nodes < 0) | (nodes >= point_count)]
+    if outside.size > 0:
         raise ConversionError(
-            f"a cell of type {block.type} has the node {nodes.max()}, but the last is "
-            f"{point_count - 1}"
+            f"a cell of type {block.type} refers to node {outside[0]}, "
+            f"but the nodes are 0 to {point_count - 1}"
         )
     order: Optional[list[int]] = _orders.get(shape_name(block))
     return np.ravel(nodes if order is None else nodes[:, order])

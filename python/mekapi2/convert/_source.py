@@ -1,7 +1,8 @@
-"""What a mesh file holds, whatever its format: meshes, and their results moment by moment."""
+"""The contents of an input file, independent of its format, and errors in it."""
 
 from __future__ import annotations
 
+import contextlib
 from collections.abc import Callable, Iterator
 from dataclasses import dataclass, field
 from pathlib import Path
@@ -11,32 +12,76 @@ import meshio
 from numpy.typing import NDArray
 
 
+class ConversionError(Exception):
+    """The input cannot be read or cannot be represented, or the output must not be replaced."""
+
+
+@contextlib.contextmanager
+def conversion_errors(context: str) -> Iterator[None]:
+    """Convert every exception of a reader to a `ConversionError` that starts with ``context``.
+
+    Readers raise many types of exception for a damaged file. `MemoryError` is not converted.
+    """
+    try:
+        yield
+    except (ConversionError, MemoryError):
+        raise
+    except Exception as error:
+        raise ConversionError(f"{context}: {type(error).__name__}: {error}") from error
+
+
 @dataclass
 class Frame:
-    """The results of one moment."""
+    """The results of a mesh at one time.
+
+    Attributes
+    ----------
+    time : float or None
+        None if the results belong to no step.
+    point_data : dict of str to array, shape (points, ...)
+    cell_data : dict of str to list of array, shape (cells of the block, ...)
+        One array for each cell block.
+    """
 
     time: Optional[float]
-    """None for results that belong to no step."""
     point_data: dict[str, NDArray[Any]]
     cell_data: dict[str, list[NDArray[Any]]]
-    """Per result one array for each cell block."""
 
 
 @dataclass
 class Part:
-    """One mesh that stays the same through all frames."""
+    """A mesh that is the same in all frames.
+
+    Attributes
+    ----------
+    mesh : meshio.Mesh
+    frame_count : int
+    frames : callable
+        Returns an iterator that reads one frame at a time, so that only one is in memory.
+    name : str
+        Empty if the input has a single mesh.
+    """
 
     mesh: meshio.Mesh
     frame_count: int
     frames: Callable[[], Iterator[Frame]]
-    """Reads frame after frame, so that only one is in memory."""
     name: str = ""
-    """Empty for a file of one mesh."""
 
 
 @dataclass
 class Source:
-    """An input file."""
+    """An input file.
+
+    Attributes
+    ----------
+    path : Path
+    format : str
+        meshio's name of the format, or ``pvd`` or ``series``.
+    parts : list of Part
+    byte_count : int
+        Size in bytes, including the files that a collection lists.
+    warnings : list of str
+    """
 
     path: Path
     format: str
@@ -45,7 +90,7 @@ class Source:
     warnings: list[str] = field(default_factory=list)
 
 
-def still(mesh: meshio.Mesh, name: str = "") -> Part:
-    """A mesh with results that belong to no step."""
+def part_without_steps(mesh: meshio.Mesh, name: str = "") -> Part:
+    """Return a part with the results of ``mesh``, which belong to no step."""
     frame = Frame(None, mesh.point_data, mesh.cell_data)
     return Part(mesh, 1, lambda: iter([frame]), name)

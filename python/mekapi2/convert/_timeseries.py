@@ -1,4 +1,4 @@
-"""Time series in files that meshio's general reader takes for one moment."""
+"""Time series in single files, of which `meshio.read` returns one step or none."""
 
 from __future__ import annotations
 
@@ -10,12 +10,11 @@ from xml.etree import ElementTree
 
 import meshio
 import numpy as np
-from meshio.exodus._exodus import categorize
 from meshio.xdmf import TimeSeriesReader
 from numpy.typing import NDArray
 
-from ._errors import told_as_conversion_error
-from ._source import Frame, Part, still
+from ._elements import all_cell_types
+from ._source import Frame, Part, conversion_errors, part_without_steps
 
 _time_in_name = re.compile(r"(?P<name>.*)\[\d+\] - (?P<time>\S+)")
 
@@ -23,41 +22,62 @@ _time_in_name = re.compile(r"(?P<name>.*)\[\d+\] - (?P<time>\S+)")
 
 
 def is_temporal(path: Path) -> bool:
-    with told_as_conversion_error("not read as xdmf"):
+    """Return whether an XDMF file has a temporal collection.
+
+    Raises
+    ------
+    ConversionError
+        The file is not valid XML.
+    """
+    with conversion_errors("cannot read as xdmf"):
         grids = ElementTree.parse(path).getroot().iter("Grid")
         return any(grid.get("CollectionType") == "Temporal" for grid in grids)
 
 
 def xdmf_part(path: Path) -> Part:
-    with told_as_conversion_error("not read as xdmf"), TimeSeriesReader(path) as reader:
-        mesh = meshio.Mesh(*reader.read_points_cells())
+    """Return the mesh of an XDMF file with a temporal collection, and a frame for each step.
+
+    Raises
+    ------
+    ConversionError
+        The mesh cannot be read.
+    """
+    with conversion_errors("cannot read as xdmf"), TimeSeriesReader(path) as reader:
+        mesh = meshio.Mesh(*_points_and_cells(reader))
         return Part(mesh, reader.num_steps, lambda: _xdmf_frames(path))
+
+
+def _points_and_cells(reader: TimeSeriesReader) -> tuple[NDArray[Any], list[meshio.CellBlock]]:
+    with all_cell_types():
+        points, cells = reader.read_points_cells()
+        return points, cells
 
 
 def _xdmf_frames(path: Path) -> Iterator[Frame]:
     with TimeSeriesReader(path) as reader:
-        reader.read_points_cells()
+        _points_and_cells(reader)
         for number in range(reader.num_steps):
-            with told_as_conversion_error(f"step {number + 1}"):
+            with conversion_errors(f"step {number + 1}"):
                 frame = Frame(*reader.read_data(number))
             yield frame
 
 
-# Exodus: meshio reads the mesh and the first step
+# Exodus: `meshio.read` returns the mesh and the first step
 
 
 def exodus_part(path: Path, mesh: meshio.Mesh) -> Part:
+    """Return ``mesh``, read from an Exodus file, with a frame for each step of that file."""
     import netCDF4
 
     with netCDF4.Dataset(path) as data:
         times = data.variables["time_whole"][:] if "time_whole" in data.variables else []
-        if _is_still(times):
-            return still(mesh)
+        if _has_no_steps(times):
+            return part_without_steps(mesh)
         return Part(mesh, len(times), lambda: _exodus_frames(path, mesh))
 
 
-def _is_still(times: Any) -> bool:
-    """Writers of files without steps give a single time of 0."""
+def _has_no_steps(times: Any) -> bool:
+    """Files without steps have no time, or one time of 0."""
     return len(times) == 0 or (len(times) == 1 and times[0] == 0)
 
 
@@ -67,7 +87,7 @@ def _exodus_frames(path: Path, mesh: meshio.Mesh) -> Iterator[Frame]:
     with netCDF4.Dataset(path) as data:
         data.set_auto_mask(False)
         for number, time in enumerate(data.variables["time_whole"][:]):
-            with told_as_conversion_error(f"step {number + 1}"):
+            with conversion_errors(f"step {number + 1}"):
                 points = _exodus_points(data, number)
                 frame = Frame(time, points, _exodus_cells(data, number, mesh))
             yield frame
@@ -76,21 +96,38 @@ def _exodus_frames(path: Path, mesh: meshio.Mesh) -> Iterator[Frame]:
 def _exodus_names(data: Any, key: str) -> list[str]:
     if key not in data.variables:
         return []
-    return [b"".join(text).decode().strip("\0 ") for text in data.variables[key][:]]
+    return [b"".join(name).decode().strip("\0 ") for name in data.variables[key][:]]
 
 
 def _exodus_points(data: Any, number: int) -> dict[str, NDArray[Any]]:
     names = _exodus_names(data, "name_nod_var")
     values = [data.variables[f"vals_nod_var{i + 1}"][number] for i in range(len(names))]
-    single, double, triple = categorize(names)
-    points = {name: values[i] for name, i in single}
-    for name, *columns in [*double, *triple]:
-        points[name] = np.column_stack([values[i] for i in columns])
+    points = {}
+    for name, columns in _vectors(names).items():
+        components = [values[i] for i in columns]
+        points[name] = components[0] if len(columns) == 1 else np.column_stack(components)
     return points
 
 
+def _vectors(names: list[str]) -> dict[str, list[int]]:
+    """Group component arrays as meshio does: ``UX, UY, UZ`` to ``U``, and ``U_R, U_Z`` to ``U``.
+
+    Returns the indices of the components of each result: scalars first, then pairs, then triples.
+    """
+    vectors: dict[str, list[int]] = {}
+    for suffixes in (("_R", "_Z"), ("X", "Y", "Z")):
+        for name in names:
+            stem = name.removesuffix(suffixes[0])
+            columns = [stem + suffix for suffix in suffixes]
+            if stem != name and all(column in names for column in columns):
+                vectors[stem] = [names.index(column) for column in columns]
+    grouped = {index for columns in vectors.values() for index in columns}
+    scalars = {name: [i] for i, name in enumerate(names) if i not in grouped}
+    return {**scalars, **vectors}
+
+
 def _exodus_cells(data: Any, number: int, mesh: meshio.Mesh) -> dict[str, list[NDArray[Any]]]:
-    """A result need not be there for all blocks; where it is not, it is NaN."""
+    """Return the results at cells; NaN for blocks for which the file has no values."""
     cells = {}
     for i, name in enumerate(_exodus_names(data, "name_elem_var")):
         values = [
@@ -103,22 +140,26 @@ def _exodus_cells(data: Any, number: int, mesh: meshio.Mesh) -> dict[str, list[N
     return cells
 
 
-# MED: meshio puts the times into the names of the results
+# MED: `meshio.read` returns all steps, with the times in the names of the results
 
 
 def med_part(mesh: meshio.Mesh) -> Part:
+    """Return ``mesh``, read from a MED file, with a frame for each time.
+
+    The families of the file become point sets and cell sets of ``mesh``.
+    """
     frames: dict[Optional[float], Frame] = {}
 
-    def place(name: str) -> tuple[str, Frame]:
+    def split(name: str) -> tuple[str, Frame]:
         match = _time_in_name.fullmatch(name)
         time = float(match["time"]) if match else None
         return match["name"] if match else name, frames.setdefault(time, Frame(time, {}, {}))
 
     for name, values in mesh.point_data.items():
-        name, frame = place(name)
+        name, frame = split(name)
         frame.point_data[name] = values
     for name, blocks in mesh.cell_data.items():
-        name, frame = place(name)
+        name, frame = split(name)
         frame.cell_data[name] = blocks
     mesh.point_sets.update(_med_point_sets(mesh))
     mesh.cell_sets.update(_med_cell_sets(mesh))

@@ -1,4 +1,4 @@
-"""Writes what a mesh file holds through the library."""
+"""Writes the contents of a mesh file to a model."""
 
 from __future__ import annotations
 
@@ -12,13 +12,18 @@ from numpy.typing import NDArray
 
 from ..errors import InexactConversion
 from ..model import Model, Step
-from ._attributes import attribute, root_attributes
-from ._elements import connectivity, index_of_dimension
-from ._errors import ConversionError
-from ._naming import Names, plain_name, separator
-from ._source import Frame, Part, Source
-from ._tree import paths_of
-from ._values import are_ids, components, in_space, numbers, without_mask
+from ._elements import connectivity, dataset_index
+from ._naming import Names, plain_name, separator, shape_paths
+from ._source import ConversionError, Frame, Part, Source
+from ._values import (
+    are_ids,
+    attribute,
+    components,
+    in_space,
+    numbers,
+    root_attributes,
+    without_mask,
+)
 
 _mesh_names = ("Coordinates", "Connectivity", "Polylength", "Node Ids", "Element IDs")
 _node_id_names = ("Node Ids", "GlobalNodeId")
@@ -29,7 +34,15 @@ Progress = Callable[[int, int], None]
 
 @dataclass
 class Counts:
-    """What was written."""
+    """Numbers of items that were written.
+
+    Attributes
+    ----------
+    nodes, elements, shapes, results, steps : int
+    rounded : int
+        Arrays whose values were rounded to 32-bit floats.
+    warnings : list of str
+    """
 
     nodes: int = 0
     elements: int = 0
@@ -37,15 +50,30 @@ class Counts:
     results: int = 0
     steps: int = 0
     rounded: int = 0
-    """Arrays whose values were rounded to 32-bit floats."""
     warnings: list[str] = field(default_factory=list)
 
 
 def write(model: Model, source: Source, progress: Optional[Progress] = None) -> Counts:
-    """Writes all parts of ``source``, frame after frame."""
+    """Write all parts of ``source``, one frame at a time.
+
+    Parameters
+    ----------
+    model : Model
+        An open model without nodes.
+    source : Source
+    progress : callable, optional
+        Called after each frame with the number of frames written and the total.
+
+    Raises
+    ------
+    ConversionError
+        The input is inconsistent or has no points.
+    Error
+        The library cannot write the file.
+    """
     counts = Counts(warnings=source.warnings)
     if any(np.ndim(part.mesh.points) != 2 for part in source.parts):
-        raise ConversionError("there are no points in it")
+        raise ConversionError("the mesh has no points")
     root = plain_name(source.path.stem)
     model.add_node("RootGroup", root, root_attributes(source, counts.warnings))
     total = sum(part.frame_count for part in source.parts)
@@ -66,13 +94,15 @@ def write(model: Model, source: Source, progress: Optional[Progress] = None) -> 
 
 
 class _PartWriter:
+    """Writes one part: its mesh, then its frames."""
+
     def __init__(self, model: Model, part: Part, root: str, counts: Counts) -> None:
         self.results: set[tuple[str, ...]] = set()
         self.steps = 0
         self._model = model
         self._mesh = part.mesh
         self._counts = counts
-        self._shapes = model.add_assembly_components(paths_of(part, root), separator)
+        self._shapes = model.add_assembly_components(shape_paths(part, root), separator)
         self._names = Names(_mesh_names)
         self._written_as_ids: set[tuple[str, str]] = set()
 
@@ -92,7 +122,7 @@ class _PartWriter:
         step = None
         if frame.time is not None:
             self.steps += 1
-            time = str(frame.time).removesuffix(".0")  # shortest, in the precision of the file
+            time = str(frame.time).removesuffix(".0")  # shortest form in the precision of the input
             attributes = {"Number": number, "Time": attribute(frame.time)}
             step = Step(f"Step {number} t={time}", attributes)
         for name, values in frame.point_data.items():
@@ -100,13 +130,16 @@ class _PartWriter:
             self._write_result("A", name, values, self._shapes, step)
         for name, blocks in frame.cell_data.items():
             if len(blocks) != len(self._mesh.cells):
-                raise ConversionError(f"cell data {name!r} is not there for every cell block")
+                raise ConversionError(
+                    f"cell data {name!r} has {len(blocks)} arrays for "
+                    f"{len(self._mesh.cells)} cell blocks"
+                )
             for block, values, shape in zip(self._mesh.cells, blocks, self._shapes):
                 _check_length(name, values, len(block))
                 self._write_result("B", name, values, [shape], step)
 
     def _node_ids(self) -> NDArray[Any]:
-        """Those of the file if it has any, or else 1, 2, 3 and so on."""
+        """Return the node ids of the input, or 1, 2, 3 and so on if it has none."""
         for name in _node_id_names:
             given = self._mesh.point_data.get(name)
             if are_ids([given]):
@@ -115,7 +148,7 @@ class _PartWriter:
         return numbers(1, len(self._mesh.points))
 
     def _element_ids(self) -> list[NDArray[Any]]:
-        """The same for each cell block."""
+        """Return the element ids of each cell block, numbered through all blocks by default."""
         for name in _element_id_names:
             given = self._mesh.cell_data.get(name)
             if given and are_ids(given):
@@ -126,22 +159,25 @@ class _PartWriter:
         return [numbers(int(end) - count + 1, count) for end, count in zip(ends, counts)]
 
     def _write_block(self, block: meshio.CellBlock, shape: int, ids: NDArray[Any]) -> None:
-        index = index_of_dimension(block)
-        nodes = np.full(len(block), block.data.shape[1], dtype=np.uint32)
+        index = dataset_index(block)
+        lengths = np.full(len(block), block.data.shape[1], dtype=np.uint32)
         self._add("ElementIds", ids, [shape])
         rows = connectivity(block, len(self._mesh.points))
         self._add(f"Connectivity{index}", rows, [shape])
-        self._add(f"Polylength{index}", nodes, [shape])
+        self._add(f"Polylength{index}", lengths, [shape])
 
     def _write_sets(self) -> None:
-        """Sets become results of 1 for the members and 0 for all others."""
+        """Write each set as a result that is 1 for members and 0 for all others."""
         for name, members in self._mesh.point_sets.items():
             self._write_set("A", name, members, len(self._mesh.points), self._shapes)
         for name, blocks in self._mesh.cell_sets.items():
             if name.startswith("gmsh:"):
-                continue  # tags of the geometry, not cells
+                continue  # tags of Gmsh geometry, not sets of cells
             if len(blocks) != len(self._mesh.cells):
-                self._counts.warnings.append(f"cell set {name!r} does not fit the cells: left out")
+                self._counts.warnings.append(
+                    f"cell set {name!r} skipped: it has {len(blocks)} arrays for "
+                    f"{len(self._mesh.cells)} cell blocks"
+                )
                 continue
             for block, members, shape in zip(self._mesh.cells, blocks, self._shapes):
                 if members is not None and len(members) > 0:
@@ -153,7 +189,7 @@ class _PartWriter:
         rows = np.asarray(members, dtype=np.int64)
         is_member = np.isin(np.arange(count), rows)
         if is_member.sum() != len(np.unique(rows)):
-            raise ConversionError(f"set {name!r} has members that do not exist")
+            raise ConversionError(f"set {name!r} contains a member outside 0 to {count - 1}")
         key = (f"{family} set", name)
         self.results.add(key)
         self._add(
@@ -171,7 +207,7 @@ class _PartWriter:
             return
         values = without_mask(values)
         if values.dtype.kind not in "biuf":
-            self._warn_once(f"{name!r} holds no real numbers: left out")
+            self._warn_once(f"{name!r} skipped: values of type {values.dtype} are not supported")
             return
         for suffix, part in components(values):
             key = (family, name, suffix)
@@ -181,6 +217,7 @@ class _PartWriter:
             self._add(kind, part, shapes, name=self._names.of(key, name + suffix), steps=step)
 
     def _add(self, kind: str, values: NDArray[Any], shapes: list[int], **options: Any) -> None:
+        """Add an array exactly if possible; otherwise round and count it."""
         try:
             self._model.add_array(kind, values, shapes, **options)
         except InexactConversion:
@@ -194,4 +231,4 @@ class _PartWriter:
 
 def _check_length(name: str, values: Any, count: int) -> None:
     if len(values) != count:
-        raise ConversionError(f"{name!r} has {len(values)} rows, where {count} are needed")
+        raise ConversionError(f"{name!r} has {len(values)} rows, expected {count}")
