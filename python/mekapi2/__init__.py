@@ -1,4 +1,4 @@
-"""Write simulation models into one compact file, with NumPy.
+"""Writes simulation models from NumPy arrays to a compact file.
 
 >>> with mekapi2.Model.create("plate.mek", overwrite=True) as model:
 ...     model.add_node("RootGroup", "plate")
@@ -6,9 +6,9 @@
 ...     model.add_array("Coordinates", coordinates, mesh)
 ...     model.add_array("ResultA1", temperature, mesh, name="Temperature", steps="t=0.5")
 
-`Model` writes; `NodeType`, `PropertyType` and `DatasetType` say what; `Step` names a moment of a
-result; every failure is an `Error`. ``python -m mekapi2.convert`` turns mesh files of any format
-that meshio reads into files of this one.
+`Model` writes one file. Its enumerations are `NodeType`, `PropertyType` and `DatasetType`; a `Step`
+is a time step, load case or mode. The library raises subclasses of `Error`.
+``python3 -m mekapi2.convert`` converts mesh files of all formats that meshio reads.
 """
 
 from . import errors

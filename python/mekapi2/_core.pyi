@@ -1,4 +1,4 @@
-"""Model in its plainest form; use the package mekapi2."""
+"""Model with arguments of basic types; use the package mekapi2."""
 
 from collections.abc import Mapping, Sequence
 from typing import Any, Optional, Union

@@ -1,4 +1,4 @@
-"""The enumerations of the library. Wherever one is taken, its name as a text will do as well."""
+"""The enumerations of the library. All arguments accept a member, its number or its name."""
 
 from __future__ import annotations
 
@@ -8,63 +8,67 @@ __all__ = ["DatasetType", "NodeType", "PropertyType"]
 
 
 class NodeType(enum.IntEnum):
-    """What `Model.add_node` adds."""
+    """The type of a node for `Model.add_node`."""
 
     FlaggedRootGroup = 1
-    """Root only: a group whose root flag is set."""
+    """Group with the root flag; only for the root."""
     RootGroup = 2
-    """Root only: a group."""
+    """Group; only for the root."""
     Group = 3
-    """A group, as root or below."""
+    """Group; for the root and all other nodes."""
     Shape = 4
-    """A shape; below the root with a geometry of the same name."""
+    """Shape, with a geometry of the same name below it unless the shape is the root."""
 
 
 class PropertyType(enum.IntEnum):
-    """Key of a node property. The first three belong to groups, the others to shapes."""
+    """The key of a node property. 0 to 2 belong to groups, 3 to 10 to shapes (the material)."""
 
     Translation = 0
-    """Three numbers."""
+    """Three numbers x, y, z, in the unit of the coordinates."""
     Rotation = 1
-    """Four numbers, stored as given."""
+    """Four numbers: the axis x, y, z and the angle in radians."""
     Scale = 2
-    """Three numbers."""
+    """Three factors in x, y, z."""
     DiffuseColor = 3
-    """Three or four numbers; the fourth is not used."""
+    """Red, green, blue; a fourth number is ignored."""
     SpecularColor = 4
-    """Three or four numbers; the fourth is not used."""
+    """Red, green, blue; a fourth number is ignored."""
     EmissiveColor = 5
-    """Three numbers."""
+    """Red, green, blue."""
     AmbientColor = 6
-    """Three numbers."""
+    """Red, green, blue."""
     Transparency = 7
-    """A number."""
+    """Number; 0 by default."""
     AmbientIntensity = 8
-    """A number; the ambient colour becomes this times the diffuse colour."""
+    """Number; sets the ambient colour to its product with the diffuse colour."""
     Shininess = 9
-    """A number."""
+    """Number; 0.2 by default."""
     MaterialFlag = 10
-    """True or false."""
+    """True or False."""
 
 
 class DatasetType(enum.IntEnum):
-    """What an array is: its numbers per row, and what a reader finds in it.
+    """The type of an array: its number of columns, its default name and the kind of variable.
 
-    The number in a result's name is its numbers per row: 1, 3 or 6. Coordinates have 3, a
-    displacement 3 or 6, all others 1. An array of one number per row has the shape (n,) or (n, 1),
-    any other (n, 3) or (n, 6). Results have no name of their own.
+    Results and displacements have 1, 3 or 6 columns, the digit in their name: scalar, vector or
+    symmetric tensor (xx, yy, zz, xy, yz, xz). Coordinates have 3 columns, all other arrays 1.
+    Arrays of one column have the shape (n,) or (n, 1), others (n, 3) or (n, 6). Results of type A
+    belong to nodes, those of type B to elements; C and D have no fixed meaning. Results have no
+    default name.
     """
 
     Connectivity0 = 0
-    """Row numbers of nodes, of elements of one dimension."""
+    """Node rows of line elements, one element after the other."""
     Connectivity1 = 1
-    """The same of elements of two dimensions."""
+    """Node rows of surface elements."""
     Connectivity2 = 2
-    """The same of elements of three dimensions."""
+    """Node rows of solid elements."""
     Polylength0 = 3
-    """Nodes of each element of one dimension."""
+    """Number of nodes of each line element."""
     Polylength1 = 4
+    """Number of nodes of each surface element."""
     Polylength2 = 5
+    """Number of nodes of each solid element."""
     PartElements0 = 6
     PartElements1 = 7
     PartElements2 = 8
@@ -93,7 +97,7 @@ class DatasetType(enum.IntEnum):
 
     @property
     def width(self) -> int:
-        """Numbers per row: 1, 3 or 6."""
+        """Number of columns: 1, 3 or 6."""
         if self is DatasetType.Coordinates:
             return 3
         is_result = self.name.startswith(("Result", "Displacement"))

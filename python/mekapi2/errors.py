@@ -1,9 +1,9 @@
-"""The failures of the library as Python exceptions.
+"""The exceptions of the library.
 
-All of them derive from `Error`, and each from the built-in exception that says the same, so that
-``except OSError`` or ``except KeyError`` works as anywhere else. Two failures have no class of
-their own here: memory that cannot be had arrives as `MemoryAllocationException` or plain
-`MemoryError`, and a Python value of the wrong type or range as `TypeError` or `ValueError`.
+All derive from `Error`. Each also derives from a built-in exception, so that for example
+``except OSError`` or ``except KeyError`` catches it. Failed allocations raise
+`MemoryAllocationException` for blocks and `MemoryError` otherwise. Arguments of an invalid type or
+range raise `TypeError` or `ValueError`.
 """
 
 from __future__ import annotations
@@ -31,7 +31,7 @@ __all__ = [
 
 
 class Location(NamedTuple):
-    """The place in the library where a failure was raised."""
+    """Function, file and line of the library that raised an exception."""
 
     function: Optional[str]
     file: Optional[str]
@@ -39,50 +39,55 @@ class Location(NamedTuple):
 
 
 class Error(Exception):
-    """A failure that the library raised."""
+    """Base class of the exceptions of the library.
+
+    Attributes
+    ----------
+    code : int
+        Number of the exception class.
+    location : Location or None
+        Where the library raised the exception.
+    """
 
     code: int = 1
-    """Number of the failure class."""
-
     location: Optional[Location] = None
-    """Function signature, source file and line in the library."""
 
     def __str__(self) -> str:
         return str(self.args[0]) if self.args else ""
 
 
 class MiscelleneousException(Error, OSError):
-    """A failure that no other class describes, above all a file that cannot be opened."""
+    """Any other error, such as a file that cannot be opened."""
 
     code = 2
 
 
 class InvalidArguments(Error, ValueError):
-    """An argument that the operation cannot take."""
+    """An invalid argument."""
 
     code = 3
 
 
 class FileOpenException(Error, FileExistsError):
-    """The file exists and may not be replaced."""
+    """The file exists and ``overwrite`` is false."""
 
     code = 5
 
 
 class FileWriteException(Error, OSError):
-    """The system refused bytes or a position in the file."""
+    """Writing to the file or seeking in it failed."""
 
     code = 7
 
 
 class OutOfBounds(Error, IndexError):
-    """A number outside the range that exists, such as an unknown node id."""
+    """A number out of range, such as an unknown node id."""
 
     code = 11
 
 
 class OverflowError(Error, builtins.OverflowError):
-    """A size above what a field of the file can hold."""
+    """A size exceeds the limit of its field in the file."""
 
     code = 12
 
@@ -94,31 +99,31 @@ class UnderflowError(Error, ArithmeticError):
 
 
 class KeyNotFound(Error, KeyError):
-    """A look-up that found nothing."""
+    """A look-up found nothing."""
 
     code = 14
 
 
 class MemoryAllocationException(Error, MemoryError):
-    """Memory for a block could not be had."""
+    """Memory for a block cannot be allocated."""
 
     code = 16
 
 
 class InvalidObjectState(Error, RuntimeError):
-    """The operation does not fit the state of the object, such as no file being open."""
+    """The operation is invalid in the state of the object, for example because no file is open."""
 
     code = 17
 
 
 class TemplateSpecializationNotDefined(Error, TypeError):
-    """A value of a kind that the target does not take."""
+    """The property or attribute does not accept values of this type."""
 
     code = 19
 
 
 class NotYetImplemented(Error, NotImplementedError):
-    """A place that is reserved for later."""
+    """The feature is not implemented."""
 
     code = 20
 
@@ -126,7 +131,12 @@ class NotYetImplemented(Error, NotImplementedError):
 class InexactConversion(ValueError):
     """An array holds a value that the file cannot hold exactly.
 
-    Raised before anything is written. ``index`` tells where the value stands.
+    Raised before anything is written.
+
+    Attributes
+    ----------
+    index : tuple of int
+        Position of the first such value in the array.
     """
 
     def __init__(self, message: str, index: tuple[int, ...]) -> None:

@@ -1,4 +1,4 @@
-"""`Model`, the one class through which a file is written, and `Step`."""
+"""`Model`, which writes a file, and `Step`."""
 
 from __future__ import annotations
 
@@ -23,35 +23,46 @@ Attributes = Mapping[str, AttributeValue]
 
 @dataclass(frozen=True)
 class Step:
-    """A moment, load case or mode that an array holds for."""
+    """A time step, load case or mode.
+
+    Attributes
+    ----------
+    name : str
+    attributes : dict
+        Attributes of the variables of this step.
+    """
 
     name: str
     attributes: Attributes = field(default_factory=dict)
 
 
 class Model:
-    """One file that is being written: a tree of groups and shapes, and their arrays.
+    """A file that is being written: a tree of groups and shapes, and their arrays.
 
-    Use it in a ``with`` block. Arrays go to the file at once, the tree and all light data when the
-    block is left; only then can the file be read.
+    Create it with `create`, in a ``with`` block. Arrays are written when they are added; the tree,
+    names, attributes and materials are written at the end of the block. Until then the file is
+    unfinished and cannot be read.
 
-    Nodes have ids: 1 is the root, 0 stands for none, the others count up from 2. The tree has a
-    current node, below which `add_node` adds.
+    Nodes have ids: 1 is the root, the others are numbered from 2, and 0 means no node. The tree has
+    a current node; `add_node` adds below it.
 
-    Attributes are dicts of texts (of at most 256 bytes in UTF-8), whole numbers from 0 to 2^32-1,
-    booleans (stored as 1 and 0) and floats, which are rounded to 32 bits. A value that does not fit
-    raises `TypeError` or `ValueError`; what the library refuses raises an `Error`. After a failure
-    the model can still be used and closed; nothing that was done before it is undone.
+    Attributes are dicts with strings of at most 256 bytes in UTF-8, integers from 0 to 2**32 - 1,
+    booleans (stored as 1 and 0) and floats (rounded to 32 bits) as values. Other values raise
+    `TypeError` or `ValueError`. The library raises subclasses of `Error`. After an exception the
+    model can still be used and closed; earlier changes remain.
 
-    Any number of threads may use a model: one at a time is let in. The interpreter lock is released
-    while arrays are compressed and while a file is closed; an array must not be changed meanwhile.
+    Several threads can use a model; it admits one at a time. The GIL is released while the library
+    runs, in every method. An array must not be changed during the call.
+
+    Attributes
+    ----------
+    path : str or bytes
+    closed : bool
+        Whether `close` has been called, even if it raised an exception.
     """
 
     path: Union[str, bytes]
-    """The file."""
-
     closed: bool
-    """Whether `close` has run, however it ended."""
 
     def __init__(self, core: _core.Model, path: Union[str, bytes]) -> None:
         self._core = core
@@ -67,12 +78,28 @@ class Model:
         tool_name: str = "",
         tool_version: str = "",
     ) -> Model:
-        """Creates the file ``path``.
+        """Create a file and return its open model.
 
-        The file tells the name and version of the writing program if ``tool_name`` is given.
+        Parameters
+        ----------
+        path : str, bytes or path-like
+        overwrite : bool
+            Replace an existing file.
+        tool_name, tool_version : str
+            Name and version of the writing program, stored in the file if the name is not empty.
 
-        Raises `FileOpenException` (a `FileExistsError`) if the file exists and may not be
-        replaced, and `MiscelleneousException` (an `OSError`) if it cannot be opened.
+        Returns
+        -------
+        Model
+
+        Raises
+        ------
+        FileOpenException
+            The file exists and ``overwrite`` is false. Also a `FileExistsError`.
+        MiscelleneousException
+            The file cannot be opened. Also an `OSError`.
+        ValueError
+            The path is empty or contains a zero character.
         """
         core = _core.Model()
         path = os.fspath(path)
@@ -84,15 +111,21 @@ class Model:
         return cls(core, path)
 
     def close(self) -> None:
-        """Writes the tree, all light data and the index, and closes the file.
+        """Write the tree, names, attributes, materials and index, and close the file.
 
-        Raises `FileWriteException` if the system refuses bytes. The file is then incomplete and
-        cannot be read. In any case the model is closed afterwards; closing it again does nothing.
+        The model is closed afterwards in any case. Closing it again does nothing.
+
+        Raises
+        ------
+        FileWriteException
+            Writing failed. The file is unfinished and cannot be read.
+        OverflowError
+            The names, attributes and other data of one kind exceed 2**32 - 1 bytes.
         """
         try:
             self._core.close()
         except BaseException:
-            self._core.close()  # drops what is left, without another try
+            self._core.close()  # discards the rest; does not write again
             raise
         finally:
             self.closed = True
@@ -106,18 +139,18 @@ class Model:
         error: Optional[BaseException],
         traceback: Optional[TracebackType],
     ) -> None:
-        """Closes the model.
+        """Close the model.
 
-        After an exception the file is finished as well, with what had been added until then, and
-        the exception goes on. If closing fails too, that is told in a note of the exception.
+        After an exception in the block the file is complete as well, with everything added before.
+        An error of `close` is then added to that exception as a note.
         """
         try:
             self.close()
-        except Exception as failure:
+        except Exception as close_error:
             if error is None:
                 raise
             if hasattr(error, "add_note"):
-                error.add_note(f"Closing {os.fsdecode(self.path)!r} failed as well: {failure}")
+                error.add_note(f"Closing {os.fsdecode(self.path)!r} failed as well: {close_error}")
 
     def __del__(self) -> None:
         if not getattr(self, "closed", True):
@@ -133,31 +166,77 @@ class Model:
         name: str,
         attributes: Optional[Attributes] = None,
     ) -> int:
-        """Adds a node below the current node, or as the root if there is none yet.
+        """Add a node below the current node, or the root if the tree is empty.
 
-        Returns the id of the new node, which is the current node afterwards. Of a shape it is the
-        id of its geometry, which `add_array` takes; the shape's own id is one lower, and the
-        attributes of a shape are not looked at.
+        The new node is the current node afterwards.
 
-        Raises `InvalidArguments` for a second root, `InvalidObjectState` on a closed model.
+        Parameters
+        ----------
+        type : NodeType, str or int
+        name : str
+        attributes : dict, optional
+            Attributes of a group; ignored for a shape.
+
+        Returns
+        -------
+        int
+            The id of the new node. For a shape, the id of its geometry, which `add_array` accepts;
+            the id of the shape is one lower.
+
+        Raises
+        ------
+        InvalidArguments
+            The type is only valid for the root, and there is one.
+        InvalidObjectState
+            The model is closed.
         """
         kind = _plain.member(NodeType, type)
         return self._core.add_node(kind, name, _plain.attributes(attributes))
 
     def set_current_node(self, id: int) -> None:
-        """Makes ``id`` the current node. Raises `OutOfBounds` if there is none of this id."""
+        """Make a node the current node.
+
+        Raises
+        ------
+        OutOfBounds
+            There is no node ``id``.
+        InvalidObjectState
+            The model is closed.
+        """
         self._core.set_current_node(_plain.node_id(id))
 
     def move_to_parent(self) -> None:
-        """Makes the parent the current node; on the root it does nothing."""
+        """Make the parent of the current node the current node. Does nothing at the root.
+
+        Raises
+        ------
+        InvalidObjectState
+            The model is closed.
+        """
         self._core.move_to_parent()
 
     def get_node_id(self, path: Union[str, Iterable[str]], separator: str = "/") -> int:
-        """Finds a node by its path from the root, or 0 if there is none.
+        """Return the id of the node at a path, or 0 if there is none.
 
-        ``path`` is a text like ``"/root/group/shape"`` or a list of names, the root's first. A
-        shape's geometry has the path of the shape with the shape's name once more. Afterwards the
-        current node is the root, unless the path is empty.
+        The root is the current node afterwards, unless the path is empty.
+
+        Parameters
+        ----------
+        path : str or iterable of str
+            ``"/root/group/shape"``, or the names from the root on. The path of a geometry is the
+            path of its shape followed by the name of the shape. The names of an iterable must not
+            contain the character 0x1E.
+        separator : str
+            Separates the names if ``path`` is a string.
+
+        Returns
+        -------
+        int
+
+        Raises
+        ------
+        InvalidObjectState
+            The model is closed.
         """
         if isinstance(path, str):
             return self._core.node_id_of_path(path, separator)
@@ -169,20 +248,37 @@ class Model:
         properties: Optional[Mapping[Union[PropertyType, str, int], PropertyValue]] = None,
         attributes: Optional[Attributes] = None,
     ) -> None:
-        """Sets the placement or the attributes of a group, or the look of a shape.
+        """Set the placement or attributes of a group, or the material of a shape.
 
-        The id of a geometry stands for its shape. ``properties`` are given by `PropertyType` or
-        its name: ``{"Translation": (1, 0, 0)}``, ``{"DiffuseColor": (0.8, 0, 0)}``. Attributes are
-        added to a group's own or replace those of the same key.
+        The node is the current node afterwards; for a geometry, its shape.
 
-        Raises `OutOfBounds` if there is no such node, `InvalidArguments` for a property that does
-        not belong to the node or has another number of values.
+        Parameters
+        ----------
+        id : int
+            A group, a shape or the geometry of a shape.
+        properties : dict, optional
+            Values by `PropertyType` or its name: ``{"Translation": (1, 0, 0)}``,
+            ``{"DiffuseColor": (0.8, 0, 0)}``. `PropertyType` lists the number of values.
+        attributes : dict, optional
+            Added to the attributes of the group; values of existing keys are replaced. Ignored for
+            a shape.
+
+        Raises
+        ------
+        OutOfBounds
+            There is no node ``id``.
+        InvalidArguments
+            A property does not belong to the type of the node or has an invalid number of values.
+        TypeError, ValueError
+            A property or attribute has an invalid type or value.
+        InvalidObjectState
+            The model is closed.
         """
         self._core.set_node_data(
             _plain.node_id(id), _plain.properties(properties), _plain.attributes(attributes)
         )
 
-    @overload  # a mapping is an iterable as well, and the first form that fits counts
+    @overload  # a mapping is also an iterable; type checkers use the first overload that matches
     def add_assembly_components(  # type: ignore[misc]
         self, paths: Mapping[str, Optional[Attributes]], separator: str = "/"
     ) -> dict[str, int]: ...
@@ -197,20 +293,37 @@ class Model:
         paths: Union[Mapping[str, Optional[Attributes]], Iterable[str]],
         separator: str = "/",
     ) -> Union[dict[str, int], list[int]]:
-        """Adds all groups and shapes that paths name, and reuses those that exist.
+        """Add all groups and shapes of a list of paths; existing nodes are reused.
 
-        A path starts with the separator and the root's name. One that ends in the separator leads
-        to a group, any other to a shape; all names before the last are groups. Every character of
-        ``separator`` cuts.
+        Parameters
+        ----------
+        paths : iterable of str, or dict of str to attributes
+            A path starts with the separator and the name of the root. It ends in the separator for
+            a group; otherwise its last name is a shape. All other names are groups. The
+            attributes of a dict are set on the groups at the ends of the paths; the paths are
+            processed in sorted order.
+        separator : str
+            Each of its characters separates names.
 
-        A list of paths gives a list of ids in the same order. A dict of paths with attributes for
-        the groups at their ends is worked through in sorted order and gives a dict of ids.
+        Returns
+        -------
+        list of int, or dict of str to int
+            The id of the group or of the geometry of the shape for each path, in the order of
+            ``paths``; 0 for a path without a name.
 
-        Raises `InvalidArguments` for a path that does not start with the separator, and
-        `NotYetImplemented` for one with another root.
+        Raises
+        ------
+        InvalidArguments
+            A path does not start with the separator.
+        NotYetImplemented
+            A path starts with another root.
+        TypeError
+            ``paths`` is a string.
+        InvalidObjectState
+            The model is closed.
         """
         if isinstance(paths, str):
-            raise TypeError("paths must be a list or a dict of texts, not one text")
+            raise TypeError("paths must be a list or a dict of strings, not a string")
         if isinstance(paths, Mapping):
             plain = {path: _plain.attributes(given) for path, given in paths.items()}
             ids = self._core.add_paths_with_attributes(plain, separator)
@@ -228,26 +341,52 @@ class Model:
         attributes: Optional[Attributes] = None,
         lossy: bool = False,
     ) -> None:
-        """Streams an array into the file and makes it a named variable of geometries, for steps.
+        """Write an array and make it a variable of geometries for steps.
 
-        ``array`` has the shape (n,) or (n, `DatasetType.width`), in any order of memory and with
-        any strides. The file holds 32-bit floats and unsigned 32-bit numbers. Floating-point
-        arrays become the former, whole numbers and booleans the latter, as long as every value is
-        kept exactly (NaN and infinities are); failing that, the other of the two is tried. If that
-        fails too, `InexactConversion` (a `ValueError`) is raised and nothing is written, unless
-        ``lossy`` is true: then the values are rounded to the nearest 32-bit float.
+        The array is written once. The variable of the first id and the first step owns the array
+        and has the attributes; the variables of all other pairs are links to it. If a geometry has
+        a variable of this name and step, the new array replaces its array.
 
-        The array is written once, whatever its number of ``ids`` (of geometries, from `add_node`
-        or `add_assembly_components`) and ``steps`` (names or `Step` objects; none for data such as
-        a mesh). The first pair of both owns it and carries ``attributes``, all others are links.
-        Without ``name`` the variable has that of its type, if there is one.
+        The file stores 32-bit floats and unsigned 32-bit integers. Floating-point arrays are
+        stored as floats, integers and booleans as unsigned integers, if that keeps every value
+        exactly, NaN and infinities included. Otherwise the other type is tried.
 
-        With no rows or no ids nothing happens. Afterwards the current node is the last id.
+        Does nothing if there are no rows or no ids. The last id is the current node afterwards.
 
-        Raises `TypeError` and `ValueError` for arrays of another kind or shape, `InvalidArguments`
-        for a type without a name of its own, `KeyNotFound` for an unknown id,
-        `OverflowError` above the limits of the file, `FileWriteException` if the system refuses
-        bytes (closing will fail as well), and `InvalidObjectState` on a closed model.
+        Parameters
+        ----------
+        type : DatasetType, str or int
+        array : array-like, shape (n,) or (n, DatasetType.width)
+            Integers, booleans or floating-point numbers, with any memory order and strides.
+        ids : int or iterable of int
+            Geometries, from `add_node` or `add_assembly_components`. Other nodes are ignored.
+        name : str, optional
+            Required for results; the other types have a default name.
+        steps : str, Step, or iterable of both, optional
+            By default the array belongs to no step, like a mesh. If it is empty, the array is
+            written without a variable.
+        attributes : dict, optional
+            Attributes of the variable. They override those of the step.
+        lossy : bool
+            If no type keeps every value exactly, round to the nearest 32-bit float.
+
+        Raises
+        ------
+        InexactConversion
+            No type keeps every value exactly, and ``lossy`` is false. Also a `ValueError`. Nothing
+            is written.
+        TypeError, ValueError
+            The array has an invalid type or shape.
+        InvalidArguments
+            The type has no default name, and ``name`` is missing.
+        KeyNotFound
+            There is no node with one of the ids.
+        OverflowError
+            The array has 2**31 rows or more, or 2**32 bytes or more.
+        FileWriteException
+            Writing failed; `close` will fail as well.
+        InvalidObjectState
+            The model is closed.
         """
         kind = _plain.member(DatasetType, type)
         values = _plain.array(kind, array)
