@@ -126,7 +126,7 @@ def properties(
     Raises
     ------
     TypeError
-        A value has not the type of its property.
+        A value does not have the type of its property.
     ValueError
         There is no such property, or an element is not a number.
     """

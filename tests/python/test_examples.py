@@ -12,7 +12,7 @@ import pytest
 EXAMPLES = Path(__file__).parents[2] / "examples" / "python"
 BUILD = Path(os.environ["BUILD_DIR"])
 ERRORS = (
-    '2 "Unable to open file .*takes the shape.*14 "Key not found".*no exact 32-bit value.*'
+    '2 "Unable to open file .*expects the shape.*14 "Key not found".*no exact 32-bit value.*'
     'close: no error.*17 "File not open.".*5 "File exists."'
 )
 

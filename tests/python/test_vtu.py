@@ -1,13 +1,9 @@
-"""The VTK export of mekinfo: placements, links, times, and arrays that do not fit the mesh.
-
-test_arrays.py checks bits, test_convert.py all element types and unused nodes.
-"""
+"""The VTK export of mekinfo: placements, links, times, and arrays that do not fit the mesh."""
 
 import mekfile
 import numpy as np
 from mekapi2 import Model, Step
 
-# the corners of a hexahedron and a tetrahedron
 BRICK = [[x, y, z] for z in (0, 1) for x, y in ((0, 0), (1, 0), (1, 1), (0, 1))]
 POINTS = np.float32([*BRICK, [0, 0, 0], [1, 0, 0], [0, 1, 0], [0, 0, 1]])
 ROWS = {"HE8": np.arange(8), "TE4": np.arange(8, 12)}

@@ -33,17 +33,13 @@ def tree(path):
     return shown(path)[2]
 
 
-def meshes(collection):
-    """Return the meshes that a .pvd file lists, each with its step, its time and its path."""
-    read = []
-    for entry in ElementTree.parse(collection).iter("DataSet"):
-        read.append(meshio.read(collection.parent / entry.get("file")))
-        read[-1].name, read[-1].step = entry.get("name"), entry.get("step")
-        read[-1].time = float(entry.get("timestep"))
-    return read
-
-
 def exported(path):
+    """Return the exported meshes, each with its path in the tree as name, its step and its time."""
     folder = path.with_suffix(".parts")
     _mekinfo("--vtu", folder, path)
-    return meshes(folder / f"{path.stem}.pvd")
+    meshes = []
+    for entry in ElementTree.parse(folder / f"{path.stem}.pvd").iter("DataSet"):
+        meshes.append(meshio.read(folder / entry.get("file")))
+        meshes[-1].name, meshes[-1].step = entry.get("name"), entry.get("step")
+        meshes[-1].time = float(entry.get("timestep"))
+    return meshes

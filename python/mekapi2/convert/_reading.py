@@ -49,7 +49,7 @@ def read(path: Path, file_format: Optional[str] = None) -> Source:
     mesh, file_format = _read_mesh(path, file_format, warnings)
     part = _part_of(path, mesh, file_format)
     if part.frame_count > 1:
-        warnings = [text for text in warnings if "Skipping some time data" not in text]
+        warnings = [each for each in warnings if "Skipping some time data" not in each]
     return Source(path, file_format, [part], byte_count, warnings)
 
 
@@ -88,7 +88,7 @@ def _read_mesh(
             if candidate.startswith(_vtk_prefix):
                 _reverse_wedges(mesh)
             printed = _one_line(output.getvalue()).split("Warning: ")
-            warnings += [text.strip() for text in printed if text.strip()]
+            warnings += [each.strip() for each in printed if each.strip()]
             return mesh, candidate
     raise ConversionError("; ".join(f"cannot read as {reason}" for reason in reasons))
 
@@ -114,8 +114,8 @@ def _reverse_wedges(mesh: meshio.Mesh) -> None:
             block.data = block.data[:, _reversed_wedge]
 
 
-def _one_line(text: str) -> str:
-    return " ".join(text.split())
+def _one_line(output: str) -> str:
+    return " ".join(output.split())
 
 
 # Collections: a file that lists one mesh file for each part and time

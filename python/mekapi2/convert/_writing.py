@@ -224,9 +224,9 @@ class _PartWriter:
             self._model.add_array(kind, values, shapes, lossy=True, **options)
             self._counts.rounded += 1
 
-    def _warn_once(self, text: str) -> None:
-        if text not in self._counts.warnings:
-            self._counts.warnings.append(text)
+    def _warn_once(self, warning: str) -> None:
+        if warning not in self._counts.warnings:
+            self._counts.warnings.append(warning)
 
 
 def _check_length(name: str, values: Any, count: int) -> None:
