@@ -1,11 +1,27 @@
 /// @file
-/// The failure classes: everything that the library itself raises.
+/// Exception classes: what the library throws, besides exceptions of the standard library.
 ///
-/// A failure reaches the application as a thrown object that can be caught as its own class, as
-/// `Tyr::Exception::Exception`, `Tyr::Exception::Base`, `std::exception` or `boost::exception`,
-/// and kept with `boost::current_exception`. The place where it was raised (function signature,
-/// source file, line) is read with `boost::get_error_info<boost::throw_function>` and its
-/// siblings `boost::throw_file` and `boost::throw_line`.
+/// An exception can be caught as its own class, as `Tyr::Exception::Exception`,
+/// `Tyr::Exception::Base`, `std::exception` or `boost::exception`, and stored with
+/// `boost::current_exception`. It carries the function signature, source file and line of the
+/// throwing code: read them with `boost::get_error_info` and `boost::throw_function`,
+/// `boost::throw_file`, `boost::throw_line`.
+///
+/// @code
+/// #include <tyr/exception/exception.hpp>
+/// #include <tyr/mek2/model.hpp>
+///
+/// int main() {
+///     try {
+///         Tyr::Mek2::Model().moveToParentNode(); // before saveTo
+///     } catch (const Tyr::Exception::InvalidObjectState& error) {
+///         return error.code() == 17 && error.message() == std::string("Not initialized") ? 0 : 1;
+///     }
+///     return 1;
+/// }
+/// @endcode
+///
+/// Exceptions can be copied. Different objects may be used from different threads at the same time.
 #pragma once
 
 #include <tyr/export.hpp>
@@ -17,10 +33,10 @@
 
 namespace Tyr::Exception {
 
-/// Root of the failure classes: what a handler can ask without knowing the class.
+/// Root of the exception classes: message and number.
 class MEKAPI2_API Base {
 public:
-    /// Failures can be copied and kept.
+    /// Construction and copies.
     /// @{
     Base() = default;
     Base(const Base&) = default;
@@ -28,35 +44,36 @@ public:
     /// @}
     virtual ~Base();
 
-    /// The text of the failure, zero-terminated and owned by the failure; null in `Base` itself.
+    /// The message, zero-terminated and owned by the exception. Null in `Base` itself.
     virtual const char* message() const noexcept;
 
-    /// The number of the failure class; 1 in `Base` itself.
+    /// The number of the class. 1 in `Base` itself.
     virtual int code() const noexcept;
 };
 
-/// Common part of all concrete failures: a message, or else the default text of the class.
+/// Base of all concrete classes: a message, or the default text of the class. Code 1.
 class MEKAPI2_API Exception : public virtual Base,
                               public virtual std::exception,
                               public virtual boost::exception {
 public:
-    /// A failure with the default text of its class.
+    /// No message: `what` returns the default text of the class.
     Exception() = default;
 
-    /// @param message zero-terminated text, copied; an empty text counts as no message
+    /// @param message zero-terminated string, copied; an empty string is no message
     explicit Exception(const char* message);
 
-    /// Copies the message and the place of the raise.
+    /// Copies the message and the location of the throwing code.
     /// @{
     Exception(const Exception&) = default;
     Exception& operator=(const Exception&) = default;
     /// @}
     ~Exception() override;
 
-    /// The fixed text of the class, given when no message was passed.
+    /// The default text of the class.
     virtual const char* defaultMessage() const noexcept;
 
-    /// The message, or else the default text; valid as long as the failure is not changed.
+    /// The message, or the default text if there is none. Valid until the exception is assigned to
+    /// or destroyed.
     /// @{
     const char* message() const noexcept override;
     const char* what() const noexcept override;
@@ -66,7 +83,7 @@ private:
     std::string message_;
 };
 
-/// A failure that no other class describes; the message tells it. Code 2.
+/// An error that has no class; the message describes it. Code 2.
 class MEKAPI2_API MiscelleneousException : public Exception {
 public:
     using Exception::Exception;
@@ -74,7 +91,7 @@ public:
     int code() const noexcept override;
 };
 
-/// An argument that the operation cannot take. Code 3.
+/// An invalid argument. Code 3.
 class MEKAPI2_API InvalidArguments : public Exception {
 public:
     using Exception::Exception;
@@ -82,7 +99,7 @@ public:
     int code() const noexcept override;
 };
 
-/// A file that may not be opened, above all one that exists already. Code 5.
+/// A file cannot be opened, for example because it exists. Code 5.
 class MEKAPI2_API FileOpenException : public Exception {
 public:
     using Exception::Exception;
@@ -90,7 +107,7 @@ public:
     int code() const noexcept override;
 };
 
-/// The system refused bytes or a position in the file. Code 7.
+/// The system could not write bytes or seek in the file. Code 7.
 class MEKAPI2_API FileWriteException : public Exception {
 public:
     using Exception::Exception;
@@ -98,7 +115,7 @@ public:
     int code() const noexcept override;
 };
 
-/// A number outside the range that exists, such as an unknown node id. Code 11.
+/// A number out of range, such as an unknown node id. Code 11.
 class MEKAPI2_API OutOfBounds : public Exception {
 public:
     using Exception::Exception;
@@ -106,7 +123,7 @@ public:
     int code() const noexcept override;
 };
 
-/// A size above what a field of the file can hold. Code 12.
+/// A size is too large for the file format. Code 12.
 class MEKAPI2_API OverflowError : public Exception {
 public:
     using Exception::Exception;
@@ -114,7 +131,7 @@ public:
     int code() const noexcept override;
 };
 
-/// A size below zero. Code 13.
+/// A size is negative. Code 13.
 class MEKAPI2_API UnderflowError : public Exception {
 public:
     using Exception::Exception;
@@ -122,7 +139,7 @@ public:
     int code() const noexcept override;
 };
 
-/// A look-up that found nothing. Code 14.
+/// A look-up found nothing. Code 14.
 class MEKAPI2_API KeyNotFound : public Exception {
 public:
     using Exception::Exception;
@@ -130,7 +147,7 @@ public:
     int code() const noexcept override;
 };
 
-/// Memory for a block could not be had. Code 16.
+/// There is no memory for a block. Code 16.
 class MEKAPI2_API MemoryAllocationException : public Exception {
 public:
     using Exception::Exception;
@@ -138,7 +155,7 @@ public:
     int code() const noexcept override;
 };
 
-/// The operation does not fit the state of the object, such as no file being open. Code 17.
+/// The state of the object does not allow the operation, for example no file is open. Code 17.
 class MEKAPI2_API InvalidObjectState : public Exception {
 public:
     using Exception::Exception;
@@ -146,7 +163,7 @@ public:
     int code() const noexcept override;
 };
 
-/// A value of a kind that the target does not take. Code 19.
+/// A value has a type that its target does not accept. Code 19.
 class MEKAPI2_API TemplateSpecializationNotDefined : public Exception {
 public:
     using Exception::Exception;
@@ -154,7 +171,7 @@ public:
     int code() const noexcept override;
 };
 
-/// A place that is reserved for later. Code 20.
+/// The operation does not support this yet. Code 20.
 class MEKAPI2_API NotYetImplemented : public Exception {
 public:
     using Exception::Exception;

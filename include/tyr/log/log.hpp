@@ -1,8 +1,20 @@
 /// @file
-/// Log classes: a log line that knows where it was made, and the log system that takes it.
+/// Log classes: a log line that knows where it was made, and the log system that receives it.
 ///
-/// The library builds one record per buffer and per dataset and hands it to its log system, which
-/// drops it: a saving run prints nothing. An application can use the classes for lines of its own.
+/// The library composes one record per block and per dataset. Its log system discards them, so that
+/// saving prints nothing. An application can use the classes for its own lines:
+///
+/// @code
+/// #include <tyr/log/log.hpp>
+///
+/// int main() {
+///     Tyr::Log::Record<char> record(__FILE__, "main", __LINE__);
+///     record << "solved in " << 12 << " iterations";
+///     Tyr::Log::LogSystem system;
+///     system += record; // discarded
+///     return record.str() == "solved in 12 iterations" ? 0 : 1;
+/// }
+/// @endcode
 #pragma once
 
 #include <tyr/export.hpp>
@@ -15,13 +27,14 @@
 namespace Tyr::Log {
 
 namespace Severity {
-/// How much a line matters. Every line of the library has the value 1.
-enum Severity { Information = 1 };
+/// Severity of a line. Every line of the library has the value 1.
+enum Severity : int { Information = 1 };
 } // namespace Severity
 
-/// Where and when a line was made. The two texts are not owned and must outlive the object.
+/// Where and when a line was made. The strings are not copied and must outlive the object.
 struct MEKAPI2_API Origin {
-    /// Also reads the clock.
+    /// Sets `time` from the system clock.
+    /// @param file, function zero-terminated strings
     Origin(const char* file, const char* function, std::uint32_t line);
 
     /// Copies all four fields.
@@ -33,18 +46,18 @@ struct MEKAPI2_API Origin {
 
     const char* file;     ///< path of the source file
     const char* function; ///< qualified name of the logging function
-    std::uint32_t line;   ///< in the source file
+    std::uint32_t line;   ///< line in the source file
     std::int64_t time;    ///< seconds since 1970
 };
 
-/// One log line, composed with the ordinary stream operators. Its numbers do not depend on the
-/// locale of the process.
+/// One log line, composed with the stream operators. Numbers are formatted with the classic locale,
+/// whatever the locale of the process is.
 template <class Char>
 struct Record : public std::basic_ostringstream<Char> {
-    /// An empty line. The texts are those of its `Origin`.
+    /// An empty line. The arguments are those of `Origin`.
     Record(const char* file, const char* function, std::uint32_t line)
         : severity(Severity::Information), origin(file, function, line) {
-        if (this->getloc() != std::locale::classic()) { // to imbue costs as much as to construct
+        if (this->getloc() != std::locale::classic()) { // imbuing costs as much as constructing
             this->imbue(std::locale::classic());
         }
     }
@@ -53,9 +66,9 @@ struct Record : public std::basic_ostringstream<Char> {
     Origin origin;               ///< where and when the record was made
 };
 
-/// Takes log lines. It has no state; any number of threads may use one object.
+/// Receives log lines. It has no state; several threads may use one object at the same time.
 struct MEKAPI2_API LogSystem {
-    /// There is no state to copy.
+    /// Construction and copies; there is no state.
     /// @{
     LogSystem();
     LogSystem(const LogSystem& other);
@@ -63,22 +76,23 @@ struct MEKAPI2_API LogSystem {
     /// @}
     virtual ~LogSystem();
 
-    /// Drops the record.
+    /// Discards the record.
     virtual void operator+=(const Record<char>& record);
 
-    /// Prints the stream's text and a line feed to `std::cout`.
-    /// @param stream a `std::ostringstream` (or derived); a stream of another kind has no text to
-    ///     fetch, and `std::bad_cast` is raised
+    /// Prints the string of the stream and a line feed to `std::cout`.
+    /// @param stream a `std::ostringstream` or a class derived from it
+    /// @throws std::bad_cast another kind of stream, which has no string
     virtual void operator+=(const std::basic_ostream<char>& stream);
 };
 
-/// A base for loggers of an application. The library calls none of its operations.
+/// A base class for loggers of an application. The library does not use it.
 class MEKAPI2_API LoggerBase {
 public:
     LoggerBase();
     virtual ~LoggerBase();
 
-    /// Does nothing. @return the object itself
+    /// Does nothing.
+    /// @return the object itself
     virtual LoggerBase& logRecord(const char* const file, const char* const function,
                                   unsigned long line, Severity::Severity severity);
 

@@ -1,5 +1,19 @@
 /// @file
 /// Attributes: named values that describe a group or a result.
+///
+/// @code
+/// #include <tyr/mek2/model.hpp>
+///
+/// int main() {
+///     Tyr::Mek2::Attributes attributes;
+///     attributes.set("Material", "steel");
+///     attributes.set("Mass", 12.5F);
+///     attributes.set("Revision", 3U);
+///     Tyr::Mek2::Model model;
+///     model.saveTo(""); // no file: the tree exists in memory only
+///     model.addNode(Tyr::Mek2::NodeType::RootGroup, "table", attributes);
+/// }
+/// @endcode
 #pragma once
 
 #include <tyr/export.hpp>
@@ -15,12 +29,17 @@ namespace Tyr::Mek2 {
 
 struct ValueAccess;
 
-/// Every kind of value that an attribute can hold before an operation uses it.
+/// Every kind of value that the library knows for an attribute. `Attributes::set` stores seven of
+/// them, and the file holds fewer:
 ///
-/// What reaches a node of the tree is `float`, `double`, text (its first 256 bytes, up to the
-/// first zero byte) and 32-bit unsigned numbers; `int` and signed 64-bit values arrive as their
-/// low 32 bits. All other kinds are refused with `InvalidArguments` by the operation that uses
-/// the attributes.
+/// | Kind                             | In the file                                            |
+/// |----------------------------------|--------------------------------------------------------|
+/// | `unsigned int`, `float`, `double`| the value                                              |
+/// | `int`, `std::int64_t`            | the low 32 bits as an unsigned number: -1 is 4294967295|
+/// | `std::string`                    | the first 256 bytes, up to the first zero byte         |
+/// | all others, every vector included| cannot be stored                                       |
+///
+/// An operation that has to write an attribute which cannot be stored raises `InvalidArguments`.
 using AttributeVariant =
     std::variant<float, std::vector<float>, int, std::vector<int>, unsigned int,
                  std::vector<unsigned int>, std::string, std::vector<std::string>, std::wstring,
@@ -30,8 +49,11 @@ using AttributeVariant =
                  std::vector<signed char>, unsigned short, std::vector<unsigned short>, short,
                  std::vector<short>>;
 
-/// A map from key to value, ordered by key. A copy is a deep copy. Different objects may be used
-/// from different threads.
+/// A map from key to value, ordered by the bytes of the key.
+///
+/// A copy is a deep copy. A moved-from object is empty and can be used again. Everything but moves
+/// and destruction allocates and raises `std::bad_alloc` if there is no memory; the object then
+/// keeps its content. Different objects may be used from different threads at the same time.
 class MEKAPI2_API Attributes {
 public:
     /// No attributes.
@@ -43,23 +65,33 @@ public:
     const Attributes& operator=(const Attributes& other);
     /// @}
 
+    /// Takes the content of `other`, which is empty afterwards.
+    /// @{
+    Attributes(Attributes&& other) noexcept;
+    Attributes& operator=(Attributes&& other) noexcept;
+    /// @}
+
     ~Attributes();
 
-    /// Stores `value` under `key` and replaces what stood there, whatever its type.
-    /// @tparam T `float`, `int`, `unsigned int`, a `std::vector` of one of these, or `std::string`
+    /// Stores `value` under `key`. Replaces a value of the same key, whatever its type.
+    /// @tparam T `float`, `int`, `unsigned int`, a `std::vector` of one of these, or `std::string`;
+    ///     a vector is accepted here and refused by the operation that has to write it
     template <class T>
     void set(const std::string& key, const T& value);
 
-    /// Stores a zero-terminated text.
+    /// Stores a copy of a zero-terminated string, which must not be null.
+    /// @{
     void set(const std::string& key, const char* value);
+    void set(const std::string& key, char* value) { set(key, static_cast<const char*>(value)); }
+    /// @}
 
 private:
     friend struct ValueAccess;
-    std::map<std::string, AttributeVariant>* data_;
+    std::map<std::string, AttributeVariant>* data_; // null in a moved-from object only
 };
 
-// The primary template is there for calls with other types only, to say what is wrong with them;
-// the types that exist are specialised in the library.
+// Only calls with other types use the primary template; they get its message. The types it lists
+// are specialised in the library.
 
 template <class T>
 void Attributes::set(const std::string&, const T&) {

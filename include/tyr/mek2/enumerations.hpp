@@ -1,5 +1,19 @@
 /// @file
 /// The enumerations of the public interface.
+///
+/// @code
+/// #include <tyr/mek2/model.hpp>
+///
+/// int main() {
+///     using namespace Tyr::Mek2;
+///     Model model;
+///     model.saveTo("enumerations.mek", SaverOptions{true});
+///     model.addNode(NodeType::RootGroup, "root");
+///     const unsigned int shape = model.addNode(NodeType::Shape, "beam");
+///     const Array2d<float> ends(2, 3, {0, 0, 0, 1, 0, 0}); // Coordinates: width 3
+///     model.addArrayProperty(DatasetType::Coordinates, ends, shape, Step{});
+/// }
+/// @endcode
 #pragma once
 
 #include <cstdint>
@@ -10,17 +24,18 @@ namespace Tyr::Mek2 {
 enum class NodeType : std::int32_t {
     FlaggedRootGroup = 1, ///< root only: a group whose root flag is set
     RootGroup = 2,        ///< root only: a group
-    Group = 3,            ///< a group, as root or below
-    Shape = 4             ///< a shape; below the root with a geometry of the same name
+    Group = 3,            ///< a group, as the root or below it
+    Shape = 4             ///< a shape; below the root it gets a geometry of the same name
 };
 
-/// Key of a node property, see `Model::setNodeData`.
+/// Key of a node property, see `Model::setNodeData`. The comments give the type of the value.
 ///
-/// Keys 0 to 2 belong to groups, the others to shapes.
+/// Keys 0 to 2 are for groups, the others for shapes. A point is scaled first, then rotated, then
+/// translated. Channels of colours are red, green, blue, from 0 to 1.
 enum class PropertyType : std::int32_t {
-    Translation = 0,      ///< `std::vector<float>` of 3
-    Rotation = 1,         ///< `std::vector<float>` of 4, stored as given
-    Scale = 2,            ///< `std::vector<float>` of 3
+    Translation = 0,      ///< `std::vector<float>` of 3: x, y, z
+    Rotation = 1,         ///< `std::vector<float>` of 4: axis x, y, z and angle in radians
+    Scale = 2,            ///< `std::vector<float>` of 3: factors for x, y, z
     DiffuseColor = 3,     ///< `std::vector<float>` of 3 or 4; the fourth is not used
     SpecularColor = 4,    ///< `std::vector<float>` of 3 or 4; the fourth is not used
     EmissiveColor = 5,    ///< `std::vector<float>` of 3
@@ -31,43 +46,51 @@ enum class PropertyType : std::int32_t {
     MaterialFlag = 10     ///< `bool`
 };
 
-/// What an array is. It fixes the numbers per row, the name used when the caller gives none, and
-/// the kind of variable that a reader finds.
+/// What an array is. The type determines the width (numbers per row), the default name of the
+/// variable, and the type of the variable in the file.
 ///
-/// A value of width 1 takes an `Array1d` or an `Array2d` of one column, a value of width 3 or 6 an
-/// `Array2d` of that many columns. The element type is free.
+/// Width 1 takes an `Array1d` or an `Array2d` of one column, width 3 or 6 an `Array2d` of that many
+/// columns. The elements are `float` or `unsigned int` for every type. The last digit of the mesh
+/// types is 0 for lines, 1 for surfaces, 2 for solids. Results A are values at nodes, results B
+/// values of elements; C and D have no fixed meaning. The digit of a result is its width: 1 for a
+/// scalar, 3 for a vector, 6 for a symmetric tensor (xx, yy, zz, xy, yz, xz).
 enum class DatasetType : std::int32_t {
-    Connectivity0 = 0,  ///< width 1, "Connectivity"
-    Connectivity1 = 1,  ///< width 1, "Connectivity"
-    Connectivity2 = 2,  ///< width 1, "Connectivity"
-    Polylength0 = 3,    ///< width 1, "Polylength"
-    Polylength1 = 4,    ///< width 1, "Polylength"
-    Polylength2 = 5,    ///< width 1, "Polylength"
-    PartElements0 = 6,  ///< width 1, "Part Elements"
-    PartElements1 = 7,  ///< width 1, "Part Elements"
-    PartElements2 = 8,  ///< width 1, "Part Elements"
-    Coordinates = 9,    ///< width 3, "Coordinates"
-    ResultA1 = 10,      ///< width 1, no default name
-    ResultA3 = 11,      ///< width 3, no default name
-    ResultA6 = 12,      ///< width 6, no default name
-    ResultA6b = 13,     ///< width 6, no default name
-    ResultB1 = 14,      ///< width 1, no default name
-    ResultB3 = 15,      ///< width 3, no default name
-    ResultB6 = 16,      ///< width 6, no default name
-    ResultB6b = 17,     ///< width 6, no default name
-    ResultC1 = 18,      ///< width 1, no default name
-    ResultC3 = 19,      ///< width 3, no default name
-    ResultC6 = 20,      ///< width 6, no default name
-    ResultC6b = 21,     ///< width 6, no default name
-    ResultD1 = 22,      ///< width 1, no default name
-    ResultD1b = 23,     ///< width 1, no default name
-    ResultD3 = 24,      ///< width 3, no default name
-    ResultD6 = 25,      ///< width 6, no default name
-    ResultD6b = 26,     ///< width 6, no default name
-    NodeIds = 27,       ///< width 1, "Node Ids"
-    ElementIds = 28,    ///< width 1, "Element IDs"
-    Displacement3 = 29, ///< width 3, "Displacement"
-    Displacement6 = 30  ///< width 6, "Displacement"
+    // width 1, "Connectivity": rows of the coordinates, element after element
+    Connectivity0 = 0,
+    Connectivity1 = 1,
+    Connectivity2 = 2,
+    // width 1, "Polylength": number of nodes of each element
+    Polylength0 = 3,
+    Polylength1 = 4,
+    Polylength2 = 5,
+    // width 1, "Part Elements"
+    PartElements0 = 6,
+    PartElements1 = 7,
+    PartElements2 = 8,
+    // width 3, "Coordinates"
+    Coordinates = 9,
+    // no default name
+    ResultA1 = 10,
+    ResultA3 = 11,
+    ResultA6 = 12,
+    ResultA6b = 13,
+    ResultB1 = 14,
+    ResultB3 = 15,
+    ResultB6 = 16,
+    ResultB6b = 17,
+    ResultC1 = 18,
+    ResultC3 = 19,
+    ResultC6 = 20,
+    ResultC6b = 21,
+    ResultD1 = 22,
+    ResultD1b = 23,
+    ResultD3 = 24,
+    ResultD6 = 25,
+    ResultD6b = 26,
+    NodeIds = 27,       ///< width 1, "Node Ids", like `ResultA1`
+    ElementIds = 28,    ///< width 1, "Element IDs", like `ResultB1`
+    Displacement3 = 29, ///< width 3, "Displacement", like `ResultA3`
+    Displacement6 = 30  ///< width 6, "Displacement", like `ResultA6`
 };
 
 } // namespace Tyr::Mek2

@@ -1,14 +1,21 @@
 /// @file
-/// `Model`, the one class through which an application writes a file; brings in all value types.
+/// `Model`, the class that writes files. Includes all value types.
 ///
 /// @code
-/// Tyr::Mek2::Model model;
-/// model.saveTo("plate.mek");
-/// model.addNode(Tyr::Mek2::NodeType::RootGroup, "plate");
-/// const unsigned int mesh = model.addNode(Tyr::Mek2::NodeType::Shape, "surface");
-/// model.addArrayProperty(Tyr::Mek2::DatasetType::Coordinates, coordinates, mesh,
-///                        Tyr::Mek2::Step{});
-/// model.close();
+/// #include <tyr/mek2/model.hpp>
+///
+/// int main() {
+///     using namespace Tyr::Mek2;
+///     Model model;
+///     model.saveTo("line.mek", SaverOptions{true}); // true: replace an existing file
+///     model.addNode(NodeType::RootGroup, "root");
+///     const unsigned int mesh = model.addNode(NodeType::Shape, "line");
+///     model.addArrayProperty(DatasetType::Coordinates, Array2d<float>(2, 3), mesh, Step{});
+///     model.addArrayProperty(DatasetType::Connectivity0, Array1d<unsigned int>{0, 1}, mesh,
+///                            Step{});
+///     model.addArrayProperty(DatasetType::Polylength0, Array1d<unsigned int>{2}, mesh, Step{});
+///     model.close();
+/// }
 /// @endcode
 #pragma once
 
@@ -20,223 +27,250 @@
 #include <tyr/mek2/saveroptions.hpp>
 #include <tyr/mek2/step.hpp>
 
+#include <cstddef>
+#include <initializer_list>
 #include <map>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace Tyr::Mek2 {
 
 class Database;
 
-/// The types of text that `Model::saveTo` takes a path in. (No condition stands in the operation
-/// itself: compilers disagree in the symbols for that.)
-template <class S>
-struct PathText {};
-template <>
-struct PathText<std::string> {
-    using Result = void;
-};
-template <>
-struct PathText<std::wstring> {
-    using Result = void;
-};
-
-/// Writes models: any number of write cycles, one after the other, each on a file of its own.
+/// Writes models: any number of write cycles, one after the other, each to one file.
 ///
-/// A write cycle starts with `saveTo` and ends with `close`, or with the destruction of the
-/// `Model`. In between the content tree is built, and every array goes to the file at once, so
-/// that memory stays bounded by one block of bulk data (200 MiB unless the environment variable
-/// MEKWRITER_DEFAULT_BLOCK_SIZE says otherwise), its compressed form while it is written, and a
-/// copy of the array at hand. The tree and all light data follow at `close`; a file that was not
-/// closed has no index and cannot be read.
+/// A write cycle starts with `saveTo`. It ends with `close`, or with the destruction of the
+/// `Model`. In between, the application builds the tree and adds arrays:
+/// - Arrays are compressed and written while they are added. Memory use is one block (200 MiB, or
+///   what the environment variable MEKWRITER_DEFAULT_BLOCK_SIZE sets), its compressed form while it
+///   is written, and a copy of the array.
+/// - Names, attributes, materials and the tree are written at `close`. Until then the file is
+///   unfinished: it has no index and cannot be read.
 ///
-/// Nodes have ids: 1 is the root, 0 stands for none, the others count up from 2 in order of
-/// creation. The tree has a current node. `addNode` adds below it, and each operation says where
-/// it stands afterwards.
+/// Every node has an id. The root is 1, the others are numbered from 2 in order of creation; 0 is
+/// no node. The tree has a current node, below which `addNode` adds. Each operation says which node
+/// is the current one afterwards.
 ///
-/// Failures are thrown (`<tyr/exception/exception.hpp>`), with no rollback of what was done before;
-/// afterwards the `Model` can still be closed, destroyed or, once closed, used again. Besides the
-/// failures told, `std::bad_alloc` and, for block memory, `MemoryAllocationException` can come out
-/// of every operation.
+/// Errors are exceptions of `<tyr/exception/exception.hpp>`. What was done before an error stays,
+/// and the `Model` can be used, closed or destroyed. Every operation may also raise
+/// `std::bad_alloc` and, for the memory of a block, `MemoryAllocationException`.
 ///
-/// A `Model` is for one thread at a time; different `Model` objects may be used on different
-/// threads at once.
+/// One thread at a time may use a `Model`. Different objects may be used from different threads at
+/// the same time.
 class MEKAPI2_API Model {
 public:
-    /// No id is ever this value. A look-up that finds nothing gives 0.
+    /// A number that is never an id. No operation returns it: a look-up that finds nothing gives 0.
     static constexpr unsigned int INVALID_ID = 0xFFFFFFFF;
 
     /// "/"
     static const std::string& defaultPathSeparator();
 
+    /// No write cycle is open.
     Model();
 
-    /// Ends a running write cycle like `close`. A failure of that is swallowed, after the stream
-    /// was closed and the memory released; call `close` to hear of it.
+    /// Ends an open write cycle like `close`. Errors are discarded; call `close` to receive them.
+    /// The stream is closed and memory released in any case.
     ~Model();
 
     Model(const Model&) = delete;
     Model& operator=(const Model&) = delete;
 
-    /// Takes over the running write cycle; `other` is as new afterwards. Takes memory for that, and
-    /// changes nothing where there is none.
+    /// Moves the open write cycle from `other`, which is left as if default-constructed. Allocates;
+    /// if that fails, neither object changes.
     Model(Model&& other);
 
-    /// Takes over the write cycle of `other`, which is as new afterwards, and ends this object's
-    /// own as the destructor does.
+    /// As the constructor. An open write cycle of this object ends as in the destructor.
     Model& operator=(Model&& other);
 
-    /// Starts a write cycle: creates the file and writes its head.
+    /// Starts a write cycle: creates the file and writes its head. The tree is empty, and its
+    /// current node is where the root will be.
     ///
-    /// An empty path starts a write cycle without a file: the tree can be built, arrays are
-    /// refused, and `close` writes nothing. Each call seeds `std::rand` of the process with 0.
+    /// With an empty path there is no file: the tree can be built, `addArrayProperty` refuses
+    /// arrays, and `close` writes nothing. Each call seeds `std::rand` of the process with 0.
     ///
-    /// @tparam S `std::string`, or `std::wstring` (on POSIX the file name is its UTF-8 form)
-    /// @throws InvalidObjectState "Not Empty": a write cycle is running; it goes on undisturbed
-    /// @throws FileOpenException "File exists.": and `options.overwrite` is false
-    /// @throws MiscelleneousException "Unable to open file ...": the system cannot open it
+    /// @tparam S `std::string`, or `std::wstring` (on POSIX, the file name is its UTF-8 form)
+    /// @throws InvalidObjectState "Not Empty": a write cycle is open; it is not changed
+    /// @throws FileOpenException "File exists.": `options.overwrite` is false; the file is kept
+    /// @throws MiscelleneousException "Unable to open file ...": the system cannot open the file
     ///
-    /// After the last two failures the write cycle runs without a file until `close`.
+    /// After the last two exceptions a write cycle without a file is open. Call `close` before the
+    /// next `saveTo`.
     template <class S>
-    typename PathText<S>::Result saveTo(const S& path,
-                                        const SaverOptions& options = SaverOptions());
+    void saveTo(const S& path, const SaverOptions& options = SaverOptions());
 
     /// The same for a zero-terminated path, which must not be null.
     /// @tparam CharT `char` or `wchar_t`
+    /// @{
     template <class CharT>
     void saveTo(const CharT* const path, const SaverOptions& options = SaverOptions());
+    template <class CharT>
+    void saveTo(CharT* path, const SaverOptions& options = SaverOptions());
+    /// @}
 
-    /// Ends the write cycle: writes the tree, all light data and the index, and closes the file.
-    /// Every byte has been handed to the system when it returns. Without a write cycle it does
-    /// nothing.
+    /// Ends the write cycle: writes everything that is left and the index, and closes the file.
+    /// Does nothing if no write cycle is open. There is no current node afterwards.
     ///
-    /// After a failure the file is incomplete, without an index. The write cycle is then still
-    /// open, and a further `close` drops it without saving again.
+    /// After an error the file stays unfinished and the write cycle open. A second `close` drops
+    /// the write cycle without writing. Errors that a network file system or a quota reports only
+    /// on `close(2)` are not detected.
     ///
     /// @throws FileWriteException "Unable to write to file" or "Saving the buffer failed": the
-    ///     system refused bytes or a position
-    /// @throws OverflowError, MiscelleneousException "Unable to compress block": the light data of
-    ///     one kind, or its compressed form, has 2^32 bytes or more
+    ///     system could not write or seek
+    /// @throws OverflowError a stream other than the arrays has 2^32 bytes or more
+    /// @throws MiscelleneousException "Unable to compress block"
     void close();
 
-    /// Adds a node below the current node, or as the root if there is none yet.
+    /// Adds a node below the current node, or the root if there is none yet.
     ///
-    /// Names need not be unique. Of a shape the id of its geometry is returned, which is the one
-    /// that `addArrayProperty` takes; the shape's own id is one lower. A root shape has no
-    /// geometry. Attributes are for groups; those of a shape are not looked at.
+    /// Names need not be unique. For a shape two nodes are added, the shape and its geometry; the
+    /// returned id is that of the geometry, to which `addArrayProperty` attaches arrays. The id of
+    /// the shape is one lower. A root shape has no geometry. Attributes of a shape are ignored.
     ///
-    /// Afterwards the current node is the one whose id is returned. A failure changes nothing.
+    /// Afterwards the current node is the one whose id is returned. An error changes nothing.
     ///
     /// @return the new id
-    /// @throws InvalidObjectState "File not open.": no write cycle
-    /// @throws InvalidArguments "Invalid node type for root node", "Invalid node type", or an
-    ///     attribute of a kind that cannot be stored
-    /// @throws KeyNotFound a failed `addArrayProperty` left an unknown id as the current node
+    /// @throws InvalidObjectState "File not open.": no write cycle is open
+    /// @throws InvalidArguments "Invalid node type for root node"; "Invalid node type"; or an
+    ///     attribute that cannot be stored
+    /// @throws KeyNotFound the current node is an unknown id, left by `addArrayProperty`
     unsigned int addNode(NodeType type, const std::string& name,
                          const Attributes& attributes = emptyAttributes());
 
-    /// Makes `id` the current node.
-    /// @throws InvalidObjectState "Not initialized": no write cycle
+    /// Makes `id` the current node. An error changes nothing.
+    /// @throws InvalidObjectState "Not initialized": no write cycle is open
     /// @throws OutOfBounds no node has this id
     void setCurrentNodeId(unsigned int id);
 
-    /// Makes the parent the current node; on the root it does nothing.
-    /// @throws InvalidObjectState "Not initialized": no write cycle
-    /// @throws KeyNotFound a failed `addArrayProperty` left an unknown id as the current node
+    /// Makes the parent of the current node the current node. Does nothing at the root.
+    /// @throws InvalidObjectState "Not initialized": no write cycle is open
+    /// @throws KeyNotFound the current node is an unknown id, left by `addArrayProperty`
     void moveToParentNode();
 
-    /// Finds a node by its path from the root: separator, root name, separator, name and so on.
+    /// Finds a node by its path: separator, name of the root, separator, next name, and so on.
     ///
-    /// `separator` is taken as one whole text, and what stands in its place behind the root's name
-    /// is not compared with it. Of children of equal name the first added is found; groups and
-    /// shapes are not told apart. A shape's geometry has the path of the shape with the shape's
-    /// name once more. Afterwards the current node is the root, unless `path` is empty.
+    /// `separator` is one string. After the root's name, as many bytes as it has are skipped
+    /// without being compared. The first added of several children with the same name is found,
+    /// whether it is a group or a shape. The path of a geometry is that of its shape, separator,
+    /// and the name of the shape again.
+    ///
+    /// Afterwards the current node is the root, also if nothing was found; with an empty path it
+    /// does not change.
     ///
     /// @return the id, or 0 if there is no such node
-    /// @throws InvalidObjectState "Not initialized": no write cycle
+    /// @throws InvalidObjectState "Not initialized": no write cycle is open
     unsigned int getNodeId(const std::string& path,
                            const std::string& separator = defaultPathSeparator());
 
-    /// The same from the names of the path, the root's first. No name may hold the character 0x1E.
+    /// The same for the names of the path, that of the root first. No name may contain the
+    /// character 0x1E.
+    /// @{
     unsigned int getNodeId(const std::vector<std::string>& components);
+    unsigned int getNodeId(std::initializer_list<std::string> components);
+    /// @}
 
-    /// Sets the placement or attributes of a group, or the look of a shape.
+    /// Names need no separator: refuses two string literals, which would be read as a range.
+    template <std::size_t N, std::enable_if_t<N == 2, int> = 0>
+    unsigned int getNodeId(const char* const (&components)[N],
+                           const std::string& separator) = delete;
+
+    /// Sets the placement or attributes of a group, or the material of a shape.
     ///
-    /// The id of a geometry stands for its shape. Properties are applied in ascending order of
-    /// their keys; when one fails those before it stay applied. Attributes are added to a group's
-    /// own or replace those of the same key; on other nodes they are not looked at. All of it is
-    /// written at `close`, so the last value wins.
+    /// For the id of a geometry, the material of its shape is set. Properties are applied in
+    /// ascending order of their keys; after an error, those before it stay applied. Attributes are
+    /// added to those of a group and replace those of the same key; for other nodes they are
+    /// ignored. Values are written at `close`, so the last value of a key counts.
     ///
-    /// Afterwards the current node is `id`, or the shape if `id` is its geometry, also where a
-    /// property or an attribute was refused.
+    /// Afterwards the current node is `id`, or the shape if `id` is its geometry. This holds after
+    /// the last two exceptions, too; the first two change nothing.
     ///
-    /// @throws InvalidObjectState "File not open.": no write cycle
+    /// @throws InvalidObjectState "File not open.": no write cycle is open
     /// @throws OutOfBounds no node has this id
-    /// @throws InvalidArguments "Invalid property type": key does not fit the node; "Invalid
-    ///     properties": unknown key; "invalid array size": wrong number of values; or an attribute
-    ///     of a kind that cannot be stored
-    /// @throws TemplateSpecializationNotDefined a value of another type than the key demands
+    /// @throws InvalidArguments "Invalid property type": the key is for another kind of node;
+    ///     "Invalid properties": unknown key; "invalid array size": wrong number of values; or an
+    ///     attribute that cannot be stored
+    /// @throws TemplateSpecializationNotDefined the value has not the type of the key
     void setNodeData(unsigned int id, const NodeProperties& properties,
                      const Attributes& attributes = emptyAttributes());
 
-    /// Adds all groups and shapes that a list of paths names, and reuses those that exist.
+    /// Adds the groups and shapes of a list of paths. Nodes that exist are reused.
     ///
-    /// A path starts with the separator and the root's name. One that ends in the separator leads
-    /// to a group, any other to a shape; all names before the last are groups. Every single byte of
-    /// `separator` cuts, so that it should be an ASCII character, and empty names between cuts are
-    /// passed over.
+    /// A path starts with the separator and the name of the root. A path that ends in the separator
+    /// leads to a group, any other path to a shape; all names before the last are groups. Every
+    /// byte of `separator` separates names, so it should be one ASCII character. Empty names are
+    /// ignored.
     ///
-    /// Afterwards the current node is the end of the last path that has a name.
+    /// Afterwards the current node is the end of the last path that contains a name. After an error
+    /// the nodes that were added before it stay.
     ///
-    /// @return one id for each path, in order: of the group, of the geometry below the shape, 1
-    ///     for the root's own path, or 0 for a path without any name
-    /// @throws InvalidObjectState "File not open.": no write cycle
-    /// @throws InvalidArguments "Relative paths not supported"
-    /// @throws NotYetImplemented a path starts with another name than the root's
+    /// @return one id for each path, in the same order: of the group, or of the geometry below the
+    ///     shape; 1 for the path of the root; 0 for a path without a name
+    /// @throws InvalidObjectState "File not open.": no write cycle is open
+    /// @throws InvalidArguments "Relative paths not supported": a path does not start with
+    ///     `separator`
+    /// @throws NotYetImplemented a path starts with another name than that of the root
+    /// @{
     Array1d<unsigned int> addAssemblyComponents(
         const std::vector<std::string>& paths,
         const std::string& separator = defaultPathSeparator());
+    Array1d<unsigned int> addAssemblyComponents(
+        std::initializer_list<std::string> paths,
+        const std::string& separator = defaultPathSeparator());
+    /// @}
 
-    /// The same with attributes for the groups at the ends of paths, in the order of the map.
-    /// They are added to the group's own or replace those of the same key.
-    /// @throws InvalidArguments also for an attribute of a kind that cannot be stored
+    /// The same with attributes for the groups at the ends of paths; the ids are in the order of
+    /// the map. Attributes are added to those of the group and replace those of the same key;
+    /// attributes of shapes are ignored.
+    /// @throws InvalidArguments also for an attribute that cannot be stored
+    /// @{
     Array1d<unsigned int> addAssemblyComponents(
         const std::map<std::string, Attributes>& paths,
         const std::string& separator = defaultPathSeparator());
+    Array1d<unsigned int> addAssemblyComponents(
+        std::initializer_list<std::pair<const std::string, Attributes>> paths,
+        const std::string& separator = defaultPathSeparator());
+    /// @}
 
-    /// Streams an array into the file and makes it a named variable of geometries, for steps.
+    /// Writes an array to the file and attaches it as a named variable to geometries, for steps.
     ///
-    /// The array is written once. The first pair of a geometry and a step owns it and carries the
-    /// attributes; all further pairs become links to the first. A variable's name is `name`, and
-    /// behind it, if the step has a name, the character 0x1E and that. Ids of groups and shapes
-    /// are passed over. A variable of that name which the geometry has already gets the new data,
-    /// and the attributes are added to its own. Attributes of the call win over those of a step.
-    /// The keys "Complex", "Contents", "DataSource", "DataType", "Structure" and those that begin
-    /// with "Link." are left out; "Category" with the text "Vibration" marks the variable as a
-    /// vibration.
+    /// The array is written once. There is one variable for each pair of an id and a step, in the
+    /// order of the ids. The first variable owns the array and carries the attributes; the others
+    /// are links to it. Ids of groups and shapes are ignored.
     ///
-    /// With no rows or no ids nothing happens, once the type is known to be good. Otherwise, if
-    /// there are steps, the current node afterwards is the last id that was handled. After a
-    /// failure the pairs handled before it keep their variables, and the data stays in the file
-    /// even if no variable refers to it.
+    /// The name of a variable is `name`. If the step has a name, the character 0x1E and that name
+    /// follow. If the geometry has a variable of this name, the variable gets the new array, and
+    /// the attributes are added to its attributes.
     ///
-    /// @tparam Array `Array1d` or `Array2d` of `float` or `unsigned int`
+    /// Attributes of the call replace those of the step with the same key. The keys "Complex",
+    /// "Contents", "DataSource", "DataType", "Structure" and those that start with "Link." are not
+    /// written. "Category" with the string "Vibration" marks the variable as a vibration.
+    ///
+    /// Does nothing if there are no rows or no ids; the type is checked first. Otherwise, if there
+    /// are steps, the current node afterwards is the last id. After an error, the variables that
+    /// were attached before it stay, and the array may stay in the file without a variable.
+    ///
+    /// @warning If the first variable is a link of an earlier call, it stays a link: no variable
+    ///     refers to the new array then, and links can form a circle. Use new names, or set
+    ///     `SaverOptions::relinkReplaced`.
+    ///
+    /// @tparam Array `Array1d` or `Array2d` of `float` or `unsigned int`; see `DatasetType` for its
+    ///     shape
     /// @tparam Id `unsigned int` or `Array1d<unsigned int>`: ids of geometries
     /// @tparam Steps `Step` or `StepList`
-    /// @throws InvalidObjectState "File not open.": no write cycle, or one without a file
-    /// @throws InvalidArguments unknown type, wrong number of columns, or an attribute of a kind
-    ///     that cannot be stored
-    /// @throws OverflowError 2^31 or more rows or ids, or a dataset of 2^32 bytes or more
+    /// @throws InvalidObjectState "File not open.": no write cycle is open, or it has no file
+    /// @throws InvalidArguments "Can't guess result width for specified type": unknown type;
+    ///     "Invalid arguments": wrong number of columns, or an attribute that cannot be stored
+    /// @throws OverflowError 2^31 or more rows or ids, or an array of 2^32 bytes or more
     /// @throws KeyNotFound an id is not in the tree; it is the current node then
-    /// @throws FileWriteException the system refused bytes; `close` will fail as well
+    /// @throws FileWriteException the system could not write; `close` will fail, too
     template <class Array, class Id, class Steps>
     void addArrayProperty(const std::string& name, DatasetType type, const Array& array,
                           const Id& ids, const Steps& steps,
                           const Attributes& attributes = emptyAttributes());
 
-    /// The same under the name that belongs to `type`.
-    /// @throws InvalidArguments also for a type that has no name of its own
+    /// The same with the default name of `type`.
+    /// @throws InvalidArguments "Can't guess result name for specified type": it has none
     template <class Array, class Id, class Steps>
     void addArrayProperty(DatasetType type, const Array& array, const Id& ids, const Steps& steps,
                           const Attributes& attributes = emptyAttributes());
@@ -247,7 +281,7 @@ private:
     Database* database_;
 };
 
-/// Tells whether `Model::addArrayProperty` exists for these argument types.
+/// True if `Model::addArrayProperty` exists for these argument types.
 template <class Array, class Id, class Steps>
 inline constexpr bool isArrayPropertyCall = std::conjunction_v<
     std::disjunction<
@@ -256,8 +290,27 @@ inline constexpr bool isArrayPropertyCall = std::conjunction_v<
     std::disjunction<std::is_same<Id, unsigned int>, std::is_same<Id, Array1d<unsigned int>>>,
     std::disjunction<std::is_same<Steps, Step>, std::is_same<Steps, StepList>>>;
 
-// The primary templates are there for calls with other types only, to say what is wrong with them;
-// the types that exist are specialised in the library.
+// Only calls with other types use the primary templates; they get the message. The types that it
+// lists are specialised in the library.
+
+template <class S>
+void Model::saveTo(const S&, const SaverOptions&) {
+    static_assert(std::disjunction_v<std::is_same<S, std::string>, std::is_same<S, std::wstring>>,
+                  "Model::saveTo takes a path as std::string, std::wstring, const char* or "
+                  "const wchar_t*");
+}
+
+template <class CharT>
+void Model::saveTo(const CharT* const, const SaverOptions&) {
+    static_assert(std::disjunction_v<std::is_same<CharT, char>, std::is_same<CharT, wchar_t>>,
+                  "Model::saveTo takes a path as std::string, std::wstring, const char* or "
+                  "const wchar_t*");
+}
+
+template <class CharT>
+void Model::saveTo(CharT* path, const SaverOptions& options) {
+    saveTo(static_cast<const CharT*>(path), options);
+}
 
 template <class Array, class Id, class Steps>
 void Model::addArrayProperty(const std::string&, DatasetType, const Array&, const Id&, const Steps&,
@@ -275,7 +328,6 @@ void Model::addArrayProperty(DatasetType, const Array&, const Id&, const Steps&,
                   "an id (unsigned int) or Array1d<unsigned int> of ids, and a Step or StepList");
 }
 
-/// Applies MACRO(array, id, steps) to all types that `Model::addArrayProperty` exists for.
 #define TYR_MEK2_FOR_ARRAY(MACRO, ARRAY)      \
     MACRO(ARRAY, unsigned int, Step)          \
     MACRO(ARRAY, unsigned int, StepList)      \
@@ -296,6 +348,8 @@ void Model::addArrayProperty(DatasetType, const Array&, const Id&, const Steps&,
                                              const Attributes&);
 TYR_MEK2_FOR_ARRAY_PROPERTIES(TYR_MEK2_DECLARE)
 #undef TYR_MEK2_DECLARE
+#undef TYR_MEK2_FOR_ARRAY_PROPERTIES
+#undef TYR_MEK2_FOR_ARRAY
 
 template <>
 MEKAPI2_API void Model::saveTo(const std::string& path, const SaverOptions& options);

@@ -1,5 +1,19 @@
 /// @file
-/// Node properties: placement of a group, look of a shape.
+/// Node properties: the placement of a group, the material of a shape.
+///
+/// @code
+/// #include <tyr/mek2/model.hpp>
+///
+/// int main() {
+///     using namespace Tyr::Mek2;
+///     NodeProperties turned;
+///     turned.set(PropertyType::Rotation, std::vector<float>{0, 0, 1, 1.5708F}); // about z
+///     turned.set(PropertyType::Translation, std::vector<float>{2, 0, 0});
+///     Model model;
+///     model.saveTo(""); // no file: the tree exists in memory only
+///     model.setNodeData(model.addNode(NodeType::RootGroup, "arm"), turned);
+/// }
+/// @endcode
 #pragma once
 
 #include <tyr/export.hpp>
@@ -15,13 +29,16 @@ namespace Tyr::Mek2 {
 
 struct ValueAccess;
 
-/// Every kind of value that a property can hold before an operation uses it.
+/// Every kind of value that a property can have. `bool` is stored as `int`.
 using NodePropertyVariant =
     std::variant<int, float, std::string, std::vector<int>, std::vector<float>>;
 
-/// A map from `PropertyType` to value, ordered by the number of the key. A copy is a deep copy.
-/// Whether a value fits its key is looked at by `Model::setNodeData`, not here. Different objects
-/// may be used from different threads.
+/// A map from `PropertyType` to value, ordered by the number of the key. `Model::setNodeData`
+/// checks whether a value fits its key.
+///
+/// A copy is a deep copy. A moved-from object is empty and can be used again. Everything but moves
+/// and destruction allocates and raises `std::bad_alloc` if there is no memory; the object then
+/// keeps its content. Different objects may be used from different threads at the same time.
 class MEKAPI2_API NodeProperties {
 public:
     /// No properties.
@@ -33,24 +50,34 @@ public:
     const NodeProperties& operator=(const NodeProperties& other);
     /// @}
 
+    /// Takes the content of `other`, which is empty afterwards.
+    /// @{
+    NodeProperties(NodeProperties&& other) noexcept;
+    NodeProperties& operator=(NodeProperties&& other) noexcept;
+    /// @}
+
     ~NodeProperties();
 
-    /// Stores `value` under `type` and replaces what stood there, whatever its type.
+    /// Stores `value` under `type`. Replaces a value of the same key, whatever its type.
     /// @tparam T `int`, `float`, `std::string`, `std::vector<int>`, `std::vector<float>`, or
     ///     `bool`, which is stored as the `int` 1 or 0
     template <class T>
     void set(PropertyType type, const T& value);
 
-    /// Stores a zero-terminated text.
+    /// Stores a copy of a zero-terminated string, which must not be null. No key of `PropertyType`
+    /// takes a string.
+    /// @{
     void set(PropertyType type, const char* value);
+    void set(PropertyType type, char* value) { set(type, static_cast<const char*>(value)); }
+    /// @}
 
 private:
     friend struct ValueAccess;
-    std::map<PropertyType, NodePropertyVariant>* data_;
+    std::map<PropertyType, NodePropertyVariant>* data_; // null in a moved-from object only
 };
 
-// The primary template is there for calls with other types only, to say what is wrong with them;
-// the types that exist are specialised in the library.
+// Only calls with other types use the primary template; they get its message. The types it lists
+// are specialised in the library.
 
 template <class T>
 void NodeProperties::set(PropertyType, const T&) {

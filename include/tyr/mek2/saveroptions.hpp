@@ -1,21 +1,36 @@
 /// @file
 /// Options of a write cycle.
+///
+/// @code
+/// #include <tyr/mek2/model.hpp>
+///
+/// int main() {
+///     Tyr::Mek2::SaverOptions options;
+///     options.overwrite = true;
+///     options.toolName = "my solver";
+///     options.toolVersion = "1.2";
+///     Tyr::Mek2::Model model;
+///     model.saveTo("options.mek", options);
+///     model.close();
+/// }
+/// @endcode
 #pragma once
 
 #include <string>
 
 namespace Tyr::Mek2 {
 
-/// What `Model::saveTo` may do and what the file says about its writer.
+/// The options of `Model::saveTo`, which copies them. Different objects may be used from different
+/// threads at the same time.
 struct SaverOptions {
-    bool overwrite = false;    ///< false: a file that stands at the path is a failure
-    std::string toolName{};    ///< name of the writing program; empty: none is written
+    bool overwrite = false;    ///< false: an existing file is an error; true: it is replaced
+    std::string toolName{};    ///< name of the writing program; if empty, none is written
     std::string toolVersion{}; ///< its version; used only if `toolName` is not empty
-    std::string thirdText{};   ///< carried along, used by no operation
+    std::string thirdText{};   ///< not used
 
-    /// What an array becomes whose first variable is a link from an earlier call. False: the link
-    /// stays a link; its data can be reached only through its owner, and links can form circles.
-    /// True: the variable becomes the owner of the new array.
+    /// What happens to a new array if the first variable of the call is a link of an earlier call.
+    /// False: the variable stays a link, no variable refers to the new array, and links can form
+    /// circles. True: the variable becomes the owner of the new array.
     bool relinkReplaced = false;
 };
 

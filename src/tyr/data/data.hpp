@@ -1,11 +1,15 @@
 /// @file
-/// Bulk payload with its attributes.
+/// An array with its attributes.
 #pragma once
+
+#include "tyr/mek2/valuecopy.hpp"
 
 #include <utility>
 
 namespace Tyr::Data {
 
+/// The bulk payload of a call. Copies are safe when memory runs out: an assignment that fails
+/// changes nothing.
 template <class ArrayType, class MapType, class TraitsType>
 class Data {
 public:
@@ -14,13 +18,12 @@ public:
     using Traits = TraitsType;
 
     Data() = default;
-
-    /// Copies the array and takes the map over.
+    Data(const Array& values, const Map& map) : array(values), attributes(Mek2::copyOf(map)) {}
     Data(const Array& values, Map&& map) : array(values), attributes(std::move(map)) {}
 
-    Data(const Data&) = delete;
+    Data(const Data& other) : Data(other.array, other.attributes) {}
     Data(Data&&) = default;
-    Data& operator=(const Data&) = delete;
+    Data& operator=(const Data& other) { return *this = Data(other); }
     Data& operator=(Data&&) = default;
     virtual ~Data() = default;
 

@@ -7,12 +7,13 @@
 #include <iterator>
 #include <limits>
 #include <new>
+#include <utility>
 
 namespace Tyr::Mek2 {
 
 namespace {
 
-/// Refuses a size that the storage could only take as a negative one.
+/// @throws std::bad_alloc the size does not fit the signed type of the storage
 Eigen::Index toIndex(std::size_t size) {
     if (size > static_cast<std::size_t>(std::numeric_limits<Eigen::Index>::max())) {
         throw std::bad_alloc();
@@ -46,6 +47,11 @@ TableStorage<T>* newTable(std::size_t rows, std::size_t cols, Iterator first, It
     return table;
 }
 
+template <class T>
+T& elementOf(Table<T>& table, std::size_t row, std::size_t col) {
+    return table.data()[row * static_cast<std::size_t>(table.cols()) + col];
+}
+
 } // namespace
 
 template <class T>
@@ -66,7 +72,13 @@ Array1d<T>::Array1d(const std::initializer_list<T>& values)
     : data_(newColumn<T>(values.begin(), values.end())) {}
 
 template <class T>
-Array1d<T>::Array1d(const Array1d& other) : data_(new ColumnStorage<T>(*other.data_)) {}
+Array1d<T>::Array1d(const T* values, std::size_t n) : data_(newColumn<T>(values, values + n)) {}
+
+template <class T>
+Array1d<T>::Array1d(const Array1d& other) : data_(copyOfHeld(other.data_)) {}
+
+template <class T>
+Array1d<T>::Array1d(Array1d&& other) noexcept : data_(std::exchange(other.data_, nullptr)) {}
 
 template <class T>
 Array1d<T>::~Array1d() {
@@ -77,22 +89,37 @@ Array1d<T>::~Array1d() {
 template <class T>
 const Array1d<T>& Array1d<T>::operator=(const Array1d& other) {
     if (this != &other) {
-        // Eigen's own assignment frees the old elements before it takes memory for the new ones,
-        // and
-        // keeps a pointer to them when there is none
-        data_->values = copyOf(other.data_->values);
+        Array1d copy(other);
+        std::swap(data_, copy.data_);
     }
     return *this;
 }
 
 template <class T>
+Array1d<T>& Array1d<T>::operator=(Array1d&& other) noexcept {
+    Array1d taken(std::move(other));
+    std::swap(data_, taken.data_);
+    return *this;
+}
+
+template <class T>
 void Array1d<T>::copy_from(const T* source) {
-    std::copy_n(source, size(), data_->values.data());
+    std::copy_n(source, size(), data());
 }
 
 template <class T>
 std::size_t Array1d<T>::size() const {
-    return static_cast<std::size_t>(data_->values.size());
+    return static_cast<std::size_t>(heldBy(data_).values.size());
+}
+
+template <class T>
+T* Array1d<T>::data() {
+    return data_ == nullptr ? nullptr : data_->values.data();
+}
+
+template <class T>
+const T* Array1d<T>::data() const {
+    return heldBy(data_).values.data();
 }
 
 template <class T>
@@ -135,7 +162,16 @@ Array2d<T>::Array2d(std::size_t rows, std::size_t cols, const std::initializer_l
     : data_(newTable<T>(rows, cols, values.begin(), values.end())) {}
 
 template <class T>
-Array2d<T>::Array2d(const Array2d& other) : data_(new TableStorage<T>(*other.data_)) {}
+Array2d<T>::Array2d(const T* values, std::size_t rows, std::size_t cols)
+    : data_(newTable<T>(rows, cols, T())) {
+    copy_from(values);
+}
+
+template <class T>
+Array2d<T>::Array2d(const Array2d& other) : data_(copyOfHeld(other.data_)) {}
+
+template <class T>
+Array2d<T>::Array2d(Array2d&& other) noexcept : data_(std::exchange(other.data_, nullptr)) {}
 
 template <class T>
 Array2d<T>::~Array2d() {
@@ -146,39 +182,57 @@ Array2d<T>::~Array2d() {
 template <class T>
 const Array2d<T>& Array2d<T>::operator=(const Array2d& other) {
     if (this != &other) {
-        data_->values = copyOf(other.data_->values);
+        Array2d copy(other);
+        std::swap(data_, copy.data_);
     }
     return *this;
 }
 
 template <class T>
+Array2d<T>& Array2d<T>::operator=(Array2d&& other) noexcept {
+    Array2d taken(std::move(other));
+    std::swap(data_, taken.data_);
+    return *this;
+}
+
+template <class T>
 void Array2d<T>::copy_from(const T* source) {
-    std::copy_n(source, size(), data_->values.data());
+    std::copy_n(source, size(), data());
 }
 
 template <class T>
 std::size_t Array2d<T>::rows() const {
-    return static_cast<std::size_t>(data_->values.rows());
+    return static_cast<std::size_t>(heldBy(data_).values.rows());
 }
 
 template <class T>
 std::size_t Array2d<T>::cols() const {
-    return static_cast<std::size_t>(data_->values.cols());
+    return static_cast<std::size_t>(heldBy(data_).values.cols());
 }
 
 template <class T>
 std::size_t Array2d<T>::size() const {
-    return static_cast<std::size_t>(data_->values.size());
+    return static_cast<std::size_t>(heldBy(data_).values.size());
+}
+
+template <class T>
+T* Array2d<T>::data() {
+    return data_ == nullptr ? nullptr : data_->values.data();
+}
+
+template <class T>
+const T* Array2d<T>::data() const {
+    return heldBy(data_).values.data();
 }
 
 template <class T>
 T& Array2d<T>::operator()(std::size_t row, std::size_t col) {
-    return data_->values.data()[row * cols() + col];
+    return elementOf(data_->values, row, col);
 }
 
 template <class T>
 const T& Array2d<T>::operator()(std::size_t row, std::size_t col) const {
-    return data_->values.data()[row * cols() + col];
+    return elementOf(data_->values, row, col);
 }
 
 template class MEKAPI2_TEMPLATE_DEFINITION_API Array1d<unsigned int>;

@@ -1,22 +1,13 @@
 #include "tyr/mek2/arrayproperty.hpp"
 
-#include "tyr/exception/raise.hpp"
-
 #include <array>
-#include <cstddef>
 #include <cstdint>
 
 namespace Tyr::Mek2 {
 
 namespace {
 
-struct Dataset {
-    const char* name; ///< null: no name of its own
-    unsigned char width;
-    std::uint32_t variableType;
-};
-
-/// By number of the dataset type.
+/// Indexed by the number of the dataset type.
 constexpr std::array<Dataset, 31> datasets = {{
     {"Connectivity", 1, 4},  {"Connectivity", 1, 5},  {"Connectivity", 1, 6},
     {"Polylength", 1, 9},    {"Polylength", 1, 9},    {"Polylength", 1, 9},
@@ -31,35 +22,11 @@ constexpr std::array<Dataset, 31> datasets = {{
     {"Displacement", 6, 14},
 }};
 
-const Dataset* find(DatasetType type) {
-    const auto number = static_cast<std::uint32_t>(type);
-    return number < datasets.size() ? &datasets[number] : nullptr;
-}
-
 } // namespace
 
-unsigned char DatasetTable::widthFrom(DatasetType type) {
-    const Dataset* const dataset = find(type);
-    if (dataset == nullptr) {
-        TYR_RAISE(Exception::InvalidArguments("Can't guess result width for specified type"));
-    }
-    return dataset->width;
-}
-
-std::string DatasetTable::nameFrom(DatasetType type) {
-    const Dataset* const dataset = find(type);
-    if (dataset == nullptr || dataset->name == nullptr) {
-        TYR_RAISE(Exception::InvalidArguments("Can't guess result name for specified type"));
-    }
-    return dataset->name;
-}
-
-TyrMek::Geometry::VariableType DatasetTable::geomTypeFrom(DatasetType type) {
-    const Dataset* const dataset = find(type);
-    if (dataset == nullptr) {
-        TYR_RAISE(Exception::InvalidArguments("Can't guess result type for specified type"));
-    }
-    return static_cast<TyrMek::Geometry::VariableType>(dataset->variableType);
+const Dataset* findDataset(DatasetType type) {
+    const auto number = static_cast<std::uint32_t>(type);
+    return number < datasets.size() ? &datasets[number] : nullptr;
 }
 
 } // namespace Tyr::Mek2

@@ -1,50 +1,77 @@
 /// @file
-/// What `Model::addArrayProperty` writes, and the table of dataset types.
+/// The array that `Model::addArrayProperty` writes, and the table of dataset types.
 #pragma once
 
 #include <tyr/mek2/enumerations.hpp>
 
 #include "tyr/data/data.hpp"
+#include "tyr/exception/raise.hpp"
 #include "tyr/mek/geometry.hpp"
 #include "tyr/mek2/valuestorage.hpp"
 #include "tyr/type/traits.hpp"
 
+#include <cstdint>
 #include <string>
 #include <utility>
 
 namespace Tyr::Mek2 {
 
-/// What a dataset type fixes.
-/// @throws InvalidArguments "Can't guess result width for specified type" and its like, for a type
-///     that does not exist or has no name of its own
-struct DatasetTable {
-    static unsigned char widthFrom(DatasetType type);
-    static std::string nameFrom(DatasetType type);
-    static TyrMek::Geometry::VariableType geomTypeFrom(DatasetType type);
+/// The table of dataset types: one row.
+struct Dataset {
+    const char* name; ///< default name; null: none
+    unsigned char width;
+    std::uint32_t variableType;
 };
 
+/// The row of `type`, or null if there is no such type.
+const Dataset* findDataset(DatasetType type);
+
+/// An array with its attributes, name and type. The static operations read the table of dataset
+/// types.
 template <class Data>
 class ArrayProperty : public Data {
 public:
     ArrayProperty() = default;
-    ArrayProperty(const ArrayProperty&) = delete;
+    ArrayProperty(const ArrayProperty&) = default;
     ArrayProperty(ArrayProperty&&) = default;
-    ArrayProperty& operator=(const ArrayProperty&) = delete;
+    ArrayProperty& operator=(const ArrayProperty&) = default;
     ArrayProperty& operator=(ArrayProperty&&) = default;
     ~ArrayProperty() override = default;
 
-    static unsigned char widthFrom(DatasetType type) { return DatasetTable::widthFrom(type); }
-    static std::string nameFrom(DatasetType type) { return DatasetTable::nameFrom(type); }
-    static TyrMek::Geometry::VariableType geomTypeFrom(DatasetType type) {
-        return DatasetTable::geomTypeFrom(type);
+    /// @throws InvalidArguments "Can't guess result width for specified type": unknown type
+    static unsigned char widthFrom(DatasetType type) {
+        const Dataset* const dataset = findDataset(type);
+        if (dataset == nullptr) {
+            TYR_RAISE(Exception::InvalidArguments("Can't guess result width for specified type"));
+        }
+        return dataset->width;
     }
 
-    /// Takes over array and attributes.
-    void setData(Data&& data) { static_cast<Data&>(*this) = std::move(data); }
+    /// @throws InvalidArguments "Can't guess result name for specified type": unknown type, or one
+    ///     without a default name
+    static std::string nameFrom(DatasetType type) {
+        const Dataset* const dataset = findDataset(type);
+        if (dataset == nullptr || dataset->name == nullptr) {
+            TYR_RAISE(Exception::InvalidArguments("Can't guess result name for specified type"));
+        }
+        return dataset->name;
+    }
+
+    /// @throws InvalidArguments "Can't guess result type for specified type": unknown type
+    static TyrMek::Geometry::VariableType geomTypeFrom(DatasetType type) {
+        const Dataset* const dataset = findDataset(type);
+        if (dataset == nullptr) {
+            TYR_RAISE(Exception::InvalidArguments("Can't guess result type for specified type"));
+        }
+        return static_cast<TyrMek::Geometry::VariableType>(dataset->variableType);
+    }
+
+    /// Replaces array and attributes.
+    void setData(Data data) { static_cast<Data&>(*this) = std::move(data); }
 
     std::string name;
     DatasetType type = DatasetType::ResultA1;
-    unsigned char width = 1; ///< numbers per row that the type demands
+    unsigned char width = 1; ///< numbers per row that the type requires
 };
 
 template <class T>

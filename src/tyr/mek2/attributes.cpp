@@ -1,6 +1,6 @@
 #include <tyr/mek2/attributes.hpp>
 
-#include "tyr/mek2/valuecopy.hpp"
+#include "tyr/mek2/valuestorage.hpp"
 
 #include <utility>
 
@@ -8,8 +8,9 @@ namespace Tyr::Mek2 {
 
 Attributes::Attributes() : data_(new std::map<std::string, AttributeVariant>) {}
 
-Attributes::Attributes(const Attributes& other)
-    : data_(new std::map<std::string, AttributeVariant>(copyOf(*other.data_))) {}
+Attributes::Attributes(const Attributes& other) : data_(copyOfHeld(other.data_)) {}
+
+Attributes::Attributes(Attributes&& other) noexcept : data_(std::exchange(other.data_, nullptr)) {}
 
 Attributes::~Attributes() {
     delete data_;
@@ -18,15 +19,22 @@ Attributes::~Attributes() {
 
 const Attributes& Attributes::operator=(const Attributes& other) {
     if (this != &other) {
-        *data_ = copyOf(*other.data_);
+        Attributes copy(other);
+        std::swap(data_, copy.data_);
     }
     return *this;
 }
 
-#define TYR_MEK2_DEFINE(TYPE)                                                            \
-    template <>                                                                          \
-    void Attributes::set(const std::string& key, const TYPE& value) {                    \
-        data_->insert_or_assign(key, AttributeVariant(std::in_place_type<TYPE>, value)); \
+Attributes& Attributes::operator=(Attributes&& other) noexcept {
+    Attributes taken(std::move(other));
+    std::swap(data_, taken.data_);
+    return *this;
+}
+
+#define TYR_MEK2_DEFINE(TYPE)                                                                      \
+    template <>                                                                                    \
+    void Attributes::set(const std::string& key, const TYPE& value) {                              \
+        heldOrNew(data_).insert_or_assign(key, AttributeVariant(std::in_place_type<TYPE>, value)); \
     }
 TYR_MEK2_DEFINE(float)
 TYR_MEK2_DEFINE(std::vector<float>)

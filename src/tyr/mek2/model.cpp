@@ -3,6 +3,7 @@
 #include "tyr/mek2/adder/arrayproperty.hpp"
 #include "tyr/mek2/adder/components.hpp"
 #include "tyr/mek2/adder/node.hpp"
+#include "tyr/mek2/arraypropertycalls.hpp"
 #include "tyr/mek2/database.hpp"
 #include "tyr/mek2/extractor/nodeid.hpp"
 #include "tyr/mek2/modifier/currentnodeid.hpp"
@@ -16,7 +17,7 @@ namespace Tyr::Mek2 {
 
 namespace {
 
-/// Stands between the names of a path that is given as a list of names.
+/// Separates the names of a path that is passed as a list.
 constexpr char componentSeparator = '\x1E';
 
 void describePath(FileDescription& description, const std::string& path) {
@@ -40,8 +41,7 @@ Array1d<unsigned int> addComponents(Database& database, const Container& paths,
     Adder::Components<Container, Column<unsigned int>> adder(paths);
     adder.separator = separator;
     adder.update(database);
-    unsigned int* const first = adder.result.data();
-    return Array1d<unsigned int>(first, first + adder.result.size());
+    return {adder.result.data(), static_cast<std::size_t>(adder.result.size())};
 }
 
 template <class T>
@@ -64,14 +64,14 @@ std::vector<StepData> stepDataOf(const Step& step) {
 }
 const std::vector<StepData>& stepDataOf(const StepList& steps) { return ValueAccess::of(steps); }
 
-/// @param name null: the name that belongs to the type
+/// @param name null: the default name of the type
 template <class Array, class Id, class Steps>
 void writeArrayProperty(Database& database, const std::string* name, DatasetType type,
                         const Array& array, const Id& ids, const Steps& steps,
                         const Attributes& attributes) {
     auto adder = adderFor(array);
     auto& property = adder.property;
-    property.setData({ValueAccess::of(array), copyOf(ValueAccess::of(attributes))});
+    property.setData({ValueAccess::of(array), ValueAccess::of(attributes)});
     property.name = name != nullptr ? *name : property.nameFrom(type);
     property.type = type;
     property.width = property.widthFrom(type);
@@ -98,7 +98,7 @@ Model::~Model() {
     try {
         close();
     } catch (...) {
-        // the database closes once more when it goes, without saving, and releases all it holds
+        // the destructor of the database closes the stream without saving
     }
     delete database_;
     database_ = nullptr;
@@ -160,6 +160,10 @@ unsigned int Model::getNodeId(const std::vector<std::string>& components) {
     return getNodeId(path, std::string(1, componentSeparator));
 }
 
+unsigned int Model::getNodeId(std::initializer_list<std::string> components) {
+    return getNodeId(std::vector<std::string>(components));
+}
+
 void Model::setNodeData(unsigned int id, const NodeProperties& properties,
                         const Attributes& attributes) {
     Modifier::NodeData(id, ValueAccess::of(properties), ValueAccess::of(attributes))
@@ -171,6 +175,11 @@ Array1d<unsigned int> Model::addAssemblyComponents(const std::vector<std::string
     return addComponents(*database_, paths, separator);
 }
 
+Array1d<unsigned int> Model::addAssemblyComponents(std::initializer_list<std::string> paths,
+                                                   const std::string& separator) {
+    return addAssemblyComponents(std::vector<std::string>(paths), separator);
+}
+
 Array1d<unsigned int> Model::addAssemblyComponents(const std::map<std::string, Attributes>& paths,
                                                    const std::string& separator) {
     Adder::PathMap pathMap;
@@ -178,6 +187,12 @@ Array1d<unsigned int> Model::addAssemblyComponents(const std::map<std::string, A
         pathMap.emplace_hint(pathMap.end(), path, copyOf(ValueAccess::of(attributes)));
     }
     return addComponents(*database_, pathMap, separator);
+}
+
+Array1d<unsigned int> Model::addAssemblyComponents(
+    std::initializer_list<std::pair<const std::string, Attributes>> paths,
+    const std::string& separator) {
+    return addAssemblyComponents(std::map<std::string, Attributes>(paths), separator);
 }
 
 #define TYR_MEK2_DEFINE(ARRAY, ID, STEPS)                                                       \

@@ -1,6 +1,6 @@
 #include <tyr/mek2/nodeproperties.hpp>
 
-#include "tyr/mek2/valuecopy.hpp"
+#include "tyr/mek2/valuestorage.hpp"
 
 #include <utility>
 
@@ -8,8 +8,10 @@ namespace Tyr::Mek2 {
 
 NodeProperties::NodeProperties() : data_(new std::map<PropertyType, NodePropertyVariant>) {}
 
-NodeProperties::NodeProperties(const NodeProperties& other)
-    : data_(new std::map<PropertyType, NodePropertyVariant>(copyOf(*other.data_))) {}
+NodeProperties::NodeProperties(const NodeProperties& other) : data_(copyOfHeld(other.data_)) {}
+
+NodeProperties::NodeProperties(NodeProperties&& other) noexcept
+    : data_(std::exchange(other.data_, nullptr)) {}
 
 NodeProperties::~NodeProperties() {
     delete data_;
@@ -18,15 +20,23 @@ NodeProperties::~NodeProperties() {
 
 const NodeProperties& NodeProperties::operator=(const NodeProperties& other) {
     if (this != &other) {
-        *data_ = copyOf(*other.data_);
+        NodeProperties copy(other);
+        std::swap(data_, copy.data_);
     }
     return *this;
 }
 
-#define TYR_MEK2_DEFINE(TYPE, STORED)                                                          \
-    template <>                                                                                \
-    void NodeProperties::set(PropertyType type, const TYPE& value) {                           \
-        data_->insert_or_assign(type, NodePropertyVariant(std::in_place_type<STORED>, value)); \
+NodeProperties& NodeProperties::operator=(NodeProperties&& other) noexcept {
+    NodeProperties taken(std::move(other));
+    std::swap(data_, taken.data_);
+    return *this;
+}
+
+#define TYR_MEK2_DEFINE(TYPE, STORED)                                                              \
+    template <>                                                                                    \
+    void NodeProperties::set(PropertyType type, const TYPE& value) {                               \
+        heldOrNew(data_).insert_or_assign(type,                                                    \
+                                          NodePropertyVariant(std::in_place_type<STORED>, value)); \
     }
 TYR_MEK2_DEFINE(int, int)
 TYR_MEK2_DEFINE(float, float)

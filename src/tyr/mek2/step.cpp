@@ -2,11 +2,15 @@
 
 #include "tyr/mek2/valuestorage.hpp"
 
+#include <utility>
+
 namespace Tyr::Mek2 {
 
 StepList::StepList(std::size_t n) : data_(new std::vector<StepData>(n)) {}
 
-StepList::StepList(const StepList& other) : data_(new std::vector<StepData>(*other.data_)) {}
+StepList::StepList(const StepList& other) : data_(copyOfHeld(other.data_)) {}
+
+StepList::StepList(StepList&& other) noexcept : data_(std::exchange(other.data_, nullptr)) {}
 
 StepList::~StepList() {
     delete data_;
@@ -15,8 +19,15 @@ StepList::~StepList() {
 
 const StepList& StepList::operator=(const StepList& other) {
     if (this != &other) {
-        *data_ = *other.data_;
+        StepList copy(other);
+        std::swap(data_, copy.data_);
     }
+    return *this;
+}
+
+StepList& StepList::operator=(StepList&& other) noexcept {
+    StepList taken(std::move(other));
+    std::swap(data_, taken.data_);
     return *this;
 }
 

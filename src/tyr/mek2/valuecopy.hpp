@@ -1,10 +1,9 @@
 /// @file
 /// Copies of attributes and properties that are safe when memory runs out.
 ///
-/// The copy constructor of `std::variant` is not, with libstdc++: for alternatives that are never
-/// valueless, as texts and vectors, it takes the variant under construction for whole when the
-/// copy of the alternative fails, and destroys what was never made. A variant that is made from a
-/// value is constructed in place and has no such moment.
+/// The copy constructor of libstdc++'s `std::variant` is not: if copying a string or a vector
+/// raises an exception, it destroys the alternative that was never constructed. A variant that is
+/// constructed from a value is not affected.
 #pragma once
 
 #include <map>

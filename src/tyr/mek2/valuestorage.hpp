@@ -1,5 +1,8 @@
 /// @file
-/// What the handles of the public value types hold, and how the library reaches it.
+/// The objects that the public value classes hold, and the library's access to them.
+///
+/// A public value holds a pointer to one heap object. The pointer is null in a moved-from value
+/// only, which reads as an empty one.
 #pragma once
 
 #include <tyr/mek2/array.hpp>
@@ -36,7 +39,29 @@ struct TableStorage {
     Table<T> values;
 };
 
-/// The inner form of a step.
+/// The object behind the pointer of a public value.
+template <class Held>
+const Held& heldBy(const Held* object) {
+    static const Held empty{};
+    return object != nullptr ? *object : empty;
+}
+
+/// The same object, to be changed. A moved-from value gets a new one first.
+template <class Held>
+Held& heldOrNew(Held*& object) {
+    if (object == nullptr) {
+        object = new Held();
+    }
+    return *object;
+}
+
+/// A copy for another public value, which owns it.
+template <class Held>
+Held* copyOfHeld(const Held* object) {
+    return object != nullptr ? new Held(copyOf(*object)) : nullptr;
+}
+
+/// A step as the library keeps it.
 struct StepData {
     StepData() = default;
     StepData(const std::string& stepName, const AttributeMap& stepAttributes)
@@ -51,20 +76,22 @@ struct StepData {
     AttributeMap attributes{};
 };
 
-/// Reads the inner objects of the public values.
+/// Access to the objects of the public values.
 struct ValueAccess {
     template <class T>
     static const Column<T>& of(const Array1d<T>& array) {
-        return array.data_->values;
+        return heldBy(array.data_).values;
     }
     template <class T>
     static const Table<T>& of(const Array2d<T>& array) {
-        return array.data_->values;
+        return heldBy(array.data_).values;
     }
-    static const AttributeMap& of(const Attributes& attributes) { return *attributes.data_; }
-    static AttributeMap& of(Attributes& attributes) { return *attributes.data_; }
-    static const PropertyMap& of(const NodeProperties& properties) { return *properties.data_; }
-    static const std::vector<StepData>& of(const StepList& steps) { return *steps.data_; }
+    static const AttributeMap& of(const Attributes& attributes) { return heldBy(attributes.data_); }
+    static AttributeMap& of(Attributes& attributes) { return heldOrNew(attributes.data_); }
+    static const PropertyMap& of(const NodeProperties& properties) {
+        return heldBy(properties.data_);
+    }
+    static const std::vector<StepData>& of(const StepList& steps) { return heldBy(steps.data_); }
 };
 
 } // namespace Tyr::Mek2

@@ -29,12 +29,6 @@ bool hasWidth(const Table<T>& table, unsigned char width) {
     return table.cols() == Eigen::Index{width};
 }
 
-void checkCount(std::int64_t count) {
-    if (count > largestCount) {
-        TYR_RAISE(Exception::OverflowError());
-    }
-}
-
 template <class Property>
 TyrMek::NumericArray describe(const Property& property, std::int64_t rows) {
     TyrMek::NumericArray array;
@@ -117,8 +111,9 @@ void ArrayProperty<Property, Ids, Steps>::update(Database& database) {
     if (count < 0 || rows < 0) {
         TYR_RAISE(Exception::UnderflowError());
     }
-    checkCount(count);
-    checkCount(rows);
+    if (count > largestCount || rows > largestCount) {
+        TYR_RAISE(Exception::OverflowError());
+    }
     if (!hasWidth(property.array, property.width)) {
         TYR_RAISE(Exception::InvalidArguments());
     }
