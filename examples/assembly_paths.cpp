@@ -27,8 +27,8 @@ NodeProperties placement(const std::vector<float>& translation, const std::vecto
     return properties;
 }
 
-// A path that ends in the separator leads to a group and may have attributes; any other to a shape.
-// Groups on the way are made as needed. The ids come in the order of the map.
+// A path that ends in the separator leads to a group and may have attributes; any other path leads
+// to a shape. Missing groups are added. The ids are in the order of the map.
 std::map<std::string, unsigned int> addParts(Model& model) {
     const std::map<std::string, Attributes> paths = {
         {"/table/board/", material("oak", 12.5F)},       {"/table/board/plate", {}},
@@ -43,7 +43,7 @@ std::map<std::string, unsigned int> addParts(Model& model) {
     return idOfPath;
 }
 
-// One cube serves as mesh of all three shapes.
+// All three shapes have the same mesh, a cube.
 void addCube(Model& model, const Array1d<unsigned int>& shapes) {
     const Array2d<float> corners(
         8, 3, {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 0, 0, 1, 1, 0, 1, 1, 1, 1, 0, 1, 1});
@@ -53,7 +53,7 @@ void addCube(Model& model, const Array1d<unsigned int>& shapes) {
     model.addArrayProperty(DatasetType::Polylength2, Array1d<unsigned int>{8}, shapes, Step{});
 }
 
-void setLooks(Model& model, const std::map<std::string, unsigned int>& ids) {
+void setMaterials(Model& model, const std::map<std::string, unsigned int>& ids) {
     NodeProperties wood;
     wood.set(PropertyType::DiffuseColor, std::vector<float>{0.6F, 0.4F, 0.2F});
     wood.set(PropertyType::Shininess, 0.1F);
@@ -62,7 +62,7 @@ void setLooks(Model& model, const std::map<std::string, unsigned int>& ids) {
     NodeProperties metal;
     metal.set(PropertyType::DiffuseColor, std::vector<float>{0.7F, 0.7F, 0.75F});
     metal.set(PropertyType::SpecularColor, std::vector<float>{1, 1, 1});
-    metal.set(PropertyType::AmbientIntensity, 0.5F); // of the diffuse colour, which is set first
+    metal.set(PropertyType::AmbientIntensity, 0.5F); // factor of the diffuse colour
     model.setNodeData(ids.at("/table/legs/front/tube"), metal);
     model.setNodeData(ids.at("/table/legs/back/tube"), metal);
 }
@@ -78,14 +78,14 @@ void write(const std::string& path) {
     addCube(model, {ids.at("/table/board/plate"), ids.at("/table/legs/front/tube"),
                     ids.at("/table/legs/back/tube")});
 
-    // Placements of groups within groups add up: both legs are shifted with "/table/legs".
+    // The placement of a group applies to all groups below it: both legs move with "/table/legs".
     model.setNodeData(ids.at("/table/board/"), placement({0, 0, 0.7F}, {1.2F, 0.6F, 0.05F}));
     model.setNodeData(ids.at("/table/legs/front/"), placement({0, 0, 0}, {0.1F, 0.6F, 0.7F}));
     model.setNodeData(ids.at("/table/legs/back/"), placement({1, 0, 0}, {0.1F, 0.6F, 0.7F}));
     model.setNodeData(model.getNodeId("/table/legs"), placement({0.05F, 0, 0}, {1, 1, 1}));
-    setLooks(model, ids);
+    setMaterials(model, ids);
 
-    // Attributes can follow at any time before the end.
+    // Attributes can be set at any time before `close`.
     Attributes about;
     about.set("Drawing", "T-100");
     about.set("Revision", 3U);
@@ -98,8 +98,8 @@ void write(const std::string& path) {
 int main(int argc, char** argv) {
     try {
         write(argc > 1 ? argv[1] : "assembly_paths.mek");
-    } catch (const std::exception& failure) {
-        std::cerr << "assembly_paths: " << failure.what() << '\n';
+    } catch (const std::exception& error) {
+        std::cerr << "assembly_paths: " << error.what() << '\n';
         return 1;
     }
     return 0;

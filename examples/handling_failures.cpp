@@ -1,4 +1,4 @@
-// What goes wrong, what a failure tells, and what becomes of the model and the file.
+// Errors: what an exception contains, and how the program continues afterwards.
 //
 // Usage: handling_failures [FILE]
 #include <tyr/exception/exception.hpp>
@@ -15,27 +15,27 @@ using namespace Tyr::Mek2;
 
 namespace {
 
-// Every failure of the library is a Tyr::Exception::Exception: it has a number, a text, and the
-// place where it was raised.
-void tell(const Tyr::Exception::Exception& failure) {
-    std::cout << failure.code() << " \"" << failure.what() << '"';
-    const char* const* const file = boost::get_error_info<boost::throw_file>(failure);
-    const int* const line = boost::get_error_info<boost::throw_line>(failure);
+// All exception classes of the library are derived from Tyr::Exception::Exception. An exception has
+// a number, a message, and the location of the throwing code.
+void print(const Tyr::Exception::Exception& error) {
+    std::cout << error.code() << " \"" << error.what() << '"';
+    const char* const* const file = boost::get_error_info<boost::throw_file>(error);
+    const int* const line = boost::get_error_info<boost::throw_line>(error);
     if (file != nullptr && line != nullptr) {
         std::cout << " from " << *file << ", line " << *line;
     }
     std::cout << '\n';
 }
 
-// Runs what is expected to fail. Other failures, such as std::bad_alloc, pass through.
+// Runs an action that may fail. Other exceptions, such as std::bad_alloc, are not caught.
 template <class Action>
 void attempt(const char* what, const Action& action) {
     std::cout << what << ": ";
     try {
         action();
-        std::cout << "went well\n";
-    } catch (const Tyr::Exception::Exception& failure) {
-        tell(failure);
+        std::cout << "no error\n";
+    } catch (const Tyr::Exception::Exception& error) {
+        print(error);
     }
 }
 
@@ -47,9 +47,9 @@ void write(const std::string& path) {
 
     attempt("a node without a file", [&] { model.addNode(NodeType::RootGroup, "root"); });
 
-    // A path that cannot be opened starts a write cycle all the same, one without a file: it is
-    // ended before the next one starts.
-    attempt("a file in a folder that is not there",
+    // If the file cannot be opened, a write cycle without a file is open. Close it before the next
+    // `saveTo`.
+    attempt("a file in a missing folder",
             [&] { model.saveTo(path + ".missing/model.mek", options); });
     model.close();
 
@@ -64,14 +64,14 @@ void write(const std::string& path) {
     attempt("an unknown id",
             [&] { model.addArrayProperty("T", DatasetType::ResultA1, values, 1000U, Step{}); });
 
-    // Nothing was broken: the model goes on, from a node that is there.
+    // The model remains usable. The unknown id is the current node: move to an existing one.
     model.setCurrentNodeId(shape);
     model.addArrayProperty("T", DatasetType::ResultA1, values, shape, Step{});
 
-    // Close it yourself. The destructor closes too, but it cannot tell that the disk is full.
+    // Call `close`: the destructor discards errors, such as a full disk.
     attempt("the end", [&] { model.close(); });
 
-    // A file that stands there is kept unless the options say otherwise.
+    // An existing file is kept unless `SaverOptions::overwrite` is set.
     attempt("the same file again", [&] { Model().saveTo(path); });
 }
 
@@ -80,8 +80,8 @@ void write(const std::string& path) {
 int main(int argc, char** argv) {
     try {
         write(argc > 1 ? argv[1] : "handling_failures.mek");
-    } catch (const std::exception& failure) {
-        std::cerr << "handling_failures: " << failure.what() << '\n';
+    } catch (const std::exception& error) {
+        std::cerr << "handling_failures: " << error.what() << '\n';
         return 1;
     }
     return 0;

@@ -1,4 +1,4 @@
-// Results for many steps on two shapes that share their nodes: every array is written once.
+// Results for several steps on two shapes that share their nodes. Every array is written once.
 //
 // Usage: steps_and_links [FILE]
 #include <tyr/mek2/model.hpp>
@@ -7,7 +7,6 @@
 #include <exception>
 #include <iostream>
 #include <string>
-#include <vector>
 
 using namespace Tyr::Mek2;
 
@@ -15,7 +14,7 @@ namespace {
 
 constexpr float pi = 3.14159265F;
 
-// The deflection of a bridge deck of six nodes, of which the middle ones swing.
+// The deflection of a bridge deck of six nodes. The two nodes in the middle move.
 Array2d<float> deflection(float time) {
     Array2d<float> displacement(6, 3);
     for (const std::size_t row : {1U, 4U}) {
@@ -28,7 +27,7 @@ void writeMesh(Model& model, unsigned int deck, unsigned int edge) {
     const Step always{};
     const Array2d<float> nodes(6, 3, {0, 0, 0, 1, 0, 0, 2, 0, 0, 0, 1, 0, 1, 1, 0, 2, 1, 0});
 
-    // Both shapes get the coordinates. The first one owns them, the second one links to them.
+    // The first shape owns the coordinates, the second one has a link to them.
     model.addArrayProperty(DatasetType::Coordinates, nodes, Array1d<unsigned int>{deck, edge},
                            always);
 
@@ -44,8 +43,7 @@ void writeMesh(Model& model, unsigned int deck, unsigned int edge) {
 void writeResults(Model& model, unsigned int deck, unsigned int edge) {
     const Array1d<unsigned int> both{deck, edge};
 
-    // A result of several steps has one name; the step tells them apart, and its attributes go to
-    // the array that is written.
+    // A result has the same name in all steps. The attributes of a step are added to the array.
     for (unsigned int number = 0; number <= 8; ++number) {
         const float time = static_cast<float>(number) / 8;
         Step step{"Step " + std::to_string(number)};
@@ -54,7 +52,7 @@ void writeResults(Model& model, unsigned int deck, unsigned int edge) {
         model.addArrayProperty(DatasetType::Displacement3, deflection(time), both, step);
     }
 
-    // What holds for several steps alike is given with all of them, and is written once as well.
+    // An array that is valid for several steps is written once, with a list of steps.
     StepList rest(2);
     rest.set(0, Step{"Step 0"});
     rest.set(1, Step{"Step 8"});
@@ -70,8 +68,7 @@ void write(const std::string& path) {
     options.toolName = "steps_and_links";
     Model model;
     model.saveTo(path, options);
-    const Array1d<unsigned int> ids =
-        model.addAssemblyComponents(std::vector<std::string>{"/bridge/deck", "/bridge/edge"});
+    const Array1d<unsigned int> ids = model.addAssemblyComponents({"/bridge/deck", "/bridge/edge"});
     writeMesh(model, ids[0], ids[1]);
     writeResults(model, ids[0], ids[1]);
     model.close();
@@ -82,8 +79,8 @@ void write(const std::string& path) {
 int main(int argc, char** argv) {
     try {
         write(argc > 1 ? argv[1] : "steps_and_links.mek");
-    } catch (const std::exception& failure) {
-        std::cerr << "steps_and_links: " << failure.what() << '\n';
+    } catch (const std::exception& error) {
+        std::cerr << "steps_and_links: " << error.what() << '\n';
         return 1;
     }
     return 0;

@@ -10,29 +10,29 @@ namespace {
 
 using namespace Tyr::Exception;
 
-template <class Failure>
-void expectNumberAndText(int code, const char* text) {
-    const Failure failure;
-    EXPECT_EQ(failure.code(), code);
-    EXPECT_STREQ(failure.what(), text);
-    EXPECT_STREQ(failure.message(), text);
+template <class Error>
+void expectNumberAndMessage(int code, const char* message) {
+    const Error error;
+    EXPECT_EQ(error.code(), code);
+    EXPECT_STREQ(error.what(), message);
+    EXPECT_STREQ(error.message(), message);
 }
 
-TEST(Exception, EveryClassHasItsNumberAndText) {
-    expectNumberAndText<Exception>(1, "Unknown Exception");
-    expectNumberAndText<MiscelleneousException>(2, "Miscelleneous exception");
-    expectNumberAndText<InvalidArguments>(3, "Invalid arguments");
-    expectNumberAndText<FileOpenException>(5, "File open exception");
-    expectNumberAndText<FileWriteException>(7, "File write exception");
-    expectNumberAndText<OutOfBounds>(11, "Out of bounds error");
-    expectNumberAndText<OverflowError>(12, "Overflow error");
-    expectNumberAndText<UnderflowError>(13, "Underflow error");
-    expectNumberAndText<KeyNotFound>(14, "Key not found");
-    expectNumberAndText<MemoryAllocationException>(16, "Memory allocation error");
-    expectNumberAndText<InvalidObjectState>(17, "Invalid object state");
-    expectNumberAndText<TemplateSpecializationNotDefined>(19,
-                                                          "Template specialization not defined");
-    expectNumberAndText<NotYetImplemented>(20, "Not yet implemented");
+TEST(Exception, EveryClassHasItsNumberAndMessage) {
+    expectNumberAndMessage<Exception>(1, "Unknown Exception");
+    expectNumberAndMessage<MiscelleneousException>(2, "Miscelleneous exception");
+    expectNumberAndMessage<InvalidArguments>(3, "Invalid arguments");
+    expectNumberAndMessage<FileOpenException>(5, "File open exception");
+    expectNumberAndMessage<FileWriteException>(7, "File write exception");
+    expectNumberAndMessage<OutOfBounds>(11, "Out of bounds error");
+    expectNumberAndMessage<OverflowError>(12, "Overflow error");
+    expectNumberAndMessage<UnderflowError>(13, "Underflow error");
+    expectNumberAndMessage<KeyNotFound>(14, "Key not found");
+    expectNumberAndMessage<MemoryAllocationException>(16, "Memory allocation error");
+    expectNumberAndMessage<InvalidObjectState>(17, "Invalid object state");
+    expectNumberAndMessage<TemplateSpecializationNotDefined>(19,
+                                                             "Template specialization not defined");
+    expectNumberAndMessage<NotYetImplemented>(20, "Not yet implemented");
     EXPECT_STREQ(InvalidArguments("invalid array size").what(), "invalid array size");
     EXPECT_STREQ(OutOfBounds("").message(), "Out of bounds error");
     EXPECT_EQ(Base().message(), nullptr);
@@ -46,11 +46,11 @@ TEST(Exception, CarriesItsLocationThroughEveryHandler) {
     try {
         raiseKeyNotFound(1);
         FAIL();
-    } catch (const Base& failure) {
-        EXPECT_EQ(failure.code(), 14);
-        EXPECT_NE(dynamic_cast<const boost::exception_detail::clone_impl<KeyNotFound>*>(&failure),
+    } catch (const Base& error) {
+        EXPECT_EQ(error.code(), 14);
+        EXPECT_NE(dynamic_cast<const boost::exception_detail::clone_impl<KeyNotFound>*>(&error),
                   nullptr);
-        const auto& located = dynamic_cast<const boost::exception&>(failure);
+        const auto& located = dynamic_cast<const boost::exception&>(error);
         EXPECT_NE(std::string(*boost::get_error_info<boost::throw_function>(located))
                       .find("raiseKeyNotFound(int)"),
                   std::string::npos);

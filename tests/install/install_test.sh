@@ -1,9 +1,8 @@
 #!/usr/bin/env bash
-# Uses the library as it is installed. Usage: install_test.sh CHECK, with what ctest sets:
-#   SOURCE_DIR, BUILD_DIR   of the project
-#   CXX, CXXFLAGS           the compiler of the build and the flags that it was given
-# or a caller with a package elsewhere:
-#   PREFIX                  the folder of bin, include and lib
+# Tests the installed library. Usage: install_test.sh CHECK, with these variables:
+#   SOURCE_DIR, BUILD_DIR   folders of the project
+#   CXX, CXXFLAGS           compiler of the build and its flags
+#   PREFIX                  (optional) the folder with bin, include and lib of another package
 set -euo pipefail
 
 work=$BUILD_DIR/tests/install/package
@@ -13,7 +12,7 @@ warnings=(-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
-# The package works where it was not installed to.
+# The package works after it was moved.
 check_prefix() {
     rm -rf "$work"
     mkdir -p "$work"
@@ -25,10 +24,10 @@ check_prefix() {
 # $1: folder of the built programs
 run_programs() {
     local output
-    output=$( (cd "$1" && ./write_model && ./application linked &&
+    output=$( (cd "$1" && ./first_model && ./application linked &&
         ./host ./libmodule.so loaded) 2>&1) || fail "$output"
     [ -z "$output" ] || fail "saving is not silent: $output"
-    for file in "$1"/{plate,{linked,loaded}/whole}.mek; do
+    for file in "$1"/{first_model,{linked,loaded}/whole}.mek; do
         "$prefix/bin/mekinfo" --check "$file" >/dev/null || fail "mekinfo --check $file"
     done
 }
@@ -50,7 +49,7 @@ check_pkg_config() {
     compile+=(-fvisibility=hidden "${warnings[@]}" -I"$SOURCE_DIR/tests")
     mkdir -p "$work/pkg_config"
     cd "$work/pkg_config"
-    "${compile[@]}" "$SOURCE_DIR/examples/write_model.cpp" -o write_model "${flags[@]}"
+    "${compile[@]}" "$SOURCE_DIR/examples/first_model.cpp" -o first_model "${flags[@]}"
     "${compile[@]}" "$sources/main.cpp" "$sources/application.cpp" -o application "${flags[@]}"
     "${compile[@]}" -shared -fPIC "$sources/application.cpp" -o libmodule.so "${flags[@]}"
     "${compile[@]}" "$sources/host.cpp" -o host -ldl
@@ -60,39 +59,75 @@ check_pkg_config() {
 # The program in the README is the one that was compiled.
 check_readme() {
     diff <(sed -n '/^```cpp$/,/^```$/{/^```/d;p}' "$SOURCE_DIR/README.md") \
-        "$SOURCE_DIR/examples/write_model.cpp" || fail "README.md and examples/write_model.cpp differ"
+        "$SOURCE_DIR/examples/first_model.cpp" || fail "README.md and examples/first_model.cpp differ"
 }
 
-# Every public header stands alone, compiles without warnings and brings in no Eigen.
+# Every public header can be included first, compiles without warnings and includes no Eigen.
 check_headers() {
     local header used
     while IFS= read -r header; do
         used=$("${compile[@]}" "${warnings[@]}" -I"$prefix/include" -MD -MF - -o /dev/null -c \
             -x c++ -include "$header" /dev/null) || fail "$header"
-        ! grep -qi eigen <<<"$used" || fail "$header brings in Eigen"
+        ! grep -qi eigen <<<"$used" || fail "$header includes Eigen"
     done < <(cd "$prefix/include" && find tyr -name '*.hpp')
 }
 
-# $1: expression; compiles it as the body of a function
-compile_call() {
-    "${compile[@]}" -I"$prefix/include" -fsyntax-only -x c++ - 2>&1 <<<"
+# The example in each public header compiles and runs. Headers that define only macros have none.
+check_documentation() {
+    local header name library
+    library=$(find "$prefix" -name libMekApi2.so)
+    mkdir -p "$work/documentation"
+    cd "$work/documentation"
+    while IFS= read -r header; do
+        name=$(basename "$header" .hpp)
+        sed -n '\,^/// @code$,,\,^/// @endcode$,{s,^/// \?,,;/^@/!p}' "$prefix/include/$header" \
+            >"$name.cpp"
+        [ -s "$name.cpp" ] || fail "$header has no example"
+        "${compile[@]}" "${warnings[@]}" -I"$prefix/include" "$name.cpp" -o "$name" "$library" \
+            -Wl,-rpath,"$(dirname "$library")" || fail "$header: its example does not compile"
+        "./$name" || fail "$header: its example exits with $?"
+    done < <(cd "$prefix/include" && find tyr -name '*.hpp' ! -name export.hpp ! -name version.hpp)
+}
+
+# $1: statements; compiles them as the body of a function
+compile_calls() {
+    "${compile[@]}" "${warnings[@]}" -I"$prefix/include" -fsyntax-only -x c++ - 2>&1 <<<"
         #include <tyr/mek2/model.hpp>
         using namespace Tyr::Mek2;
-        void call(Model& model, Array1d<float>& array) { model.addArrayProperty($1); }"
+        void call(Model& model, Array1d<float>& array, char* narrow, wchar_t* wide);
+        void call(Model& model, Array1d<float>& array, char* narrow, wchar_t* wide) {
+            (void)model, (void)array, (void)narrow, (void)wide;
+            char text[] = \"text\"; (void)text;
+            $1; }"
 }
 
 check_refused_calls() {
-    local call output type=DatasetType::NodeIds
-    compile_call "$type, array, 1U, Step{}" || fail "a good call does not compile"
-    for call in "$type, std::vector<float>(3), 1U, Step{}" "$type, array, 1, Step{}" \
-        "\"name\", $type, array, 1U, std::string()"; do
-        ! output=$(compile_call "$call") || fail "compiles: $call"
-        grep -q "Model::addArrayProperty takes an Array1d or Array2d of float" <<<"$output" ||
-            fail "$call: $output"
-    done
+    local statements message output add=model.addArrayProperty type=DatasetType::NodeIds
+    output=$(compile_calls "$add($type, array, 1U, Step{}); model.saveTo(narrow);
+        model.saveTo(wide); model.saveTo(text); model.saveTo(std::wstring(wide));
+        Attributes().set(narrow, narrow); NodeProperties().set(PropertyType::Scale, text);
+        Array1d<float> from(nullptr, 0); from = Array1d<float>(0, 0); Array1d<float> none(0, 7U);
+        none = Array1d<float>(array.data(), 0); const Array2d<float> table(0, 0, 0)") ||
+        fail "valid calls do not compile: $output"
+    while IFS='|' read -r message statements; do
+        ! output=$(compile_calls "$statements") || fail "compiles: $statements"
+        grep -q "$message" <<<"$output" || fail "$statements: $output"
+    done <<END
+Model::addArrayProperty takes an Array1d or|$add($type, std::vector<float>(3), 1U, Step{})
+Model::addArrayProperty takes an Array1d or|$add($type, array, 1, Step{})
+Model::addArrayProperty takes an Array1d or|$add("name", $type, array, 1U, std::string())
+Array1d takes the element type float or|Array1d<double> values(3)
+Array2d takes the element type float or|Array2d<int> values(3, 1)
+Model::saveTo takes a path as std::string,|model.saveTo(u"path")
+Model::saveTo takes a path as std::string,|model.saveTo(array)
+Attributes::set takes float,|Attributes().set("key", 1.0)
+NodeProperties::set takes int,|NodeProperties().set(PropertyType::Scale, 1.0)
+deleted|model.getNodeId({"a", "b"}, "/")
+ambiguous|model.addAssemblyComponents({{"/a", {}}, {"/b/", {}}})
+END
 }
 
-# Which classes the library exports something of, and of what it exports only the type.
+# The classes that the library exports, and those of which it exports the type information only.
 check_exports() {
     local library symbols
     library=$(find "$prefix" -name libMekApi2.so)
@@ -111,9 +146,9 @@ check_paths() {
     local library texts
     library=$(find "$prefix" -name libMekApi2.so)
     texts=$(strings -a "$library")
-    grep -q 'tyr/qbf/index.cpp$' <<<"$texts" || fail "no source path at all in $library"
-    ! grep -F -e "$SOURCE_DIR" -e "$BUILD_DIR" <<<"$texts" || fail "$library holds build paths"
-    ! grep -rIF -e "$SOURCE_DIR" -e "$work" "$prefix" || fail "the package holds build paths"
+    grep -q 'tyr/qbf/index.cpp$' <<<"$texts" || fail "$library has no source paths"
+    ! grep -F -e "$SOURCE_DIR" -e "$BUILD_DIR" <<<"$texts" || fail "$library has build paths"
+    ! grep -rIF -e "$SOURCE_DIR" -e "$work" "$prefix" || fail "the package has build paths"
 }
 
 "check_$1"

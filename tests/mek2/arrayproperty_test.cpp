@@ -2,6 +2,8 @@
 
 #include "mek2/modeltest.hpp"
 
+#include <boost/exception/diagnostic_information.hpp>
+
 namespace {
 
 using namespace Tyr::Mek2;
@@ -35,15 +37,15 @@ protected:
 
 const Array1d<float> pair({1.0F, 2.0F});
 
-TEST(DatasetTable, FixesWidthNameAndVariableType) {
+TEST(ArrayProperty, HasWidthNameAndVariableTypeOfEachDatasetType) {
     using Property = ArrayProperty<ColumnData<float>>;
     std::string table;
     for (int number = 0; number < 31; ++number) {
         const auto type = DatasetType(number);
         std::string name = "-";
-        const std::string failure =
+        const std::string error =
             messageOf<InvalidArguments>([&] { name = Property::nameFrom(type); });
-        EXPECT_EQ(failure, name == "-" ? "Can't guess result name for specified type" : "no error");
+        EXPECT_EQ(error, name == "-" ? "Can't guess result name for specified type" : "no error");
         table += name + ' ' + std::to_string(Property::widthFrom(type)) + ' ' +
                  std::to_string(Property::geomTypeFrom(type)) + '\n';
     }
@@ -54,8 +56,13 @@ TEST(DatasetTable, FixesWidthNameAndVariableType) {
               "- 1 12\n- 3 13\n- 6 14\n- 6 15\n- 1 16\n- 3 17\n- 6 18\n- 6 19\n- 1 20\n- 3 21\n"
               "- 6 22\n- 6 23\n- 1 24\n- 1 25\n- 3 26\n- 6 27\n- 6 28\n"
               "Node Ids 1 12\nElement IDs 1 16\nDisplacement 3 13\nDisplacement 6 14\n");
-    EXPECT_EQ(messageOf<InvalidArguments>([] { Property::geomTypeFrom(DatasetType(31)); }),
-              "Can't guess result type for specified type");
+    try {
+        Property::geomTypeFrom(DatasetType(31));
+        FAIL();
+    } catch (const InvalidArguments& error) {
+        EXPECT_STREQ(error.what(), "Can't guess result type for specified type");
+        EXPECT_NE(boost::diagnostic_information(error).find(">::geomTypeFrom("), std::string::npos);
+    }
 }
 
 TEST_F(ArrayPropertyTest, ChecksTypeAndShape) {
@@ -71,7 +78,7 @@ TEST_F(ArrayPropertyTest, ChecksTypeAndShape) {
               "Can't guess result name for specified type");
     EXPECT_EQ(refusal([&] { model.addArrayProperty("n", DatasetType(31), pair, first, step); }),
               "Can't guess result width for specified type");
-    // nothing to write comes before the width check
+    // empty arrays are accepted before the width is checked
     model.addArrayProperty(DatasetType::Coordinates, Array1d<float>(), first, step);
     model.addArrayProperty(DatasetType::Coordinates, pair, Array1d<unsigned int>(), step);
 
@@ -119,7 +126,7 @@ TEST_F(ArrayPropertyTest, FirstPairOwnsAndTheOthersLink) {
     EXPECT_EQ(std::get<std::string>(owned.at("B")), "step");
 }
 
-TEST_F(ArrayPropertyTest, KeepsWhatCameBeforeAFailure) {
+TEST_F(ArrayPropertyTest, KeepsVariablesBeforeAnError) {
     Attributes refused;
     refused.set("v", std::vector<float>{1});
     EXPECT_THROW(model.addArrayProperty(DatasetType::NodeIds, pair, first, Step{}, refused),
@@ -157,7 +164,7 @@ TEST_F(ArrayPropertyTest, ALinkStaysALinkUnlessItIsRelinked) {
     }
 }
 
-TEST_F(ArrayPropertyTest, AVariableGivenAgainKeepsItsAttributes) {
+TEST_F(ArrayPropertyTest, AVariableWithANewArrayKeepsItsAttributes) {
     model.addArrayProperty("Q", DatasetType::ResultA1, Array1d<float>({4.0F}),
                            Array1d<unsigned int>({first, first}), StepList(2));
     Attributes attributes;
@@ -175,7 +182,7 @@ TEST_F(ArrayPropertyTest, AVariableGivenAgainKeepsItsAttributes) {
               (MekReader::AttributeList{{"a", 1U}, {"b", 2U}}));
 }
 
-TEST_F(ArrayPropertyTest, LeavesOutSomeKeysAndKnowsVibrations) {
+TEST_F(ArrayPropertyTest, OmitsSomeKeysAndMarksVibrations) {
     Attributes attributes;
     for (const char* key : {"Complex", "Contents", "DataSource", "DataType", "Structure", "Link.",
                             "Link.x", "Link", "Category", "complex"}) {

@@ -33,13 +33,13 @@ TEST_F(LifecycleTest, GuardsEveryOperationWithoutWriteCycle) {
         {[&] { model.setCurrentNodeId(1); }, "Not initialized"},
         {[&] { model.moveToParentNode(); }, "Not initialized"},
         {[&] { model.getNodeId("", "/"); }, "Not initialized"}};
-    for (const auto& [operation, failure] : refused) {
-        EXPECT_EQ(messageOf<InvalidObjectState>(operation), failure);
+    for (const auto& [operation, message] : refused) {
+        EXPECT_EQ(messageOf<InvalidObjectState>(operation), message);
     }
     EXPECT_EQ(model.addAssemblyComponents(std::vector<std::string>()).size(), 0U);
 }
 
-TEST_F(LifecycleTest, ReplacesAFileOnlyIfAsked) {
+TEST_F(LifecycleTest, ReplacesAFileOnlyWithOverwrite) {
     std::ofstream(path("out")) << "content";
     Model model;
     EXPECT_EQ(messageOf<FileOpenException>([&] { model.saveTo(path("out")); }), "File exists.");
@@ -58,7 +58,7 @@ TEST_F(LifecycleTest, ReplacesAFileOnlyIfAsked) {
     EXPECT_NO_THROW(MekReader::check(path("out")));
 }
 
-TEST_F(LifecycleTest, AFileClosedAtOnceHoldsAnEmptyRoot) {
+TEST_F(LifecycleTest, AFileWithoutNodesHasAnEmptyRoot) {
     Model model;
     const SaverOptions versionWithoutName{false, "", "1.0"};
     model.saveTo(folder.wstring() + L"/out", versionWithoutName);
@@ -78,7 +78,7 @@ TEST_F(LifecycleTest, AFileClosedAtOnceHoldsAnEmptyRoot) {
     EXPECT_EQ(std::distance(begin(files), end(files)), 1);
 }
 
-/// The form of a path whose length no system limits to 260 characters.
+/// The form of a path that no system limits to 260 characters.
 std::filesystem::path unlimited(const std::filesystem::path& path) {
 #if defined(_WIN32)
     return L"\\\\?\\" + path.wstring();
@@ -99,7 +99,7 @@ TEST_F(LifecycleTest, PathsMayBeLongerThan260Characters) {
     EXPECT_EQ(MekReader::File(file).nodes().size(), 1U);
     EXPECT_EQ(messageOf<FileOpenException>([&] { model.saveTo(file.wstring()); }), "File exists.");
     for (auto made = file; made.filename() != folder.filename(); made = made.parent_path()) {
-        EXPECT_TRUE(std::filesystem::remove(made)); // remove_all loses the form of the path
+        EXPECT_TRUE(std::filesystem::remove(made)); // remove_all changes the form of the path
     }
 }
 
@@ -110,7 +110,7 @@ TEST_F(LifecycleTest, DestructionAndMovesFinishTheFile) {
         model.addNode(NodeType::Group, "r");
         Model taken(std::move(model));
         EXPECT_EQ(taken.addNode(NodeType::Group, "g"), 2U);
-        // NOLINTNEXTLINE(bugprone-use-after-move): as new is what it must be
+        // NOLINTNEXTLINE(bugprone-use-after-move): it is as if default-constructed
         model.saveTo(path("second"));
         model = std::move(taken); // ends the cycle on the second file
         EXPECT_EQ(MekReader::File(path("second")).nodes().size(), 1U);

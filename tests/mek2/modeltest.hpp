@@ -1,5 +1,5 @@
 /// @file
-/// What the tests of the public interface share.
+/// Fixture of the tests of the public interface.
 #pragma once
 
 #include <tyr/mek2/model.hpp>
@@ -13,7 +13,7 @@
 
 namespace Testing {
 
-/// A model in a write cycle, read back once it is closed.
+/// A model with an open write cycle. `closed` closes it and reads the file.
 class ModelTest : public FolderTest {
 protected:
     ModelTest() { model.saveTo(path("out")); }

@@ -23,7 +23,7 @@ NodeProperties property(PropertyType type, const Floats& values) {
     return properties;
 }
 
-TEST_F(NodesTest, RootTakesFourTypes) {
+TEST_F(NodesTest, RootAcceptsFourTypes) {
     for (const NodeType type : {NodeType(0), NodeType(5)}) {
         EXPECT_EQ(messageOf<InvalidArguments>([&] { model.addNode(type, "r"); }),
                   "Invalid node type for root node");
@@ -81,14 +81,14 @@ TEST_F(NodesTest, FindsTheFirstOfManyChildren) {
     EXPECT_EQ(model.getNodeId("/r/50"), 0U);
     EXPECT_EQ(addChild(NodeType::Group, "50"), geometry + 2);
     EXPECT_EQ(model.getNodeId("/r/50"), geometry + 2);
-    // a group and the geometry of a shape are told apart where paths are added
-    const auto ids = model.addAssemblyComponents(Names{"/r/s", "/r/s/"});
+    // paths distinguish a group from a shape of the same name
+    const auto ids = model.addAssemblyComponents({"/r/s", "/r/s/"});
     EXPECT_EQ(ids[0], geometry);
     EXPECT_EQ(ids[1], geometry + 1);
     EXPECT_EQ(closed().nodes().size(), 55U);
 }
 
-TEST_F(NodesTest, CursorFollowsTheOperations) {
+TEST_F(NodesTest, OperationsMoveTheCurrentNode) {
     model.addNode(NodeType::Group, "r");
     model.moveToParentNode();
     model.addNode(NodeType::Shape, "s"); // 2 and 3
@@ -97,12 +97,12 @@ TEST_F(NodesTest, CursorFollowsTheOperations) {
     EXPECT_EQ(model.addNode(NodeType::Group, "s"), 4U);
     EXPECT_THROW(model.setCurrentNodeId(0), OutOfBounds);
     EXPECT_THROW(model.setCurrentNodeId(5), OutOfBounds);
-    EXPECT_EQ(model.getNodeId(Names{}), 0U);
+    EXPECT_EQ(model.getNodeId({}), 0U);
     EXPECT_EQ(model.addNode(NodeType::Group, "4/5"), 5U); // still below 4
-    EXPECT_EQ(model.getNodeId("/r/s"), 2U);
+    EXPECT_EQ(model.getNodeId({"r", "s"}), 2U);
     EXPECT_EQ(model.addNode(NodeType::Group, "root's"), 6U);
-    EXPECT_EQ(model.getNodeId(Names{"r", "s", "4/5"}), 0U); // the first s is the shape
-    EXPECT_EQ(model.getNodeId(Names{"r", "s", "s"}), 3U);
+    EXPECT_EQ(model.getNodeId({"r", "s", "4/5"}), 0U); // the first s is the shape
+    EXPECT_EQ(model.getNodeId({"r", std::string("s"), "s"}), 3U);
     model.setNodeData(3, NodeProperties());
     EXPECT_EQ(model.addNode(NodeType::Group, "below the shape"), 7U);
     const MekReader::File file = closed();
@@ -122,7 +122,7 @@ TEST_F(NodesTest, FailedAddNodeChangesNothing) {
     EXPECT_EQ(closed().nodes()[1].parent, 1U);
 }
 
-TEST_F(NodesTest, SetsWhatCameBeforeARefusedProperty) {
+TEST_F(NodesTest, KeepsPropertiesBeforeAnError) {
     Attributes given;
     given.set("kept", 1U);
     given.set("replaced", 2U);
@@ -141,14 +141,14 @@ TEST_F(NodesTest, SetsWhatCameBeforeARefusedProperty) {
     EXPECT_EQ(std::get<std::string>(root.attributes.at("replaced")), "text");
 }
 
-TEST_F(NodesTest, RefusesPropertiesThatDoNotFit) {
+TEST_F(NodesTest, RefusesInvalidProperties) {
     model.addNode(NodeType::Group, "r");
     const unsigned int geometry = model.addNode(NodeType::Shape, "s");
     struct Case {
         unsigned int id;
         PropertyType type;
         std::size_t size;
-        const char* failure;
+        const char* message;
     };
     for (const Case& one : {Case{1, PropertyType::Translation, 4, "invalid array size"},
                             {1, PropertyType::Rotation, 3, "invalid array size"},
@@ -162,7 +162,7 @@ TEST_F(NodesTest, RefusesPropertiesThatDoNotFit) {
                             {1, PropertyType(-1), 3, "Invalid properties"}}) {
         EXPECT_EQ(messageOf<InvalidArguments>(
                       [&] { model.setNodeData(one.id, property(one.type, Floats(one.size))); }),
-                  one.failure);
+                  one.message);
     }
     EXPECT_THROW(model.setNodeData(4, NodeProperties()), OutOfBounds);
 
@@ -170,7 +170,7 @@ TEST_F(NodesTest, RefusesPropertiesThatDoNotFit) {
     whole.set(PropertyType::Shininess, 1);
     EXPECT_THROW(model.setNodeData(geometry, whole), TemplateSpecializationNotDefined);
     EXPECT_EQ(messageOf<InvalidArguments>([&] { model.setNodeData(1, whole); }),
-              "Invalid property type"); // the node is looked at before the value
+              "Invalid property type"); // the node is checked before the value
     NodeProperties single;
     single.set(PropertyType::Translation, 1.0F);
     EXPECT_THROW(model.setNodeData(1, single), TemplateSpecializationNotDefined);
@@ -194,10 +194,10 @@ TEST_F(ComponentsTest, BuildsAndReusesBranches) {
     EXPECT_EQ(add({"/r/p/s", "/r/p/g/"}), (Ids{4, 5}));
     EXPECT_EQ(model.addNode(NodeType::Group, "below g"), 6U);
     EXPECT_EQ(add({"", "/r/p/s", "///", "/r//p/s", "/r/p/g/below g/"}), (Ids{0, 4, 0, 4, 6}));
-    EXPECT_EQ(add({"/r/p/s/t"}), (Ids{9})); // a group s beside the shape s
+    EXPECT_EQ(add({"/r/p/s/t"}), (Ids{9})); // a group s next to the shape s
     EXPECT_EQ(add({"/r", "/r/"}), (Ids{1, 1}));
     EXPECT_EQ(model.addNode(NodeType::Group, "below r"), 10U);
-    EXPECT_EQ(add({"", "/"}), (Ids{0, 0})); // the cursor does not move
+    EXPECT_EQ(add({"", "/"}), (Ids{0, 0})); // the current node does not change
     EXPECT_EQ(model.addNode(NodeType::Group, "below below r"), 11U);
     const MekReader::File file = closed();
     EXPECT_EQ(file.nodes()[6].type, "Group");
@@ -206,12 +206,12 @@ TEST_F(ComponentsTest, BuildsAndReusesBranches) {
     EXPECT_EQ(file.nodes()[10].parent, 10U);
 }
 
-TEST_F(ComponentsTest, CutsAtEveryCharacterOfTheSeparator) {
+TEST_F(ComponentsTest, SplitsAtEveryByteOfTheSeparator) {
     EXPECT_EQ(add({"::r::a:b::"}, "::"), (Ids{3}));
     EXPECT_EQ(add({"::r:a:b:"}, "::"), (Ids{5})); // does not end in the separator: a shape
 }
 
-TEST_F(ComponentsTest, KeepsWhatCameBeforeAFailure) {
+TEST_F(ComponentsTest, KeepsNodesBeforeAnError) {
     const Names halfRelative = {"/r/a/", "r/b/"};
     EXPECT_EQ(messageOf<InvalidArguments>([&] { add(halfRelative); }),
               "Relative paths not supported");
@@ -220,7 +220,7 @@ TEST_F(ComponentsTest, KeepsWhatCameBeforeAFailure) {
     EXPECT_EQ(model.getNodeId("/r/b"), 3U);
 }
 
-TEST_F(ComponentsTest, GivesAttributesToTheGroupsAtTheEnds) {
+TEST_F(ComponentsTest, SetsAttributesOfTheLastGroups) {
     Attributes first;
     first.set("a", 1U);
     first.set("b", 1U);
@@ -233,8 +233,8 @@ TEST_F(ComponentsTest, GivesAttributesToTheGroupsAtTheEnds) {
     // in the order of the paths: "/r/", "/r/p/g/", "/r/p/s"
     const Map paths = {{"/r/p/s", refused}, {"/r/p/g/", first}, {"/r/", second}};
     EXPECT_EQ(list(model.addAssemblyComponents(paths)), (Ids{1, 3, 5}));
-    model.addAssemblyComponents(Map{{"/r/p/g/", second}});
-    EXPECT_THROW(model.addAssemblyComponents(Map{{"/r/p/", refused}}), InvalidArguments);
+    model.addAssemblyComponents({{"/r/p/g/", second}});
+    EXPECT_THROW(model.addAssemblyComponents({{"/r/p/", refused}}, "/"), InvalidArguments);
     const MekReader::File file = closed();
     EXPECT_EQ(std::get<std::uint32_t>(file.nodes()[2].group->attributes.at("a")), 1U);
     EXPECT_EQ(std::get<std::uint32_t>(file.nodes()[2].group->attributes.at("b")), 2U);

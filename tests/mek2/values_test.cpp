@@ -3,6 +3,7 @@
 #include "tyr/mek2/valuestorage.hpp"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -11,50 +12,58 @@ using namespace Tyr::Mek2;
 
 template <class Array>
 std::vector<float> elements(const Array& array) {
-    const auto& storage = ValueAccess::of(array);
-    return std::vector<float>(storage.data(), storage.data() + storage.size());
+    EXPECT_EQ(array.data(), ValueAccess::of(array).data());
+    return std::vector<float>(array.begin(), array.end());
 }
 
 using Floats = std::vector<float>;
 
-TEST(Arrays, HoldWhatTheyAreMadeFrom) {
+TEST(Arrays, AreConstructedFromValues) {
     Floats source = {1, 2, 3, 4, 5};
     float* const first = source.data();
     EXPECT_EQ(elements(Array1d<float>(2, 7.0F)), (Floats{7, 7}));
     EXPECT_EQ(elements(Array1d<float>(first, first + 2)), (Floats{1, 2}));
     EXPECT_EQ(elements(Array1d<float>(source)), source);
-    EXPECT_EQ(elements(Array2d<float>(2, 1, 7.0F)), (Floats{7, 7}));
+    EXPECT_EQ(elements(Array1d<float>(source.data(), 3)), (Floats{1, 2, 3}));
+    EXPECT_EQ(elements(Array1d<float>(1, 0)), Floats{0});
+    EXPECT_EQ(elements(Array1d<float>(0, 0)), Floats());
+    EXPECT_EQ(elements(Array2d<float>(2, 1, 7)), (Floats{7, 7}));
     EXPECT_EQ(elements(Array2d<float>(2, 2, source)), (Floats{1, 2, 3, 4}));
     EXPECT_EQ(elements(Array2d<float>(2, 2, first, first + 3)), (Floats{1, 2, 3, 0}));
     EXPECT_EQ(elements(Array2d<float>(3, 0, {1, 2})), Floats());
     EXPECT_THROW(Array2d<float>(std::size_t{1} << 40, std::size_t{1} << 40), std::bad_alloc);
     EXPECT_THROW(Array1d<float>(static_cast<std::size_t>(-1)), std::bad_alloc);
-    Array2d<float> table(2, 3, {1, 2, 3, 4, 5, 6});
-    EXPECT_EQ(table(1, 0), 4.0F);
+    EXPECT_EQ(Array2d<float>(source.data(), 2, 2)(1, 0), 3.0F);
 }
 
-TEST(Values, CopiesAreDeep) {
+TEST(Values, CopiesAreDeepAndMovesLeaveEmptyValues) {
     Array1d<float> column({1});
     const Array1d<float> copy = column;
     column = Array1d<float>({1, 2, 3, 4, 5});
     column[0] = 9;
     EXPECT_EQ(elements(column), (Floats{9, 2, 3, 4, 5}));
     EXPECT_EQ(elements(copy), (Floats{1}));
+    Array1d<float> taken(std::move(column));
+    EXPECT_EQ(elements(column), Floats()); // NOLINT(bugprone-use-after-move): it is empty
+    column = taken;
+    EXPECT_EQ(elements(column), (Floats{9, 2, 3, 4, 5}));
     Attributes attributes;
     attributes.set("k", 1.0F);
     Attributes others = attributes;
-    others.set("k", "text");
+    char text[] = "text";
+    others.set("k", text);
     EXPECT_EQ(std::get<float>(ValueAccess::of(attributes).at("k")), 1.0F);
-    attributes = others;
+    attributes = std::move(others);
+    others.set("k", 2.0F); // NOLINT(bugprone-use-after-move): it is empty
     EXPECT_EQ(std::get<std::string>(ValueAccess::of(attributes).at("k")), "text");
 }
 
-/// Code of an inner value, or -1 if the conversion refuses it.
+/// Code of the converted value, or -1 if the conversion refuses it.
 int convertedType(const AttributeVariant& value) {
     try {
         return std::visit(Helper::Attributes::AttributeValueGetter(), value).type;
-    } catch (const Tyr::Exception::InvalidArguments& failure) {
-        EXPECT_STREQ(failure.what(), "Invalid arguments");
+    } catch (const Tyr::Exception::InvalidArguments& error) {
+        EXPECT_STREQ(error.what(), "Invalid arguments");
         return -1;
     }
 }
@@ -64,7 +73,7 @@ std::vector<int> convertedTypes(std::index_sequence<Index...>) {
     return {convertedType(AttributeVariant(std::in_place_index<Index>))...};
 }
 
-TEST(AttributeConversion, TakesSixOfTheTwentySixKinds) {
+TEST(AttributeConversion, AcceptsSixOfTheTwentySixKinds) {
     EXPECT_EQ(convertedTypes(std::make_index_sequence<std::variant_size_v<AttributeVariant>>()),
               (std::vector<int>{1,  -1, 0,  -1, 0,  -1, 2,  -1, -1, -1, 3,  -1, -1,
                                 -1, 0,  -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1}));

@@ -51,12 +51,12 @@ public:
     virtual int code() const noexcept;
 };
 
-/// Base of all concrete classes: a message, or the default text of the class. Code 1.
+/// Base of all concrete classes: a message, or the default message of the class. Code 1.
 class MEKAPI2_API Exception : public virtual Base,
                               public virtual std::exception,
                               public virtual boost::exception {
 public:
-    /// No message: `what` returns the default text of the class.
+    /// No message: `what` returns the default message of the class.
     Exception() = default;
 
     /// @param message zero-terminated string, copied; an empty string is no message
@@ -69,11 +69,11 @@ public:
     /// @}
     ~Exception() override;
 
-    /// The default text of the class.
+    /// The default message of the class.
     virtual const char* defaultMessage() const noexcept;
 
-    /// The message, or the default text if there is none. Valid until the exception is assigned to
-    /// or destroyed.
+    /// The message, or the default message if there is none. Valid until the exception is assigned
+    /// to or destroyed.
     /// @{
     const char* message() const noexcept override;
     const char* what() const noexcept override;

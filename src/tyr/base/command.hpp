@@ -1,8 +1,8 @@
 /// @file
-/// The frame of the commands that carry out public operations.
+/// Base classes of the commands, which carry out the public operations.
 ///
-/// A command holds copies of its inputs. It is made on the stack, run against the state once and
-/// at once, and dies.
+/// A command holds copies of its arguments. A public operation creates it on the stack, runs it
+/// once and destroys it.
 #pragma once
 
 #include "tyr/base/filedescription.hpp"
@@ -17,7 +17,7 @@ public:
     virtual void update(D&) {}
 };
 
-/// Gets an `R` out of the state `D`.
+/// Reads an `R` from the state `D`.
 template <class D, class R>
 class Extractor {
 public:

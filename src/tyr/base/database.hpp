@@ -1,5 +1,5 @@
 /// @file
-/// Root of the states that commands work on.
+/// Base class of the state that commands read and change.
 #pragma once
 
 namespace Tyr::Base {

@@ -1,5 +1,5 @@
 /// @file
-/// Which file a saver opens.
+/// The file that a saver opens.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace Tyr::Mek2 {
 
-/// One of the two paths is filled. The other fields stay in this record.
+/// At most one of the two paths is not empty. Nothing reads the other fields.
 struct FileDescription {
     std::string path{};
     std::wstring widePath{};

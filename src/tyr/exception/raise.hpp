@@ -1,5 +1,5 @@
 /// @file
-/// Raising a failure with its location, the one way in which the library throws.
+/// Throwing an exception with its location. The library throws in no other way.
 #pragma once
 
 #include <tyr/exception/exception.hpp>
@@ -9,8 +9,7 @@
 
 namespace Tyr::Exception {
 
-/// The part of a source path from "tyr/" on, so that a location reads the same wherever the
-/// library was built.
+/// The part of a source path from "tyr/" on. It does not depend on the folder of the build.
 constexpr const char* relativeSourcePath(const char* path) {
     const char* relative = path;
     for (const char* at = path; *at != '\0'; ++at) {
@@ -23,12 +22,11 @@ constexpr const char* relativeSourcePath(const char* path) {
     return relative;
 }
 
-/// Throws `failure` as a `clone_impl`, so that Boost's exception pointer can keep it.
-template <class Failure>
-[[noreturn]] void raiseAt(Failure failure, const char* function, const char* file, int line) {
-    failure << boost::throw_function(function) << boost::throw_file(file)
-            << boost::throw_line(line);
-    throw boost::enable_current_exception(failure);
+/// Throws `error` as a `clone_impl`, so that `boost::current_exception` can store it.
+template <class Error>
+[[noreturn]] void raiseAt(Error error, const char* function, const char* file, int line) {
+    error << boost::throw_function(function) << boost::throw_file(file) << boost::throw_line(line);
+    throw boost::enable_current_exception(error);
 }
 
 } // namespace Tyr::Exception
@@ -36,6 +34,6 @@ template <class Failure>
 /// Path of this source file, such as "tyr/qbf/index.cpp".
 #define TYR_SOURCE_FILE ::Tyr::Exception::relativeSourcePath(__FILE__)
 
-/// Raises `failure` with the signature, source file and line of the place where this stands.
-#define TYR_RAISE(failure) \
-    ::Tyr::Exception::raiseAt((failure), BOOST_CURRENT_FUNCTION, TYR_SOURCE_FILE, __LINE__)
+/// Throws `error` with the function signature, source file and line of the call.
+#define TYR_RAISE(error) \
+    ::Tyr::Exception::raiseAt((error), BOOST_CURRENT_FUNCTION, TYR_SOURCE_FILE, __LINE__)

@@ -1,5 +1,5 @@
 /// @file
-/// The process-wide log system, and the one way in which the library logs a line.
+/// The log system of the process, and the macros that log a line.
 #pragma once
 
 #include <tyr/log/log.hpp>
@@ -11,7 +11,7 @@
 
 namespace Tyr::Log {
 
-/// The one object that all lines of the library go to. It comes into being at the first use.
+/// The log system that receives all lines of the library. Created at the first call.
 LogSystem& logSystem();
 
 /// Composes line after line in one record, for what is logged with every dataset: a stream costs
@@ -32,7 +32,7 @@ private:
 
 } // namespace Tyr::Log
 
-/// Logs one line. `pieces` is what stands behind the first `<<`; `function` is the qualified name
+/// Logs one line. `pieces` are the operands after the first `<<`; `function` is the qualified name
 /// of the logging function without its signature.
 #define TYR_LOG(function, pieces)                                                         \
     do {                                                                                  \

@@ -11,7 +11,7 @@ Database::~Database() {
     try {
         Database::close();
     } catch (...) {
-        // nobody is left to hear of it; the tree goes with this object and closes its stream
+        // a destructor cannot report it; the destructor of the tree closes the stream
     }
 }
 

@@ -10,14 +10,14 @@
 
 namespace Tyr::Mek2 {
 
-/// Empty until a saver gives it a tree, and again after `close`.
+/// The tree and flags of the open write cycle. Without one there is no tree.
 class Database : public Base::Database {
 public:
-    /// Closes; a failure of that is swallowed once stream and memory are released.
+    /// Closes. Errors are discarded; the stream is closed and memory released in any case.
     ~Database() override;
 
-    /// Saves what is left, closes the file and drops the tree. After a failure the tree stays, and
-    /// a further call drops it without saving again.
+    /// Saves the tree, closes the file and deletes the tree. After an error the tree stays; a
+    /// second call deletes it without saving.
     void close() override;
 
     /// @throws InvalidObjectState "Not Empty"

@@ -9,12 +9,13 @@
 
 namespace Tyr::Mek2 {
 
+/// The command of `Model::saveTo`.
 class Saver : public Base::Saver<Database, SaverOptions> {
 public:
     using Base::Saver<Database, SaverOptions>::Saver;
 
-    /// Gives the database a tree, and the tree a file if there is a path. When the file cannot be
-    /// opened the tree stays.
+    /// Creates the tree and, if there is a path, opens its file. If the file cannot be opened, the
+    /// tree stays.
     /// @throws InvalidObjectState "Not Empty"
     void save(Database& database) override;
 };

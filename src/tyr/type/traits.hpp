@@ -6,7 +6,7 @@
 
 namespace Tyr::Type {
 
-/// `elementType` is the number of the type in the file.
+/// `elementType` is the code of the type in the file.
 template <class T>
 struct Traits;
 

@@ -1,4 +1,4 @@
-// What an application does with the library: a whole write cycle, and handlers for its failures.
+// A complete write cycle, and handlers for the exceptions of the library.
 #include "application.hpp"
 
 #include <tyr/exception/exception.hpp>
@@ -14,7 +14,7 @@
 namespace {
 
 using namespace Tyr::Mek2;
-namespace Failures = Tyr::Exception;
+namespace Errors = Tyr::Exception;
 
 SaverOptions overwriting() {
     SaverOptions options;
@@ -31,7 +31,7 @@ void writeWholeModel(const std::string& path) {
     owner.close();
 }
 
-/// @return how many handlers are missed, 0 or 1
+/// @return the number of exceptions that the handler does not catch, 0 or 1
 template <class Caught, class Action>
 int missed(const char* what, const Action& action) {
     try {
@@ -44,23 +44,22 @@ int missed(const char* what, const Action& action) {
     return 1;
 }
 
-/// The types of failures are those of the library, wherever it was loaded from.
-int missedFailures(const std::string& path) {
+/// The exception types are those of the library, also if a module was loaded with it.
+int missedErrors(const std::string& path) {
     Model model;
     const auto saveAgain = [&] { model.saveTo(path, overwriting()); };
     saveAgain();
     model.addNode(NodeType::RootGroup, "root");
     const Array1d<float> values(1);
-    return missed<Failures::InvalidObjectState>("a second file at once", saveAgain) +
-           missed<Failures::Base>("Base", saveAgain) +
+    return missed<Errors::InvalidObjectState>("a second file at once", saveAgain) +
+           missed<Errors::Base>("Base", saveAgain) +
            missed<std::exception>("std::exception", saveAgain) +
            missed<boost::exception>("boost::exception", saveAgain) +
-           missed<Failures::FileOpenException>("a file that exists",
-                                               [&] { Model().saveTo(path); }) +
-           missed<Failures::KeyNotFound>(
+           missed<Errors::FileOpenException>("a file that exists", [&] { Model().saveTo(path); }) +
+           missed<Errors::KeyNotFound>(
                "an unknown id",
                [&] { model.addArrayProperty(DatasetType::NodeIds, values, 9U, Step{}); }) +
-           missed<Failures::FileWriteException>("a full disk", [] {
+           missed<Errors::FileWriteException>("a full disk", [] {
                Model full;
                full.saveTo("/dev/full", overwriting());
                full.close();
@@ -72,5 +71,5 @@ int missedFailures(const std::string& path) {
 int runApplication(const char* folder) {
     std::filesystem::create_directories(folder);
     writeWholeModel(std::string(folder) + "/whole.mek");
-    return missedFailures(std::string(folder) + "/failures.mek") == 0 ? 0 : 1;
+    return missedErrors(std::string(folder) + "/errors.mek") == 0 ? 0 : 1;
 }

@@ -1,5 +1,6 @@
-// What the program and the module have in common.
+// The interface of the program and the module.
 #pragma once
 
-/// Uses the library, with files in `folder`. @return an exit status; what is wrong goes to stderr
+/// Uses the library and writes to `folder`. Errors are printed to stderr.
+/// @return an exit status
 extern "C" __attribute__((visibility("default"))) int runApplication(const char* folder);

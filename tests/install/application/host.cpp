@@ -1,4 +1,4 @@
-// An application that knows nothing of the library and loads a module that does.
+// An application that is not linked to the library and loads a module that is.
 #include "application.hpp"
 
 #if defined(_WIN32)
@@ -13,7 +13,7 @@ namespace {
 
 using RunApplication = decltype(&runApplication);
 
-/// Null if the module or what it needs is missing.
+/// Null if the module or one of its libraries is missing.
 RunApplication load(const char* file) {
 #if defined(_WIN32)
     const HMODULE module = LoadLibraryA(file);

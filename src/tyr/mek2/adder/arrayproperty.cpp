@@ -14,7 +14,7 @@ namespace Tyr::Mek2::Adder {
 
 namespace {
 
-/// Stands between the name of a result and the name of a step.
+/// Separates the name of a result from the name of a step.
 constexpr char stepSeparator = '\x1E';
 
 constexpr std::int64_t largestCount = std::numeric_limits<std::int32_t>::max();
@@ -39,7 +39,7 @@ TyrMek::NumericArray describe(const Property& property, std::int64_t rows) {
     return array;
 }
 
-/// Where a variable stands: its geometry and its number there.
+/// A variable: the id of its geometry, and its index there.
 struct VariablePlace {
     unsigned int nodeId;
     unsigned int index;
@@ -49,18 +49,18 @@ struct VariablePlace {
     }
 };
 
-/// What all variables of one call have in common.
+/// The values that all variables of one call share.
 struct Attachment {
     const std::string& name;
     TyrMek::Geometry::VariableType type{};
     std::uint64_t offset = 0;
     TyrMek::NumericArray array;
     TyrUtil::AttributeList attributes;
-    bool relinkReplaced = false; ///< the first variable owns the array, also if it was a link
+    bool relinkReplaced = false; ///< true: a first variable that is a link becomes the owner
     std::optional<VariablePlace> owner{};
 };
 
-/// The attributes of the call win over those of the step.
+/// Attributes of the call replace those of the step with the same key.
 TyrUtil::AttributeList withStepAttributes(const TyrUtil::AttributeList& attributes,
                                           const StepData& step) {
     const TyrUtil::AttributeList added = Helper::Attributes::toAttributeList(step.attributes);
@@ -69,9 +69,9 @@ TyrUtil::AttributeList withStepAttributes(const TyrUtil::AttributeList& attribut
     return merged;
 }
 
-/// The first variable of a call is the owner of the dataset unless it is a link from an earlier
-/// call; all others become links to it.
-/// @param coming how many variables the node gets, this one included
+/// The first variable of a call owns the dataset, unless it is a link of an earlier call. The
+/// others become links to it.
+/// @param coming number of variables that the node still gets, this one included
 void attach(TyrMek::Tree& tree, Attachment& attachment, unsigned int id, const StepData& step,
             std::size_t coming) {
     const std::string variableName =

@@ -1,5 +1,5 @@
 /// @file
-/// Streams an array and attaches it to geometries.
+/// Writes an array and attaches it to geometries.
 #pragma once
 
 #include "tyr/base/command.hpp"
@@ -10,12 +10,12 @@
 
 namespace Tyr::Mek2::Adder {
 
-/// Exists for the four kinds of arrays.
+/// The command of `Model::addArrayProperty`. Instantiated for the four kinds of arrays.
 template <class Property, class Ids, class Steps>
 class ArrayProperty : public Base::Modifier<Database> {
 public:
-    /// Nothing that was done before a failure is undone: the dataset stays in the stream, and the
-    /// pairs of id and step before the failing one keep their variables.
+    /// After an error the dataset stays in the stream, and the variables that were attached before
+    /// it stay.
     void update(Database& database) override;
 
     Property property;

@@ -20,18 +20,18 @@ const std::string& pathOf(const PathMap::value_type& entry) { return entry.first
 const AttributeMap& attributesOf(const std::string&) { return noAttributes; }
 const AttributeMap& attributesOf(const PathMap::value_type& entry) { return entry.second; }
 
-bool beginsWith(const std::string& text, const std::string& beginning) {
-    return text.compare(0, beginning.size(), beginning) == 0;
+bool beginsWith(const std::string& string, const std::string& beginning) {
+    return string.compare(0, beginning.size(), beginning) == 0;
 }
 
-bool endsWith(const std::string& text, const std::string& end) {
-    return text.size() >= end.size() &&
-           text.compare(text.size() - end.size(), end.size(), end) == 0;
+bool endsWith(const std::string& string, const std::string& end) {
+    return string.size() >= end.size() &&
+           string.compare(string.size() - end.size(), end.size(), end) == 0;
 }
 
 } // namespace
 
-/// Walks the tree along one path after the other.
+/// Adds the nodes of one path after the other.
 template <class Container, class Array>
 class Components<Container, Array>::Visitor {
 public:
@@ -42,7 +42,7 @@ public:
         }
     }
 
-    /// Ends on the node that the names lead to and gives its id.
+    /// Makes the last node of the path the current node and returns its id.
     unsigned int visit(const std::vector<std::string>& names, bool leadsToGroup,
                        const AttributeMap& attributes) {
         moveToRoot(names.front());
@@ -74,7 +74,7 @@ private:
         }
     }
 
-    /// Reserved for merging a second tree into the first.
+    /// Reserved for merging a tree with another root. @throws NotYetImplemented always
     void addMergeNode(const std::string&) const { TYR_RAISE(Exception::NotYetImplemented()); }
 
     void setAttributes(const AttributeMap& attributes) {

@@ -1,5 +1,5 @@
 /// @file
-/// Adds whole branches from a list of paths.
+/// Adds the nodes of a list of paths.
 #pragma once
 
 #include "tyr/base/command.hpp"
@@ -12,13 +12,14 @@
 
 namespace Tyr::Mek2::Adder {
 
-/// Exists for a vector of paths, and for a map from path to attributes.
+/// The command of `Model::addAssemblyComponents`. Instantiated for a vector of paths, and for a map
+/// from path to attributes.
 template <class Container, class Array>
 class Components : public Base::Modifier<Database> {
 public:
     explicit Components(const Container& paths);
 
-    /// Leaves one id for each path in `result`.
+    /// Stores one id for each path in `result`.
     void update(Database& database) override;
 
     Container paths;

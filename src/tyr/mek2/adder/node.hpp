@@ -12,12 +12,13 @@
 
 namespace Tyr::Mek2::Adder {
 
+/// The command of `Model::addNode`.
 class Node : public Base::Modifier<Database> {
 public:
     Node() = default;
     Node(NodeType nodeType, const std::string& nodeName, const AttributeMap& nodeAttributes);
 
-    /// Leaves the id of the node under the cursor in `id`.
+    /// Stores the id of the new current node in `id`.
     void update(Database& database) override;
 
     NodeType type = NodeType::RootGroup;

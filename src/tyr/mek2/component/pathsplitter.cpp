@@ -8,8 +8,8 @@ PathSplitter::PathSplitter(const std::string& path, const char* separator)
 
 PathSplitter::~PathSplitter() = default;
 
-/// One by one: a vector that is made from a range forgets an element in libstdc++ when moving on in
-/// the range fails, as it does here for lack of memory.
+/// Copies the names one by one. libstdc++'s constructor from a range leaks an element if advancing
+/// the iterator raises an exception, as it does here without memory.
 std::vector<std::string> PathSplitter::names() const {
     std::vector<std::string> names;
     for (const std::string& name : tokenizer_) {

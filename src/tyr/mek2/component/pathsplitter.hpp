@@ -1,5 +1,5 @@
 /// @file
-/// Cuts a path into its names.
+/// Splits a path into its names.
 #pragma once
 
 #include <boost/tokenizer.hpp>
@@ -9,7 +9,7 @@
 
 namespace Tyr::Mek2::Component {
 
-/// Every character of the separator is a delimiter, and empty names are dropped.
+/// Every byte of the separator is a delimiter. Empty names are ignored.
 class PathSplitter {
 public:
     PathSplitter(const std::string& path, const char* separator);

@@ -9,6 +9,7 @@
 
 namespace Tyr::Mek2::Extractor {
 
+/// The command of `Model::getNodeId`.
 class NodeId : public Base::Extractor<Database, unsigned int> {
 public:
     NodeId(const std::string& nodePath, const std::string& pathSeparator);

@@ -1,5 +1,5 @@
 /// @file
-/// Conversion of attributes to the inner form.
+/// Conversion of attributes to the form of the tree.
 #pragma once
 
 #include "tyr/exception/raise.hpp"
@@ -12,10 +12,12 @@
 
 namespace Tyr::Mek2::Helper {
 
+/// Operations on the attributes of the public interface.
 struct Attributes {
-    /// Visitor that turns one value into its inner form. Numbers are neither widened nor narrowed,
-    /// but for the signed ones, which keep their low 32 bits.
-    /// @throws InvalidArguments a kind that has no inner form; the location names it
+    /// Visitor that converts one value. Signed integers keep their low 32 bits; other values do not
+    /// change.
+    /// @throws InvalidArguments the file cannot hold values of this type; the function name of the
+    ///     location contains the type
     struct AttributeValueGetter {
         template <class T>
         TyrUtil::AttributeValue operator()(const T&) const {
@@ -33,11 +35,11 @@ struct Attributes {
         TyrUtil::AttributeValue operator()(const std::int64_t& value) const;
     };
 
-    /// @throws InvalidArguments a kind that has no inner form
+    /// @throws InvalidArguments the file cannot hold one of the values
     static TyrUtil::AttributeList toAttributeList(const AttributeMap& map);
 };
 
-/// Stores each entry of `added` in `list` and replaces those of the same key.
+/// Copies each entry of `added` to `list`. Replaces entries with the same key.
 void replaceEntries(TyrUtil::AttributeList& list, const TyrUtil::AttributeList& added);
 
 } // namespace Tyr::Mek2::Helper

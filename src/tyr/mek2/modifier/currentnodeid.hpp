@@ -1,5 +1,5 @@
 /// @file
-/// Moves the cursor.
+/// Changes the current node.
 #pragma once
 
 #include "tyr/base/command.hpp"
@@ -7,7 +7,7 @@
 
 namespace Tyr::Mek2::Modifier {
 
-/// Moves the cursor to `id`.
+/// The command of `Model::setCurrentNodeId`.
 class CurrentNodeId : public Base::Modifier<Database> {
 public:
     explicit CurrentNodeId(unsigned int nodeId);
@@ -16,7 +16,7 @@ public:
     unsigned int id;
 };
 
-/// Moves the cursor one level up.
+/// The command of `Model::moveToParentNode`.
 class UpMover : public Base::Modifier<Database> {
 public:
     void update(Database& database) override;

@@ -33,7 +33,7 @@ void placeGroup(TyrMek::Group& group, PropertyType type, const NodePropertyVaria
     }
 }
 
-void changeLook(TyrMek::Material& material, PropertyType type, const NodePropertyVariant& value) {
+void setMaterial(TyrMek::Material& material, PropertyType type, const NodePropertyVariant& value) {
     switch (type) {
         case PropertyType::DiffuseColor:
             return material.SetDiffuseColor(valueOf<Floats>(value));
@@ -86,7 +86,7 @@ void NodeData::update(Database& database) {
         if (type <= PropertyType::Scale) {
             placeGroup(*notNull(group), type, value);
         } else {
-            changeLook(notNull(shape)->material, type, value);
+            setMaterial(notNull(shape)->material, type, value);
         }
     }
     if (!attributes.empty() && group != nullptr) {

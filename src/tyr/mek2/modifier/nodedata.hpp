@@ -1,5 +1,5 @@
 /// @file
-/// Sets placement, look and attributes of a node.
+/// Sets placement, material and attributes of a node.
 #pragma once
 
 #include "tyr/base/command.hpp"
@@ -8,12 +8,13 @@
 
 namespace Tyr::Mek2::Modifier {
 
+/// The command of `Model::setNodeData`.
 class NodeData : public Base::Modifier<Database> {
 public:
     NodeData(unsigned int nodeId, const PropertyMap& nodeProperties,
              const AttributeMap& nodeAttributes);
 
-    /// Entries before a failing one stay applied.
+    /// After an error the properties before it stay applied.
     void update(Database& database) override;
 
     unsigned int id;

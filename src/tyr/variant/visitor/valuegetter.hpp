@@ -1,5 +1,5 @@
 /// @file
-/// Takes a node property out of its variant as the exact type of its target.
+/// Reads a node property from its variant.
 #pragma once
 
 #include "tyr/exception/raise.hpp"
@@ -8,8 +8,9 @@
 
 namespace Tyr::Variant::Visitor {
 
-/// Exists for `std::vector<float>`, `float` and `bool`.
-/// @throws TemplateSpecializationNotDefined any other kind of value; the location names it
+/// Visitor that returns the value as `T`: `std::vector<float>`, `float` or `bool`.
+/// @throws TemplateSpecializationNotDefined the value has another type; the function name of the
+///     location contains it
 template <class T>
 struct ValueGetter;
 
@@ -31,7 +32,7 @@ struct ValueGetter<float> {
     float operator()(const float& value) const { return value; }
 };
 
-/// There is no alternative for `bool`: it is kept as an `int`.
+/// The variant has no `bool`: properties store it as an `int`.
 template <>
 struct ValueGetter<bool> {
     template <class Other>
