@@ -25,7 +25,6 @@ TEST(Arrays, AreConstructedFromValues) {
     EXPECT_EQ(elements(Array1d<float>(first, first + 2)), (Floats{1, 2}));
     EXPECT_EQ(elements(Array1d<float>(source)), source);
     EXPECT_EQ(elements(Array1d<float>(source.data(), 3)), (Floats{1, 2, 3}));
-    EXPECT_EQ(elements(Array1d<float>(1, 0)), Floats{0});
     EXPECT_EQ(elements(Array1d<float>(0, 0)), Floats());
     EXPECT_EQ(elements(Array2d<float>(2, 1, 7)), (Floats{7, 7}));
     EXPECT_EQ(elements(Array2d<float>(2, 2, source)), (Floats{1, 2, 3, 4}));

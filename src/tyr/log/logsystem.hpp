@@ -14,11 +14,11 @@ namespace Tyr::Log {
 /// The log system that receives all lines of the library. Created at the first call.
 LogSystem& logSystem();
 
-/// Composes line after line in one record, for what is logged with every dataset: a stream costs
-/// far more to construct than such a line to compose. For one thread at a time.
+/// Reuses one record for lines that are logged with every dataset: constructing a stream costs far
+/// more than composing such a line. One thread at a time may use an object.
 class LineComposer {
 public:
-    /// The record of a new line, empty.
+    /// The record of a new line. It is empty.
     Record<char>& begin(const char* file, const char* function, std::uint32_t line) {
         record_.str(std::string());
         record_.clear();

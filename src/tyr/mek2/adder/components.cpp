@@ -74,7 +74,8 @@ private:
         }
     }
 
-    /// Reserved for merging a tree with another root. @throws NotYetImplemented always
+    /// Reserved for merging a tree with another root.
+    /// @throws NotYetImplemented always
     void addMergeNode(const std::string&) const { TYR_RAISE(Exception::NotYetImplemented()); }
 
     void setAttributes(const AttributeMap& attributes) {
