@@ -33,8 +33,7 @@ enum Severity : int { Information = 1 };
 
 /// Where and when a line was made. The strings are not copied and must outlive the object.
 struct MEKAPI2_API Origin {
-    /// Sets `time` from the system clock.
-    /// @param file, function zero-terminated strings
+    /// Sets `time` from the system clock. The strings are zero-terminated.
     Origin(const char* file, const char* function, std::uint32_t line);
 
     /// Copies all four fields.

@@ -55,21 +55,21 @@ enum class PropertyType : std::int32_t {
 /// values of elements; C and D have no fixed meaning. The digit of a result is its width: 1 for a
 /// scalar, 3 for a vector, 6 for a symmetric tensor (xx, yy, zz, xy, yz, xz).
 enum class DatasetType : std::int32_t {
-    // width 1, "Connectivity": rows of the coordinates, element after element
+    /// width 1, "Connectivity": rows of the coordinates, element after element
     Connectivity0 = 0,
     Connectivity1 = 1,
     Connectivity2 = 2,
-    // width 1, "Polylength": number of nodes of each element
+    /// width 1, "Polylength": number of nodes of each element
     Polylength0 = 3,
     Polylength1 = 4,
     Polylength2 = 5,
-    // width 1, "Part Elements"
+    /// width 1, "Part Elements"
     PartElements0 = 6,
     PartElements1 = 7,
     PartElements2 = 8,
-    // width 3, "Coordinates"
+    /// width 3, "Coordinates"
     Coordinates = 9,
-    // no default name
+    /// no default name, also for the other results
     ResultA1 = 10,
     ResultA3 = 11,
     ResultA6 = 12,

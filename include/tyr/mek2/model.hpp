@@ -84,8 +84,8 @@ public:
     /// As the constructor. An open write cycle of this object ends as in the destructor.
     Model& operator=(Model&& other);
 
-    /// Starts a write cycle: creates the file and writes its head. The tree is empty, and its
-    /// current node is where the root will be.
+    /// Starts a write cycle: creates the file and writes its head. The tree is empty; the first
+    /// `addNode` adds the root.
     ///
     /// With an empty path there is no file: the tree can be built, `addArrayProperty` refuses
     /// arrays, and `close` writes nothing. Each call seeds `std::rand` of the process with 0.
