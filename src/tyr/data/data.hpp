@@ -2,7 +2,7 @@
 /// An array with its attributes.
 #pragma once
 
-#include "tyr/mek2/valuecopy.hpp"
+#include "tyr/variant/copy.hpp"
 
 #include <utility>
 
@@ -18,7 +18,7 @@ public:
     using Traits = TraitsType;
 
     Data() = default;
-    Data(const Array& values, const Map& map) : array(values), attributes(Mek2::copyOf(map)) {}
+    Data(const Array& values, const Map& map) : array(values), attributes(Variant::copyOf(map)) {}
     Data(const Array& values, Map&& map) : array(values), attributes(std::move(map)) {}
 
     Data(const Data& other) : Data(other.array, other.attributes) {}

@@ -1,6 +1,5 @@
 #include <tyr/mek2/array.hpp>
 
-#include "tyr/mek2/valuecopy.hpp"
 #include "tyr/mek2/valuestorage.hpp"
 
 #include <algorithm>

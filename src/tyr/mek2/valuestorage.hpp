@@ -10,7 +10,7 @@
 #include <tyr/mek2/nodeproperties.hpp>
 #include <tyr/mek2/step.hpp>
 
-#include "tyr/mek2/valuecopy.hpp"
+#include "tyr/variant/copy.hpp"
 
 #include <Eigen/Core>
 
@@ -20,6 +20,8 @@
 #include <vector>
 
 namespace Tyr::Mek2 {
+
+using Variant::copyOf;
 
 using AttributeMap = std::map<std::string, AttributeVariant>;
 using PropertyMap = std::map<PropertyType, NodePropertyVariant>;

@@ -11,7 +11,7 @@
 #include <utility>
 #include <variant>
 
-namespace Tyr::Mek2 {
+namespace Tyr::Variant {
 
 template <class T>
 T copyOf(const T& value) {
@@ -37,4 +37,4 @@ std::map<Key, Value> copyOf(const std::map<Key, Value>& map) {
     return copy;
 }
 
-} // namespace Tyr::Mek2
+} // namespace Tyr::Variant
