@@ -6,6 +6,7 @@
 #include "tyr/qbf/encoding.hpp"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -16,7 +17,7 @@ std::atomic<std::uint32_t> defaultBlockSize{10 * 1024 * 1024};
 
 namespace {
 
-/// The growth step in force: a valid value of the environment stays in force from then on.
+/// The current growth step. A valid value of the environment remains the step from then on.
 std::uint32_t CurrentDefaultBlockSize() {
     if (const auto size = BlockSizeFromEnvironment()) {
         defaultBlockSize.store(*size, std::memory_order_relaxed);
@@ -27,7 +28,8 @@ std::uint32_t CurrentDefaultBlockSize() {
 } // namespace
 
 void Block::Put(const void* const& bytes, const unsigned int& size) {
-    const unsigned int count = size; // may be a member of this block, which changes now
+    const unsigned int count =
+        size; // `size` may refer to a member of this block, which changes now
     unsigned char* const target = Extend(count);
     if (count != 0) {
         std::memcpy(target, bytes, count);
@@ -35,21 +37,6 @@ void Block::Put(const void* const& bytes, const unsigned int& size) {
 }
 
 void Block::Put(const std::string& text) { Encode(*this, text); }
-
-unsigned char* Block::Extend(std::uint32_t size) {
-    const std::uint32_t step = CurrentDefaultBlockSize();
-    const std::uint64_t end = std::uint64_t{position} + size;
-    if (end > std::numeric_limits<std::uint32_t>::max()) {
-        TYR_RAISE(Tyr::Exception::OverflowError());
-    }
-    if (end >= capacity) {
-        AllocateAdditionalMemory(std::max(size, step));
-    }
-    unsigned char* const target = data + position;
-    position = static_cast<std::uint32_t>(end);
-    length = std::max(length, position);
-    return target;
-}
 
 void Block::SetPosition(const unsigned int& newPosition) {
     if (newPosition > length) {
@@ -72,8 +59,11 @@ void Block::Write(std::FILE* stream, bool withLength) const {
 }
 
 void Block::AllocateAdditionalMemory(const std::uint64_t& additional) {
+    if (additional > std::numeric_limits<std::size_t>::max() - capacity) {
+        TYR_RAISE(Tyr::Exception::MemoryAllocationException());
+    }
     if (capacity + additional == 0) {
-        return; // realloc to nothing would free the buffer
+        return; // a realloc to 0 bytes would free the buffer
     }
     void* const grown = std::realloc(data, capacity + additional);
     if (grown == nullptr) {
@@ -81,6 +71,26 @@ void Block::AllocateAdditionalMemory(const std::uint64_t& additional) {
     }
     data = static_cast<unsigned char*>(grown);
     capacity += additional;
+}
+
+unsigned char* Block::Extend(std::uint32_t size) {
+    const std::uint64_t grownCapacity = CapacityAfterPut(size);
+    if (grownCapacity > capacity) {
+        AllocateAdditionalMemory(grownCapacity - capacity);
+    }
+    unsigned char* const target = data + position;
+    position += size;
+    length = std::max(length, position);
+    return target;
+}
+
+std::uint64_t Block::CapacityAfterPut(std::uint32_t size) const {
+    const std::uint32_t step = CurrentDefaultBlockSize();
+    const std::uint64_t end = std::uint64_t{position} + size;
+    if (end > std::numeric_limits<std::uint32_t>::max()) {
+        TYR_RAISE(Tyr::Exception::OverflowError());
+    }
+    return end < capacity ? capacity : capacity + std::max(size, step);
 }
 
 void Block::Release() {

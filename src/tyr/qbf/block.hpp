@@ -9,44 +9,52 @@
 
 namespace TyrQbf {
 
-/// Growth step of every block, 10 MiB until the environment gives another. Process-wide.
+/// Growth step of every block, 10 MiB until the environment sets another. Process-wide.
 extern std::atomic<std::uint32_t> defaultBlockSize;
 
 /// A growable byte buffer with a write cursor.
 ///
-/// A plain value: a copy shares the buffer, and there is no destructor, so that moving blocks
-/// inside a growing vector stays a move of four members. Whoever holds the block frees the buffer.
+/// A plain value: a copy shares the buffer, and there is no destructor, so that a growing vector
+/// moves blocks as four members. The owner of the block frees the buffer with `Release`.
+///
+/// Invariants: `position` <= `length`, and `length` <= `capacity` while `data` is set.
 struct Block {
-    unsigned char* data = nullptr; ///< from `realloc` or `malloc`; null while nothing is held
+    unsigned char* data = nullptr; ///< from `realloc` or `malloc`; null before and after use
     std::uint64_t capacity = 0;    ///< bytes allocated
-    std::uint32_t length = 0;      ///< bytes of content: the highest value `position` ever had
-    std::uint32_t position = 0;    ///< where the next `Put` writes
+    std::uint32_t length = 0;      ///< bytes of content: the highest value of `position` so far
+    std::uint32_t position = 0;    ///< the cursor, where the next `Put` writes
 
     /// Copies `size` bytes to the cursor.
-    /// @throws OverflowError the content would reach 2^32 bytes; nothing is changed
-    /// @throws MemoryAllocationException the content stays as it was
+    /// @throws OverflowError the content would reach 2^32 bytes; nothing changes
+    /// @throws MemoryAllocationException nothing changes
     void Put(const void* const& bytes, const unsigned int& size);
 
-    /// Appends a text: 32-bit count of bytes, then the bytes.
+    /// Appends a string: 32-bit count of bytes, then the bytes.
     void Put(const std::string& text);
 
-    /// Makes room for `size` bytes at the cursor and moves the cursor behind them.
-    /// @return where they stand, to be filled completely by the caller; fails like `Put`
-    unsigned char* Extend(std::uint32_t size);
-
     /// Moves the cursor, to fill in a field whose value was not known before.
-    /// @throws OutOfBounds "Invalid block position": behind the content
+    /// @throws OutOfBounds "Invalid block position": greater than `length`
     void SetPosition(const unsigned int& newPosition);
 
-    /// Writes the content at the stream's file position, with its 32-bit length in front if asked.
+    /// Writes the content at the stream's file position, after its 32-bit length if asked.
     /// @throws FileWriteException "Unable to write to file"
     void Write(std::FILE* stream, bool withLength) const;
 
     /// Makes the buffer `additional` bytes larger.
-    /// @throws MemoryAllocationException the block stays as it was
+    /// @throws MemoryAllocationException no memory, or a size beyond `size_t`; nothing changes
     void AllocateAdditionalMemory(const std::uint64_t& additional);
 
-    /// Frees the buffer and leaves the other members as they are.
+    /// Makes room for `size` bytes at the cursor and moves the cursor to their end. Raises the
+    /// errors of `Put`.
+    /// @return the first of these bytes; the caller must write all of them
+    unsigned char* Extend(std::uint32_t size);
+
+    /// The capacity of this block after a `Put` of `size` bytes. Reads the environment as `Put`
+    /// does.
+    /// @throws OverflowError the content would reach 2^32 bytes
+    std::uint64_t CapacityAfterPut(std::uint32_t size) const;
+
+    /// Frees the buffer and leaves the other members unchanged.
     void Release();
 };
 

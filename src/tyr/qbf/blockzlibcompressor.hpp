@@ -12,15 +12,16 @@
 
 namespace TyrQbf {
 
-/// Replaces a block's content by its compressed form, also where that is longer.
+/// Replaces the content of a block by its compressed form, even if that is longer.
 ///
-/// When it fails the block has its content back untouched.
+/// The capacity is that of an empty block after a `Put` of the length and one of the stream. If an
+/// error occurs, the block does not change.
 class BlockZlibCompressor : public BlockTransformation {
 public:
-    /// @param compressionLevel 0 to 9, as zlib counts them
+    /// @param compressionLevel 0 to 9, as in zlib
     explicit BlockZlibCompressor(std::int32_t compressionLevel);
 
-    /// @throws MemoryAllocationException no memory for the output
+    /// @throws MemoryAllocationException no memory for the output or the compression
     /// @throws OverflowError the compressed form does not fit a 32-bit stored length
     /// @throws MiscelleneousException "Unable to compress block"
     void operator()(Block& block) override;
