@@ -1,9 +1,9 @@
 /// @file
-/// The few calls that differ between systems, in one POSIX and one Windows form.
+/// The calls that differ between systems, implemented for POSIX and for Windows.
 ///
-/// Narrow paths go to the system as they are. Wide paths are the system's own wide file names, or,
-/// where it has none, their UTF-8 form. A path that holds a NUL, or a wide path that is not
-/// Unicode, names no file: it neither exists nor can be opened.
+/// Narrow paths are passed to the system unchanged. Wide paths are passed unchanged on Windows and
+/// in UTF-8 on POSIX. A path that contains a NUL, or a wide path that is not valid Unicode, is
+/// invalid: it does not exist and cannot be opened.
 #pragma once
 
 #include <cstdint>
@@ -19,19 +19,19 @@ bool pathExists(const std::wstring& path);
 std::FILE* openFile(const std::string& path, const char* mode);
 std::FILE* openFile(const std::wstring& path, const wchar_t* mode);
 
-/// Moves to a position from the start of the file. @return false on failure
+/// Sets the file position, counted from the start of the file. @return false if that fails
 bool seekTo(std::FILE* stream, std::uint64_t position);
 
-/// A wide path as narrow text for people to read; what cannot be shown becomes '?'.
+/// A wide path as a narrow string for log lines; characters without a narrow form become '?'.
 std::string narrowText(const std::wstring& text);
 
 /// Local time in the form "%a %b %d %H:%M:%S %Y %Z" of `strftime`.
 std::string localDate();
 
-/// Empty if the system does not tell.
+/// Empty if the system reports none, or one that does not fit 80 bytes with its NUL.
+/// @{
 std::string computerName();
-
-/// Empty if the system does not tell.
 std::string userName();
+/// @}
 
 } // namespace Tyr::Platform

@@ -4,7 +4,9 @@
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <ctime>
 #include <limits>
 #include <optional>
@@ -15,6 +17,7 @@ namespace Tyr::Platform {
 namespace {
 
 constexpr char32_t lastCodePoint = 0x10FFFF;
+constexpr std::size_t hostNameSize = 80; // of computer and user name, with the NUL
 
 bool isHighSurrogate(char32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool isLowSurrogate(char32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
@@ -45,7 +48,7 @@ void appendUtf8(std::string& text, char32_t codePoint) {
     }
 }
 
-/// Reads the code point at `index` and moves behind it; surrogate pairs count as one.
+/// Reads the code point at `index` and moves `index` after it. A surrogate pair is one code point.
 char32_t nextCodePoint(const std::wstring& text, std::size_t& index) {
     const auto unit = static_cast<char32_t>(text[index++]);
     if (isHighSurrogate(unit) && index < text.size() &&
@@ -112,7 +115,7 @@ std::string localDate() {
     const std::time_t now = std::time(nullptr);
     std::tm local{};
     std::array<char, 120> buffer{};
-    tzset(); // the re-entrant form need not look at the time zone again by itself
+    tzset(); // localtime_r need not read the time zone again
     if (localtime_r(&now, &local) == nullptr) {
         return {};
     }
@@ -122,22 +125,24 @@ std::string localDate() {
 }
 
 std::string computerName() {
-    std::array<char, 80> buffer{};
-    if (gethostname(buffer.data(), buffer.size() - 1) != 0) {
+    std::array<char, hostNameSize> buffer{};
+    if (gethostname(buffer.data(), buffer.size()) != 0) {
         return {};
     }
-    return buffer.data();
+    const auto end = std::find(buffer.begin(), buffer.end(), '\0'); // none if it was cut
+    return end != buffer.end() ? std::string(buffer.begin(), end) : std::string();
 }
 
 std::string userName() {
     passwd entry{};
     passwd* found = nullptr;
-    std::vector<char> buffer(16384);
+    std::vector<char> buffer(16384); // for the whole record, not the name alone
     if (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) != 0 ||
         found == nullptr) {
         return {};
     }
-    return found->pw_name;
+    const std::string name = found->pw_name;
+    return name.size() < hostNameSize ? name : std::string();
 }
 
 } // namespace Tyr::Platform

@@ -26,7 +26,7 @@ bool pathExists(const std::string& path) {
 }
 
 bool pathExists(const std::wstring& path) {
-    // not PathFileExistsW, which promises nothing for paths beyond 260 characters
+    // PathFileExistsW is limited to paths of 260 characters
     return isFileName(path) && GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
@@ -42,7 +42,7 @@ bool seekTo(std::FILE* stream, std::uint64_t position) {
     if (position > static_cast<std::uint64_t>(std::numeric_limits<__int64>::max())) {
         return false;
     }
-    // the runtime's seek writes out what it has buffered but does not tell if that fails
+    // _fseeki64 flushes the buffer but does not report an error of that
     if (std::fflush(stream) != 0) {
         return false;
     }
