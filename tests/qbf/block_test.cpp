@@ -7,6 +7,10 @@
 #include "tyr/qbf/blockzlibcompressor.hpp"
 #include "tyr/qbf/encoding.hpp"
 
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -17,7 +21,7 @@ using Testing::BlockSizeVariable;
 using Testing::hex;
 using Testing::messageOf;
 
-/// A block whose buffer is freed with it.
+/// A block that frees its buffer.
 struct OwnedBlock : Block {
     OwnedBlock() = default;
     OwnedBlock(const OwnedBlock&) = delete;
@@ -36,7 +40,7 @@ protected:
     ~BlockTest() override { defaultBlockSize = 10485760; }
 };
 
-TEST_F(BlockTest, GrowsByTheDefaultStep) {
+TEST_F(BlockTest, GrowsByTheDefaultStepAndDoesNotWrap) {
     OwnedBlock block;
     block.putBytes("");
     EXPECT_EQ(block.capacity, 10485760U);
@@ -44,6 +48,9 @@ TEST_F(BlockTest, GrowsByTheDefaultStep) {
     block.putBytes(std::string(10485759, 'x')); // one byte below the capacity
     EXPECT_EQ(block.capacity, 10485760U);
     block.putBytes("x"); // exactly the capacity
+    EXPECT_EQ(block.capacity, 2 * 10485760U);
+    EXPECT_THROW(block.AllocateAdditionalMemory(std::numeric_limits<std::uint64_t>::max()),
+                 Tyr::Exception::MemoryAllocationException);
     EXPECT_EQ(block.capacity, 2 * 10485760U);
 }
 
@@ -59,7 +66,7 @@ TEST_F(BlockTest, ReadsTheEnvironmentLikeAThirtyTwoBitStrtoul) {
                             {"0", 0},
                             {"text", 0},
                             {" ", 0},
-                            {" \t+12 34", 12},
+                            {" \t\n\v\f\r+12 34", 12},
                             {"7MB", 7},
                             {"-4294967295", 1},
                             {"-1", none},
@@ -68,7 +75,7 @@ TEST_F(BlockTest, ReadsTheEnvironmentLikeAThirtyTwoBitStrtoul) {
                             {"99999999999999999999", none}}) {
         const BlockSizeVariable variable(one.text);
         EXPECT_EQ(BlockSizeLimiter().limit, one.limit) << one.text;
-        if (one.limit != largest) { // more memory than there may be
+        if (one.limit != largest) { // too much memory
             defaultBlockSize = 77;
             OwnedBlock block;
             block.putBytes("");
@@ -91,11 +98,19 @@ TEST_F(BlockTest, CursorOverwritesAndStaysInsideTheContent) {
     EXPECT_EQ(block.position, 10U);
 }
 
-TEST_F(BlockTest, CompressesNothingToLengthAndOneZlibStream) {
-    TYR_NEEDS_BYTES_OF_ZLIB();
-    OwnedBlock empty;
-    BlockZlibCompressor(6)(empty);
-    EXPECT_EQ(hex(empty.content()), "00 00 00 00 78 9C 03 00 00 00 00 01");
+TEST_F(BlockTest, CompressesToTheCapacityOfTwoPuts) {
+    std::string noise(3000, '\0'); // does not shrink
+    std::generate(noise.begin(), noise.end(), std::minstd_rand());
+    for (const std::uint32_t step : {0U, 5U, 1000U, 100000U}) {
+        const BlockSizeVariable variable(std::to_string(step).c_str());
+        OwnedBlock block;
+        block.putBytes(noise);
+        BlockZlibCompressor(6)(block);
+        EXPECT_EQ(hex(block.content().substr(0, 4)), "B8 0B 00 00");
+        const std::uint32_t first = std::max(4U, step);
+        EXPECT_EQ(block.capacity,
+                  block.length < first ? first : first + std::max(block.length - 4, step));
+    }
 }
 
 /// The bytes of one encoded value.
@@ -106,7 +121,7 @@ std::string encoded(const T& value) {
     return hex(block.content());
 }
 
-TEST(Encoding, LaysOutNumbersTextsAndVectors) {
+TEST(Encoding, EncodesNumbersStringsAndVectors) {
     EXPECT_EQ(encoded<unsigned char>(255), "FF");
     EXPECT_EQ(encoded(0x04030201U), "01 02 03 04");
     EXPECT_EQ(encoded<std::uint64_t>(1), "01 00 00 00 00 00 00 00");
@@ -119,7 +134,7 @@ TEST(Encoding, LaysOutNumbersTextsAndVectors) {
     EXPECT_EQ(encoded(std::vector<double>{2}), "01 00 00 00 00 00 00 00 00 00 00 40");
 }
 
-TEST(Encoding, SizedRecordsTellTheirSize) {
+TEST(Encoding, SizedRecordsStartWithTheirSize) {
     EXPECT_EQ(encoded(std::vector<TyrMek::ModifierInfo>(1)),
               "01 00 00 00 27 00 00 00 03 00 00 00 30 2E 31 " + hex(std::string(28, '\0')));
     EXPECT_EQ(encoded(std::vector<TyrMek::ResultAttributes>()), "00 00 00 00");

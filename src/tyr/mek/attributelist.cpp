@@ -1,5 +1,7 @@
 #include "tyr/mek/attributelist.hpp"
 
+#include "tyr/qbf/index.hpp"
+
 #include <algorithm>
 #include <cstring>
 #include <vector>
@@ -41,16 +43,10 @@ std::string AttributeValue::ToString() const {
     return std::string(static_cast<const char*>(value.text), end);
 }
 
-} // namespace TyrUtil
-
-namespace TyrQbf {
-
-template <>
-void Index::Put<TyrUtil::AttributeList>(const std::string& name,
-                                        const TyrUtil::AttributeList& list) {
+void PutSplit(TyrQbf::Index& index, const std::string& name, const AttributeList& list) {
     if (list.values.empty()) {
         constexpr std::uint32_t noElements = 0; // of each of the six vectors below
-        PutEach(name, noElements, noElements, noElements, noElements, noElements, noElements);
+        index.PutEach(name, noElements, noElements, noElements, noElements, noElements, noElements);
         return;
     }
     std::vector<std::string> keys;
@@ -63,26 +59,26 @@ void Index::Put<TyrUtil::AttributeList>(const std::string& name,
         keys.push_back(key);
         types.push_back(static_cast<unsigned char>(attribute.type));
         switch (attribute.type) {
-            case TyrUtil::UnsignedValue:
+            case UnsignedValue:
                 unsignedValues.push_back(attribute.value.uintValue);
                 break;
-            case TyrUtil::FloatValue:
+            case FloatValue:
                 floats.push_back(attribute.value.floatValue);
                 break;
-            case TyrUtil::StringValue:
+            case StringValue:
                 texts.push_back(attribute.ToString());
                 break;
-            case TyrUtil::DoubleValue:
+            case DoubleValue:
                 doubles.push_back(attribute.value.doubleValue);
                 break;
         }
     }
-    Put(name, keys);
-    Put(name, types);
-    Put(name, unsignedValues);
-    Put(name, floats);
-    Put(name, doubles);
-    Put(name, texts);
+    index.Put(name, keys);
+    index.Put(name, types);
+    index.Put(name, unsignedValues);
+    index.Put(name, floats);
+    index.Put(name, doubles);
+    index.Put(name, texts);
 }
 
-} // namespace TyrQbf
+} // namespace TyrUtil

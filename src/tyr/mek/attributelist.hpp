@@ -2,11 +2,13 @@
 /// Attributes as nodes, variables and the file hold them.
 #pragma once
 
-#include "tyr/qbf/index.hpp"
-
 #include <cstdint>
 #include <map>
 #include <string>
+
+namespace TyrQbf {
+class Index;
+}
 
 namespace TyrUtil {
 
@@ -46,14 +48,8 @@ struct AttributeList {
     std::map<std::string, AttributeValue> values;
 };
 
+/// Called by `Index::Put`: splits a list by kind and puts it as six values, which are the keys, the
+/// types, and the values of each kind in the order of the keys (unsigned, float, double, string).
+void PutSplit(TyrQbf::Index& index, const std::string& name, const AttributeList& list);
+
 } // namespace TyrUtil
-
-namespace TyrQbf {
-
-/// A list is split by kind and put as six values: keys, types, and the values of each kind in the
-/// order of the keys (unsigned, float, double, string).
-template <>
-void Index::Put<TyrUtil::AttributeList>(const std::string& name,
-                                        const TyrUtil::AttributeList& list);
-
-} // namespace TyrQbf

@@ -7,7 +7,7 @@
 #include "tyr/mek/group.hpp"
 #include "tyr/mek/shape.hpp"
 #include "tyr/platform/platform.hpp"
-#include "tyr/qbf/blocksize.hpp"
+#include "tyr/qbf/unchangedenvironment.hpp"
 
 #include <cstdio>
 #include <cstdlib>
@@ -54,11 +54,9 @@ void Tree::SetStreamFile(const std::wstring& path, bool overwrite) {
     WriteHead();
 }
 
-/// A failed write is reported with the first block, since a stream keeps its error.
 void Tree::WriteHead() {
     version = "1.3";
-    std::fwrite(TyrQbf::FileSignature.data(), TyrQbf::FileSignature.size(), 1, file.stream);
-    std::fwrite(TyrQbf::FileFormatVersion.data(), TyrQbf::FileFormatVersion.size(), 1, file.stream);
+    file.WriteHead();
 }
 
 void Tree::SetRootGroup(const std::string& name, const TyrUtil::AttributeList& attributes) {
@@ -202,7 +200,8 @@ std::uint64_t Tree::StreamDataset(const void* data, int count, unsigned char wid
     }
     file.SetBlockFlags(heavyData, TyrQbf::FlagFreeze);
     file.SetBlockFlags(heavyData, TyrQbf::FlagCompress);
-    ShuffleBytes(data, items, width, file.index.Extend(heavyData, size));
+    file.index.Put(heavyData, size,
+                   [&](unsigned char* target) { ShuffleBytes(data, items, width, target); });
     file.index.FlushFrozen(file.stream);
     return offset;
 }

@@ -14,7 +14,7 @@
 #pragma once
 
 #include "tyr/adt/adttree.hpp"
-#include "tyr/log/logsystem.hpp"
+#include "tyr/log/linecomposer.hpp"
 #include "tyr/mek/attributelist.hpp"
 #include "tyr/mek/childindex.hpp"
 #include "tyr/mek/globalinfo.hpp"

@@ -1,5 +1,5 @@
 /// @file
-/// Which blocks bear one name, and how large they may grow.
+/// The blocks of one name, and how large they may grow.
 #pragma once
 
 #include <cstddef>
@@ -8,21 +8,21 @@
 
 namespace TyrQbf {
 
-/// How far work on the blocks of one name has come, so that it is never done twice. Every count is
-/// one of leading elements of `blockNumbers`.
+/// Work already done on the blocks of one name, so that it is never done twice. `summedBlocks` and
+/// `frozenBlocks` count leading elements of `blockNumbers`.
 struct BlockProgress {
-    std::size_t summedBlocks = 0;   ///< blocks whose content is in `summedLength`
+    std::size_t summedBlocks = 0;   ///< blocks that `summedLength` includes; never the last one
     std::uint64_t summedLength = 0; ///< bytes of content before transformation
-    std::size_t frozenBlocks = 0;   ///< blocks that have gone to the file
+    std::size_t frozenBlocks = 0;   ///< blocks that are frozen
 };
 
-/// The blocks of one name, in the order in which they were taken.
+/// The block numbers of one name and its size limit.
 struct BlockSizeLimiter {
-    /// The limit is a valid value of the environment, else 200 MiB.
+    /// The limit is the value of the environment variable if valid, otherwise 200 MiB.
     BlockSizeLimiter();
     explicit BlockSizeLimiter(std::uint32_t sizeLimit);
 
-    std::vector<std::uint64_t> blockNumbers;
+    std::vector<std::uint64_t> blockNumbers; ///< in the order in which they were taken
     std::uint32_t limit; ///< a block whose length has reached it takes no further `Put`
 
     BlockProgress progress;

@@ -1,5 +1,5 @@
 /// @file
-/// What may happen to a whole block right before it is written.
+/// The transformation of a whole block before it is written.
 #pragma once
 
 namespace TyrQbf {

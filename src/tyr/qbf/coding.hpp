@@ -1,5 +1,5 @@
 /// @file
-/// Little-endian form of numbers, the byte order of everything in a container.
+/// Numbers in little-endian byte order, the only one in a container.
 #pragma once
 
 #include <array>

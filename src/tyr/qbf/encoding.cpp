@@ -43,11 +43,11 @@ void Encode(Block& block, unsigned int value) { PutNumber(block, value); }
 void Encode(Block& block, std::uint64_t value) { PutNumber(block, value); }
 void Encode(Block& block, float value) { PutNumber(block, value); }
 
-void Encode(Block& block, const std::string& text) {
-    const std::uint32_t count = EncodedCount(text.size());
+void Encode(Block& block, const std::string& string) {
+    const std::uint32_t count = EncodedCount(string.size());
     PutNumber(block, count);
     if (count != 0) {
-        block.Put(text.data(), count);
+        block.Put(string.data(), count);
     }
 }
 
@@ -56,10 +56,10 @@ void Encode(Block& block, const std::vector<unsigned int>& values) { PutNumbers(
 void Encode(Block& block, const std::vector<float>& values) { PutNumbers(block, values); }
 void Encode(Block& block, const std::vector<double>& values) { PutNumbers(block, values); }
 
-void Encode(Block& block, const std::vector<std::string>& texts) {
-    PutNumber(block, EncodedCount(texts.size()));
-    for (const std::string& text : texts) {
-        Encode(block, text);
+void Encode(Block& block, const std::vector<std::string>& strings) {
+    PutNumber(block, EncodedCount(strings.size()));
+    for (const std::string& string : strings) {
+        Encode(block, string);
     }
 }
 

@@ -1,13 +1,14 @@
 /// @file
-/// How values are laid out in a block. Nothing tags or aligns them; a reader knows the sequence.
+/// The encoding of values in a block. There are no tags and no alignment; a reader has to know the
+/// sequence of types.
 ///
 ///     numbers, bool   their bytes, little-endian; bool as 0 or 1
-///     text            32-bit count of bytes, the bytes
+///     string          32-bit count of bytes, the bytes
 ///     vector          32-bit count of elements, the elements
-///     sized record    32-bit count of bytes (itself included), version as text, fields
+///     sized record    32-bit count of bytes (itself included), version as string, fields
 ///
-/// Other layers add `Encode` overloads for records of their own, next to the type, where
-/// `Index::Put` finds them by argument-dependent look-up.
+/// Other layers declare `Encode` overloads for their records next to the type, where `Index::Put`
+/// finds them by argument-dependent lookup.
 ///
 /// @throws OverflowError a count or the block would not fit 32 bits
 /// @throws MemoryAllocationException no memory for the block
@@ -30,14 +31,14 @@ void Encode(Block& block, int value);
 void Encode(Block& block, unsigned int value);
 void Encode(Block& block, std::uint64_t value);
 void Encode(Block& block, float value);
-void Encode(Block& block, const std::string& text);
+void Encode(Block& block, const std::string& string);
 void Encode(Block& block, const std::vector<unsigned char>& values);
 void Encode(Block& block, const std::vector<unsigned int>& values);
 void Encode(Block& block, const std::vector<float>& values);
 void Encode(Block& block, const std::vector<double>& values);
-void Encode(Block& block, const std::vector<std::string>& texts);
+void Encode(Block& block, const std::vector<std::string>& strings);
 
-/// Nothing is converted: a pointer would be taken for a bool, a character for an int.
+/// No implicit conversions: a pointer would become a bool, a character an int.
 template <class T>
 void Encode(Block& block, T value) = delete;
 
@@ -45,32 +46,33 @@ void Encode(Block& block, T value) = delete;
 /// @throws OverflowError it does not fit
 std::uint32_t EncodedCount(std::size_t count);
 
-/// Bytes that a number takes.
+/// Bytes of an encoded number.
 template <class T>
 constexpr std::uint64_t EncodedSize(T) {
     static_assert(std::is_arithmetic_v<T>);
     return sizeof(T);
 }
 
-/// Bytes that a text takes.
-inline std::uint64_t EncodedSize(const std::string& text) {
-    return sizeof(std::uint32_t) + text.size();
+/// Bytes of an encoded string.
+inline std::uint64_t EncodedSize(const std::string& string) {
+    return sizeof(std::uint32_t) + string.size();
 }
 
-/// Lays out a number in memory that has room for it. @return the place behind it
+/// Encodes a number at `target`, which has room for it. @return the byte after it
 template <class T>
 unsigned char* EncodeTo(unsigned char* target, T value) {
     EncodeLittleEndian(value, target);
     return target + sizeof(T);
 }
 
-/// The same for a text, whose length must fit 32 bits.
-inline unsigned char* EncodeTo(unsigned char* target, const std::string& text) {
-    target = EncodeTo(target, static_cast<std::uint32_t>(text.size()));
-    return std::copy(text.begin(), text.end(), target);
+/// The same for a string, whose length must fit 32 bits.
+inline unsigned char* EncodeTo(unsigned char* target, const std::string& string) {
+    target = EncodeTo(target, static_cast<std::uint32_t>(string.size()));
+    return std::copy(string.begin(), string.end(), target);
 }
 
-/// Writes a sized record: `encodeFields(block)` puts the fields, the size is filled in afterwards.
+/// Writes a sized record: `encodeFields(block)` puts the fields; the size is filled in
+/// afterwards.
 template <class EncodeFields>
 void EncodeSizedRecord(Block& block, const std::string& version, const EncodeFields& encodeFields) {
     const std::uint32_t start = block.position;

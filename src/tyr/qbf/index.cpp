@@ -3,39 +3,23 @@
 #include "tyr/log/logsystem.hpp"
 #include "tyr/platform/platform.hpp"
 #include "tyr/qbf/blockzlibcompressor.hpp"
+#include "tyr/qbf/indextable.hpp"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <limits>
+#include <utility>
 
 namespace TyrQbf {
 
-const std::string EmptyBlockName =
-    "\x0B"
-    "Empty Block ";
-const std::string IndexBlockName =
-    "\x0B"
-    "Index Block ";
-
 namespace {
 
-constexpr std::uint64_t firstTableEntries = 20;
-constexpr std::uint64_t indexBlockEntries = 200;
-constexpr std::uint32_t countFieldSize = 4;
 constexpr std::uint32_t lengthFieldSize = 4;
-constexpr std::uint32_t nameFieldSize = 128;
-constexpr std::uint32_t entrySize = 1 + 4 + nameFieldSize + 4 + 1 + 1;
-constexpr std::uint32_t indexBlockSize = countFieldSize + entrySize * indexBlockEntries;
+constexpr auto indexBlockLimit = static_cast<std::uint32_t>(TableSize(indexBlockEntries));
 constexpr std::int32_t compressionLevel = 6;
 
-/// Numbers 19, 219, 419 and so on: the last entry of each table is the next table.
-bool IsIndexBlockNumber(std::uint64_t number) {
-    return number % indexBlockEntries == firstTableEntries - 1;
-}
-
-/// Makes sure that `count` elements can be appended without an allocation, and keeps growth
-/// geometric.
+/// Reserves memory for `count` more elements, so that appending them cannot fail. The capacity at
+/// least doubles when it grows.
 template <class T>
 void MakeRoomFor(std::vector<T>& elements, std::uint64_t count) {
     const std::size_t needed = elements.size() + static_cast<std::size_t>(count);
@@ -44,7 +28,7 @@ void MakeRoomFor(std::vector<T>& elements, std::uint64_t count) {
     }
 }
 
-/// A block on the stack that frees its buffer, or hands it on as a plain `Block`.
+/// A block on the stack that frees its buffer, unless the buffer is taken.
 class LocalBlock {
 public:
     LocalBlock() = default;
@@ -52,24 +36,29 @@ public:
     LocalBlock& operator=(const LocalBlock&) = delete;
     ~LocalBlock() { block.Release(); }
 
-    Block HandOver() {
-        const Block handedOver = block;
-        block = Block{};
-        return handedOver;
-    }
+    Block Take() { return std::exchange(block, Block{}); }
 
     Block block{};
 };
 
+Tyr::Exception::FileWriteException PositioningError() {
+    return Tyr::Exception::FileWriteException("Saving the buffer failed");
+}
+
+/// Writes a block at a position of the file, after its length if asked.
+/// @return false if the position cannot be set; the caller raises, since an exception names the
+///     operation that it was raised from
+/// @throws FileWriteException "Unable to write to file"
+[[nodiscard]] bool WriteAt(std::FILE* stream, std::uint64_t position, const Block& block,
+                           bool withLength = false) {
+    if (!Tyr::Platform::seekTo(stream, position)) {
+        return false;
+    }
+    block.Write(stream, withLength);
+    return true;
+}
+
 } // namespace
-
-bool IsEmptyBlock(const std::string& name) {
-    return name.compare(0, EmptyBlockName.size(), EmptyBlockName) == 0;
-}
-
-bool IsIndexBlock(const std::string& name) {
-    return name.compare(0, IndexBlockName.size(), IndexBlockName) == 0;
-}
 
 Index::~Index() {
     for (Block& block : blocks) {
@@ -78,22 +67,11 @@ Index::~Index() {
 }
 
 void Index::Put(const std::string& name, const void* const& bytes, std::uint64_t size) {
-    unsigned char* const target = Extend(name, size);
-    if (size != 0) {
-        std::memcpy(target, bytes, size);
-    }
-}
-
-unsigned char* Index::Extend(const std::string& name, std::uint64_t size) {
-    const std::uint32_t addedLength = EncodedCount(size);
-    BlockNumber number = GetCurrentBlock(name);
-    if (entries[number].frozen) {
-        TYR_RAISE(Tyr::Exception::KeyNotFound());
-    }
-    if (size > std::numeric_limits<std::uint32_t>::max() - blocks[number].position) {
-        number = AddBlock(name);
-    }
-    return blocks[number].Extend(addedLength);
+    Put(name, size, [&](unsigned char* target) {
+        if (size != 0) {
+            std::memcpy(target, bytes, size);
+        }
+    });
 }
 
 std::uint64_t Index::GetDataLength(const std::string& name) {
@@ -101,7 +79,7 @@ std::uint64_t Index::GetDataLength(const std::string& name) {
     if (limiter == nullptr || limiter->blockNumbers.empty()) {
         return 0;
     }
-    // all blocks but the last take no more data
+    // only the last block can still grow
     const std::vector<BlockNumber>& numbers = limiter->blockNumbers;
     BlockProgress& progress = limiter->progress;
     for (; progress.summedBlocks + 1 < numbers.size(); ++progress.summedBlocks) {
@@ -115,7 +93,7 @@ void Index::SetBlockFlags(const std::string& name, unsigned char flags) {
     if (found == limiters.end()) {
         return;
     }
-    // what has the flags already is at the beginning, since every block gets them that is there
+    // blocks with the flags come first, since a call sets them in all blocks that exist
     const std::vector<BlockNumber>& numbers = found->second.blockNumbers;
     for (auto number = numbers.rbegin(); number != numbers.rend(); ++number) {
         IndexEntry& entry = entries[*number];
@@ -145,8 +123,8 @@ void Index::FlushFrozen(BlockSizeLimiter& limiter, std::FILE* stream) {
         if (entries[number].frozen) {
             continue;
         }
-        // Flags are given to all blocks of a name and only the last block can have room, so
-        // that no block behind one that is not due can be due.
+        // Flags are set in all blocks of a name, and only the last block can take data. So if
+        // this block is not due, none after it is.
         const bool takesData = next + 1 == numbers.size() && blocks[number].length < limiter.limit;
         if ((entries[number].flags & FlagFreeze) == 0 || takesData) {
             return;
@@ -184,11 +162,10 @@ void Index::WriteAllBuffersToFileStream(std::FILE* stream) {
 
     LocalBlock firstTable;
     const std::uint64_t count = std::min<std::uint64_t>(firstTableEntries, entries.size());
-    WriteEntries(firstTable.block, entries.data(), entries.data() + count);
-    if (!Tyr::Platform::seekTo(stream, firstTablePosition)) {
-        TYR_RAISE(Tyr::Exception::FileWriteException("Saving the buffer failed"));
+    WriteEntries(firstTable.block, 0, count);
+    if (!WriteAt(stream, firstTablePosition, firstTable.block, true)) {
+        TYR_RAISE(PositioningError());
     }
-    firstTable.block.Write(stream, true);
 
     const auto indexBlocks = limiters.find(IndexBlockName);
     if (indexBlocks != limiters.end()) {
@@ -210,7 +187,7 @@ Index::BlockNumber Index::GetCurrentBlock(const std::string& name) {
     return AddBlock(name);
 }
 
-/// What can fail comes before what changes a list, so that a number is never lost halfway.
+/// All that can fail comes before the changes of the lists, so that no number is lost.
 Index::BlockNumber Index::AddBlock(const std::string& name) {
     if (entries.empty()) {
         firstTableLength = ReserveEntries(firstTableEntries) + lengthFieldSize;
@@ -231,21 +208,21 @@ Index::BlockNumber Index::AddBlock(const std::string& name) {
     return number;
 }
 
-/// Turns the lowest free number into an index block and adds the 200 blocks that it describes.
-/// The table is put now to give the block its size; its real content comes at the end.
+/// Makes the lowest free number an index block and adds the 200 numbers that its table describes,
+/// unless an earlier call has added them and failed afterwards. The table is put now to give the
+/// block its size and is overwritten at the end.
 void Index::OpenIndexBlock(BlockNumber number) {
     if (entries.size() == number + 1) {
         ReserveEntries(indexBlockEntries);
     }
     BlockSizeLimiter& indexBlocks =
-        limiters.try_emplace(IndexBlockName, indexBlockSize).first->second;
+        limiters.try_emplace(IndexBlockName, indexBlockLimit).first->second;
     MakeRoomFor(indexBlocks.blockNumbers, 1);
     LocalBlock table;
-    const IndexEntry* const behind = entries.data() + number + 1;
-    WriteEntries(table.block, behind, behind + indexBlockEntries);
+    WriteEntries(table.block, number + 1, indexBlockEntries);
 
     entries[number].name = IndexBlockName;
-    blocks[number] = table.HandOver();
+    blocks[number] = table.Take();
     entries[number].storedLength = blocks[number].length;
     GetBlockSizeLimiter(EmptyBlockName).blockNumbers.pop_back();
     indexBlocks.blockNumbers.push_back(number);
@@ -263,7 +240,7 @@ std::uint64_t Index::ReserveEntries(std::uint64_t count) {
         AddEntry(EmptyBlockName);
     }
     std::reverse(freeNumbers.begin(), freeNumbers.end());
-    return countFieldSize + count * entrySize;
+    return TableSize(count);
 }
 
 Index::BlockNumber Index::AddEntry(const std::string& name) {
@@ -286,7 +263,7 @@ BlockSizeLimiter& Index::GetBlockSizeLimiter(const std::string& name) {
     return *limiter;
 }
 
-/// The block that takes data under `name`, if `size` bytes more do not take it past its limit.
+/// The current block of `name` if `size` more bytes do not exceed its limit, otherwise null.
 Block* Index::FindBlockWithRoom(const std::string& name, std::uint64_t size) {
     const BlockSizeLimiter* const limiter = FindLimiter(name);
     if (limiter == nullptr || limiter->blockNumbers.empty()) {
@@ -297,8 +274,7 @@ Block* Index::FindBlockWithRoom(const std::string& name, std::uint64_t size) {
     return hasRoom ? &blocks[last] : nullptr;
 }
 
-/// Null if there is none. Values come in runs under one name, so that the one found last is mostly
-/// the one that is asked for.
+/// Null if there is none. Consecutive calls mostly ask for the same name.
 BlockSizeLimiter* Index::FindLimiter(const std::string& name) {
     if (foundLast == limiters.end() || foundLast->first != name) {
         foundLast = limiters.find(name);
@@ -330,17 +306,16 @@ void Index::WriteBufferToFileStream(std::uint64_t number, std::FILE* stream) {
         entry.frozen = true;
         entry.rawLength = raw;
     } else {
-        // from now on the cursor of the block tells its compressed length
+        // from now on the cursor of the block is its compressed length
         BlockProgress& progress = GetBlockSizeLimiter(entry.name).progress;
         progress.summedBlocks = 0;
         progress.summedLength = 0;
     }
     TYR_LOG(function, "Writing buffer at position: " << entry.position);
-    if (!Tyr::Platform::seekTo(stream, entry.position)) {
+    if (!WriteAt(stream, entry.position, block)) {
         TYR_LOG(function, "File positioning failed");
-        TYR_RAISE(Tyr::Exception::FileWriteException("Saving the buffer failed"));
+        TYR_RAISE(PositioningError());
     }
-    block.Write(stream, false);
     --pendingWrites;
     block.Release();
     TYR_LOG(function, "Buffer " << number << " written to stream.");
@@ -359,37 +334,26 @@ void Index::WriteIndexBufferToFileStream(std::uint64_t number, std::FILE* stream
         }
     }
     block.SetPosition(0);
-    const IndexEntry* const behind = entries.data() + number + 1;
-    WriteEntries(block, behind, behind + indexBlockEntries);
+    WriteEntries(block, number + 1, indexBlockEntries);
     entry.storedLength = block.length;
     ComputePosition(number);
     entry.frozen = true;
-    if (!Tyr::Platform::seekTo(stream, entry.position)) {
-        TYR_RAISE(Tyr::Exception::FileWriteException("Saving the buffer failed"));
+    if (!WriteAt(stream, entry.position, block)) {
+        TYR_RAISE(PositioningError());
     }
-    block.Write(stream, false);
     TYR_LOG(function, "Index buffer " << number << " written to stream.");
 }
 
-void Index::WriteEntries(Block& block, const IndexEntry* first, const IndexEntry* last) const {
-    Encode(block, static_cast<std::uint32_t>(last - first));
-    for (const IndexEntry* entry = first; entry != last; ++entry) {
-        Encode(block, entry->id);
-        Encode(block, nameFieldSize);
-        auto* const nameField = reinterpret_cast<char*>(block.Extend(nameFieldSize));
-        std::strncpy(nameField, entry->name.c_str(), nameFieldSize);
-        Encode(block, entry->storedLength);
-        Encode(block, entry->flags);
-        Encode(block, entry->reserved);
-    }
+void Index::WriteEntries(Block& block, BlockNumber first, std::uint64_t count) const {
+    EncodeTable(block, entries.data() + first, entries.data() + first + count);
 }
 
 std::uint64_t Index::ContentLength(BlockNumber number) const {
     return entries[number].frozen ? entries[number].rawLength : blocks[number].position;
 }
 
-/// An index block below may have got its position before the block below that one had its final
-/// length, so it is placed anew first.
+/// If the block below is an index block, its position is computed again first: the block below
+/// that one may not have had its final length when the index block was opened.
 void Index::ComputePosition(BlockNumber number) {
     if (number > 0 && IsIndexBlock(entries[number - 1].name)) {
         entries[number - 1].position = EndOfBlockBelow(number - 1);

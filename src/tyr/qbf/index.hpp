@@ -1,69 +1,52 @@
 /// @file
-/// The ledger of a container file: named streams of bytes, cut into numbered blocks.
+/// The index of a container file: named streams of bytes, cut into numbered blocks.
 ///
 /// The file stores no positions. Block n starts where block n-1 ends, and only stored lengths are
-/// recorded; so a block can only go to the file when all blocks below it are settled.
+/// recorded. So a block can be written only if all blocks below it have their final length.
 ///
 ///     offset  width    content
-///     0       12       head of the file, written by its owner
-///     12      4        length of the first table, 2784
-///     16      2784     first table: entries of blocks 0 to 19
+///     0       12       signature and version, written by `QbFile`
+///     12      4        length of the first index table, 2784
+///     16      2784     first index table: entries of blocks 0 to 19
 ///     2800    L(0)     block 0
-///     ...     L(n)     every further block directly behind the one before
-///
-/// A table is a 32-bit count and that many entries. The first has 20; block 19, block 219 and so on
-/// are index blocks, each a table of the 200 entries behind its own.
-///
-///     offset  width    content of an entry (139 bytes)
-///     0       1        id
-///     1       4        width of the name field, 128
-///     5       128      name, filled up with NUL
-///     133     4        stored length
-///     137     1        flags
-///     138     1        reserved, 0
+///     ...     L(n)     every further block directly after the one before
 #pragma once
 
 #include "tyr/exception/raise.hpp"
-#include "tyr/log/logsystem.hpp"
+#include "tyr/log/linecomposer.hpp"
 #include "tyr/qbf/block.hpp"
 #include "tyr/qbf/blocksizelimiter.hpp"
 #include "tyr/qbf/encoding.hpp"
+#include "tyr/qbf/indexentry.hpp"
 
 #include <cstdint>
 #include <cstdio>
+#include <limits>
 #include <map>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace TyrQbf {
 
-constexpr std::uint8_t FlagCompress = 0x01; ///< compressed when it is written
-constexpr std::uint8_t FlagFreeze = 0x20;   ///< may be written early and is frozen when written
+class Index;
 
-extern const std::string EmptyBlockName; ///< name of a block number that is not taken yet
-extern const std::string IndexBlockName; ///< name of a block that holds a table of entries
+/// Whether `Index::Put` puts a `T` as several values: there is a function
+/// `PutSplit(Index&, const std::string& name, const T&)` next to the type, which
+/// argument-dependent lookup finds.
+template <class T, class = void>
+struct IsSplitByPut : std::false_type {};
+template <class T>
+struct IsSplitByPut<
+    T, std::void_t<decltype(PutSplit(std::declval<Index&>(), std::declval<const std::string&>(),
+                                     std::declval<const T&>()))>> : std::true_type {};
 
-bool IsEmptyBlock(const std::string& name);
-bool IsIndexBlock(const std::string& name);
-
-/// What is known of one block number.
-struct IndexEntry {
-    std::uint8_t id = 0;
-    std::string name{};
-    std::uint64_t position = 0;     ///< in the file; 0 until computed
-    std::uint32_t storedLength = 0; ///< in the file, after transformation; 0 until computed
-    std::uint8_t flags = 0;
-    std::uint8_t reserved = 0;
-    bool frozen = false;         ///< went to the file and takes no more data
-    bool indexReset = false;     ///< memory of an index block was cleared for its final table
-    std::uint32_t rawLength = 0; ///< content before transformation, recorded when frozen
-};
-
-/// Hands out block numbers by name, writes full blocks early and the tables at the end.
+/// Assigns block numbers to names, writes full blocks early and the tables at the end.
 ///
-/// Owns the buffers of all blocks. Failures of `Block` pass through. A block whose writing failed
-/// early is lost, and the file with it: finishing it fails then. Once finishing has begun, whether
-/// it fails or not, no other operation may follow.
+/// Owns the buffers of all blocks. Exceptions of `Block` pass through. If writing a block fails
+/// early, its content is lost and the file cannot be finished: `WriteAllBuffersToFileStream` then
+/// raises. After that operation has begun, no other may follow, whether it raises or not.
 class Index {
 public:
     Index() = default;
@@ -75,30 +58,33 @@ public:
     /// @throws OverflowError 2^32 bytes or more
     void Put(const std::string& name, const void* const& bytes, std::uint64_t size);
 
-    /// Appends a value under `name`, all of it to one block, in the form of `Encode`.
+    /// Appends a value under `name`. Its `Encode` writes it to one block. A value that has a
+    /// `PutSplit` is put as several values, which can be in different blocks.
     template <class T>
     void Put(const std::string& name, const T& value);
 
-    /// Appends numbers and texts as one `Put` after the other does.
+    /// Appends `size` bytes under `name`, all of them to one block, without a copy: `fill` is
+    /// called with their address, writes all of them and does not throw.
+    /// @throws OverflowError 2^32 bytes or more
+    template <class Fill>
+    void Put(const std::string& name, std::uint64_t size, const Fill& fill);
+
+    /// Appends numbers and strings; the same as one `Put` for each.
     template <class... T>
     void PutEach(const std::string& name, const T&... values);
-
-    /// Makes room for `size` bytes under `name`, all of them in one block.
-    /// @return where they stand, to be filled completely by the caller; fails like `Put`
-    unsigned char* Extend(const std::string& name, std::uint64_t size);
 
     /// Bytes of content of the stream of `name` so far: the offset of the next `Put`.
     std::uint64_t GetDataLength(const std::string& name);
 
-    /// Adds flags to all blocks that bear `name` now; later ones start without.
+    /// Adds flags to all blocks that have this name now; later ones start without.
     void SetBlockFlags(const std::string& name, unsigned char flags);
 
     /// Writes and frees the blocks that have `FlagFreeze` and take no more data.
-    /// @throws NotYetImplemented a block below such a one is not in the file
+    /// @throws NotYetImplemented a block below such a block is not in the file
     /// @throws FileWriteException "Saving the buffer failed", "Unable to write to file"
     void FlushFrozen(std::FILE* stream);
 
-    /// Writes all blocks that are left, and all tables.
+    /// Writes all remaining blocks and all index tables.
     /// @throws FileWriteException "Saving the buffer failed", "Unable to write to file"
     void WriteAllBuffersToFileStream(std::FILE* stream);
 
@@ -112,14 +98,34 @@ private:
     BlockSizeLimiter& GetBlockSizeLimiter(const std::string& name);
     void WriteBufferToFileStream(std::uint64_t number, std::FILE* stream);
     void WriteIndexBufferToFileStream(std::uint64_t number, std::FILE* stream);
-    void WriteEntries(Block& block, const IndexEntry* first, const IndexEntry* last) const;
+    void WriteEntries(Block& block, BlockNumber first, std::uint64_t count) const;
+
+    // Every operation keeps these invariants, also when it raises.
+    //
+    // Numbers. `entries` and `blocks` have the same size: 0 before the first `Put`, then 20 plus a
+    // multiple of 200. Each number is in the list of exactly one limiter, that of its entry's name.
+    // A number that gets a name keeps it.
+    //
+    // Free numbers. They are in the list of `EmptyBlockName`, in descending order, and are greater
+    // than all numbers in use. The list is not empty after the first `Put`: before the last number
+    // of a table is used, that number becomes an index block and 200 more are added.
+    //
+    // Names. The list of any other name is ascending. Only its last block can take data, and only
+    // if it is not frozen and below the limit.
+    //
+    // Positions. Block 0 starts after the first table, block n at the end of block n-1. The
+    // position of an entry is valid once all lower blocks have their final stored length, and
+    // `ComputePosition` is called at that time, before the block is written.
+    //
+    // Memory. `blocks[n].data` is null while n is free, and again after block n was written. Index
+    // blocks keep their buffer for the final table.
 
     std::vector<IndexEntry> entries; ///< by block number
-    std::vector<Block> blocks;       ///< by block number
+    std::vector<Block> blocks;       ///< by block number; owns the buffers
     std::map<std::string, BlockSizeLimiter> limiters;
-    std::uint8_t nextEntryId = 1;
-    std::uint64_t firstTablePosition = 12;
-    std::uint64_t firstTableLength = 0;
+    std::uint8_t nextEntryId = 1;          ///< wraps from 255 to 0
+    std::uint64_t firstTablePosition = 12; ///< in the file
+    std::uint64_t firstTableLength = 0;    ///< 0 before the first `Put`, then 2788
 
     Block* FindBlockWithRoom(const std::string& name, std::uint64_t size);
     BlockSizeLimiter* FindLimiter(const std::string& name);
@@ -131,23 +137,51 @@ private:
     void ComputePosition(BlockNumber number);
     std::uint64_t EndOfBlockBelow(BlockNumber number) const;
 
+    /// The limiter that the last lookup found, or the end. Limiters are never removed, so the
+    /// iterator remains valid.
     std::map<std::string, BlockSizeLimiter>::iterator foundLast = limiters.end();
-    BlockNumber settledBlocks = 0;   ///< leading numbers that are in the file or index blocks
-    std::uint64_t pendingWrites = 0; ///< blocks that count as written; stays above 0 on failure
+
+    /// All numbers below this one are settled: frozen, or index blocks, whose length is fixed.
+    /// Settled blocks remain settled, so the count only grows.
+    BlockNumber settledBlocks = 0;
+
+    /// Blocks that count as written although the stream has not accepted their bytes. It is 0
+    /// between two calls; after a failed write it stays above 0 and the file cannot be finished.
+    std::uint64_t pendingWrites = 0;
+
     Tyr::Log::LineComposer flushLines;
 };
 
 template <class T>
 void Index::Put(const std::string& name, const T& value) {
-    const BlockNumber number = GetCurrentBlock(name);
-    if (entries[number].frozen) {
-        TYR_RAISE(Tyr::Exception::MiscelleneousException("Attempt to write into a frozen block"));
+    if constexpr (IsSplitByPut<T>::value) {
+        PutSplit(*this, name, value);
+    } else {
+        const BlockNumber number = GetCurrentBlock(name);
+        if (entries[number].frozen) {
+            TYR_RAISE(
+                Tyr::Exception::MiscelleneousException("Attempt to write into a frozen block"));
+        }
+        Encode(blocks[number], value);
     }
-    Encode(blocks[number], value);
 }
 
-/// Each value takes at least a byte, so that a block which all of them do not take past its limit
-/// is below it before each of them.
+/// A block that cannot hold `size` more bytes is left and the next one takes them.
+template <class Fill>
+void Index::Put(const std::string& name, std::uint64_t size, const Fill& fill) {
+    const std::uint32_t addedLength = EncodedCount(size);
+    BlockNumber number = GetCurrentBlock(name);
+    if (entries[number].frozen) {
+        TYR_RAISE(Tyr::Exception::KeyNotFound());
+    }
+    if (size > std::numeric_limits<std::uint32_t>::max() - blocks[number].position) {
+        number = AddBlock(name);
+    }
+    fill(blocks[number].Extend(addedLength));
+}
+
+/// Each value takes at least a byte. So if all of them fit below the limit of the block, the block
+/// is below its limit before each of them, and separate `Put`s would use the same block.
 template <class... T>
 void Index::PutEach(const std::string& name, const T&... values) {
     const std::uint64_t size = (EncodedSize(values) + ...);

@@ -11,9 +11,9 @@ const std::array<unsigned char, 4> FileFormatVersion = {'1', '.', '3', 0};
 
 namespace {
 
-std::string unableToOpen(const std::string& path) { return "Unable to open file \"" + path + '"'; }
+std::string UnableToOpen(const std::string& path) { return "Unable to open file \"" + path + '"'; }
 
-std::string lowBytes(const std::wstring& path) {
+std::string LowBytes(const std::wstring& path) {
     std::string bytes;
     for (const wchar_t character : path) {
         bytes += static_cast<char>(static_cast<unsigned char>(character));
@@ -27,7 +27,7 @@ QbFile::~QbFile() {
     try {
         QbFile::CloseFile();
     } catch (...) {
-        // only the log lines can fail, and the stream must not outlive the object
+        // only the log lines can fail; the stream is closed all the same
         if (stream != nullptr) {
             std::fclose(stream);
         }
@@ -63,7 +63,7 @@ void QbFile::OpenFile(const std::string& path, const char* const mode) {
     }
     stream = Tyr::Platform::openFile(path, mode);
     if (stream == nullptr) {
-        TYR_RAISE(Tyr::Exception::MiscelleneousException(unableToOpen(path).c_str()));
+        TYR_RAISE(Tyr::Exception::MiscelleneousException(UnableToOpen(path).c_str()));
     }
 }
 
@@ -73,12 +73,17 @@ void QbFile::OpenFile(const std::wstring& path, const wchar_t* const mode) {
     }
     stream = Tyr::Platform::openFile(path, mode);
     if (stream == nullptr) {
-        TYR_RAISE(Tyr::Exception::MiscelleneousException(unableToOpen(lowBytes(path)).c_str()));
+        TYR_RAISE(Tyr::Exception::MiscelleneousException(UnableToOpen(LowBytes(path)).c_str()));
     }
 }
 
 void QbFile::SetBlockFlags(const std::string& name, unsigned int flags) {
     index.SetBlockFlags(name, static_cast<unsigned char>(flags & 0xFF));
+}
+
+void QbFile::WriteHead() {
+    std::fwrite(FileSignature.data(), FileSignature.size(), 1, stream);
+    std::fwrite(FileFormatVersion.data(), FileFormatVersion.size(), 1, stream);
 }
 
 } // namespace TyrQbf

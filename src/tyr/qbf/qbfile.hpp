@@ -10,42 +10,47 @@
 
 namespace TyrQbf {
 
-/// Identifies a container; stands at offset 0.
+/// Identifies a container; at offset 0.
 extern const std::array<unsigned char, 8> FileSignature;
 
-/// Version of the container format, "1.3" and a NUL; stands at offset 8.
+/// Version of the container format, "1.3" and a NUL; at offset 8.
 extern const std::array<unsigned char, 4> FileFormatVersion;
 
-/// Owns the open stream and the index that keeps the file's blocks. It carries one file: the index
-/// is not reset when another is opened.
+/// Owns the open stream and the index of its blocks. For one file: the index is not reset when
+/// another is opened.
 class QbFile {
 public:
     QbFile() = default;
     QbFile(const QbFile&) = delete;
     QbFile& operator=(const QbFile&) = delete;
 
-    /// Closes the stream and writes nothing; a file that was not finished stays without an index.
+    /// Closes the stream and writes nothing. An unfinished file has no index.
     virtual ~QbFile();
 
-    /// Closes the stream, if there is one. Writes neither blocks nor index.
+    /// Closes the stream if it is open. Writes neither blocks nor index.
     virtual void CloseFile();
 
     /// Creates or empties a file.
-    /// @throws FileOpenException "File exists.": and `overwrite` is false
+    /// @throws FileOpenException "File exists.": it does and `overwrite` is false
     /// @throws MiscelleneousException as `OpenFile`
     void OpenFileForWriting(const std::string& path, bool overwrite);
     void OpenFileForWriting(const std::wstring& path, bool overwrite);
 
+    /// Opens a file in a mode of `fopen`.
     /// @throws MiscelleneousException "File stream is already in use", or "Unable to open file "
-    ///     and the path, of a wide path the low byte of each character
+    ///     and the quoted path; of a wide path, the low byte of each character
     void OpenFile(const std::string& path, const char* const mode);
     void OpenFile(const std::wstring& path, const wchar_t* const mode);
 
-    /// The low 8 bits of `flags` go to `Index::SetBlockFlags`.
+    /// Calls `Index::SetBlockFlags` with the low 8 bits of `flags`.
     void SetBlockFlags(const std::string& name, unsigned int flags);
 
     std::FILE* stream = nullptr; ///< null while no file is open
     Index index;
+
+    /// Writes signature and version, the first 12 bytes of a new file. Raises nothing: the stream
+    /// keeps its error, and writing the first block reports it.
+    void WriteHead();
 };
 
 } // namespace TyrQbf

@@ -1,15 +1,15 @@
 /// @file
-/// Whole buffers into zlib streams (RFC 1950): the one function that compresses.
+/// Compression of a whole buffer to one zlib stream (RFC 1950).
 ///
-/// Which library does the work is chosen with the build option MEKAPI2_DEFLATE. Every reader of
-/// zlib streams reads what either of them writes.
+/// The build option MEKAPI2_DEFLATE selects the library that compresses. The streams of both are
+/// valid for every reader of zlib streams.
 #pragma once
 
 #include <cstdint>
 
 namespace TyrQbf {
 
-/// The most bytes that the zlib stream of `length` bytes can take.
+/// The maximum size of the zlib stream of `length` bytes.
 std::uint64_t ZlibStreamBound(std::uint32_t length);
 
 /// Compresses `length` bytes into one zlib stream.
@@ -17,7 +17,7 @@ std::uint64_t ZlibStreamBound(std::uint32_t length);
 /// @param level 0 (stored) to 9 (smallest)
 /// @return bytes of the stream
 /// @throws MemoryAllocationException
-/// @throws MiscelleneousException "Unable to compress block": no such level, or no room
+/// @throws MiscelleneousException "Unable to compress block": invalid level, or not enough room
 std::uint64_t ToZlibStream(const unsigned char* source, std::uint32_t length, unsigned char* target,
                            std::uint64_t capacity, std::int32_t level);
 

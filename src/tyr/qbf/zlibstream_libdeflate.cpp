@@ -17,7 +17,7 @@ struct FreeCompressor {
     }
 };
 
-constexpr std::int32_t largestLevel = 9; // of zlib: those above it are libdeflate's own
+constexpr std::int32_t largestLevel = 9; // the largest of zlib; libdeflate has more
 
 } // namespace
 
