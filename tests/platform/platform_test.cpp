@@ -31,16 +31,16 @@ TEST_F(PlatformTest, SeeksBeyondFourGibibytes) {
 
 TEST_F(PlatformTest, NarrowPathsAreInTheCodePageOfTheSystem) {
     const std::wstring wide = L"caf\x00E9 \x20AC";
-    const std::string narrow = narrowText(wide);
+    const std::string narrow = narrowString(wide);
 #if defined(_WIN32)
     if (GetACP() != 1252) {
         GTEST_SKIP() << "expects the code page 1252, but the system has " << GetACP();
     }
     EXPECT_EQ(Testing::hex(narrow), "63 61 66 E9 20 80");
-    EXPECT_EQ(narrowText(L"a\x65E5z"), "a?z");
+    EXPECT_EQ(narrowString(L"a\x65E5z"), "a?z");
 #else
     EXPECT_EQ(Testing::hex(narrow), "63 61 66 C3 A9 20 E2 82 AC");
-    EXPECT_EQ(narrowText(L"a\xD800z"), "a?z");
+    EXPECT_EQ(narrowString(L"a\xD800z"), "a?z");
 #endif
     const std::string narrowPath = folder.string() + "/" + narrow;
     const std::wstring widePath = folder.wstring() + L"/" + wide;

@@ -49,7 +49,7 @@ void Tree::SetStreamFile(const std::string& path, bool overwrite) {
 
 void Tree::SetStreamFile(const std::wstring& path, bool overwrite) {
     TYR_LOG("TyrMek::Tree::SetStreamFile",
-            "Setting mek file \"" << Tyr::Platform::narrowText(path) << '"');
+            "Setting mek file \"" << Tyr::Platform::narrowString(path) << '"');
     file.OpenFileForWriting(path, overwrite);
     WriteHead();
 }

@@ -23,7 +23,7 @@ std::FILE* openFile(const std::wstring& path, const wchar_t* mode);
 bool seekTo(std::FILE* stream, std::uint64_t position);
 
 /// A wide path as a narrow string for log lines; characters without a narrow form become '?'.
-std::string narrowText(const std::wstring& text);
+std::string narrowString(const std::wstring& wide);
 
 /// Local time in the form "%a %b %d %H:%M:%S %Y %Z" of `strftime`.
 std::string localDate();

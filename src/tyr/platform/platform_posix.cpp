@@ -4,7 +4,6 @@
 #include <sys/types.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <ctime>
@@ -26,8 +25,8 @@ bool isScalarValue(char32_t codePoint) {
     return codePoint <= lastCodePoint && !isHighSurrogate(codePoint) && !isLowSurrogate(codePoint);
 }
 
-void appendUtf8(std::string& text, char32_t codePoint) {
-    const auto put = [&text](char32_t byte) { text += static_cast<char>(byte); };
+void appendUtf8(std::string& utf8, char32_t codePoint) {
+    const auto put = [&utf8](char32_t byte) { utf8 += static_cast<char>(byte); };
     const auto continuation = [codePoint](unsigned shift) {
         return 0x80 | ((codePoint >> shift) & 0x3F);
     };
@@ -49,20 +48,20 @@ void appendUtf8(std::string& text, char32_t codePoint) {
 }
 
 /// Reads the code point at `index` and moves `index` after it. A surrogate pair is one code point.
-char32_t nextCodePoint(const std::wstring& text, std::size_t& index) {
-    const auto unit = static_cast<char32_t>(text[index++]);
-    if (isHighSurrogate(unit) && index < text.size() &&
-        isLowSurrogate(static_cast<char32_t>(text[index]))) {
-        const auto low = static_cast<char32_t>(text[index++]);
+char32_t nextCodePoint(const std::wstring& wide, std::size_t& index) {
+    const auto unit = static_cast<char32_t>(wide[index++]);
+    if (isHighSurrogate(unit) && index < wide.size() &&
+        isLowSurrogate(static_cast<char32_t>(wide[index]))) {
+        const auto low = static_cast<char32_t>(wide[index++]);
         return 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);
     }
     return unit;
 }
 
-std::optional<std::string> toUtf8(const std::wstring& text) {
+std::optional<std::string> toUtf8(const std::wstring& wide) {
     std::string utf8;
-    for (std::size_t index = 0; index < text.size();) {
-        const char32_t codePoint = nextCodePoint(text, index);
+    for (std::size_t index = 0; index < wide.size();) {
+        const char32_t codePoint = nextCodePoint(wide, index);
         if (!isScalarValue(codePoint)) {
             return std::nullopt;
         }
@@ -102,10 +101,10 @@ bool seekTo(std::FILE* stream, std::uint64_t position) {
     return fseeko(stream, static_cast<off_t>(position), SEEK_SET) == 0;
 }
 
-std::string narrowText(const std::wstring& text) {
+std::string narrowString(const std::wstring& wide) {
     std::string narrow;
-    for (std::size_t index = 0; index < text.size();) {
-        const char32_t codePoint = nextCodePoint(text, index);
+    for (std::size_t index = 0; index < wide.size();) {
+        const char32_t codePoint = nextCodePoint(wide, index);
         appendUtf8(narrow, isScalarValue(codePoint) ? codePoint : U'?');
     }
     return narrow;
@@ -129,8 +128,9 @@ std::string computerName() {
     if (gethostname(buffer.data(), buffer.size()) != 0) {
         return {};
     }
-    const auto end = std::find(buffer.begin(), buffer.end(), '\0'); // none if it was cut
-    return end != buffer.end() ? std::string(buffer.begin(), end) : std::string();
+    const std::string name(buffer.data(), buffer.size());
+    const std::size_t length = name.find('\0'); // none if the name was cut
+    return length != std::string::npos ? name.substr(0, length) : std::string();
 }
 
 std::string userName() {

@@ -14,9 +14,9 @@ namespace Tyr::Platform {
 
 namespace {
 
-template <class Text>
-bool isFileName(const Text& path) {
-    return path.find(typename Text::value_type()) == Text::npos;
+template <class String>
+bool isFileName(const String& path) {
+    return path.find(typename String::value_type()) == String::npos;
 }
 
 } // namespace
@@ -49,12 +49,12 @@ bool seekTo(std::FILE* stream, std::uint64_t position) {
     return _fseeki64(stream, static_cast<__int64>(position), SEEK_SET) == 0;
 }
 
-std::string narrowText(const std::wstring& text) {
-    const int length = static_cast<int>(text.size());
+std::string narrowString(const std::wstring& wide) {
+    const int length = static_cast<int>(wide.size());
     const int size =
-        WideCharToMultiByte(CP_ACP, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
+        WideCharToMultiByte(CP_ACP, 0, wide.data(), length, nullptr, 0, nullptr, nullptr);
     std::string narrow(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(CP_ACP, 0, text.data(), length, narrow.data(), size, nullptr, nullptr);
+    WideCharToMultiByte(CP_ACP, 0, wide.data(), length, narrow.data(), size, nullptr, nullptr);
     return narrow;
 }
 
