@@ -56,7 +56,7 @@ TEST_F(BlockTest, GrowsByTheDefaultStepAndDoesNotWrap) {
 
 TEST_F(BlockTest, ReadsTheEnvironmentLikeAThirtyTwoBitStrtoul) {
     struct Case {
-        const char* text;
+        const char* value;
         std::uint32_t limit;
     };
     constexpr std::uint32_t none = 209715200;
@@ -64,7 +64,7 @@ TEST_F(BlockTest, ReadsTheEnvironmentLikeAThirtyTwoBitStrtoul) {
     for (const Case& one : {Case{nullptr, none},
                             {"1000", 1000},
                             {"0", 0},
-                            {"text", 0},
+                            {"abc", 0},
                             {" ", 0},
                             {" \t\n\v\f\r+12 34", 12},
                             {"7MB", 7},
@@ -73,13 +73,13 @@ TEST_F(BlockTest, ReadsTheEnvironmentLikeAThirtyTwoBitStrtoul) {
                             {"4294967294", largest},
                             {"4294967295", none},
                             {"99999999999999999999", none}}) {
-        const BlockSizeVariable variable(one.text);
-        EXPECT_EQ(BlockSizeLimiter().limit, one.limit) << one.text;
+        const BlockSizeVariable variable(one.value);
+        EXPECT_EQ(BlockSizeLimiter().limit, one.limit) << one.value;
         if (one.limit != largest) { // too much memory
             defaultBlockSize = 77;
             OwnedBlock block;
             block.putBytes("");
-            EXPECT_EQ(defaultBlockSize.load(), one.limit == none ? 77 : one.limit) << one.text;
+            EXPECT_EQ(defaultBlockSize.load(), one.limit == none ? 77 : one.limit) << one.value;
         }
     }
 }

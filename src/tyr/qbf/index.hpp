@@ -166,7 +166,7 @@ void Index::Put(const std::string& name, const T& value) {
     }
 }
 
-/// A block that cannot hold `size` more bytes is left and the next one takes them.
+/// If `size` more bytes would exceed 2^32 bytes in the current block, a new block is added.
 template <class Fill>
 void Index::Put(const std::string& name, std::uint64_t size, const Fill& fill) {
     const std::uint32_t addedLength = EncodedCount(size);
@@ -180,7 +180,7 @@ void Index::Put(const std::string& name, std::uint64_t size, const Fill& fill) {
     fill(blocks[number].Extend(addedLength));
 }
 
-/// Each value takes at least a byte. So if all of them fit below the limit of the block, the block
+/// Each value has at least one byte. So if all of them fit below the limit of the block, the block
 /// is below its limit before each of them, and separate `Put`s would use the same block.
 template <class... T>
 void Index::PutEach(const std::string& name, const T&... values) {
