@@ -28,8 +28,7 @@ std::uint32_t CurrentDefaultBlockSize() {
 } // namespace
 
 void Block::Put(const void* const& bytes, const unsigned int& size) {
-    const unsigned int count =
-        size; // `size` may refer to a member of this block, which changes now
+    const unsigned int count = size; // may refer to a member of this block, which changes now
     unsigned char* const target = Extend(count);
     if (count != 0) {
         std::memcpy(target, bytes, count);
