@@ -8,7 +8,6 @@
 #include "tyr/qbf/encoding.hpp"
 
 #include <algorithm>
-#include <cstdint>
 #include <limits>
 #include <random>
 #include <string>
