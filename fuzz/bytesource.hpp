@@ -1,5 +1,5 @@
 /// @file
-/// Turns the bytes of a fuzzer into choices.
+/// Converts the input of a fuzzer to numbers and strings.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace Fuzz {
 
-/// Hands out values from the front. Once the bytes are used up everything is zero or empty.
+/// Reads values from the start of the input. After its end all values are zero or empty.
 class ByteSource {
 public:
     ByteSource(const std::uint8_t* data, std::size_t size)
@@ -17,7 +17,7 @@ public:
 
     bool isEmpty() const { return position_ == bytes_.size(); }
 
-    /// As many of the next `count` bytes as there are.
+    /// The next `count` bytes, or the remaining ones if there are fewer.
     std::string bytes(std::size_t count) {
         std::string taken = bytes_.substr(position_, count);
         position_ += taken.size();
@@ -34,8 +34,8 @@ public:
 
     unsigned int below(unsigned int end) { return number<std::uint8_t>() % end; }
 
-    /// A text of less than `limit` bytes.
-    std::string text(unsigned int limit) { return bytes(below(limit)); }
+    /// A string of less than `limit` bytes.
+    std::string string(unsigned int limit) { return bytes(below(limit)); }
 
 private:
     std::string bytes_;

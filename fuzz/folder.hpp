@@ -1,5 +1,5 @@
 /// @file
-/// A folder for the files of one run of a target.
+/// A temporary folder for the files of one input.
 #pragma once
 
 #include <filesystem>
@@ -8,7 +8,7 @@
 
 namespace Fuzz {
 
-/// It goes with the object.
+/// Created with the object and removed with it.
 class Folder {
 public:
     Folder() { std::filesystem::create_directories(path_); }

@@ -1,5 +1,5 @@
-/// Gives the converter texts that may be anything. It has to refuse them as what they are, or make
-/// a right model file of them.
+/// @file
+/// Converts arbitrary bytes. The converter must raise `FormatError` or write a valid model file.
 #include "converter.hpp"
 #include "frd/formaterror.hpp"
 #include "fuzz/folder.hpp"

@@ -1,5 +1,6 @@
-/// Calls the public interface in any order with any arguments. Every call returns or raises a
-/// failure of the library, and every file that `close` leaves behind is right and complete.
+/// @file
+/// Calls the public interface in any order with any arguments. Every call must return or raise an
+/// exception of the library, and every file must be valid and complete after `close`.
 #include <tyr/exception/exception.hpp>
 #include <tyr/mek2/model.hpp>
 
@@ -29,7 +30,7 @@ void require(bool condition) {
     }
 }
 
-/// One `Model`, what it is given, and what must stand in its file.
+/// One `Model` and the expected content of its file.
 class Session {
 public:
     explicit Session(Fuzz::ByteSource& source) : source_(source) {}
@@ -87,7 +88,7 @@ private:
         }
     }
 
-    /// There is room for the file, so that closing has no reason to fail.
+    /// Closing must not fail, because the disk has space.
     void close() noexcept {
         model_.close();
         if (std::exchange(isOpen_, false)) {
@@ -115,19 +116,19 @@ private:
         require(found == expected_.size());
     }
 
-    std::string name() { return source_.text(7); }
-    std::string separator() { return source_.below(4) == 0 ? source_.text(3) : "/"; }
+    std::string name() { return source_.string(7); }
+    std::string separator() { return source_.below(4) == 0 ? source_.string(3) : "/"; }
 
-    /// Names of two letters at most, so that paths meet the same nodes again.
+    /// A path with names of at most two bytes, so that paths often share nodes.
     std::string path() {
         std::string path = source_.below(8) == 0 ? "" : "/";
         for (unsigned int level = source_.below(5); level > 0; --level) {
-            path += source_.text(3) + (source_.below(8) == 0 ? "" : "/");
+            path += source_.string(3) + (source_.below(8) == 0 ? "" : "/");
         }
         return path;
     }
 
-    /// One of the first `kinds` kinds of values, beyond the last one as the last one.
+    /// Sets a value of one of the first `kinds` types.
     template <class Values, class Key>
     void set(Values& values, const Key& key, unsigned int kinds) {
         const std::variant<float, int, std::string, std::vector<float>> all[] = {
@@ -182,7 +183,7 @@ private:
     void moveModel() {
         Model other(std::move(model_));
         if (source_.below(4) == 0) {
-            model_.saveTo(""); // ends when the other one comes back
+            model_.saveTo(""); // this write cycle ends at the assignment below
         }
         model_ = std::move(other);
     }
@@ -197,7 +198,7 @@ private:
         for (std::uint32_t& word : bits) {
             word = source_.number<std::uint32_t>();
         }
-        bits.push_back(0); // copies nothing from nowhere if there is no other one
+        bits.push_back(0); // so that `data()` is not null in `memcpy`
         std::vector<T> values(bits.size());
         std::memcpy(values.data(), bits.data(), bits.size() * sizeof(T));
         values.pop_back();
@@ -209,7 +210,7 @@ private:
         addOfType(anyType(width), Array2d<T>(rows, width, values), bits);
     }
 
-    /// Mostly one that takes arrays of this width.
+    /// Mostly a type that accepts arrays of this width.
     DatasetType anyType(unsigned int width) {
         const unsigned int type = source_.below(33);
         if (source_.below(8) == 0) {
@@ -235,7 +236,7 @@ private:
             default:
                 break;
         }
-        // a name that no other call has is read back at the end
+        // the name is unique, so the array is compared after `close`
         const std::string unique = "array " + std::to_string(arrayCount_++);
         model_.addArrayProperty(unique, type, array, Array1d<unsigned int>({id, id + 1}), step,
                                 given);
@@ -265,7 +266,7 @@ private:
     const std::string file_ = folder_.path("file");
     Model model_;
     bool isOpen_ = false;
-    unsigned int highestId_ = 0; ///< that `addNode` has given
+    unsigned int highestId_ = 0; ///< that `addNode` has returned
     std::set<unsigned int> geometries_;
     unsigned int arrayCount_ = 0;
     std::map<std::pair<unsigned int, std::string>, Words> expected_;

@@ -1,10 +1,10 @@
-/// Gives the reader, and what hands its models on to VTK's format, files that may hold anything.
-/// They have to be refused with the reader's failure, and what the reader calls right has to be
-/// readable to the last value.
+/// @file
+/// Reads, checks, lists and exports arbitrary files. The reader must raise `MekReader::Error`; of a
+/// file that the check accepts it must read every array.
 ///
-/// The first byte of the input is even and the others are the file itself; or it tells a container
-/// whose tables and checksums are right, so that its content is looked at, of which up to three
-/// bytes are changed then.
+/// If the first byte of the input is even, the other bytes are the file. Otherwise they describe a
+/// container, which is written with valid tables and checksums so that the reader reaches its
+/// content; then up to three bytes of the file are changed.
 #include "fuzz/bytesource.hpp"
 #include "fuzz/folder.hpp"
 #include "mekinfo/print.hpp"
@@ -26,8 +26,8 @@ namespace {
 constexpr const char* streamNames[] = {"Heavy Data", "Mek Tree",  "Light Data",
                                        "Attributes", "Resources", "Global Information"};
 
-/// The input is made of pieces of streams, each with its stream and length in front. A small limit
-/// of blocks gives many blocks, and further tables.
+/// The input is a sequence of records: number of a stream, length, content. The small block size
+/// gives many blocks and several index tables.
 void writeContainer(Fuzz::ByteSource& source, const std::string& path) {
     setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", "60", 1);
     TyrQbf::QbFile file;
@@ -66,8 +66,8 @@ void writeInput(Fuzz::ByteSource& source, const std::string& path) {
 
 void readEverything(const std::string& path) {
     MekReader::File file(path);
-    std::ostream nowhere(nullptr);
-    MekInfo::print(nowhere, file);
+    std::ostream discarded(nullptr);
+    MekInfo::print(discarded, file);
     for (const MekReader::Node& node : file.nodes()) {
         for (const MekReader::Variable& variable : node.variables) {
             if (!file.hasCircularLinks(variable)) {
@@ -79,7 +79,7 @@ void readEverything(const std::string& path) {
 }
 
 template <class Action>
-bool isDone(const Action& action) {
+bool succeeds(const Action& action) {
     try {
         action();
         return true;
@@ -95,11 +95,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string path = folder.path("input");
     Fuzz::ByteSource source(data, size);
     writeInput(source, path);
-    const bool isRight = isDone([&] { MekReader::check(path); });
-    if (!isDone([&] { readEverything(path); }) && isRight) {
+    const bool isValid = succeeds([&] { MekReader::check(path); });
+    if (!succeeds([&] { readEverything(path); }) && isValid) {
         std::abort();
     }
-    isDone([&] {
+    succeeds([&] {
         MekReader::File file(path);
         MekVtu::exportVtu(file, folder.path("vtu"), "model");
     });

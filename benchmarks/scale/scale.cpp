@@ -42,7 +42,7 @@ double compressionTime(const fs::path& path) {
             continue;
         }
         std::string content;
-        container.expand(block, [&content](std::string_view piece) { content += piece; });
+        container.readContent(block, [&content](std::string_view piece) { content += piece; });
         seconds += processorSecondsOf([&content] {
             uLongf size = compressBound(content.size());
             const std::unique_ptr<Bytef[]> compressed(new Bytef[size]);

@@ -188,12 +188,12 @@ TEST_F(BrokenFileTest, TheCheckSaysWhatIsWrong) {
     };
     constexpr std::size_t stored = firstEntry + 133;
     for (const Case& one :
-         {Case{0, "X", "not a container: the signature is wrong"},
-          Case{8, "2", "head: the format version is not 1.3"},
+         {Case{0, "X", "not a container: invalid signature"},
+          Case{8, "2", "header: the format version is not 1.3"},
           Case{firstEntry, "\x07", "block 0 (\"Heavy Data\"): the id is 7"},
           Case{firstEntry + flagsOffset, "\x02", "block 0 (\"Heavy Data\"): it has unknown flags"},
           Case{stored, "\xFF\xFF\xFF\x7F",
-               "file is unfinished: block 0 (\"Heavy Data\") reaches behind the end of the file"},
+               "file is unfinished: block 0 (\"Heavy Data\") ends after the end of the file"},
           Case{firstBlock, "\xFF\xFF\xFF\x7F",
                "block 0 (\"Heavy Data\"): it has less content than its length says"},
           Case{firstBlock + 4, "\x79", "block 0 (\"Heavy Data\"): incorrect header check"}}) {

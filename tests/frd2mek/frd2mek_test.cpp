@@ -24,24 +24,25 @@ using Words = std::vector<std::uint32_t>;
 
 constexpr std::uint32_t missing = 0x7FC00000;
 
-/// Runs the converter as a user does, on result files that are also seeds of the fuzzer.
+/// Runs the program on result files from the corpus of the fuzz target.
 class ConverterTest : public Testing::FolderTest {
 protected:
     struct Run {
         int exitCode;
-        std::string output; ///< on both streams
+        std::string output; ///< standard output and standard error
     };
 
     Run convert(const std::string& arguments) const {
         const std::string program = std::filesystem::absolute(FRD2MEK).make_preferred().string();
         const std::string output = Testing::temporaryPath("output").string();
-        const std::string goTo = std::filesystem::path::preferred_separator == '/' ? "cd" : "cd /d";
-        const int status = std::system((goTo + " \"" + folder.string() + "\" && \"" + program +
-                                        "\" " + arguments + " > \"" + output + "\" 2>&1")
+        const std::string changeFolder =
+            std::filesystem::path::preferred_separator == '/' ? "cd" : "cd /d";
+        const int status = std::system((changeFolder + " \"" + folder.string() + "\" && \"" +
+                                        program + "\" " + arguments + " > \"" + output + "\" 2>&1")
                                            .c_str());
-        std::ifstream text(output);
-        Run run{status, std::string(std::istreambuf_iterator<char>(text), {})};
-        text.close();
+        std::ifstream stream(output);
+        Run run{status, std::string(std::istreambuf_iterator<char>(stream), {})};
+        stream.close();
         std::filesystem::remove(output);
 #if !defined(_WIN32)
         run.exitCode = WEXITSTATUS(status);
@@ -57,7 +58,7 @@ protected:
         return Testing::readFile(std::string(FRD_SEEDS) + "/" + name);
     }
 
-    /// Converts job.frd with this text and gives the checked model.
+    /// Converts a result file with this content and checks the model file.
     MekReader::File converted(const std::string& text) const {
         write("job.frd", text);
         const Run result = convert("job.frd --overwrite");
@@ -66,7 +67,7 @@ protected:
         return MekReader::File(path("job.mek"));
     }
 
-    /// A good file stands where the output would; it must survive, and nothing may be left over.
+    /// An existing output file must be unchanged, and no other file may remain.
     void expectRefused(const std::string& text, std::size_t line, const std::string& expected) {
         write("job.frd", text);
         write("job.mek", "earlier");
@@ -83,7 +84,7 @@ protected:
     }
 };
 
-/// The geometry at the end of a path of names, "/job/STEEL/HE8".
+/// The geometry with this path, such as "/job/STEEL/HE8".
 const Node& geometry(const MekReader::File& file, const std::string& path) {
     for (const Node& node : file.nodes()) {
         std::string names;
@@ -148,7 +149,7 @@ TEST_F(ConverterTest, ReadsNumbersAsFortranAndCWriteThem) {
                      0x7F800000, 0x40200000, 0x000147AE, 0x80000000, 0x7F7FFFEE}));
 }
 
-TEST_F(ConverterTest, TellsStepsAndPartsOfComplexResults) {
+TEST_F(ConverterTest, NamesStepsAndPartsOfComplexResults) {
     const auto file = converted(seed("complex"));
     const Node& shape = geometry(file, "/job/Nodes");
     const auto part = [&](const std::string& name, const std::string& step) {
@@ -184,7 +185,7 @@ TEST_F(ConverterTest, TellsStepsAndPartsOfComplexResults) {
     EXPECT_EQ(part("DISP", "Step 2 factor=48.15455528 (2)"), "");
 }
 
-TEST_F(ConverterTest, WritesWhereItIsToldAndNeverOverWhatItMayNot) {
+TEST_F(ConverterTest, WritesTheGivenPathAndOverwritesOnlyIfAsked) {
     write("job.frd", seed("short"));
 
     const Run first = convert("job.frd");
@@ -203,12 +204,12 @@ TEST_F(ConverterTest, WritesWhereItIsToldAndNeverOverWhatItMayNot) {
     EXPECT_EQ(convert("none.frd").output, "frd2mek: none.frd: no such file\n");
     EXPECT_EQ(convert("--overwrite job.frd -- other.mek").exitCode, 0);
     MekReader::check(path("other.mek"));
-    for (const char* const wrong : {"", "--fast job.frd", "a.frd b.mek c.mek"}) {
-        EXPECT_EQ(convert(wrong).exitCode, 2) << wrong;
+    for (const char* const arguments : {"", "--fast job.frd", "a.frd b.mek c.mek"}) {
+        EXPECT_EQ(convert(arguments).exitCode, 2) << arguments;
     }
 }
 
-/// Where the line of this number starts, or the text ends.
+/// Start of the line of this number, or the end of `text`.
 std::size_t startOf(std::size_t line, const std::string& text) {
     std::size_t start = 0;
     while (--line > 0 && start < text.size()) {
@@ -217,7 +218,7 @@ std::size_t startOf(std::size_t line, const std::string& text) {
     return start;
 }
 
-TEST_F(ConverterTest, NamesLineAndExpectationOfFaultyRecords) {
+TEST_F(ConverterTest, ReportsLineAndExpectationOfInvalidRecords) {
     struct Case {
         std::size_t line;
         std::string record;
@@ -251,7 +252,7 @@ TEST_F(ConverterTest, NamesLineAndExpectationOfFaultyRecords) {
         {22, "  100C", "a record -1 or -3 of a result block"},
         {22, line(20) + '\n' + line(21), "each node once in a result block"},
         {23, line(3), "all nodes and elements before the first result"},
-        {24, " 9999", "nothing behind the record 9999"},
+        {24, " 9999", "nothing after the record 9999"},
     };
     for (const Case& each : cases) {
         std::string changed = text;
@@ -261,7 +262,7 @@ TEST_F(ConverterTest, NamesLineAndExpectationOfFaultyRecords) {
     }
 }
 
-TEST_F(ConverterTest, NoticesEveryTruncation) {
+TEST_F(ConverterTest, RefusesEveryTruncation) {
     const std::string text = seed("continued");
     for (std::size_t line = 1; startOf(line, text) < text.size(); ++line) {
         expectRefused(text.substr(0, startOf(line, text)), line, "");

@@ -53,7 +53,7 @@ TEST_F(NodesTest, TreeIsLaidOutByteForByte) {
         EXPECT_EQ(container.blocks()[number].flags, 1);
     }
     EXPECT_EQ(container.blocks()[4].name, "Global Information");
-    EXPECT_TRUE(container.blocks()[5].isFree());
+    EXPECT_TRUE(container.blocks()[5].isEmpty());
     EXPECT_EQ(hex(container.stream("Mek Tree").substr(57, 53)),
               "02 00 00 00 01 00 00 00 00 00 00 00 00 00 00 00 03 00 00 00 03 00 00 00 "
               "01 00 00 00 53 05 00 00 00 53 68 61 70 65 03 00 00 00 30 2E 32 "

@@ -1,5 +1,5 @@
-"""Solves a deck, converts the result by way of a container to VTK's files, and confirms that these
-say what the solver wrote. The result file is read here from its fixed columns (long format).
+"""Solves a deck, converts the result to a model file, exports that for VTK, and compares the export
+with the result file, which is parsed here by its fixed columns (long format).
 
 Usage: check_solved.py DECK FOLDER CCX FRD2MEK; exits 77 where meshio is missing.
 """
@@ -20,8 +20,8 @@ if importlib.util.find_spec("meshio") is None:
 import mekfile
 import numpy as np
 
-# By the type number of an element: its name, its cell, and the place in the cell of each of its
-# nodes, if not their own. meshio turns linear wedges itself.
+# By the type number of an element: its name, its cell, and for each of its nodes the index in the
+# cell, if the order differs. meshio reorders linear wedges itself.
 TYPES = dict(enumerate([
     ("HE8", "hexahedron"), ("PE6", "wedge"), ("TE4", "tetra"),
     ("HE20", "hexahedron20", [*range(12), *range(16, 20), *range(12, 16)]),
@@ -50,7 +50,7 @@ class ResultFile:
                 mode = line[10:]
             elif line[:3] == " -4":
                 self.results[-1].name = line[5:13].strip()
-            elif line[:3] == " -5" and line[33:38] != "    1":  # else it is derived
+            elif line[:3] == " -5" and line[33:38] != "    1":  # 1: derived
                 self.results[-1].components.append(line[5:13].strip())
                 self.results[-1].kinds.add(int(line[18:23]))
             elif line[:3] == " -1" and section == "3C":
@@ -71,7 +71,7 @@ def number(text):
 
 
 def arrays_of(result):
-    """Name in the file and columns of each array that a result becomes."""
+    """Name and columns of each array that is written for a result."""
     width = len(result.components)
     whole = (width == 3 and (result.name == "DISP" or result.kinds == {VECTOR})
              or width == 6 and result.kinds == {TENSOR} or width == 1)
@@ -81,7 +81,7 @@ def arrays_of(result):
 
 
 def check_elements(file, parts):
-    """Every element once, in the shape and cell that are meant, its nodes in the right places."""
+    """Every element occurs once, in the expected shape and cell, with its nodes in order."""
     found = {}
     for mesh in parts:
         ids = mesh.point_data["Node Ids"]
@@ -109,7 +109,7 @@ def check_result(result, parts):
 
 
 def steps_of(meshes):
-    """The parts of each step by its kind, number and value."""
+    """The mesh parts of each step, by its kind, number and value."""
     steps = {}
     for mesh in meshes:
         kind, step, value = mesh.step.split()
@@ -141,7 +141,7 @@ def main(deck, decks, ccx, frd2mek):
         check_elements(file, parts)
     for result in file.results:
         check_result(result, steps[(*result.step, result.value)])
-    # all nodes are somewhere, and nothing is there that the solver did not write
+    # all nodes are exported, and no other results than those of the solver
     (first, *_) = steps.values()
     assert {i for mesh in first for i in mesh.point_data["Node Ids"]} == set(file.nodes)
     written = {name for result in file.results for name, _ in arrays_of(result)}

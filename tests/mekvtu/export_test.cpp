@@ -6,7 +6,7 @@
 #include "mekreader/error.hpp"
 #include "mekvtu/celltype.hpp"
 #include "mekvtu/timeline.hpp"
-#include "mekvtu/xmltext.hpp"
+#include "mekvtu/xmlescape.hpp"
 #include "support/testing.hpp"
 
 #include <functional>
@@ -21,7 +21,7 @@ using namespace Tyr::Mek2;
 
 class ExportTest : public Testing::FolderTest {
 protected:
-    /// Writes one shape with what `fill` adds to it.
+    /// The file of a model with one shape, after `fill` has added its data.
     MekReader::File written(const std::function<void(Model&, unsigned int)>& fill) {
         Model model;
         SaverOptions options;
@@ -33,7 +33,7 @@ protected:
         return MekReader::File(path("in.mek"));
     }
 
-    std::string failure(const std::function<void(Model&, unsigned int)>& fill) {
+    std::string errorOf(const std::function<void(Model&, unsigned int)>& fill) {
         MekReader::File file = written(fill);
         return Testing::messageOf<MekReader::Error>(
             [&] { MekVtu::exportVtu(file, folder / "out", "in"); });
@@ -52,13 +52,13 @@ protected:
         });
         std::string text;
         for (const MekVtu::TimeStep& step : MekVtu::timeline(file).steps) {
-            text += step.name + "=" + MekVtu::numberText(step.time) + " ";
+            text += step.name + "=" + MekVtu::formatNumber(step.time) + " ";
         }
         return text;
     }
 };
 
-TEST_F(ExportTest, StepsStandAtTheirTimesOrElseInTheirOrder) {
+TEST_F(ExportTest, StepsHaveTimesOrNumbers) {
     EXPECT_EQ(steps({}), "=0 ");
     EXPECT_EQ(steps({{"Time", 2.0F}, {"Time", 0.1F}, {"Time", 1e-30F}}), "c=1e-30 b=0.1 a=2 ");
     EXPECT_EQ(steps({{"BucklingFactor", 3.5F}, {"BucklingFactor", -2.0F}}), "b=-2 a=3.5 ");
@@ -67,7 +67,7 @@ TEST_F(ExportTest, StepsStandAtTheirTimesOrElseInTheirOrder) {
     EXPECT_EQ(steps({{"Time", 2.0F}, {"Colour", 1.0F}}), "a=0 b=1 ");
 }
 
-TEST_F(ExportTest, MeshesThatAreNoneAreRefused) {
+TEST_F(ExportTest, RefusesInvalidMeshes) {
     const auto mesh = [](DatasetType type, std::initializer_list<unsigned int> rows,
                          std::initializer_list<unsigned int> lengths) {
         return [=](Model& model, unsigned int id) {
@@ -78,26 +78,27 @@ TEST_F(ExportTest, MeshesThatAreNoneAreRefused) {
         };
     };
     const auto solid = DatasetType::Connectivity2;
-    EXPECT_EQ(failure([](Model&, unsigned int) {}), "no geometry has coordinates");
-    EXPECT_EQ(failure(mesh(solid, {0, 1, 2, 3}, {4})), "no error");
-    EXPECT_EQ(failure(mesh(solid, {0, 1, 2, 4}, {4})),
-              "shape \"S\": element 0 has row 4 of 4 coordinates");
-    EXPECT_EQ(failure(mesh(solid, {0, 1, 2, 3, 0, 1, 2}, {4, 4})),
-              "shape \"S\": element 1 ends behind the connectivity");
-    EXPECT_EQ(failure(mesh(solid, {0, 1, 2, 3, 0, 1, 2}, {4})),
-              "shape \"S\": the elements have 4 nodes and the connectivity 7");
-    EXPECT_EQ(failure(mesh(solid, {0, 1, 2}, {3})),
+    EXPECT_EQ(errorOf([](Model&, unsigned int) {}), "no geometry has coordinates");
+    EXPECT_EQ(errorOf(mesh(solid, {0, 1, 2, 3}, {4})), "no error");
+    EXPECT_EQ(errorOf(mesh(solid, {0, 1, 2, 4}, {4})),
+              "shape \"S\": element 0 uses row 4 of 4 coordinates");
+    EXPECT_EQ(errorOf(mesh(solid, {0, 1, 2, 3, 0, 1, 2}, {4, 4})),
+              "shape \"S\": element 1 exceeds the connectivity");
+    EXPECT_EQ(errorOf(mesh(solid, {0, 1, 2, 3, 0, 1, 2}, {4})),
+              "shape \"S\": the polylengths add up to 4, but the connectivity has 7 rows");
+    EXPECT_EQ(errorOf(mesh(solid, {0, 1, 2}, {3})),
               "shape \"S\": element 0 of dimension 3 has 3 nodes");
-    EXPECT_EQ(failure(mesh(DatasetType::Connectivity0, {0, 1}, {})),
-              "shape \"S\": neither a polylength nor its name tells how many nodes an element has");
-    EXPECT_EQ(failure([](Model& model, unsigned int id) {
+    EXPECT_EQ(errorOf(mesh(DatasetType::Connectivity0, {0, 1}, {})),
+              "shape \"S\": unknown number of nodes per element: no polylength, and the name is no "
+              "element type");
+    EXPECT_EQ(errorOf([](Model& model, unsigned int id) {
                   model.addArrayProperty(DatasetType::Coordinates, Array2d<unsigned int>(1, 3), id,
                                          Step{});
               }),
-              "shape \"S\": its coordinates are not three floats a row");
+              "shape \"S\": its coordinates do not have three floats per row");
 }
 
-TEST_F(ExportTest, AMeshOfItsOwnStepWinsOverThatOfAllSteps) {
+TEST_F(ExportTest, PrefersTheMeshOfAStep) {
     MekReader::File file = written([](Model& model, unsigned int id) {
         model.addArrayProperty(DatasetType::Coordinates, Array2d<float>(2, 3), id, Step{});
         model.addArrayProperty(DatasetType::Coordinates, Array2d<float>(5, 3), id, Step{"b"});
@@ -155,7 +156,7 @@ TEST_F(ExportTest, ReadsLinksToLinksAndCirclesOfLinks) {
     EXPECT_NE(vtu.find("Name=\"T\""), std::string::npos);
 }
 
-TEST(CellType, TheNameDecidesWhereNodesDoNot) {
+TEST(CellType, FollowsFromNodesAndName) {
     const auto number = [](const char* name, unsigned dimension, std::uint64_t nodes) {
         const auto type = MekVtu::cellType(name, dimension, nodes);
         return type ? int{type->number} : -1;
@@ -164,7 +165,7 @@ TEST(CellType, TheNameDecidesWhereNodesDoNot) {
     EXPECT_EQ(number("PG6", 2, 6), 7);      // polygon
     EXPECT_EQ(number("QU6 (2)", 2, 6), 30); // linear by quadratic quadrilateral
     EXPECT_EQ(number("any", 3, 4), 10);     // tetrahedron
-    EXPECT_EQ(number("TE4", 2, 4), 9);      // the dimension is stronger
+    EXPECT_EQ(number("TE4", 2, 4), 9);      // the dimension has priority
     EXPECT_EQ(number("any", 2, 5), 7);      // polygon
     EXPECT_EQ(number("any", 1, 4), 4);      // chain of lines
     EXPECT_EQ(number("BE4", 1, 4), 35);     // cubic line
@@ -172,15 +173,15 @@ TEST(CellType, TheNameDecidesWhereNodesDoNot) {
     EXPECT_EQ(number("any", 2, 0), -1);
 }
 
-TEST(XmlText, MarkupIsEscapedAndWhatIsNoCharacterReplaced) {
-    EXPECT_EQ(MekVtu::xmlText("a<b>&\"c'"), "a&lt;b&gt;&amp;&quot;c'");
-    EXPECT_EQ(MekVtu::xmlText("\xC3\xA4 \xE2\x82\xAC \xF0\x9F\x98\x80"),
+TEST(XmlText, EscapesMarkupAndReplacesInvalidCharacters) {
+    EXPECT_EQ(MekVtu::escapeXml("a<b>&\"c'"), "a&lt;b&gt;&amp;&quot;c'");
+    EXPECT_EQ(MekVtu::escapeXml("\xC3\xA4 \xE2\x82\xAC \xF0\x9F\x98\x80"),
               "\xC3\xA4 \xE2\x82\xAC \xF0\x9F\x98\x80");
     const std::string replaced = "\xEF\xBF\xBD";
-    EXPECT_EQ(MekVtu::xmlText("\xFFz"), replaced + "z");
-    EXPECT_EQ(MekVtu::xmlText("\xC3"), replaced);                               // cut off
-    EXPECT_EQ(MekVtu::xmlText("\xC0\x80"), replaced + replaced);                // too long a form
-    EXPECT_EQ(MekVtu::xmlText("\xED\xA0\x80"), replaced + replaced + replaced); // surrogate
+    EXPECT_EQ(MekVtu::escapeXml("\xFFz"), replaced + "z");
+    EXPECT_EQ(MekVtu::escapeXml("\xC3"), replaced);                               // truncated
+    EXPECT_EQ(MekVtu::escapeXml("\xC0\x80"), replaced + replaced);                // overlong
+    EXPECT_EQ(MekVtu::escapeXml("\xED\xA0\x80"), replaced + replaced + replaced); // surrogate
 }
 
 } // namespace

@@ -5,7 +5,7 @@
 #define NOMINMAX
 #endif
 #include <windows.h>
-// behind windows.h, whose types it needs
+// after windows.h, whose types it needs
 #include <shellapi.h>
 
 #include <new>

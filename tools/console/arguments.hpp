@@ -1,5 +1,5 @@
 /// @file
-/// The arguments of a program, so that every file can be named on every system.
+/// The arguments of a program as UTF-8, so that every path can be given on every system.
 #pragma once
 
 #include <string>
@@ -7,9 +7,9 @@
 
 namespace Console {
 
-/// The arguments behind the name of the program, for `std::filesystem::u8path`. Windows hands them
-/// to `main` in its code page, which most names do not fit into; here they are UTF-8. POSIX has
-/// bytes, which are left as they are.
+/// The arguments after the name of the program, for `std::filesystem::u8path`. On Windows they are
+/// taken from the wide command line and converted to UTF-8, since the code page that `main` gets
+/// cannot hold every path. On POSIX the bytes are not changed.
 std::vector<std::string> arguments(int argc, char** argv);
 
 } // namespace Console

@@ -5,14 +5,15 @@ namespace Frd {
 const char* const usage =
     "Usage: frd2mek INPUT.frd [OUTPUT.mek] [--overwrite]\n"
     "\n"
-    "Converts a text result file of the finite-element solver CalculiX into a model file. Without\n"
-    "OUTPUT.mek the output stands beside the input.\n"
+    "Converts a text result file of the finite-element solver CalculiX to a model file. The "
+    "default\n"
+    "output is the path of the input with the suffix .mek.\n"
     "\n"
     "  --overwrite  replace OUTPUT.mek if it exists\n"
-    "  --help       show this text\n"
+    "  --help       show this help\n"
     "  --version    show the version\n"
     "\n"
-    "Exit code: 0 converted, 1 bad input or output, 2 wrong usage.\n";
+    "Exit code: 0 converted, 1 error, 2 invalid arguments.\n";
 
 CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     CommandLine result;

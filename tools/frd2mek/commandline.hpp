@@ -18,7 +18,7 @@ struct CommandLine {
     bool overwrite = false;
 };
 
-/// The arguments make no sense; the message tells why.
+/// The arguments are invalid; the message gives the reason.
 class UsageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -26,7 +26,7 @@ public:
 
 extern const char* const usage;
 
-/// Without an output path it is the input's with the ending ".mek".
+/// Without an output path, the output is the input path with the suffix ".mek".
 /// @param arguments UTF-8, without the name of the program
 /// @throws UsageError
 CommandLine parseCommandLine(const std::vector<std::string>& arguments);

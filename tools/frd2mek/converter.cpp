@@ -21,11 +21,11 @@ std::vector<SurveyedResult> survey(const std::filesystem::path& input, Progress&
 void writeModel(ResultFile& file, const std::vector<SurveyedResult>& surveyed,
                 const std::string& rootName, ModelWriter& writer) {
     writer.writeMesh(file.job(), rootName, file.nodes(), file.takeMesh());
-    ResultHead head;
+    ResultHeader header;
     std::vector<float> values;
-    for (std::size_t index = 0; file.nextResult(head); ++index) {
-        file.readValues(head, values);
-        writer.writeResult(head, index < surveyed.size() ? surveyed[index] : SurveyedResult{},
+    for (std::size_t index = 0; file.nextResult(header); ++index) {
+        file.readValues(header, values);
+        writer.writeResult(header, index < surveyed.size() ? surveyed[index] : SurveyedResult{},
                            values);
     }
     writer.close();

@@ -1,5 +1,5 @@
 /// @file
-/// The whole conversion.
+/// The conversion from a result file to a model file.
 #pragma once
 
 #include "modelwriter.hpp"
@@ -8,12 +8,12 @@
 
 namespace Frd {
 
-/// Converts a result file into a model file. Memory is bounded by the mesh, the values of one
-/// result block and what the library holds back, however many results there are.
+/// Converts a result file to a model file. Memory is bounded by the mesh, the values of one result
+/// block and the memory of the library, whatever the number of results.
 ///
-/// @throws FormatError the input is not what it should be
-/// @throws std::exception the system or the library refuses something
-/// After a failure there is no new output file, and an old one is as it was.
+/// @throws FormatError the input is invalid
+/// @throws std::exception an error of the system or the library
+/// After an error there is no new output file, and an existing one is unchanged.
 Summary convert(const std::filesystem::path& input, const std::filesystem::path& output,
                 bool overwrite);
 

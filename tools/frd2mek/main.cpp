@@ -1,5 +1,5 @@
 /// @file
-/// frd2mek: converts a result file of the solver into a model file.
+/// frd2mek: converts a result file of the solver to a model file.
 
 #include "commandline.hpp"
 #include "console/arguments.hpp"

@@ -20,11 +20,11 @@ constexpr std::size_t vectorWidth = 3;
 constexpr std::size_t tensorWidth = 6;
 const std::string displacementName = "DISP";
 
-/// No name holds this character, unlike a slash.
+/// No name contains this character; a slash can occur.
 const std::string separator = "\x1F";
 
-/// Attribute keys of the root group by the names that the file's head uses.
-const std::map<std::string, std::string> headAttributes{
+/// Attribute keys of the root group, by the names in the header of the result file.
+const std::map<std::string, std::string> headerAttributes{
     {"USER", "User"},       {"DATE", "Date"},
     {"TIME", "Time"},       {"HOST", "Host"},
     {"PGM", "Program"},     {"VERSION", "ProgramVersion"},
@@ -57,8 +57,8 @@ bool areAllOfKind(const std::vector<Component>& components, ComponentKind kind) 
                        [&](const Component& component) { return component.kind == kind; });
 }
 
-/// The groups of materials that elements have: the file's name of each, or else a number. No two
-/// are alike, since paths tell nodes apart by name.
+/// The names of the groups, by material number: the material's name in the file, or "Material N".
+/// The names are unique, because a path identifies a node by names alone.
 std::map<std::int64_t, std::string> groupNamesOf(const Job& job, const Mesh& mesh) {
     std::map<std::int64_t, std::string> names;
     std::set<std::string> taken;
@@ -82,17 +82,17 @@ std::map<std::int64_t, std::string> groupNamesOf(const Job& job, const Mesh& mes
 Attributes attributesOf(const Job& job) {
     Attributes attributes;
     std::size_t headings = 0;
-    for (const NamedText& text : job.texts) {
-        if (text.text.empty()) {
+    for (const NamedValue& record : job.records) {
+        if (record.value.empty()) {
             continue;
         }
-        const auto known = headAttributes.find(text.name);
-        if (known != headAttributes.end()) {
-            attributes.set(known->second, text.text);
+        const auto known = headerAttributes.find(record.name);
+        if (known != headerAttributes.end()) {
+            attributes.set(known->second, record.value);
         } else {
             ++headings;
             attributes.set(headings == 1 ? "Heading" : "Heading " + std::to_string(headings),
-                           text.text);
+                           record.value);
         }
     }
     return attributes;
@@ -118,23 +118,24 @@ void ModelWriter::writeMesh(const Job& job, const std::string& rootName, const N
     summary_.shapes = shapes_.size();
 }
 
-void ModelWriter::writeResult(const ResultHead& head, const SurveyedResult& survey,
+void ModelWriter::writeResult(const ResultHeader& header, const SurveyedResult& survey,
                               const std::vector<float>& values) {
-    const std::size_t width = head.components.size();
-    const bool isDisplacement = width == vectorWidth && head.name == displacementName;
-    const bool isVector = width == vectorWidth && areAllOfKind(head.components, VectorKind);
-    const bool isTensor = width == tensorWidth && areAllOfKind(head.components, TensorKind);
-    const Step step = stepOf(head, survey);
+    const std::size_t width = header.components.size();
+    const bool isDisplacement = width == vectorWidth && header.name == displacementName;
+    const bool isVector = width == vectorWidth && areAllOfKind(header.components, VectorKind);
+    const bool isTensor = width == tensorWidth && areAllOfKind(header.components, TensorKind);
+    const Step step = stepOf(header, survey);
     if (isDisplacement || isVector || isTensor) {
         const DatasetType type = isDisplacement ? DatasetType::Displacement3
                                  : isVector     ? DatasetType::ResultA3
                                                 : DatasetType::ResultA6;
-        addResult(head.name, type, tableOf(values, width), step, resultAttributesOf(head, survey));
+        addResult(header.name, type, tableOf(values, width), step,
+                  resultAttributesOf(header, survey));
     } else if (width == 1) {
-        addResult(head.name, DatasetType::ResultA1, columnOf(values), step,
-                  componentAttributesOf(head, head.components.front(), survey));
+        addResult(header.name, DatasetType::ResultA1, columnOf(values), step,
+                  componentAttributesOf(header, header.components.front(), survey));
     } else {
-        writeComponents(head, survey, step, values);
+        writeComponents(header, survey, step, values);
     }
 }
 
@@ -144,7 +145,7 @@ void ModelWriter::close() {
     summary_.steps = stepNames_.size();
 }
 
-/// The root group, a group for each material, and in it a shape for each type of element.
+/// Adds the root group, a group for each material, and in it a shape for each element type.
 void ModelWriter::addTree(const Job& job, const std::string& rootName, const Mesh& mesh) {
     const auto groupNames = groupNamesOf(job, mesh);
     const std::string rootPath = separator + rootName + separator;
@@ -195,17 +196,17 @@ void ModelWriter::writeElements(unsigned int shape, std::size_t type, const Elem
     model_.addArrayProperty(polylength[dimensionIndex], lengths, shape, Step{});
 }
 
-void ModelWriter::writeComponents(const ResultHead& head, const SurveyedResult& survey,
+void ModelWriter::writeComponents(const ResultHeader& header, const SurveyedResult& survey,
                                   const Step& step, const std::vector<float>& values) {
-    const std::size_t width = head.components.size();
+    const std::size_t width = header.components.size();
     for (std::size_t index = 0; index < width; ++index) {
-        const Component& component = head.components[index];
+        const Component& component = header.components[index];
         Array1d<float> column(values.size() / width);
         for (std::size_t row = 0; row < column.size(); ++row) {
             column[row] = values[row * width + index];
         }
-        addResult(head.name + "." + component.name, DatasetType::ResultA1, column, step,
-                  componentAttributesOf(head, component, survey));
+        addResult(header.name + "." + component.name, DatasetType::ResultA1, column, step,
+                  componentAttributesOf(header, component, survey));
     }
 }
 
@@ -217,7 +218,8 @@ void ModelWriter::addResult(const std::string& name, DatasetType type, const Arr
     stepNames_.insert(step.name);
 }
 
-/// A second result of the same name and step gets a number, so that it does not replace the first.
+/// Appends a number to the step of a second result of the same name and step, so that it does not
+/// replace the first.
 std::string ModelWriter::uniqueStepName(const std::string& result, const std::string& step) {
     const unsigned int count = ++stepCounts_[result][step];
     return count == 1 ? step : step + " (" + std::to_string(count) + ")";

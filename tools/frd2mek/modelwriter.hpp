@@ -1,5 +1,5 @@
 /// @file
-/// Writes what a result file holds as a model.
+/// Writes the content of a result file as a model.
 #pragma once
 
 #include "frd/resultfile.hpp"
@@ -17,7 +17,7 @@
 
 namespace Frd {
 
-/// What a model file came to hold.
+/// Numbers about a finished conversion.
 struct Summary {
     std::size_t nodes = 0;
     std::size_t elements = 0;
@@ -28,18 +28,18 @@ struct Summary {
     std::uintmax_t bytesOut = 0;
 };
 
-/// One write cycle: the mesh first, then result after result, then `close`.
+/// One write cycle. Call `writeMesh` once, `writeResult` for each result, then `close`.
 class ModelWriter {
 public:
     explicit ModelWriter(const std::filesystem::path& path);
 
     /// Builds the tree and writes all nodes and elements.
-    /// @param rootName takes the place of a job name that is empty
+    /// @param rootName replaces an empty job name
     void writeMesh(const Job& job, const std::string& rootName, const NodeTable& nodes,
                    const Mesh& mesh);
 
-    /// @param values row after row, as `ResultFile::readValues` gives them
-    void writeResult(const ResultHead& head, const SurveyedResult& survey,
+    /// @param values row by row, as `ResultFile::readValues` returns them
+    void writeResult(const ResultHeader& header, const SurveyedResult& survey,
                      const std::vector<float>& values);
 
     void close();
@@ -52,7 +52,7 @@ private:
                         const std::map<std::int64_t, std::string>& groupNames);
     void writeNodes(const NodeTable& nodes, const Mesh& mesh);
     void writeElements(unsigned int shape, std::size_t type, const ElementSet& elements);
-    void writeComponents(const ResultHead& head, const SurveyedResult& survey,
+    void writeComponents(const ResultHeader& header, const SurveyedResult& survey,
                          const Tyr::Mek2::Step& step, const std::vector<float>& values);
     template <class Array>
     void addResult(const std::string& name, Tyr::Mek2::DatasetType type, const Array& array,

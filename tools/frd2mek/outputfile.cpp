@@ -7,7 +7,7 @@ namespace Frd {
 
 namespace {
 
-/// A link is followed to the file that is to be replaced.
+/// The file that the path leads to: symbolic links are followed.
 std::filesystem::path targetOf(const std::filesystem::path& path) {
     return std::filesystem::exists(path) ? std::filesystem::canonical(path) : path;
 }

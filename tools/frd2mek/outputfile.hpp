@@ -1,26 +1,26 @@
 /// @file
-/// The file that is being written, under a name of its own until it is complete.
+/// An output file that has a temporary name until it is complete.
 #pragma once
 
 #include <filesystem>
 
 namespace Frd {
 
-/// An unfinished file is removed, and what stood at the path before is left alone until `finish`.
+/// The destructor removes an unfinished file. An existing file is unchanged until `finish`.
 class OutputFile {
 public:
-    /// @throws std::runtime_error the path is taken and `overwrite` is false, or what stands there
-    ///     is no regular file, or it is the input
+    /// @throws std::runtime_error the path exists and `overwrite` is false, or the path is not a
+    ///     regular file, or it is the input
     OutputFile(const std::filesystem::path& path, const std::filesystem::path& input,
                bool overwrite);
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
     ~OutputFile();
 
-    /// Where to write.
+    /// The temporary path to write to.
     const std::filesystem::path& unfinishedPath() const { return unfinishedPath_; }
 
-    /// Gives the complete file its name.
+    /// Renames the complete file to its final name.
     /// @throws std::filesystem::filesystem_error
     void finish();
 

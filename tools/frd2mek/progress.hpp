@@ -1,5 +1,5 @@
 /// @file
-/// Tells on a terminal how far long work has come.
+/// Shows the progress of long work on a terminal.
 #pragma once
 
 #include <chrono>
@@ -7,17 +7,18 @@
 
 namespace Frd {
 
-/// One line on standard error, drawn over and over and wiped out at the end. Nothing is shown
-/// where standard error is no terminal, nor during the first second.
+/// Redraws one line on standard error and erases it at the end. Shows nothing during the first
+/// second, or if standard error is not a terminal.
 class Progress {
 public:
-    /// @param total amount of work of one phase
+    /// @param total bytes of one phase
     explicit Progress(std::uint64_t total);
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
     ~Progress();
 
-    /// @param phase what is done, such as "converting"
+    /// @param phase such as "converting"
+    /// @param done bytes of the phase so far
     void show(const char* phase, std::uint64_t done);
 
 private:

@@ -16,10 +16,10 @@ namespace {
 using Tyr::Mek2::Attributes;
 using Tyr::Mek2::Step;
 
-/// How the value of a step is called, by the analysis that it comes from.
+/// Names for the value of a step, by type of analysis.
 struct Analysis {
     const char* name;
-    const char* valueName; ///< as an attribute
+    const char* valueName; ///< key of the attribute
     const char* symbol;    ///< in the step's name
 };
 
@@ -29,22 +29,23 @@ constexpr std::array<Analysis, 5> analyses{{{"Static", "Time", "t"},
                                             {"Load step", "Value", "value"},
                                             {"Buckling", "BucklingFactor", "factor"}}};
 
-Analysis analysisOf(const ResultHead& head, const SurveyedResult& survey) {
-    if (head.analysisType < 0 || head.analysisType >= static_cast<std::int64_t>(analyses.size())) {
+Analysis analysisOf(const ResultHeader& header, const SurveyedResult& survey) {
+    if (header.analysisType < 0 ||
+        header.analysisType >= static_cast<std::int64_t>(analyses.size())) {
         return {"Other", "Value", "value"};
     }
-    // The solver marks steady state dynamics as time steps, though their value is a frequency.
-    if (head.analysisType == TimeStep && survey.isStepComplex) {
+    // the solver marks steady state dynamics as time steps, although the value is a frequency
+    if (header.analysisType == TimeStep && survey.isStepComplex) {
         return {"Steady state", "Frequency", "f"};
     }
-    return analyses[static_cast<std::size_t>(head.analysisType)];
+    return analyses[static_cast<std::size_t>(header.analysisType)];
 }
 
-bool isModal(const ResultHead& head) {
-    return head.analysisType == Frequency || head.analysisText == "MODAL";
+bool isModal(const ResultHeader& header) {
+    return header.analysisType == Frequency || header.analysisText == "MODAL";
 }
 
-/// All digits that a value of twelve columns can have, without zeros at their end.
+/// All digits that a value of twelve columns can have, without trailing zeros.
 std::string textOf(double value) {
     constexpr int digits = 12;
     std::array<char, 32> text{};
@@ -71,24 +72,24 @@ constexpr std::array<ParameterRule, 6> parameterRules{
      {"SUBC", "Subcase", ParameterKind::Integer},
      {"AX", "CyclicSymmetryAxis", ParameterKind::Text}}};
 
-/// What is not the number that it should be stays a text.
-void setParameter(Attributes& attributes, const ParameterRule& rule, const std::string& text) {
-    const auto integer = parseInteger(text);
-    const auto real = parseFloat(text);
+/// A value that is not a number of the expected kind is stored as a string.
+void setParameter(Attributes& attributes, const ParameterRule& rule, const std::string& value) {
+    const auto integer = parseInteger(value);
+    const auto real = parseFloat(value);
     if (rule.kind == ParameterKind::Integer && integer) {
-        if (*integer >= 0) { // the solver writes -1 for "has none"
+        if (*integer >= 0) { // the solver writes -1 for "none"
             attributes.set(rule.attribute, static_cast<unsigned int>(*integer));
         }
     } else if (rule.kind == ParameterKind::Real && real) {
         attributes.set(rule.attribute, *real);
     } else {
-        attributes.set(rule.attribute, text);
+        attributes.set(rule.attribute, value);
     }
 }
 
-/// Number of the block in the file, of the increment in the deck's step, of that step.
-void setStepParameter(Attributes& attributes, const std::string& text) {
-    std::istringstream numbers(text);
+/// The value has three numbers: result block, increment, step of the deck.
+void setStepParameter(Attributes& attributes, const std::string& value) {
+    std::istringstream numbers(value);
     unsigned int block = 0;
     unsigned int increment = 0;
     unsigned int step = 0;
@@ -96,38 +97,40 @@ void setStepParameter(Attributes& attributes, const std::string& text) {
         attributes.set("Increment", increment);
         attributes.set("DeckStep", step);
     } else {
-        attributes.set("Parameter STEP", text);
+        attributes.set("Parameter STEP", value);
     }
 }
 
-void setParameters(Attributes& attributes, const std::vector<NamedText>& parameters) {
-    for (const NamedText& parameter : parameters) {
+void setParameters(Attributes& attributes, const std::vector<NamedValue>& parameters) {
+    for (const NamedValue& parameter : parameters) {
         // NOLINTNEXTLINE(readability-qualified-auto): iterators of arrays need not be pointers
         const auto rule = std::find_if(
             parameterRules.begin(), parameterRules.end(),
             [&](const ParameterRule& candidate) { return candidate.name == parameter.name; });
         if (rule != parameterRules.end()) {
-            setParameter(attributes, *rule, parameter.text);
+            setParameter(attributes, *rule, parameter.value);
         } else if (parameter.name == stepParameter) {
-            setStepParameter(attributes, parameter.text);
+            setStepParameter(attributes, parameter.value);
         } else {
-            attributes.set("Parameter " + parameter.name, parameter.text);
+            attributes.set("Parameter " + parameter.name, parameter.value);
         }
     }
 }
 
-/// "Mode 2" of a modal analysis, whose modes the solver counts anew in each step of the deck.
-std::string stepLabel(const ResultHead& head) {
-    if (!isModal(head)) {
-        return "Step " + std::to_string(head.number);
+/// "Step 3", or "Mode 2" in a modal analysis. The solver numbers modes from 1 in each step of the
+/// deck.
+std::string stepLabel(const ResultHeader& header) {
+    if (!isModal(header)) {
+        return "Step " + std::to_string(header.number);
     }
     const auto mode =
-        std::find_if(head.parameters.begin(), head.parameters.end(),
-                     [](const NamedText& parameter) { return parameter.name == modeParameter; });
-    return "Mode " + (mode != head.parameters.end() ? mode->text : std::to_string(head.number));
+        std::find_if(header.parameters.begin(), header.parameters.end(),
+                     [](const NamedValue& parameter) { return parameter.name == modeParameter; });
+    return "Mode " +
+           (mode != header.parameters.end() ? mode->value : std::to_string(header.number));
 }
 
-/// The solver writes amplitudes and phases in degrees side by side: MAG1, MAG2, ... PHA1, ...
+/// A block in polar form has amplitudes (MAG1, MAG2, ...) and phases in degrees (PHA1, ...).
 const char* polarPartOf(const Component& component) {
     if (component.kind != PolarVectorKind && component.kind != PolarTensorKind) {
         return nullptr;
@@ -137,43 +140,44 @@ const char* polarPartOf(const Component& component) {
 
 } // namespace
 
-Step stepOf(const ResultHead& head, const SurveyedResult& survey) {
-    const Analysis analysis = analysisOf(head, survey);
+Step stepOf(const ResultHeader& header, const SurveyedResult& survey) {
+    const Analysis analysis = analysisOf(header, survey);
     Step step;
-    step.name = stepLabel(head) + " " + analysis.symbol + "=" + textOf(head.value);
-    step.attributes.set("Number", static_cast<unsigned int>(head.number));
-    step.attributes.set(analysis.valueName, static_cast<float>(head.value));
+    step.name = stepLabel(header) + " " + analysis.symbol + "=" + textOf(header.value);
+    step.attributes.set("Number", static_cast<unsigned int>(header.number));
+    step.attributes.set(analysis.valueName, static_cast<float>(header.value));
     step.attributes.set("Analysis", analysis.name);
-    if (!head.analysisText.empty()) {
-        step.attributes.set("AnalysisText", head.analysisText);
+    if (!header.analysisText.empty()) {
+        step.attributes.set("AnalysisText", header.analysisText);
     }
-    if (!head.text.empty()) {
-        step.attributes.set("Text", head.text);
+    if (!header.text.empty()) {
+        step.attributes.set("Text", header.text);
     }
-    setParameters(step.attributes, head.parameters);
+    setParameters(step.attributes, header.parameters);
     return step;
 }
 
-Attributes resultAttributesOf(const ResultHead& head, const SurveyedResult& survey) {
+Attributes resultAttributesOf(const ResultHeader& header, const SurveyedResult& survey) {
     Attributes attributes;
-    if (isModal(head)) {
+    if (isModal(header)) {
         attributes.set("Category", "Vibration");
     }
-    if (survey.part != Part::Whole) {
-        attributes.set("ComplexPart", survey.part == Part::Real ? "Real" : "Imaginary");
+    if (survey.complexPart != ComplexPart::Whole) {
+        attributes.set("ComplexPart",
+                       survey.complexPart == ComplexPart::Real ? "Real" : "Imaginary");
         attributes.set("ComplexCounterpart", survey.counterpart);
     }
     std::string names;
-    for (const Component& component : head.components) {
+    for (const Component& component : header.components) {
         names += (names.empty() ? "" : ",") + component.name;
     }
     attributes.set("Components", names);
     return attributes;
 }
 
-Attributes componentAttributesOf(const ResultHead& head, const Component& component,
+Attributes componentAttributesOf(const ResultHeader& header, const Component& component,
                                  const SurveyedResult& survey) {
-    Attributes attributes = resultAttributesOf(head, survey);
+    Attributes attributes = resultAttributesOf(header, survey);
     attributes.set("Components", component.name);
     if (const char* const part = polarPartOf(component)) {
         attributes.set("ComplexPart", part);

@@ -10,15 +10,15 @@
 
 namespace Frd {
 
-/// The step of a result: "Step 3 t=0.25", "Mode 2 f=13.2", with number, value and analysis type as
-/// attributes, and what the file tells in parameters.
-Tyr::Mek2::Step stepOf(const ResultHead& head, const SurveyedResult& survey);
+/// The step of a result, such as "Step 3 t=0.25" or "Mode 2 f=13.2". Attributes are its number,
+/// value and analysis type, and the parameters of the result block.
+Tyr::Mek2::Step stepOf(const ResultHeader& header, const SurveyedResult& survey);
 
-/// What the values are: their components, whether they vibrate, which part of a complex result.
-Tyr::Mek2::Attributes resultAttributesOf(const ResultHead& head, const SurveyedResult& survey);
+/// Attributes of a result: its components, whether it is a vibration, and its complex part.
+Tyr::Mek2::Attributes resultAttributesOf(const ResultHeader& header, const SurveyedResult& survey);
 
-/// The same for one component that becomes a result of its own.
-Tyr::Mek2::Attributes componentAttributesOf(const ResultHead& head, const Component& component,
+/// Attributes of a single component that is written as a separate result.
+Tyr::Mek2::Attributes componentAttributesOf(const ResultHeader& header, const Component& component,
                                             const SurveyedResult& survey);
 
 } // namespace Frd

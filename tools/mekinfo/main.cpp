@@ -1,4 +1,5 @@
-/// Shows what a container holds, checks it against every rule of the format, or hands it on to VTK.
+/// @file
+/// mekinfo: shows the content of a model file, checks it, or exports it for VTK.
 #include "console/arguments.hpp"
 #include "mekinfo/print.hpp"
 #include "mekreader/error.hpp"
@@ -14,14 +15,13 @@
 
 namespace {
 
-constexpr int exitWrong = 1;
+constexpr int exitError = 1;
 constexpr int exitUsage = 2;
 
 constexpr const char* usage =
-    "usage: mekinfo FILE             show head, blocks, tree and variables\n"
+    "usage: mekinfo FILE             show header, blocks, tree and variables\n"
     "       mekinfo --check FILE     verify every rule of the format\n"
-    "       mekinfo --vtu DIR FILE   write shapes and results as .vtu files and one .pvd into "
-    "DIR\n";
+    "       mekinfo --vtu DIR FILE   export shapes and results to DIR as .vtu files and one .pvd\n";
 
 std::uint64_t countVariables(const MekReader::File& file) {
     std::uint64_t count = 0;
@@ -35,7 +35,7 @@ void check(const std::string& name) {
     const auto path = std::filesystem::u8path(name);
     MekReader::check(path);
     const MekReader::File file(path);
-    std::cout << name << ": right, " << file.container().fileSize() << " bytes, "
+    std::cout << name << ": valid, " << file.container().fileSize() << " bytes, "
               << file.nodes().size() << " nodes, " << countVariables(file) << " variables\n";
 }
 
@@ -52,13 +52,13 @@ void exportTo(const std::string& directory, const std::string& name) {
     for (const std::string& note : summary.notes) {
         std::cerr << "mekinfo: " << note << '\n';
     }
-    std::cout << summary.collection.u8string() << ": " << summary.parts << " parts, "
+    std::cout << summary.collection.u8string() << ": " << summary.meshParts << " mesh parts, "
               << summary.steps << " steps, " << summary.files << " files\n";
 }
 
 bool isFile(const std::string& argument) { return argument.substr(0, 1) != "-"; }
 
-/// What the arguments ask for; nothing if they make no sense.
+/// The action that the arguments select; empty if they are invalid.
 std::function<void()> actionOf(const std::vector<std::string>& arguments) {
     if (arguments.size() == 1 && isFile(arguments[0])) {
         return [&] { show(arguments[0]); };
@@ -84,12 +84,12 @@ int run(const std::vector<std::string>& arguments) {
     }
     try {
         action();
-    } catch (const std::exception& failure) {
-        std::cerr << "mekinfo: " << arguments.back() << ": " << failure.what() << '\n';
-        return exitWrong;
+    } catch (const std::exception& error) {
+        std::cerr << "mekinfo: " << arguments.back() << ": " << error.what() << '\n';
+        return exitError;
     }
     std::cout.flush();
-    return std::cout ? 0 : exitWrong;
+    return std::cout ? 0 : exitError;
 }
 
 } // namespace

@@ -19,11 +19,11 @@ using MekReader::Variable;
 
 constexpr std::size_t indentStep = 2;
 
-/// A text in quotes, with everything that would disturb a terminal as a hexadecimal number.
-std::string inQuotes(std::string_view text) {
+/// The string in quotes, with control characters as hexadecimal numbers.
+std::string inQuotes(std::string_view bytes) {
     constexpr std::string_view digits = "0123456789ABCDEF";
     std::string shown = "\"";
-    for (const char character : text) {
+    for (const char character : bytes) {
         const auto byte = static_cast<unsigned char>(character);
         if (byte < 0x20 || byte == 0x7F) {
             shown += {'\\', 'x', digits[byte >> 4], digits[byte & 0xF]};
@@ -44,8 +44,8 @@ void printValues(std::ostream& out, const char* name, const Values& values) {
 }
 
 void printAttribute(std::ostream& out, const MekReader::AttributeValue& value) {
-    if (const auto* const text = std::get_if<std::string>(&value)) {
-        out << inQuotes(*text);
+    if (const auto* const string = std::get_if<std::string>(&value)) {
+        out << inQuotes(*string);
     } else if (const auto* const number = std::get_if<std::uint32_t>(&value)) {
         out << *number;
     } else if (const auto* const single = std::get_if<float>(&value)) {
@@ -65,7 +65,7 @@ void printAttributes(std::ostream& out, const std::string& indent,
     }
 }
 
-void printHead(std::ostream& out, const File& file) {
+void printHeader(std::ostream& out, const File& file) {
     out << "container 1.3, " << file.container().fileSize() << " bytes\n";
     for (const MekReader::Modifier& modifier : file.modifiers()) {
         out << "written " << modifier.date;
@@ -93,10 +93,10 @@ void printBlocks(std::ostream& out, const File& file) {
         << "  " << std::left << std::setw(20) << "name" << std::right << std::setw(14) << "position"
         << std::setw(12) << "stored" << std::setw(12) << "raw"
         << "  flags\n";
-    std::uint64_t free = 0;
+    std::uint64_t emptyBlocks = 0;
     for (const Block& block : file.blocks()) {
-        if (block.isFree()) {
-            ++free;
+        if (block.isEmpty()) {
+            ++emptyBlocks;
             continue;
         }
         out << std::right << std::setw(8) << block.number << "  " << std::left << std::setw(20)
@@ -104,7 +104,7 @@ void printBlocks(std::ostream& out, const File& file) {
             << block.position << std::setw(12) << block.storedLength << std::setw(12)
             << block.rawLength << "  " << flagsOf(block) << '\n';
     }
-    out << "  and " << free << " free\n";
+    out << "  and " << emptyBlocks << " empty\n";
 }
 
 void printGroup(std::ostream& out, const std::string& indent, const MekReader::Group& group) {
@@ -129,25 +129,25 @@ void printMaterial(std::ostream& out, const std::string& indent,
         << material.shininess << (material.materialFlag ? "  flag on\n" : "  flag off\n");
 }
 
-/// Smallest and largest value, and how many are no number.
+/// Smallest and largest value, and the number of NaN.
 template <class T>
 void printRange(std::ostream& out, const std::vector<T>& values) {
     T smallest = std::numeric_limits<T>::max();
     T largest = std::numeric_limits<T>::lowest();
-    std::uint64_t withoutNumber = 0;
+    std::uint64_t nanCount = 0;
     for (const T value : values) {
         if (std::isnan(static_cast<double>(value))) {
-            ++withoutNumber;
+            ++nanCount;
         } else {
             smallest = std::min(smallest, value);
             largest = std::max(largest, value);
         }
     }
-    if (withoutNumber < values.size()) {
+    if (nanCount < values.size()) {
         out << ", " << smallest << " to " << largest;
     }
-    if (withoutNumber > 0) {
-        out << ", " << withoutNumber << " NaN";
+    if (nanCount > 0) {
+        out << ", " << nanCount << " NaN";
     }
 }
 
@@ -195,25 +195,25 @@ void printTree(std::ostream& out, File& file) {
     const std::vector<Node>& nodes = file.nodes();
     out << "\ntree of " << nodes.size() << (nodes.size() == 1 ? " node\n" : " nodes\n");
     // depth first, without recursion: a tree may be as deep as it has nodes
-    struct Place {
+    struct Pending {
         std::uint32_t id;
         std::size_t depth;
     };
-    std::vector<Place> waiting{{1, 0}};
+    std::vector<Pending> waiting{{1, 0}};
     std::size_t printed = 0;
     while (!waiting.empty() && printed++ < nodes.size()) {
-        const Place place = waiting.back();
+        const Pending next = waiting.back();
         waiting.pop_back();
-        if (place.id == 0 || place.id > nodes.size()) {
+        if (next.id == 0 || next.id > nodes.size()) {
             continue;
         }
-        const Node& node = nodes[place.id - 1];
-        printNode(out, file, node, place.depth);
-        if (place.id != 1 && node.nextSibling != 0) {
-            waiting.push_back({node.nextSibling, place.depth});
+        const Node& node = nodes[next.id - 1];
+        printNode(out, file, node, next.depth);
+        if (next.id != 1 && node.nextSibling != 0) {
+            waiting.push_back({node.nextSibling, next.depth});
         }
         if (node.firstChild != 0) {
-            waiting.push_back({node.firstChild, place.depth + 1});
+            waiting.push_back({node.firstChild, next.depth + 1});
         }
     }
 }
@@ -221,7 +221,7 @@ void printTree(std::ostream& out, File& file) {
 } // namespace
 
 void print(std::ostream& out, File& file) {
-    printHead(out, file);
+    printHeader(out, file);
     printBlocks(out, file);
     printTree(out, file);
 }

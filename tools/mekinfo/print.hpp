@@ -1,5 +1,5 @@
 /// @file
-/// Prints what a container holds, for people to read.
+/// Prints the content of a model file.
 #pragma once
 
 #include "mekreader/model.hpp"
@@ -8,8 +8,9 @@
 
 namespace MekInfo {
 
-/// Head, table of blocks, tree with placements, looks and attributes, and every variable with its
-/// shape and either its range or what it links to.
+/// Prints the header, the table of blocks, the tree with placements, materials and attributes, and
+/// every variable with its size and range, or with the target of its link.
+/// @throws MekReader::Error a dataset is damaged
 void print(std::ostream& out, MekReader::File& file);
 
 } // namespace MekInfo

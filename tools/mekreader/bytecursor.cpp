@@ -47,19 +47,20 @@ double ByteCursor::f64(const char* field) { return numberOfBits<double>(u64(fiel
 bool ByteCursor::boolean(const char* field) {
     const std::uint8_t value = u8(field);
     if (value > 1) {
-        fail(std::string(field) + " is " + std::to_string(value) + " and not 0 or 1");
+        fail(std::string(field) + " is " + std::to_string(value) + ", expected 0 or 1");
     }
     return value == 1;
 }
 
-std::string ByteCursor::text(const char* field) {
+std::string ByteCursor::string(const char* field) {
     return std::string(take(count(field, 1), field));
 }
 
 std::uint32_t ByteCursor::count(const char* field, std::uint64_t elementSize) {
     const std::uint32_t count = u32(field);
     if (count * elementSize > bytes_.size() - position_) {
-        fail("a count of " + std::to_string(count) + " for " + field + " is more than is left");
+        fail("a count of " + std::to_string(count) + " for " + field +
+             " exceeds the remaining bytes");
     }
     return count;
 }
@@ -75,7 +76,7 @@ std::string_view ByteCursor::take(std::uint64_t size, const char* field) {
 
 void ByteCursor::expectEnd() const {
     if (position_ != bytes_.size()) {
-        fail(std::to_string(bytes_.size() - position_) + " bytes are left over");
+        fail(std::to_string(bytes_.size() - position_) + " bytes remain");
     }
 }
 

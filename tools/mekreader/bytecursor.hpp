@@ -1,5 +1,5 @@
 /// @file
-/// Takes little-endian values one after the other from bytes that may hold anything.
+/// Reads little-endian values from untrusted bytes.
 #pragma once
 
 #include <cstdint>
@@ -8,11 +8,11 @@
 
 namespace MekReader {
 
-/// Every take raises `Error`, with the name of the bytes and the offset, where they end early.
+/// Every read raises `Error`, with the name of the bytes and the offset, if the bytes end early.
 class ByteCursor {
 public:
     /// @param bytes must outlive the cursor
-    /// @param name of the bytes in failures, such as "Light Data"
+    /// @param name of the bytes in error messages, such as "Light Data"
     ByteCursor(std::string_view bytes, std::string name);
 
     std::uint8_t u8(const char* field);
@@ -24,21 +24,21 @@ public:
     /// One byte, 0 or 1.
     bool boolean(const char* field);
 
-    /// A 32-bit count and that many bytes.
-    std::string text(const char* field);
+    /// A string: a 32-bit count and that many bytes.
+    std::string string(const char* field);
 
-    /// A 32-bit count of elements which take at least `elementSize` bytes each, so that a count
-    /// beyond the bytes that are left is refused before anything is allocated for it.
+    /// A 32-bit count of elements of at least `elementSize` bytes each. A count that exceeds the
+    /// remaining bytes raises `Error`, so that nothing is allocated for it.
     std::uint32_t count(const char* field, std::uint64_t elementSize);
 
     std::string_view take(std::uint64_t size, const char* field);
 
     std::uint64_t position() const { return position_; }
 
-    /// Raises `Error` if bytes are left.
+    /// Raises `Error` if bytes remain.
     void expectEnd() const;
 
-    /// Raises a `Error` that names the bytes and the current offset.
+    /// Raises an `Error` that names the bytes and the current offset.
     [[noreturn]] void fail(const std::string& reason) const;
 
 private:

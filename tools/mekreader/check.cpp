@@ -12,7 +12,7 @@ namespace {
 constexpr std::array<std::string_view, 6> streamNames = {
     "Heavy Data", "Mek Tree", "Light Data", "Attributes", "Resources", "Global Information"};
 
-/// Values per row by kind of variable; 0 for kinds that do not exist.
+/// Values per row by variable type; 0 for types that do not exist.
 constexpr std::array<std::uint8_t, 29> widths = {0, 3, 0, 0, 1, 1, 1, 0, 0, 1, 0, 0, 1, 3, 6,
                                                  6, 1, 3, 6, 6, 1, 3, 6, 6, 1, 1, 3, 6, 6};
 
@@ -34,20 +34,20 @@ std::string describe(const Node& node) {
 
 bool isHeavy(const Block& block) { return block.name == "Heavy Data"; }
 
-/// Streams come into being in a fixed order: datasets while the model is built, then the tree,
-/// last the global information.
+/// The order of streams is fixed: datasets while the model is built, then the tree, last the global
+/// information.
 void checkStreamOrder(const Container& container) {
     std::vector<std::string_view> order;
     for (const Block& block : container.blocks()) {
-        if (block.isFree() || block.isIndex()) {
+        if (block.isEmpty() || block.isIndex()) {
             continue;
         }
         if (std::find(streamNames.begin(), streamNames.end(), block.name) == streamNames.end()) {
-            fail(block, "there is no stream of this name");
+            fail(block, "unknown stream name");
         }
         const bool isNew = std::find(order.begin(), order.end(), block.name) == order.end();
         if (isHeavy(block) && !order.empty() && order.back() != block.name) {
-            fail(block, "datasets stand in front of all other blocks");
+            fail(block, "a block of datasets follows a block of another stream");
         }
         if (isNew) {
             order.emplace_back(block.name);
@@ -63,28 +63,28 @@ void checkStreamOrder(const Container& container) {
     }
 }
 
-/// The flags come last in an entry, so that those of the last one lack if writing ended there.
+/// The flags are the last field of an entry: those of the last entry are missing if writing stopped
+/// there.
 [[noreturn]] void failUncompressed(const Container& container, const Block& block) {
-    const bool isLast = container.blocks().at(block.number + 1).isFree();
+    const bool isLast = container.blocks().at(block.number + 1).isEmpty();
     if (isLast && block.flags == 0) {
-        throw Unfinished("the entry of block " + std::to_string(block.number) +
-                         " was written in part");
+        throw Unfinished("the entry of block " + std::to_string(block.number) + " is incomplete");
     }
     fail(block, "it is not compressed");
 }
 
 void checkBlocks(Container& container) {
     for (const Block& block : container.blocks()) {
-        if (block.isFree() || block.isIndex()) {
+        if (block.isEmpty() || block.isIndex()) {
             continue;
         }
         if (!block.isCompressed()) {
             failUncompressed(container, block);
         }
         if ((block.flags & Block::freezeFlag) != 0 && !isHeavy(block)) {
-            fail(block, "only datasets are written early");
+            fail(block, "only blocks of datasets may have the flag 20");
         }
-        container.expand(block, [](std::string_view) {});
+        container.readContent(block, [](std::string_view) {});
     }
 }
 
@@ -100,27 +100,26 @@ std::string versionOf(const Node& node) {
 
 void checkKind(const Node& node) {
     if (node.version != versionOf(node)) {
-        fail(node,
-             "type \"" + node.type + "\" and version \"" + node.version + "\" do not go together");
+        fail(node, "type \"" + node.type + "\" does not have the version \"" + node.version + "\"");
     }
     if (node.type.empty() && !node.name.empty()) {
         fail(node, "it has a name but no type");
     }
     if (node.group && node.group->rootFlag > (node.id == 1 ? 1 : 0)) {
-        fail(node, "the root flag is wrong");
+        fail(node, "the root flag is invalid");
     }
 }
 
-/// Links follow from the parents alone: ids count up in the order in which children were added.
+/// The links follow from the parents alone, because children are ordered by their ids.
 void checkLinks(const std::vector<Node>& nodes) {
     std::vector<Node> expected(nodes.size());
     for (std::size_t i = 0; i < nodes.size(); ++i) {
         const Node& node = nodes[i];
         if (node.id != i + 1) {
-            fail(node, "its id is not " + std::to_string(i + 1));
+            fail(node, "its id should be " + std::to_string(i + 1));
         }
         if (i == 0 ? node.parent != 0 : node.parent == 0 || node.parent >= node.id) {
-            fail(node, "it can't have the parent " + std::to_string(node.parent));
+            fail(node, "invalid parent " + std::to_string(node.parent));
         }
         if (i == 0) {
             continue;
@@ -136,11 +135,11 @@ void checkLinks(const std::vector<Node>& nodes) {
     }
     for (std::size_t i = 0; i < nodes.size(); ++i) {
         const Node& node = nodes[i];
-        const Node& right = expected[i];
-        if (node.previousSibling != right.previousSibling ||
-            node.nextSibling != right.nextSibling || node.firstChild != right.firstChild ||
-            node.lastChild != right.lastChild) {
-            fail(node, "its links to siblings or children do not fit the parents of the others");
+        const Node& wanted = expected[i];
+        if (node.previousSibling != wanted.previousSibling ||
+            node.nextSibling != wanted.nextSibling || node.firstChild != wanted.firstChild ||
+            node.lastChild != wanted.lastChild) {
+            fail(node, "its links to siblings or children contradict the parents of other nodes");
         }
     }
 }
@@ -148,13 +147,13 @@ void checkLinks(const std::vector<Node>& nodes) {
 void checkDataset(const File& file, const Node& node, const Variable& variable) {
     const std::uint64_t rowSize = std::uint64_t{4} * variable.width;
     if (variable.width != widths[variable.type]) {
-        fail(node, variable, "the width does not go with the type");
+        fail(node, variable, "the width does not match the type");
     }
     if (variable.byteSize == 0 || variable.byteSize % rowSize != 0) {
-        fail(node, variable, "its size is no number of rows");
+        fail(node, variable, "its size is not a whole number of rows");
     }
     if (!file.container().holds("Heavy Data", variable.offset, variable.byteSize)) {
-        fail(node, variable, "no block holds its data");
+        fail(node, variable, "no block contains its dataset");
     }
 }
 
@@ -162,27 +161,27 @@ void checkVariables(const File& file, const Node& node) {
     std::set<std::string_view> names;
     for (const Variable& variable : node.variables) {
         if (!names.insert(variable.name).second) {
-            fail(node, variable, "the name stands twice");
+            fail(node, variable, "the name occurs twice");
         }
         if (variable.type >= widths.size() || widths[variable.type] == 0) {
-            fail(node, variable, "there is no type " + std::to_string(variable.type));
+            fail(node, variable, "unknown variable type " + std::to_string(variable.type));
         }
         if (variable.elementType != Variable::floatElements &&
             variable.elementType != Variable::unsignedElements) {
-            fail(node, variable, "there is no such element type");
+            fail(node, variable, "unknown element type");
         }
         if (!variable.linked) {
             checkDataset(file, node, variable);
         } else if (!file.hasCircularLinks(variable)) {
-            file.owner(variable); // raises if a link refers to nothing
+            file.owner(variable); // raises if the target of a link does not exist
         }
     }
 }
 
 void checkModifiers(const File& file) {
     if (file.modifiers().size() != 1) {
-        throw Error("\"Global Information\" names " + std::to_string(file.modifiers().size()) +
-                    " writing runs and not one");
+        throw Error("\"Global Information\" lists " + std::to_string(file.modifiers().size()) +
+                    " modifiers, expected one");
     }
     if (file.modifiers().front().formatVersion != "1.3") {
         throw Error("\"Global Information\": the format version is not 1.3");
@@ -192,7 +191,7 @@ void checkModifiers(const File& file) {
 } // namespace
 
 void check(const std::filesystem::path& path) {
-    // blocks first: reading the model trusts in their lengths
+    // blocks first: reading the model relies on their lengths
     {
         Container container(path);
         checkStreamOrder(container);

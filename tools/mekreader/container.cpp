@@ -13,13 +13,13 @@ namespace {
 
 constexpr std::string_view signature("\x89QBF\r\n\x1A\n", 8);
 constexpr std::string_view formatVersion("1.3\0", 4);
-constexpr std::string_view freeName(
+constexpr std::string_view emptyName(
     "\x0B"
     "Empty Block ");
 constexpr std::string_view indexName(
     "\x0B"
     "Index Block ");
-constexpr std::uint64_t headSize = 12;
+constexpr std::uint64_t headerSize = 12;
 constexpr std::uint64_t firstTableEntries = 20;
 constexpr std::uint64_t indexTableEntries = 200;
 constexpr std::uint32_t nameSize = 128;
@@ -29,10 +29,10 @@ constexpr std::uint64_t nameOffset = 5;
 constexpr std::uint64_t flagsOffset = 137;
 constexpr std::uint64_t firstTableSize = countSize + firstTableEntries * entrySize;
 constexpr std::uint64_t indexTableSize = countSize + indexTableEntries * entrySize;
-constexpr std::uint64_t firstBlockPosition = headSize + countSize + firstTableSize;
+constexpr std::uint64_t firstBlockPosition = headerSize + countSize + firstTableSize;
 constexpr std::uint64_t rawLengthSize = 4;
 constexpr std::uint64_t smallestStream = 8; // zlib's form of nothing
-constexpr std::size_t pieceSize = std::size_t{256} * 1024;
+constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 
 bool isIndexNumber(std::uint64_t number) {
     return number % indexTableEntries == firstTableEntries - 1;
@@ -44,30 +44,30 @@ bool isAllZero(std::string_view bytes) {
 
 std::string describe(const Block& block) {
     std::string text = "block " + std::to_string(block.number);
-    return block.isFree() || block.isIndex() ? text : text + " (\"" + block.name + "\")";
+    return block.isEmpty() || block.isIndex() ? text : text + " (\"" + block.name + "\")";
 }
 
 [[noreturn]] void fail(const Block& block, const std::string& reason) {
     throw Error(describe(block) + ": " + reason);
 }
 
-/// The last entry of a table has a name, of a free block or of the next table, and the latter has
-/// flags too. Zeros instead mean that writing did not come so far.
-bool isWrittenToItsEnd(std::string_view table) {
+/// The last entry of a complete table has a name: that of an empty block, or that of an index block
+/// and its flags. Zeros mean that the table was not written to its end.
+bool isComplete(std::string_view table) {
     const std::string_view entry = table.substr(table.size() - entrySize);
-    const std::string_view name = entry.substr(nameOffset, freeName.size());
+    const std::string_view name = entry.substr(nameOffset, emptyName.size());
     return name.back() != 0 && (name != indexName || entry[flagsOffset] != 0);
 }
 
 std::string nameOf(std::string_view field, std::uint64_t number) {
     const std::string_view name = field.substr(0, field.find('\0'));
     if (!isAllZero(field.substr(name.size()))) {
-        throw Error("block " + std::to_string(number) + ": name is not filled up with NUL");
+        throw Error("block " + std::to_string(number) + ": the name is not padded with NUL");
     }
     return std::string(name);
 }
 
-/// State of one inflation.
+/// Owns the state of one decompression.
 class Inflater {
 public:
     Inflater() {
@@ -88,7 +88,7 @@ private:
 
 } // namespace
 
-bool Block::isFree() const { return name == freeName; }
+bool Block::isEmpty() const { return name == emptyName; }
 bool Block::isIndex() const { return name == indexName; }
 
 Container::Container(const std::filesystem::path& path) : file_(path, std::ios::binary) {
@@ -97,10 +97,10 @@ Container::Container(const std::filesystem::path& path) : file_(path, std::ios::
         throw Error("there is no such file");
     }
     if (!file_) {
-        throw Error("the file can't be opened");
+        throw Error("the file cannot be opened");
     }
     fileSize_ = std::filesystem::file_size(path);
-    readHead();
+    readHeader();
     readTables();
 }
 
@@ -113,61 +113,61 @@ std::string Container::readAt(std::uint64_t position, std::uint64_t size) {
     file_.seekg(static_cast<std::streamoff>(position));
     file_.read(bytes.data(), static_cast<std::streamsize>(size));
     if (!file_) {
-        throw Error("the file can't be read at byte " + std::to_string(position));
+        throw Error("the file cannot be read at byte " + std::to_string(position));
     }
     return bytes;
 }
 
-void Container::readHead() {
-    const std::string head = readAt(0, std::min(fileSize_, headSize));
-    const std::string_view start = std::string_view(head).substr(0, signature.size());
+void Container::readHeader() {
+    const std::string header = readAt(0, std::min(fileSize_, headerSize));
+    const std::string_view start = std::string_view(header).substr(0, signature.size());
     if (start != signature.substr(0, start.size())) {
-        throw Error("not a container: the signature is wrong");
+        throw Error("not a container: invalid signature");
     }
-    const std::string_view version = std::string_view(head).substr(start.size());
+    const std::string_view version = std::string_view(header).substr(start.size());
     if (version != formatVersion.substr(0, version.size())) {
-        throw Error("head: the format version is not 1.3");
+        throw Error("header: the format version is not 1.3");
     }
     if (fileSize_ < firstBlockPosition) {
-        throw Unfinished("it ends before its index");
+        throw Unfinished("it ends before the end of its index");
     }
-    const std::string lengths = readAt(headSize, countSize);
+    const std::string lengths = readAt(headerSize, countSize);
     const std::uint64_t length = littleEndian(lengths, countSize);
     if (length == 0) {
         throw Unfinished("it has no index");
     }
-    readTableBytes(headSize + countSize, firstTableEntries);
+    readTableBytes(headerSize + countSize, firstTableEntries);
     if (length != firstTableSize) {
-        throw Error("first table: the length is " + std::to_string(length) + " and not " +
+        throw Error("first table: the length is " + std::to_string(length) + ", expected " +
                     std::to_string(firstTableSize));
     }
 }
 
 void Container::readTables() {
-    readTable(headSize + countSize, firstTableEntries);
+    readTable(headerSize + countSize, firstTableEntries);
     while (blocks_.back().isIndex()) {
         const Block& indexBlock = blocks_.back();
         if (indexBlock.storedLength != indexTableSize) {
-            fail(indexBlock, "a table takes " + std::to_string(indexTableSize) + " bytes and not " +
-                                 std::to_string(indexBlock.storedLength));
+            fail(indexBlock, "the stored length is " + std::to_string(indexBlock.storedLength) +
+                                 ", expected " + std::to_string(indexTableSize));
         }
         readTable(indexBlock.position, indexTableEntries);
     }
     const std::uint64_t end = blocks_.back().position + blocks_.back().storedLength;
     if (end < fileSize_) {
         throw Unfinished(std::to_string(fileSize_ - end) +
-                         " bytes stand behind the last block that the index names");
+                         " bytes follow the last block of the index");
     }
 }
 
 std::string Container::readTableBytes(std::uint64_t position, std::uint64_t count) {
     std::string table = readAt(position, countSize + count * entrySize);
-    const std::string place = "the table at byte " + std::to_string(position);
+    const std::string description = "the table at byte " + std::to_string(position);
     if (isAllZero(table)) {
-        throw Unfinished(place + " was not written");
+        throw Unfinished(description + " was not written");
     }
-    if (!isWrittenToItsEnd(table)) {
-        throw Unfinished(place + " was written in part");
+    if (!isComplete(table)) {
+        throw Unfinished(description + " is incomplete");
     }
     return table;
 }
@@ -192,25 +192,25 @@ void Container::readTable(std::uint64_t position, std::uint64_t count) {
         if (cursor.u8("reserved byte") != 0) {
             fail(block, "the reserved byte is not 0");
         }
-        // a table shows blocks as free, without length and flags, until it is written at the end
-        const bool isNamed = nameField.substr(0, freeName.size()) != freeName;
+        // until it is rewritten at the end, a table lists all blocks as empty, without length and
+        // flags
+        const bool isNamed = nameField.substr(0, emptyName.size()) != emptyName;
         if (first > 0 && isNamed && block.storedLength == 0 && block.flags == 0) {
-            throw Unfinished("the table at byte " + std::to_string(position) +
-                             " was written in part");
+            throw Unfinished("the table at byte " + std::to_string(position) + " is incomplete");
         }
         block.name = nameOf(nameField, block.number);
         checkEntry(block);
         placeBlock(block);
-        if (!block.isFree() && !block.isIndex()) {
+        if (!block.isEmpty() && !block.isIndex()) {
             Stream& stream = streams_[block.name];
-            stream.parts.push_back({stream.length, block.number});
+            stream.blocks.push_back({stream.length, block.number});
             stream.length += block.rawLength;
         }
         blocks_.push_back(block);
     }
-    // a table comes into being with the block behind it, and shows it as free until the end
-    if (first > 0 && blocks_[first].isFree()) {
-        throw Unfinished("the table at byte " + std::to_string(position) + " is not the last one");
+    // a table is created together with the next block, and lists it as empty until the end
+    if (first > 0 && blocks_[first].isEmpty()) {
+        throw Unfinished("the table at byte " + std::to_string(position) + " was not updated");
     }
 }
 
@@ -218,7 +218,7 @@ void Container::placeBlock(Block& block) {
     block.position = blocks_.empty() ? firstBlockPosition
                                      : blocks_.back().position + blocks_.back().storedLength;
     if (block.storedLength > fileSize_ - block.position) {
-        throw Unfinished(describe(block) + " reaches behind the end of the file");
+        throw Unfinished(describe(block) + " ends after the end of the file");
     }
     readRawLength(block);
 }
@@ -229,7 +229,7 @@ void Container::readRawLength(Block& block) {
         return;
     }
     if (block.storedLength < rawLengthSize + smallestStream) {
-        fail(block, "it is too short for its compressed form");
+        fail(block, "it is too short for a compressed block");
     }
     block.rawLength =
         static_cast<std::uint32_t>(littleEndian(readAt(block.position, rawLengthSize), 4));
@@ -242,20 +242,21 @@ void Container::checkEntry(const Block& block) const {
     if ((block.flags & ~(Block::compressFlag | Block::freezeFlag)) != 0) {
         fail(block, "it has unknown flags");
     }
-    if (block.isFree()) {
+    if (block.isEmpty()) {
         if (block.storedLength != 0 || block.flags != 0) {
-            fail(block, "it is free but has a length or flags");
+            fail(block, "it is empty but has a length or flags");
         }
         return;
     }
-    if (!blocks_.empty() && blocks_.back().isFree()) {
-        fail(block, "it is used but the block before is free");
+    if (!blocks_.empty() && blocks_.back().isEmpty()) {
+        fail(block, "it is used but the block before it is empty");
     }
     if (block.isIndex() != isIndexNumber(block.number)) {
-        fail(block, block.isIndex() ? "it can't be an index block" : "it must be an index block");
+        fail(block,
+             block.isIndex() ? "it must not be an index block" : "it must be an index block");
     }
     if (block.isIndex() && block.flags != Block::freezeFlag) {
-        fail(block, "the flags of an index block are wrong");
+        fail(block, "invalid flags of an index block");
     }
 }
 
@@ -268,82 +269,80 @@ std::string Container::stream(std::string_view name) {
     std::string content;
     const auto found = streams_.find(name);
     if (found != streams_.end()) {
-        for (const StreamPart& part : found->second.parts) {
-            expand(blocks_[part.blockNumber],
-                   [&content](std::string_view piece) { content += piece; });
+        for (const StreamBlock& streamBlock : found->second.blocks) {
+            readContent(blocks_[streamBlock.blockNumber],
+                        [&content](std::string_view bytes) { content += bytes; });
         }
     }
     return content;
 }
 
-const Container::StreamPart* Container::partWith(std::string_view name, std::uint64_t offset,
-                                                 std::uint64_t size) const {
+const Container::StreamBlock* Container::findBlock(std::string_view name, std::uint64_t offset,
+                                                   std::uint64_t size) const {
     const auto found = streams_.find(name);
     if (found == streams_.end()) {
         return nullptr;
     }
-    const std::vector<StreamPart>& parts = found->second.parts;
-    const auto behind =
-        std::upper_bound(parts.begin(), parts.end(), offset,
-                         [](std::uint64_t at, const StreamPart& part) { return at < part.start; });
-    const StreamPart& part = *std::prev(behind); // the first one starts at 0
-    const std::uint64_t offsetInBlock = offset - part.start;
-    const std::uint64_t length = blocks_[part.blockNumber].rawLength;
-    return offsetInBlock <= length && size <= length - offsetInBlock ? &part : nullptr;
+    const std::vector<StreamBlock>& streamBlocks = found->second.blocks;
+    const auto following = std::upper_bound(
+        streamBlocks.begin(), streamBlocks.end(), offset,
+        [](std::uint64_t at, const StreamBlock& block) { return at < block.start; });
+    const StreamBlock& candidate = *std::prev(following); // the first one starts at 0
+    const std::uint64_t offsetInBlock = offset - candidate.start;
+    const std::uint64_t length = blocks_[candidate.blockNumber].rawLength;
+    return offsetInBlock <= length && size <= length - offsetInBlock ? &candidate : nullptr;
 }
 
 bool Container::holds(std::string_view name, std::uint64_t offset, std::uint64_t size) const {
-    return partWith(name, offset, size) != nullptr;
+    return findBlock(name, offset, size) != nullptr;
 }
 
 std::string Container::bytes(std::string_view name, std::uint64_t offset, std::uint64_t size) {
-    const StreamPart* const part = partWith(name, offset, size);
-    if (part == nullptr) {
-        throw Error("\"" + std::string(name) + "\": no block holds bytes " +
+    const StreamBlock* const found = findBlock(name, offset, size);
+    if (found == nullptr) {
+        throw Error("\"" + std::string(name) + "\": no block contains the bytes " +
                     std::to_string(offset) + " to " + std::to_string(offset + size));
     }
-    return contentOf(part->blockNumber).substr(offset - part->start, size);
+    return contentOf(found->blockNumber).substr(offset - found->start, size);
 }
 
 const std::string& Container::contentOf(std::uint64_t blockNumber) {
     if (contentOwner_ != blockNumber) {
         contentOwner_.reset();
         content_.clear();
-        expand(blocks_[blockNumber], [this](std::string_view piece) { content_ += piece; });
+        readContent(blocks_[blockNumber], [this](std::string_view bytes) { content_ += bytes; });
         contentOwner_ = blockNumber;
     }
     return content_;
 }
 
-void Container::expand(const Block& block, const std::function<void(std::string_view)>& sink) {
+void Container::readContent(const Block& block, const std::function<void(std::string_view)>& sink) {
     if (block.isCompressed()) {
-        expandCompressed(block, sink);
+        decompress(block, sink);
     } else {
-        expandStored(block, sink);
+        readStored(block, sink);
     }
 }
 
-void Container::expandStored(const Block& block,
-                             const std::function<void(std::string_view)>& sink) {
-    for (std::uint64_t done = 0; done < block.storedLength; done += pieceSize) {
+void Container::readStored(const Block& block, const std::function<void(std::string_view)>& sink) {
+    for (std::uint64_t done = 0; done < block.storedLength; done += bufferSize) {
         sink(readAt(block.position + done,
-                    std::min<std::uint64_t>(pieceSize, block.storedLength - done)));
+                    std::min<std::uint64_t>(bufferSize, block.storedLength - done)));
     }
 }
 
-void Container::expandCompressed(const Block& block,
-                                 const std::function<void(std::string_view)>& sink) {
+void Container::decompress(const Block& block, const std::function<void(std::string_view)>& sink) {
     Inflater inflater;
     std::string input;
-    // not larger than it has to be: a file may have many small blocks
-    std::vector<char> output(std::clamp<std::size_t>(block.rawLength, 1, pieceSize));
+    // no larger than needed: a file may have many small blocks
+    std::vector<char> output(std::clamp<std::size_t>(block.rawLength, 1, bufferSize));
     std::uint64_t taken = rawLengthSize;
     std::uint64_t given = 0;
     int result = Z_OK;
     while (result != Z_STREAM_END) {
         if (inflater->avail_in == 0 && taken < block.storedLength) {
             input = readAt(block.position + taken,
-                           std::min<std::uint64_t>(pieceSize, block.storedLength - taken));
+                           std::min<std::uint64_t>(bufferSize, block.storedLength - taken));
             taken += input.size();
             inflater->next_in = reinterpret_cast<Bytef*>(input.data());
             inflater->avail_in = static_cast<uInt>(input.size());
@@ -352,10 +351,10 @@ void Container::expandCompressed(const Block& block,
         inflater->avail_out = static_cast<uInt>(output.size());
         result = inflate(&*inflater, Z_NO_FLUSH);
         if (result == Z_BUF_ERROR) {
-            fail(block, "its compressed form ends early");
+            fail(block, "its compressed data end early");
         }
         if (result != Z_OK && result != Z_STREAM_END) {
-            fail(block, inflater->msg != nullptr ? inflater->msg : "it can't be expanded");
+            fail(block, inflater->msg != nullptr ? inflater->msg : "it cannot be decompressed");
         }
         const std::size_t got = output.size() - inflater->avail_out;
         given += got;
@@ -368,7 +367,7 @@ void Container::expandCompressed(const Block& block,
         fail(block, "it has less content than its length says");
     }
     if (inflater->avail_in != 0 || taken != block.storedLength) {
-        fail(block, "bytes stand behind its compressed form");
+        fail(block, "bytes follow its compressed data");
     }
 }
 

@@ -1,5 +1,5 @@
 /// @file
-/// Reads the container: head, index tables, blocks, and the streams that they make up.
+/// Reads the container: header, index tables, blocks, and the streams that the blocks form.
 ///
 ///     offset  width  content
 ///     0       8      signature
@@ -7,10 +7,10 @@
 ///     12      4      length of the first table, 2784
 ///     16      4      number of its entries, 20
 ///     20      2780   entries of blocks 0 to 19, 139 bytes each
-///     2800           the blocks, one directly behind the other, in the order of their numbers
+///     2800           the blocks, without gaps, in the order of their numbers
 ///
-/// Blocks 19, 219, 419 ... hold the table of the next 200 entries, if there are such. The blocks of
-/// one name, in order, are one stream of bytes.
+/// Blocks 19, 219, 419 ... contain the table of the next 200 entries if the file needs it. The
+/// blocks of one name, in order, are one stream of bytes.
 #pragma once
 
 #include <cstdint>
@@ -25,7 +25,7 @@
 
 namespace MekReader {
 
-/// One entry of the index, and what follows from it.
+/// One entry of the index, and the values derived from it.
 struct Block {
     static constexpr std::uint8_t compressFlag = 0x01;
     static constexpr std::uint8_t freezeFlag = 0x20;
@@ -35,69 +35,70 @@ struct Block {
     std::string name{};
     std::uint64_t position = 0; ///< in the file
     std::uint32_t storedLength = 0;
-    std::uint32_t rawLength = 0; ///< as the block says itself, if it is compressed
+    std::uint32_t rawLength = 0; ///< of a compressed block: its own first field
     std::uint8_t flags = 0;
 
-    bool isFree() const;
+    bool isEmpty() const;
     bool isIndex() const;
     bool isCompressed() const { return (flags & compressFlag) != 0; }
 };
 
-/// An open container whose head and tables hold to the format.
+/// An open container with a valid header and valid tables.
 ///
-/// Nothing in a file is trusted: memory is taken only for bytes that are there. A `Container` is
-/// for one thread at a time.
+/// No value in a file is trusted: memory is allocated only for bytes that exist. A `Container` may
+/// be used by one thread at a time.
 class Container {
 public:
     /// @throws Unfinished the file has no complete index
-    /// @throws Error the file can't be read, is no container, or its tables break a rule
+    /// @throws Error the file cannot be read, is not a container, or has an invalid table
     explicit Container(const std::filesystem::path& path);
 
     const std::vector<Block>& blocks() const { return blocks_; }
     std::uint64_t fileSize() const { return fileSize_; }
 
-    /// Bytes of the stream of `name` before compression; 0 if there is none.
+    /// Uncompressed bytes of the stream `name`; 0 if there is none.
     std::uint64_t streamLength(std::string_view name) const;
 
-    /// The whole stream of `name`.
+    /// The whole stream `name`, decompressed; empty if there is none.
     std::string stream(std::string_view name);
 
-    /// `size` bytes of the stream of `name` from `offset` on.
-    /// @throws Error they are not inside one block
+    /// `size` bytes of the stream `name`, starting at `offset`.
+    /// @throws Error no single block contains them
     std::string bytes(std::string_view name, std::uint64_t offset, std::uint64_t size);
 
-    /// Tells whether one block holds these bytes of the stream of `name`.
+    /// Whether a single block contains these bytes of the stream `name`.
     bool holds(std::string_view name, std::uint64_t offset, std::uint64_t size) const;
 
-    /// Reads a block through and hands on its content piece by piece.
-    /// @throws Error the block can't be expanded, its checksum or its length is wrong
-    void expand(const Block& block, const std::function<void(std::string_view)>& sink);
+    /// Reads a block, decompresses it if needed, and calls `sink` with successive ranges of its
+    /// content.
+    /// @throws Error the block cannot be decompressed, or its checksum or length is invalid
+    void readContent(const Block& block, const std::function<void(std::string_view)>& sink);
 
 private:
     std::string readAt(std::uint64_t position, std::uint64_t size);
-    void readHead();
+    void readHeader();
     std::string readTableBytes(std::uint64_t position, std::uint64_t count);
     void readTable(std::uint64_t position, std::uint64_t count);
     void readTables();
     void placeBlock(Block& block);
     void checkEntry(const Block& block) const;
     void readRawLength(Block& block);
-    void expandStored(const Block& block, const std::function<void(std::string_view)>& sink);
-    void expandCompressed(const Block& block, const std::function<void(std::string_view)>& sink);
+    void readStored(const Block& block, const std::function<void(std::string_view)>& sink);
+    void decompress(const Block& block, const std::function<void(std::string_view)>& sink);
 
-    /// Where in its stream the content of a block starts.
-    struct StreamPart {
+    /// A block of a stream and the offset of its content in that stream.
+    struct StreamBlock {
         std::uint64_t start;
         std::uint64_t blockNumber;
     };
     struct Stream {
-        std::vector<StreamPart> parts{};
+        std::vector<StreamBlock> blocks{};
         std::uint64_t length = 0;
     };
 
-    /// The part that holds these bytes, or null.
-    const StreamPart* partWith(std::string_view name, std::uint64_t offset,
-                               std::uint64_t size) const;
+    /// The block that contains these bytes, or null.
+    const StreamBlock* findBlock(std::string_view name, std::uint64_t offset,
+                                 std::uint64_t size) const;
     const std::string& contentOf(std::uint64_t blockNumber);
 
     std::ifstream file_;

@@ -1,5 +1,5 @@
 /// @file
-/// What the reader raises.
+/// Errors of the reader.
 #pragma once
 
 #include <stdexcept>
@@ -7,13 +7,13 @@
 
 namespace MekReader {
 
-/// A file breaks a rule of the format; the message names the place and the rule.
+/// A file violates the format; the message gives the location and the rule.
 class Error : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Writing of the file was not brought to its end, so that it has no complete index.
+/// The file was not closed by its writer and has no complete index.
 class Unfinished : public Error {
 public:
     explicit Unfinished(const std::string& reason) : Error("file is unfinished: " + reason) {}

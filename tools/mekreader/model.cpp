@@ -11,10 +11,10 @@ namespace MekReader {
 
 namespace {
 
-constexpr std::uint64_t nodeRecordSize = 6 * 4 + 3 * 4 + 8;     // with empty texts
+constexpr std::uint64_t nodeRecordSize = 6 * 4 + 3 * 4 + 8;     // with empty strings
 constexpr std::uint64_t variableRecordSize = 4 + 4 + 1 + 8 + 1; // of a link with an empty name
 constexpr std::uint32_t materialRecordSize = 84;
-constexpr std::size_t largestText = 256;
+constexpr std::size_t largestString = 256;
 
 template <std::size_t Size>
 std::array<float, Size> floatArray(ByteCursor& cursor, const char* field) {
@@ -25,7 +25,7 @@ std::array<float, Size> floatArray(ByteCursor& cursor, const char* field) {
     return values;
 }
 
-/// The values of one kind in an attribute list.
+/// A count and that many elements.
 template <class Take>
 auto listed(ByteCursor& cursor, const char* field, std::uint64_t elementSize, const Take& take) {
     std::vector<decltype(take())> values;
@@ -36,21 +36,21 @@ auto listed(ByteCursor& cursor, const char* field, std::uint64_t elementSize, co
     return values;
 }
 
-/// Hands out the elements of a list one after the other.
+/// Returns the elements of a list one by one.
 template <class T>
-class Feed {
+class ListCursor {
 public:
-    Feed(std::vector<T> values, const char* kind) : values_(std::move(values)), kind_(kind) {}
+    ListCursor(std::vector<T> values, const char* kind) : values_(std::move(values)), kind_(kind) {}
 
     T next(const ByteCursor& cursor) {
         if (next_ == values_.size()) {
-            cursor.fail(std::string("there are too few ") + kind_ + " for the types");
+            cursor.fail(std::string("fewer ") + kind_ + " than types");
         }
         return values_[next_++];
     }
     void expectEnd(const ByteCursor& cursor) const {
         if (next_ != values_.size()) {
-            cursor.fail(std::string("there are more ") + kind_ + " than the types say");
+            cursor.fail(std::string("more ") + kind_ + " than types");
         }
     }
 
@@ -60,15 +60,16 @@ private:
     std::size_t next_ = 0;
 };
 
-/// The values of an attribute list, which stand by kind: unsigned, float, double, text.
-class ValueFeed {
+/// The values of an attribute list, stored by type: unsigned, float, double, string.
+class ValueCursor {
 public:
-    explicit ValueFeed(ByteCursor& cursor)
+    explicit ValueCursor(ByteCursor& cursor)
         : unsignedValues_(listed(cursor, "unsigned values", 4, [&] { return cursor.u32("value"); }),
                           "unsigned values"),
           floats_(listed(cursor, "floats", 4, [&] { return cursor.f32("value"); }), "floats"),
           doubles_(listed(cursor, "doubles", 8, [&] { return cursor.f64("value"); }), "doubles"),
-          texts_(listed(cursor, "texts", 4, [&] { return cursor.text("value"); }), "texts") {}
+          strings_(listed(cursor, "strings", 4, [&] { return cursor.string("value"); }),
+                   "strings") {}
 
     AttributeValue next(std::uint8_t type, const ByteCursor& cursor) {
         switch (type) {
@@ -77,11 +78,11 @@ public:
             case 1:
                 return floats_.next(cursor);
             case 2:
-                return nextText(cursor);
+                return nextString(cursor);
             case 3:
                 return doubles_.next(cursor);
             default:
-                cursor.fail("an attribute has the unknown type " + std::to_string(type));
+                cursor.fail("unknown attribute type " + std::to_string(type));
         }
     }
 
@@ -89,35 +90,35 @@ public:
         unsignedValues_.expectEnd(cursor);
         floats_.expectEnd(cursor);
         doubles_.expectEnd(cursor);
-        texts_.expectEnd(cursor);
+        strings_.expectEnd(cursor);
     }
 
 private:
-    std::string nextText(const ByteCursor& cursor) {
-        std::string text = texts_.next(cursor);
-        if (text.size() > largestText || text.find('\0') != std::string::npos) {
-            cursor.fail("the text of an attribute is too long or has a NUL");
+    std::string nextString(const ByteCursor& cursor) {
+        std::string value = strings_.next(cursor);
+        if (value.size() > largestString || value.find('\0') != std::string::npos) {
+            cursor.fail("a string attribute is longer than 256 bytes or contains NUL");
         }
-        return text;
+        return value;
     }
 
-    Feed<std::uint32_t> unsignedValues_;
-    Feed<float> floats_;
-    Feed<double> doubles_;
-    Feed<std::string> texts_;
+    ListCursor<std::uint32_t> unsignedValues_;
+    ListCursor<float> floats_;
+    ListCursor<double> doubles_;
+    ListCursor<std::string> strings_;
 };
 
 AttributeList attributeList(ByteCursor& cursor) {
-    const auto keys = listed(cursor, "attribute keys", 4, [&] { return cursor.text("key"); });
+    const auto keys = listed(cursor, "attribute keys", 4, [&] { return cursor.string("key"); });
     const auto types = listed(cursor, "attribute types", 1, [&] { return cursor.u8("type"); });
     if (keys.size() != types.size()) {
-        cursor.fail("an attribute list has not as many types as keys");
+        cursor.fail("an attribute list has a different number of types and keys");
     }
-    ValueFeed values(cursor);
+    ValueCursor values(cursor);
     AttributeList list;
     for (std::size_t i = 0; i < keys.size(); ++i) {
         if (!list.empty() && keys[i] <= list.rbegin()->first) {
-            cursor.fail("the keys of an attribute list do not ascend");
+            cursor.fail("the keys of an attribute list are not in ascending order");
         }
         list.emplace_hint(list.end(), keys[i], values.next(types[i], cursor));
     }
@@ -136,14 +137,14 @@ Group readGroup(ByteCursor& light, ByteCursor& attributes) {
 }
 
 void expectVersion(ByteCursor& cursor, const char* expected) {
-    if (cursor.text("version") != expected) {
+    if (cursor.string("version") != expected) {
         cursor.fail(std::string("the version is not ") + expected);
     }
 }
 
 Material readMaterial(ByteCursor& resources) {
     if (resources.u32("size of a material") != materialRecordSize) {
-        resources.fail("a material takes 84 bytes");
+        resources.fail("the size of a material is not 84 bytes");
     }
     expectVersion(resources, "0.3");
     Material material;
@@ -163,14 +164,14 @@ void readDescription(ByteCursor& light, Variable& variable) {
     const bool options = light.boolean("first option") || light.boolean("second option");
     const bool values = light.u32("first value") != 0 || light.u32("second value") != 0;
     if (light.boolean("third option") || options || values) {
-        light.fail("variable \"" + variable.name + "\" has options that no writer sets");
+        light.fail("variable \"" + variable.name + "\" has a reserved field that is not 0");
     }
     variable.offset = light.u64("offset");
 }
 
 Variable readVariable(ByteCursor& light, ByteCursor& attributes) {
     Variable variable;
-    variable.name = light.text("variable name");
+    variable.name = light.string("variable name");
     const std::uint32_t typeWord = light.u32("type word");
     variable.type = typeWord & 0xFFFFFF;
     variable.elementType = static_cast<std::uint8_t>(typeWord >> 24);
@@ -199,9 +200,9 @@ Node readRecord(ByteCursor& tree) {
     node.nextSibling = tree.u32("next sibling");
     node.firstChild = tree.u32("first child");
     node.lastChild = tree.u32("last child");
-    node.name = tree.text("node name");
-    node.type = tree.text("node type");
-    node.version = tree.text("node version");
+    node.name = tree.string("node name");
+    node.type = tree.string("node type");
+    node.version = tree.string("node version");
     node.lightOffset = tree.u64("light offset");
     return node;
 }
@@ -220,8 +221,8 @@ std::vector<Node> readNodes(Container& container) {
     for (std::uint32_t i = 0; i < count; ++i) {
         Node node = readRecord(tree);
         if (node.lightOffset != light.position()) {
-            tree.fail("the data of node " + std::to_string(node.id) + " is not at its offset " +
-                      std::to_string(node.lightOffset));
+            tree.fail("the light offset " + std::to_string(node.lightOffset) + " of node " +
+                      std::to_string(node.id) + " is invalid");
         }
         if (node.type == "Group") {
             node.group = readGroup(light, attributes);
@@ -243,13 +244,13 @@ Modifier readModifier(ByteCursor& information) {
     const std::uint32_t size = information.u32("size of a modifier");
     expectVersion(information, "0.1");
     Modifier modifier;
-    for (std::string* text :
+    for (std::string* field :
          {&modifier.toolName, &modifier.toolVersion, &modifier.formatVersion, &modifier.date,
           &modifier.computerName, &modifier.userName, &modifier.comment}) {
-        *text = information.text("text of a modifier");
+        *field = information.string("field of a modifier");
     }
     if (information.position() - start != size) {
-        information.fail("a modifier has not the size that it says");
+        information.fail("the size of a modifier is invalid");
     }
     return modifier;
 }
@@ -265,16 +266,17 @@ std::vector<Modifier> readModifiers(Container& container) {
     return modifiers;
 }
 
-/// Undoes the byte planes: of each component first all lowest bytes, then all second ones and so
-/// on, component after component.
+/// Undoes the byte shuffle. Components are stored one after the other; of each component the lowest
+/// bytes of all rows come first, then the second bytes, and so on.
 template <class T>
-std::vector<T> valuesOf(const std::string& planes, std::uint64_t rows, std::uint8_t width) {
+std::vector<T> valuesOf(const std::string& shuffled, std::uint64_t rows, std::uint8_t width) {
     std::vector<T> values(rows * width);
     for (std::uint64_t column = 0; column < width; ++column) {
-        const char* const plane = planes.data() + 4 * rows * column;
+        const char* const component = shuffled.data() + 4 * rows * column;
         for (std::uint64_t row = 0; row < rows; ++row) {
-            const std::array<char, 4> bytes = {plane[row], plane[rows + row], plane[2 * rows + row],
-                                               plane[3 * rows + row]};
+            const std::array<char, 4> bytes = {component[row], component[rows + row],
+                                               component[2 * rows + row],
+                                               component[3 * rows + row]};
             const auto bits =
                 static_cast<std::uint32_t>(littleEndian({bytes.data(), bytes.size()}, 4));
             std::memcpy(&values[row * width + column], &bits, sizeof bits);
@@ -285,11 +287,11 @@ std::vector<T> valuesOf(const std::string& planes, std::uint64_t rows, std::uint
 
 template <class T>
 std::vector<T> read(Container& container, const Variable& owner) {
-    const std::string planes = container.bytes("Heavy Data", owner.offset, owner.byteSize);
+    const std::string shuffled = container.bytes("Heavy Data", owner.offset, owner.byteSize);
     if (owner.width == 0 || owner.byteSize % (4U * owner.width) != 0) {
-        throw Error("variable \"" + owner.name + "\": its size is no number of rows");
+        throw Error("variable \"" + owner.name + "\": its size is not a whole number of rows");
     }
-    return valuesOf<T>(planes, owner.rows(), owner.width);
+    return valuesOf<T>(shuffled, owner.rows(), owner.width);
 }
 
 } // namespace

@@ -18,7 +18,7 @@ namespace MekReader {
 using AttributeValue = std::variant<std::uint32_t, float, std::string, double>;
 using AttributeList = std::map<std::string, AttributeValue>;
 
-/// What a group has beyond name and place in the tree.
+/// Placement and attributes of a group.
 struct Group {
     std::array<float, 3> translation{};
     std::array<float, 4> rotation{};
@@ -27,7 +27,7 @@ struct Group {
     AttributeList attributes{};
 };
 
-/// The look of a shape. Colours have four channels.
+/// Colours and shininess of a shape. Colours have four channels.
 struct Material {
     std::array<float, 4> diffuseColor{};
     std::array<float, 4> specularColor{};
@@ -38,20 +38,21 @@ struct Material {
     bool materialFlag = false;
 };
 
-/// One named array of a geometry. A linked one has its data described by another variable.
+/// One named array of a geometry. A link refers to another variable instead of describing a
+/// dataset.
 struct Variable {
     static constexpr std::uint8_t floatElements = 1;
     static constexpr std::uint8_t unsignedElements = 5;
 
     std::string name{};
-    std::uint32_t type = 0; ///< the kind of variable
+    std::uint32_t type = 0; ///< the variable type
     std::uint8_t elementType = 0;
     bool linked = false;
-    std::uint32_t linkedNodeId = 0;        ///< if linked: geometry of the owner
-    std::uint32_t linkedVariableIndex = 0; ///< if linked: index of the owner there
-    std::uint32_t byteSize = 0;            ///< if not linked, as the next two
+    std::uint32_t linkedNodeId = 0;        ///< if linked: geometry of the target
+    std::uint32_t linkedVariableIndex = 0; ///< if linked: index of the target there
+    std::uint32_t byteSize = 0;            ///< if not linked, as are the next two
     std::uint8_t width = 0;                ///< values per row
-    std::uint64_t offset = 0;              ///< in the stream "Heavy Data"
+    std::uint64_t offset = 0;              ///< of the dataset in "Heavy Data"
     bool vibration = false;
     AttributeList attributes{};
 
@@ -60,7 +61,7 @@ struct Variable {
 
 struct Node {
     std::uint32_t id = 0;
-    std::uint32_t parent = 0; ///< 0 for none, as the other links
+    std::uint32_t parent = 0; ///< 0 for none, as are the next four
     std::uint32_t previousSibling = 0;
     std::uint32_t nextSibling = 0;
     std::uint32_t firstChild = 0;
@@ -74,7 +75,7 @@ struct Node {
     std::vector<Variable> variables{};  ///< of a geometry
 };
 
-/// One run that wrote the file.
+/// The program that wrote the file, and when.
 struct Modifier {
     std::string toolName{};
     std::string toolVersion{};
@@ -85,12 +86,12 @@ struct Modifier {
     std::string comment{};
 };
 
-/// A model file with everything in memory but the data of its arrays, which are read when asked
-/// for. A `File` is for one thread at a time.
+/// A model file. The constructor reads everything but the arrays, which are read on demand. A
+/// `File` may be used by one thread at a time.
 class File {
 public:
     /// @throws Unfinished the file has no complete index
-    /// @throws Error the file is not what the format says
+    /// @throws Error the file violates the format
     explicit File(const std::filesystem::path& path);
 
     Container& container() { return container_; }
@@ -98,7 +99,7 @@ public:
     const std::vector<Block>& blocks() const { return container_.blocks(); }
     std::uint64_t streamLength(std::string_view name) const;
 
-    /// All nodes; the one of id i stands at index i - 1.
+    /// All nodes; node `id` has the index `id - 1`.
     const std::vector<Node>& nodes() const { return nodes_; }
     const std::vector<Modifier>& modifiers() const { return modifiers_; }
 
@@ -112,8 +113,9 @@ public:
     ///     exist
     const Variable& owner(const Variable& variable) const;
 
-    /// The values of a variable, row after row; links are followed. The bits are taken as they
-    /// are, whatever the variable's element type.
+    /// The values of a variable, row by row. Links are followed. The bits are not converted,
+    /// whatever the element type is.
+    /// @throws Error as `owner`, or the dataset is damaged
     std::vector<float> floats(const Variable& variable);
     std::vector<std::uint32_t> words(const Variable& variable);
 
@@ -125,8 +127,8 @@ private:
     std::vector<Modifier> modifiers_;
 };
 
-/// Verifies every rule of the format, checksums included.
-/// @throws Error names the first thing that is wrong
+/// Verifies every rule of the format, including checksums.
+/// @throws Error describes the first violation
 void check(const std::filesystem::path& path);
 
 } // namespace MekReader

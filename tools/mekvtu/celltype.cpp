@@ -18,7 +18,7 @@ struct ElementType {
     unsigned dimension;
     std::uint32_t nodes;
     CellType cell;
-    bool onlyByName = false; ///< another element, or polygon, is meant by the number of nodes alone
+    bool onlyByName = false; ///< the number of nodes alone selects another element or a polygon
 };
 
 constexpr bool onlyByName = true;
@@ -54,7 +54,7 @@ constexpr ElementType elementTypes[] = {
     {"HEXA_PRISM12", 3, 12, {16}, onlyByName},
 };
 
-/// The part of a shape's name that may name an element.
+/// The start of a shape's name that may be the name of an element type.
 std::string_view firstWord(std::string_view name) {
     return name.substr(0, name.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_"));
 }

@@ -1,11 +1,9 @@
 /// @file
-/// How an element of a container becomes a cell of VTK.
+/// The VTK cell of an element.
 ///
-/// A container gives the nodes of an element in the order of the solver's result file: corners
-/// first, then the nodes on the edges; of solids those of the lower face, of the upright edges, of
-/// the upper face, where VTK has the upper face before the upright edges. The first face of a wedge
-/// is seen from inside in the result file and from outside in VTK. Elements that the result file
-/// does not know have VTK's own order.
+/// `docs/file-format.md` lists the element types and the order of their nodes. VTK differs in two
+/// ways: in quadratic hexahedra and wedges the nodes of the top edges come before those of the
+/// vertical edges, and the triangles of a wedge run the other way round.
 #pragma once
 
 #include <cstdint>
@@ -18,19 +16,19 @@ constexpr std::uint8_t vtkVertex = 1;
 
 struct CellType {
     std::uint8_t number = 0; ///< of VTK
-    /// The place in the element of each node of the cell; null where the order is the same.
+    /// For each node of the cell its index in the element; null if the order is the same.
     const std::uint8_t* order = nullptr;
 };
 
-/// The cell of an element of `dimension` 1, 2 or 3 with `nodes` nodes; none if there is no such.
+/// The cell of an element of `dimension` 1, 2 or 3 with `nodes` nodes, if there is one.
 ///
-/// The shape's name, such as "HE20", decides where several elements have as many nodes; behind a
-/// character that is no capital letter, digit or underscore more may follow. What is no element of
-/// its own is a chain of lines in one dimension and a polygon in two.
+/// If several element types have this number of nodes, the first word of the shape's name selects
+/// one. A word ends before the first character that is not a capital letter, digit or underscore.
+/// Other numbers of nodes give a chain of lines in one dimension and a polygon in two.
 std::optional<CellType> cellType(std::string_view shapeName, unsigned dimension,
                                  std::uint64_t nodes);
 
-/// Nodes of an element by the name of its shape; none if the name is no element of this dimension.
+/// Number of nodes of the element type that the shape is named after, if its dimension matches.
 std::optional<std::uint32_t> nodesByName(std::string_view shapeName, unsigned dimension);
 
 } // namespace MekVtu

@@ -1,7 +1,7 @@
 #include "mekvtu/collectionfile.hpp"
 
 #include "mekreader/error.hpp"
-#include "mekvtu/xmltext.hpp"
+#include "mekvtu/xmlescape.hpp"
 
 #include <fstream>
 
@@ -13,10 +13,10 @@ void writeCollection(const std::filesystem::path& path,
     file << "<?xml version=\"1.0\"?>\n<VTKFile type=\"Collection\" version=\"1.0\">\n"
             "<Collection>\n";
     for (const CollectionEntry& entry : entries) {
-        file << "<DataSet timestep=\"" << numberText(entry.time) << "\" step=\""
-             << xmlText(entry.stepName) << "\" group=\"\" part=\"" << std::to_string(entry.part)
-             << "\" name=\"" << xmlText(entry.partName) << "\" file=\"" << xmlText(entry.fileName)
-             << "\"/>\n";
+        file << "<DataSet timestep=\"" << formatNumber(entry.time) << "\" step=\""
+             << escapeXml(entry.stepName) << "\" group=\"\" part=\"" << std::to_string(entry.part)
+             << "\" name=\"" << escapeXml(entry.partName) << "\" file=\""
+             << escapeXml(entry.fileName) << "\"/>\n";
     }
     file << "</Collection>\n</VTKFile>\n";
     file.close();

@@ -1,5 +1,5 @@
 /// @file
-/// The file that names all others: which one holds which part at which time.
+/// The .pvd file, which lists the .vtu file of each mesh part and step.
 #pragma once
 
 #include "mekvtu/timeline.hpp"
@@ -19,7 +19,7 @@ struct CollectionEntry {
     std::string fileName{}; ///< relative to the collection
 };
 
-/// @throws MekReader::Error the system refuses the file
+/// @throws MekReader::Error the file cannot be written
 void writeCollection(const std::filesystem::path& path,
                      const std::vector<CollectionEntry>& entries);
 

@@ -2,7 +2,7 @@
 
 #include "mekreader/error.hpp"
 #include "mekvtu/collectionfile.hpp"
-#include "mekvtu/part.hpp"
+#include "mekvtu/meshpart.hpp"
 #include "mekvtu/results.hpp"
 #include "mekvtu/timeline.hpp"
 #include "mekvtu/vtufile.hpp"
@@ -15,7 +15,7 @@ namespace MekVtu {
 
 namespace {
 
-/// `name` with only such characters as every file system takes.
+/// `name` with an underscore for each character that some file system does not accept.
 std::string fileName(const std::string& name) {
     std::string safe;
     for (const char character : name) {
@@ -34,15 +34,15 @@ void addColor(VtuFile& output, const char* name, const std::array<float, 4>& col
     output.add(Section::Field, name, 4, std::vector<float>(color.begin(), color.end()));
 }
 
-void addLook(VtuFile& output, const MekReader::Material& look) {
-    addColor(output, "Diffuse Color", look.diffuseColor);
-    addColor(output, "Specular Color", look.specularColor);
-    addColor(output, "Emissive Color", look.emissiveColor);
-    addColor(output, "Ambient Color", look.ambientColor);
-    output.add(Section::Field, "Transparency", 1, std::vector<float>{look.transparency});
-    output.add(Section::Field, "Shininess", 1, std::vector<float>{look.shininess});
+void addMaterial(VtuFile& output, const MekReader::Material& material) {
+    addColor(output, "Diffuse Color", material.diffuseColor);
+    addColor(output, "Specular Color", material.specularColor);
+    addColor(output, "Emissive Color", material.emissiveColor);
+    addColor(output, "Ambient Color", material.ambientColor);
+    output.add(Section::Field, "Transparency", 1, std::vector<float>{material.transparency});
+    output.add(Section::Field, "Shininess", 1, std::vector<float>{material.shininess});
     output.add(Section::Field, "Material Flag", 1,
-               std::vector<std::uint8_t>{static_cast<std::uint8_t>(look.materialFlag ? 1 : 0)});
+               std::vector<std::uint8_t>{static_cast<std::uint8_t>(material.materialFlag ? 1 : 0)});
 }
 
 void addMesh(VtuFile& output, const Mesh& mesh) {
@@ -52,8 +52,8 @@ void addMesh(VtuFile& output, const Mesh& mesh) {
     output.add(Section::Cells, "types", 1, mesh.types);
 }
 
-/// The rows of the coordinates, under the name by which VTK's own filters tell from which point one
-/// was taken. A container that came from such a filter may have an array of this name already.
+/// Adds the coordinate row of each point, under the name that VTK's own filters use for it. A model
+/// converted from the output of such a filter may already have a result of this name.
 void addRows(VtuFile& output, const Mesh& mesh) {
     constexpr const char* name = "vtkOriginalPointIds";
     if (!output.has(Section::PointData, name)) {
@@ -82,14 +82,14 @@ public:
         : directory_(directory),
           stem_(stem),
           timeline_(timeline(file)),
-          parts_(file),
+          meshParts_(file),
           results_(file),
           notes_(notesOnCircles(file)) {}
 
     ExportSummary run() {
         std::filesystem::create_directories(directory_);
         for (std::size_t step = 0; step < timeline_.steps.size(); ++step) {
-            for (const Part& part : parts_.at(timeline_.steps[step].name)) {
+            for (const MeshPart& part : meshParts_.at(timeline_.steps[step].name)) {
                 write(part, step);
             }
         }
@@ -110,27 +110,27 @@ private:
         for (const CollectionEntry& entry : entries_) {
             parts.insert(entry.part);
         }
-        summary.parts = parts.size();
+        summary.meshParts = parts.size();
         summary.steps = timeline_.steps.size();
         summary.files = entries_.size();
         summary.notes.assign(notes_.begin(), notes_.end());
         summary.notes.insert(summary.notes.end(), results_.notes().begin(), results_.notes().end());
         if (!timeline_.isByAttributes && timeline_.steps.size() > 1) {
             summary.notes.push_back(
-                "no one attribute gives each step a time of its own: they are "
-                "numbered from 0, and the .pvd file names them");
+                "no attribute gives every step a different time: steps are "
+                "numbered from 0, and the .pvd file lists their names");
         }
         return summary;
     }
 
-    void write(const Part& part, std::size_t stepNumber) {
+    void write(const MeshPart& part, std::size_t stepNumber) {
         const TimeStep& step = timeline_.steps[stepNumber];
         VtuFile output(part.mesh.rows.size(), part.mesh.types.size());
         if (!step.name.empty()) {
             output.add(Section::Field, "TimeValue", 1, std::vector<double>{step.time});
         }
         if (part.shape != nullptr && part.shape->material) {
-            addLook(output, *part.shape->material);
+            addMaterial(output, *part.shape->material);
         }
         addMesh(output, part.mesh);
         results_.addTo(output, part, step.name);
@@ -140,7 +140,7 @@ private:
         entries_.push_back({step.time, step.name, part.number, part.name, name});
     }
 
-    std::string nameFor(const Part& part, std::size_t stepNumber) const {
+    std::string nameFor(const MeshPart& part, std::size_t stepNumber) const {
         const std::size_t digits = std::to_string(timeline_.steps.size() - 1).size();
         return stem_ + "-" + std::to_string(part.number) + "-" + fileName(part.geometry->name) +
                (part.isOfUnusedNodes ? "-nodes" : "") + "-" + paddedTo(digits, stepNumber) + ".vtu";
@@ -149,7 +149,7 @@ private:
     std::filesystem::path directory_;
     std::string stem_;
     Timeline timeline_;
-    Parts parts_;
+    MeshParts meshParts_;
     Results results_;
     std::set<std::string> notes_; ///< on variables without an array
     std::vector<CollectionEntry> entries_;

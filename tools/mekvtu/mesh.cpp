@@ -19,13 +19,14 @@ using MekReader::Variable;
 
 constexpr std::string_view partElementsName = "Part Elements";
 
-bool isCoordinates(const Variable& variable) { return variable.type == Kind::coordinates; }
+bool isCoordinates(const Variable& variable) { return variable.type == VariableType::coordinates; }
 
-bool isPolylength(const Variable& variable) { return variable.type == Kind::polylength; }
+bool isPolylength(const Variable& variable) { return variable.type == VariableType::polylength; }
 
-// the elements of parts have the same kinds, and only their name tells
+// "Part Elements" have the same variable types; only the name differs
 bool isConnectivity(const Variable& variable) {
-    return variable.type >= Kind::firstConnectivity && variable.type <= Kind::lastConnectivity &&
+    return variable.type >= VariableType::firstConnectivity &&
+           variable.type <= VariableType::lastConnectivity &&
            splitName(variable.name).result != partElementsName;
 }
 
@@ -51,9 +52,9 @@ const Variable* ownerOf(const File& file, const Variable* variable) {
     return variable != nullptr ? &file.owner(*variable) : nullptr;
 }
 
-class MeshReading {
+class MeshReader {
 public:
-    MeshReading(File& file, const MeshSource& source, std::string name)
+    MeshReader(File& file, const MeshSource& source, std::string name)
         : file_(file), source_(source), name_(std::move(name)) {}
 
     Mesh mesh() {
@@ -68,8 +69,8 @@ public:
             start += nodes;
         }
         if (start != connectivity.size()) {
-            fail("the elements have " + std::to_string(start) + " nodes and the connectivity " +
-                 std::to_string(connectivity.size()));
+            fail("the polylengths add up to " + std::to_string(start) +
+                 ", but the connectivity has " + std::to_string(connectivity.size()) + " rows");
         }
         keepUsedRows(mesh);
         takePoints(mesh, coordinates);
@@ -103,7 +104,7 @@ private:
     Values readCoordinates() const {
         Values values = readValues(file_, *source_.coordinates);
         if (!values.isFloat || values.width != 3) {
-            fail("its coordinates are not three floats a row");
+            fail("its coordinates do not have three floats per row");
         }
         return values;
     }
@@ -111,7 +112,7 @@ private:
     std::vector<std::uint32_t> words(const Variable& variable) const {
         Values values = readValues(file_, variable);
         if (values.isFloat || values.width != 1) {
-            fail("\"" + variable.name + "\" is not one unsigned number a row");
+            fail("\"" + variable.name + "\" does not have one unsigned number per row");
         }
         return std::move(values.words);
     }
@@ -122,14 +123,16 @@ private:
         }
         const std::optional<std::uint32_t> each = nodesByName(name_, dimension);
         if (!each) {
-            fail("neither a polylength nor its name tells how many nodes an element has");
+            fail(
+                "unknown number of nodes per element: no polylength, and the name is no element "
+                "type");
         }
-        // a rest is found by the sum
+        // the sum reveals a remainder
         return std::vector<std::uint32_t>(nodes / *each, *each);
     }
 
-    /// The element that would be added next.
-    static std::string elementText(const Mesh& mesh) {
+    /// The element that is added next, for error messages.
+    static std::string describeNextElement(const Mesh& mesh) {
         return "element " + std::to_string(mesh.types.size());
     }
 
@@ -137,17 +140,17 @@ private:
                     std::uint64_t start, std::uint32_t nodes) const {
         const std::optional<CellType> type = cellType(name_, dimension, nodes);
         if (!type) {
-            fail(elementText(mesh) + " of dimension " + std::to_string(dimension) + " has " +
-                 std::to_string(nodes) + " nodes");
+            fail(describeNextElement(mesh) + " of dimension " + std::to_string(dimension) +
+                 " has " + std::to_string(nodes) + " nodes");
         }
         if (nodes > connectivity.size() - start) {
-            fail(elementText(mesh) + " ends behind the connectivity");
+            fail(describeNextElement(mesh) + " exceeds the connectivity");
         }
         for (std::uint32_t i = 0; i < nodes; ++i) {
             const std::uint32_t row =
                 connectivity[start + (type->order != nullptr ? type->order[i] : i)];
             if (row >= mesh.coordinateRows) {
-                fail(elementText(mesh) + " has row " + std::to_string(row) + " of " +
+                fail(describeNextElement(mesh) + " uses row " + std::to_string(row) + " of " +
                      std::to_string(mesh.coordinateRows) + " coordinates");
             }
             mesh.connectivity.push_back(row);
@@ -156,7 +159,7 @@ private:
         mesh.types.push_back(type->number);
     }
 
-    /// Lists the rows that are used and numbers the nodes of the cells anew.
+    /// Lists the rows that are used and renumbers the nodes of the cells.
     static void keepUsedRows(Mesh& mesh) {
         constexpr std::uint32_t unused = std::numeric_limits<std::uint32_t>::max();
         std::vector<std::uint32_t> pointOfRow(mesh.coordinateRows, unused);
@@ -195,19 +198,19 @@ MeshSource meshSource(const File& file, const MekReader::Node& geometry, std::st
     source.coordinates = ownerOf(file, find(file, geometry, step, isCoordinates));
     source.connectivity = ownerOf(file, connectivity);
     source.polylength = ownerOf(file, find(file, geometry, step, isPolylength));
-    // the type of a link is its own: the owner's may be another one
+    // the type of a link may differ from that of its owner
     source.dimension =
-        connectivity != nullptr ? connectivity->type - Kind::firstConnectivity + 1 : 0;
+        connectivity != nullptr ? connectivity->type - VariableType::firstConnectivity + 1 : 0;
     return source;
 }
 
 Mesh readMesh(File& file, const MeshSource& source, const std::string& name) {
-    MeshReading reading(file, source, name);
-    return source.connectivity != nullptr ? reading.mesh() : reading.points(std::nullopt);
+    MeshReader reader(file, source, name);
+    return source.connectivity != nullptr ? reader.mesh() : reader.points(std::nullopt);
 }
 
 Mesh pointMesh(File& file, const MeshSource& source, std::vector<std::uint32_t> rows) {
-    return MeshReading(file, source, {}).points(std::move(rows));
+    return MeshReader(file, source, {}).points(std::move(rows));
 }
 
 } // namespace MekVtu

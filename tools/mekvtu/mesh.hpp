@@ -1,9 +1,9 @@
 /// @file
-/// The mesh of a geometry as VTK wants it.
+/// The mesh of a geometry in the form that VTK uses.
 ///
-/// What makes a mesh: a variable of the kind coordinates; one of the kinds of connectivity, with
-/// zero-based rows of the coordinates, whose kind tells the dimension of the elements; and one of
-/// the kind polylength with the number of nodes of each element.
+/// A mesh consists of up to three variables, by their types: coordinates; connectivity (zero-based
+/// rows of the coordinates; the type gives the dimension of the elements); and polylength (the
+/// number of nodes of each element).
 #pragma once
 
 #include "mekreader/model.hpp"
@@ -16,8 +16,8 @@
 
 namespace MekVtu {
 
-/// Where a mesh stands; null for what is not there. The owners of the data, so that two geometries
-/// with one set of coordinates have the same.
+/// The owners of the arrays of a mesh; null for an array that the geometry does not have. Two
+/// geometries that share their coordinates have the same owner.
 struct MeshSource {
     const MekReader::Variable* coordinates = nullptr;
     const MekReader::Variable* connectivity = nullptr;
@@ -33,27 +33,27 @@ struct MeshSource {
     }
 };
 
-/// The mesh that holds for `step`: its own arrays, or else those without a step.
+/// The mesh of `step`: of each array the one of that step, or else the one without a step.
 MeshSource meshSource(const MekReader::File& file, const MekReader::Node& geometry,
                       std::string_view step);
 
-/// Points and cells. The points are those rows of the coordinates that the cells use, in the order
-/// of the rows.
+/// Points and cells. The points are the rows of the coordinates that the cells use, in ascending
+/// order.
 struct Mesh {
-    std::uint64_t coordinateRows = 0;  ///< all that there are
+    std::uint64_t coordinateRows = 0;  ///< of all nodes, used or not
     std::vector<std::uint32_t> rows{}; ///< of the coordinates, one for each point
     std::vector<float> points{};       ///< three values each
     std::vector<std::int64_t> connectivity{};
-    std::vector<std::int64_t> offsets{}; ///< where the nodes of each cell end
+    std::vector<std::int64_t> offsets{}; ///< end of the nodes of each cell in `connectivity`
     std::vector<std::uint8_t> types{};
 };
 
-/// Without connectivity every row is a point and a cell of one node.
-/// @param name of the shape, in failures and for elements without polylength
-/// @throws MekReader::Error the arrays do not make a mesh
+/// Reads a mesh. Without connectivity every row is a point and a cell of one node.
+/// @param name of the shape, for error messages and for elements without polylength
+/// @throws MekReader::Error the arrays do not form a mesh
 Mesh readMesh(MekReader::File& file, const MeshSource& source, const std::string& name);
 
-/// The given rows of the coordinates, each one a cell of one node.
+/// A mesh of the given rows of the coordinates, each one a cell of one node.
 Mesh pointMesh(MekReader::File& file, const MeshSource& source, std::vector<std::uint32_t> rows);
 
 } // namespace MekVtu

@@ -11,7 +11,7 @@ namespace {
 
 using Matrix = std::array<std::array<double, 3>, 3>;
 
-/// Rodrigues' formula.
+/// Rotation matrix of an axis and an angle, by Rodrigues' formula.
 Matrix rotationMatrix(const std::array<float, 4>& axisAndAngle) {
     const double length = std::hypot(axisAndAngle[0], axisAndAngle[1], axisAndAngle[2]);
     if (length == 0 || axisAndAngle[3] == 0) {

@@ -1,5 +1,5 @@
 /// @file
-/// Where a group stands: translation, rotation and scale of all groups above a shape in one.
+/// The combined translation, rotation and scale of all groups above a node.
 #pragma once
 
 #include "mekreader/model.hpp"
@@ -9,28 +9,28 @@
 
 namespace MekVtu {
 
-/// An affine map, in the order scale, rotation, translation for each group, the innermost first.
+/// An affine map. Each group applies its scale, rotation and translation, in this order; the
+/// innermost group comes first.
 ///
-/// The four values of a rotation are an axis and an angle in radians, right-handed: only then is
-/// the value that every new group has, 0 0 1 0, no rotation. The axis need not have the length 1;
-/// an axis of length 0 turns nothing.
+/// The four values of a rotation are the axis x, y, z and the angle in radians, right-handed. The
+/// axis need not have length 1; an axis of length 0 means no rotation. A new group has 0 0 1 0,
+/// which is no rotation.
 class Placement {
 public:
-    /// Leaves every point where it is.
+    /// The identity.
     Placement() = default;
 
     explicit Placement(const MekReader::Group& group);
 
-    /// First `inner`, then this.
+    /// The map that applies `inner` first, then this one.
     Placement after(const Placement& inner) const;
 
     bool isIdentity() const;
 
-    /// Places points, three values each. Values stay as they are, bit for bit, where the placement
-    /// leaves every point at its place.
+    /// Transforms points, three values each. The identity does not change any bit.
     void placePoints(std::vector<float>& points) const;
 
-    /// Turns and scales vectors, three values each.
+    /// Rotates and scales vectors, three values each, without translation.
     void placeVectors(std::vector<float>& vectors) const;
 
 private:
@@ -41,7 +41,7 @@ private:
 };
 
 /// The placement of all groups above `node`.
-/// @throws MekReader::Error the node's ancestors do not end at the root
+/// @throws MekReader::Error a parent does not have a smaller id than its child
 Placement placementAbove(const MekReader::File& file, const MekReader::Node& node);
 
 } // namespace MekVtu

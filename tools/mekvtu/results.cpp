@@ -11,20 +11,23 @@ using MekReader::Variable;
 
 constexpr unsigned vectorWidth = 3;
 
-/// By default, and of the solver. The kind of variable is that of all vectors.
+/// Displacements have the variable type of all vectors, so the name decides: the default name of
+/// the library, or the name that the solver uses.
 bool isDisplacement(std::string_view name) { return name == "Displacement" || name == "DISP"; }
 
 bool isNodeResult(const Variable& variable) {
-    return variable.type >= Kind::firstNodeResult && variable.type <= Kind::lastNodeResult;
+    return variable.type >= VariableType::firstNodeResult &&
+           variable.type <= VariableType::lastNodeResult;
 }
 
 bool isElementResult(const Variable& variable) {
-    return variable.type >= Kind::firstElementResult && variable.type <= Kind::lastElementResult;
+    return variable.type >= VariableType::firstElementResult &&
+           variable.type <= VariableType::lastElementResult;
 }
 
 std::vector<std::uint32_t> rowsOf(const Values& values, const std::vector<std::uint32_t>& rows) {
     if (rows.size() == values.rows()) {
-        return values.words; // all of them, since rows ascend
+        return values.words; // the rows ascend, so these are all
     }
     std::vector<std::uint32_t> words;
     words.reserve(rows.size() * values.width);
@@ -47,7 +50,7 @@ void placeVectors(const Placement& placement, std::vector<std::uint32_t>& words)
 
 } // namespace
 
-void Results::addTo(VtuFile& output, const Part& part, std::string_view step) {
+void Results::addTo(VtuFile& output, const MeshPart& part, std::string_view step) {
     std::vector<const Variable*> variables; // those that have an array
     std::set<std::string_view> ofThisStep;
     for (const Variable& variable : part.geometry->variables) {
@@ -70,7 +73,7 @@ void Results::addTo(VtuFile& output, const Part& part, std::string_view step) {
     }
 }
 
-void Results::add(VtuFile& output, const Part& part, const Variable& variable) {
+void Results::add(VtuFile& output, const MeshPart& part, const Variable& variable) {
     const Values& values = valuesOf(variable);
     const std::string_view name = splitName(variable.name).result;
     const bool isOfNodes = isNodeResult(variable);
@@ -79,7 +82,7 @@ void Results::add(VtuFile& output, const Part& part, const Variable& variable) {
         return;
     }
     if (part.isOfUnusedNodes) {
-        return; // the geometry's own part has it
+        return; // exported with the mesh part of the shape
     }
     const bool isOfElements = isElementResult(variable);
     if (isOfElements && values.rows() == part.mesh.types.size()) {
@@ -91,12 +94,12 @@ void Results::add(VtuFile& output, const Part& part, const Variable& variable) {
                       std::to_string(values.rows()) + " rows for " +
                       (isOfNodes ? std::to_string(part.mesh.coordinateRows) + " nodes"
                                  : std::to_string(part.mesh.types.size()) + " elements") +
-                      "; it stands in the field data");
+                      "; written as field data");
     }
     output.addWords(Section::Field, name, values.width, values.words, values.isFloat);
 }
 
-void Results::addToPoints(VtuFile& output, const Part& part, std::string_view name,
+void Results::addToPoints(VtuFile& output, const MeshPart& part, std::string_view name,
                           const Values& values) {
     std::vector<std::uint32_t> words = rowsOf(values, part.mesh.rows);
     if (isDisplacement(name) && values.width == vectorWidth && values.isFloat) {

@@ -1,9 +1,9 @@
 /// @file
-/// The results of a part at one step as arrays of its file.
+/// Adds the results of a mesh part at one step to its file.
 #pragma once
 
 #include "mekreader/model.hpp"
-#include "mekvtu/part.hpp"
+#include "mekvtu/meshpart.hpp"
 #include "mekvtu/variables.hpp"
 #include "mekvtu/vtufile.hpp"
 
@@ -15,30 +15,29 @@
 
 namespace MekVtu {
 
-/// Node results become arrays of the points, element results arrays of the cells, and all that is
-/// neither, or has another number of rows, becomes field data. Values are kept bit for bit, but for
-/// a displacement of three components ("Displacement" or "DISP") in a group that is turned or
-/// scaled: it goes with its points.
+/// Results of nodes become point data, results of elements become cell data. All other variables,
+/// and those with another number of rows, become field data. Values are copied bit for bit, with
+/// one exception: a displacement of three components ("Displacement" or "DISP") is rotated and
+/// scaled like the points.
 class Results {
 public:
-    /// @param file must outlive the results
+    /// @param file must outlive the object
     explicit Results(MekReader::File& file) : file_(file) {}
 
-    /// Adds what holds for `step`: results of this step, and those without a step where it has no
-    /// such.
-    void addTo(VtuFile& output, const Part& part, std::string_view step);
+    /// Adds the results of `step`, and each result without a step that `step` does not replace.
+    void addTo(VtuFile& output, const MeshPart& part, std::string_view step);
 
-    /// One line for each variable that is neither of points nor of cells because of its rows.
+    /// One line for each result that became field data because of its number of rows.
     const std::set<std::string>& notes() const { return notes_; }
 
 private:
-    void add(VtuFile& output, const Part& part, const MekReader::Variable& variable);
-    static void addToPoints(VtuFile& output, const Part& part, std::string_view name,
+    void add(VtuFile& output, const MeshPart& part, const MekReader::Variable& variable);
+    static void addToPoints(VtuFile& output, const MeshPart& part, std::string_view name,
                             const Values& values);
     const Values& valuesOf(const MekReader::Variable& variable);
 
     MekReader::File& file_;
-    std::map<const MekReader::Variable*, Values> withoutStep_; ///< by owner; used at every step
+    std::map<const MekReader::Variable*, Values> withoutStep_; ///< by owner; kept for all steps
     Values ofStep_;
     std::set<std::string> notes_;
 };

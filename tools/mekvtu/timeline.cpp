@@ -25,7 +25,7 @@ std::string shortest(Number number) {
     return {text.data(), result.ptr};
 }
 
-/// A float is taken as the decimal number that is meant: 0.1 and not 0.100000001.
+/// A float gives the shortest decimal number that rounds to it: 0.1 instead of 0.100000001.
 std::optional<double> numberOf(const MekReader::AttributeValue& value) {
     if (const auto* const number = std::get_if<std::uint32_t>(&value)) {
         return *number;
@@ -35,14 +35,14 @@ std::optional<double> numberOf(const MekReader::AttributeValue& value) {
     }
     if (const auto* const number = std::get_if<float>(&value)) {
         const std::string text = shortest(*number);
-        double meant = *number;
-        std::from_chars(text.data(), text.data() + text.size(), meant);
-        return meant;
+        double decimal = *number;
+        std::from_chars(text.data(), text.data() + text.size(), decimal);
+        return decimal;
     }
     return std::nullopt;
 }
 
-/// A step with what the attributes of its results say about its time.
+/// A step and the times that the attributes of its results give.
 struct FoundStep {
     std::string name;
     std::array<std::optional<double>, timeKeys.size()> times{};
@@ -57,11 +57,11 @@ std::vector<FoundStep> stepsOf(const MekReader::File& file) {
             if (name.empty()) {
                 continue;
             }
-            const auto [place, isNew] = indexes.emplace(name, steps.size());
+            const auto [position, isNew] = indexes.emplace(name, steps.size());
             if (isNew) {
                 steps.push_back({std::string(name)});
             }
-            FoundStep& step = steps[place->second];
+            FoundStep& step = steps[position->second];
             for (std::size_t key = 0; key < timeKeys.size(); ++key) {
                 const auto found = variable.attributes.find(timeKeys[key]);
                 if (found != variable.attributes.end() && !step.times[key]) {
@@ -73,7 +73,7 @@ std::vector<FoundStep> stepsOf(const MekReader::File& file) {
     return steps;
 }
 
-/// Whether these times, one for each step, can tell the steps apart.
+/// Whether every step has a time of this key, and no two times are equal.
 bool areTimes(const std::vector<FoundStep>& steps, std::size_t key) {
     std::set<double> times;
     return std::all_of(steps.begin(), steps.end(), [&](const FoundStep& step) {
@@ -105,6 +105,6 @@ Timeline timeline(const MekReader::File& file) {
     return line;
 }
 
-std::string numberText(double number) { return shortest(number); }
+std::string formatNumber(double number) { return shortest(number); }
 
 } // namespace MekVtu

@@ -1,5 +1,5 @@
 /// @file
-/// The steps of a container on a line of time.
+/// The steps of a model and their times.
 #pragma once
 
 #include "mekreader/model.hpp"
@@ -10,23 +10,23 @@
 namespace MekVtu {
 
 struct TimeStep {
-    std::string name{}; ///< empty: the file has no steps
+    std::string name{}; ///< empty if the file has no steps
     double time = 0;
 };
 
 struct Timeline {
     std::vector<TimeStep> steps{}; ///< by ascending time
-    bool isByAttributes = false;   ///< false: the times are numbers in the order of the file
+    bool isByAttributes = false;   ///< false: the times are 0, 1, 2 ... in the order of the file
 };
 
-/// All steps that variables of the file name; one without a name if there are none.
+/// All steps of the variables of the file; a single step without a name if there are none.
 ///
-/// The time is the number that the attributes give as "Time", for all steps alike, or as
-/// "Frequency", "BucklingFactor" or "Value". Where a step has none of it, or two have the same,
-/// steps are numbered from 0 in the order in which the file names them.
+/// The times come from the first of the attributes "Time", "Frequency", "BucklingFactor" and
+/// "Value" that every step has as a number, with no two numbers equal. If there is none, steps are
+/// numbered from 0 in the order in which they occur in the file.
 Timeline timeline(const MekReader::File& file);
 
-/// The shortest text that is read as the same number, whatever the locale.
-std::string numberText(double number);
+/// The shortest decimal form that parses to the same number, whatever the locale.
+std::string formatNumber(double number);
 
 } // namespace MekVtu

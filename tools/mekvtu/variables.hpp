@@ -1,5 +1,5 @@
 /// @file
-/// The variables of a geometry by result and step.
+/// Names, types and values of variables.
 #pragma once
 
 #include "mekreader/model.hpp"
@@ -10,7 +10,7 @@
 
 namespace MekVtu {
 
-/// The two parts of a variable's name. Without a step it holds for all steps.
+/// The name of a result and its step. A variable without a step applies to all steps.
 struct VariableName {
     std::string_view result;
     std::string_view step;
@@ -23,8 +23,8 @@ inline VariableName splitName(std::string_view name) {
                                          : VariableName{name.substr(0, end), name.substr(end + 1)};
 }
 
-/// Kinds of variables, as the format numbers them.
-namespace Kind {
+/// Variable types of the file format.
+namespace VariableType {
 constexpr std::uint32_t coordinates = 1;
 constexpr std::uint32_t firstConnectivity = 4; ///< of elements of dimension 1; then 2 and 3
 constexpr std::uint32_t lastConnectivity = 6;
@@ -33,9 +33,9 @@ constexpr std::uint32_t firstNodeResult = 12;
 constexpr std::uint32_t lastNodeResult = 15;
 constexpr std::uint32_t firstElementResult = 16;
 constexpr std::uint32_t lastElementResult = 19;
-} // namespace Kind
+} // namespace VariableType
 
-/// The values of a variable as they lie in the file, row after row.
+/// The values of a variable, row by row, with their bits unchanged.
 struct Values {
     std::vector<std::uint32_t> words{};
     unsigned width = 1;
@@ -44,7 +44,8 @@ struct Values {
     std::uint64_t rows() const { return words.size() / width; }
 };
 
-/// Follows links.
+/// Reads the values of a variable or of its owner.
+/// @throws MekReader::Error as `MekReader::File::words`
 inline Values readValues(MekReader::File& file, const MekReader::Variable& variable) {
     const MekReader::Variable& owner = file.owner(variable);
     return {file.words(owner), owner.width,

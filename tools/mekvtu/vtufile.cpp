@@ -1,7 +1,7 @@
 #include "mekvtu/vtufile.hpp"
 
 #include "mekreader/error.hpp"
-#include "mekvtu/xmltext.hpp"
+#include "mekvtu/xmlescape.hpp"
 
 #include <zlib.h>
 
@@ -13,7 +13,7 @@ namespace MekVtu {
 
 namespace {
 
-constexpr std::size_t compressedPiece = std::size_t{1} << 20;
+constexpr std::size_t vtkBlockSize = std::size_t{1} << 20;
 
 constexpr const char* typeName(float) { return "Float32"; }
 constexpr const char* typeName(double) { return "Float64"; }
@@ -31,13 +31,13 @@ std::string_view bytesOf(const std::vector<T>& values) {
     return {reinterpret_cast<const char*>(values.data()), values.size() * sizeof(T)};
 }
 
-std::string compressed(std::string_view piece) {
-    std::string output(compressBound(static_cast<uLong>(piece.size())), '\0');
+std::string compressed(std::string_view bytes) {
+    std::string output(compressBound(static_cast<uLong>(bytes.size())), '\0');
     auto length = static_cast<uLongf>(output.size());
-    // the arrays of a mesh stand in every file of a series: even the fastest level pays
+    // every file of a series repeats the arrays of the mesh: even the fastest level helps
     const int result = compress2(reinterpret_cast<Bytef*>(output.data()), &length,
-                                 reinterpret_cast<const Bytef*>(piece.data()),
-                                 static_cast<uLong>(piece.size()), Z_BEST_SPEED);
+                                 reinterpret_cast<const Bytef*>(bytes.data()),
+                                 static_cast<uLong>(bytes.size()), Z_BEST_SPEED);
     if (result != Z_OK) {
         throw std::bad_alloc();
     }
@@ -45,18 +45,18 @@ std::string compressed(std::string_view piece) {
     return output;
 }
 
-/// The form of an array behind the XML: number of pieces, length of a piece, length of the last one
-/// if it is shorter, compressed length of each; then the pieces.
+/// An array in the appended data: number of VTK's blocks, length of a block, length of the last
+/// block if it is shorter, compressed length of each block; then the compressed blocks.
 std::string storedForm(std::string_view bytes) {
-    std::vector<std::uint64_t> head = {0, compressedPiece, bytes.size() % compressedPiece};
-    std::string pieces;
-    for (std::size_t done = 0; done < bytes.size(); done += compressedPiece) {
-        const std::string piece = compressed(bytes.substr(done, compressedPiece));
-        head.push_back(piece.size());
-        pieces += piece;
-        ++head[0];
+    std::vector<std::uint64_t> header = {0, vtkBlockSize, bytes.size() % vtkBlockSize};
+    std::string blocks;
+    for (std::size_t done = 0; done < bytes.size(); done += vtkBlockSize) {
+        const std::string block = compressed(bytes.substr(done, vtkBlockSize));
+        header.push_back(block.size());
+        blocks += block;
+        ++header[0];
     }
-    return std::string(bytesOf(head)) + pieces;
+    return std::string(bytesOf(header)) + blocks;
 }
 
 } // namespace
@@ -83,19 +83,19 @@ void VtuFile::addWords(Section section, std::string_view name, unsigned componen
 
 void VtuFile::addBytes(Section section, std::string_view name, const char* type,
                        unsigned components, std::uint64_t rows, std::string_view bytes) {
-    const auto behind =
+    const auto position =
         std::upper_bound(arrays_.begin(), arrays_.end(), section,
                          [](Section wanted, const Array& array) { return wanted < array.section; });
-    arrays_.insert(behind,
+    arrays_.insert(position,
                    {section, uniqueName(section, name), type, components, rows, storedForm(bytes)});
 }
 
 bool VtuFile::has(Section section, std::string_view name) const {
-    return names_.count({section, xmlText(name)}) != 0;
+    return names_.count({section, escapeXml(name)}) != 0;
 }
 
 std::string VtuFile::uniqueName(Section section, std::string_view name) {
-    const std::string text = xmlText(name);
+    const std::string text = escapeXml(name);
     std::string unique = text;
     for (int number = 2; !names_.emplace(section, unique).second; ++number) {
         unique = text + " (" + std::to_string(number) + ")";
@@ -103,8 +103,8 @@ std::string VtuFile::uniqueName(Section section, std::string_view name) {
     return unique;
 }
 
-/// The last array of the XML stands first: meshio looks arrays up by offset while it gives those
-/// that it found new offsets, and takes the first that fits.
+/// The last array of the XML comes first in the appended data. meshio renumbers offsets while it
+/// searches arrays by offset and takes the first match, so ascending offsets could mislead it.
 std::vector<std::uint64_t> VtuFile::offsets() const {
     std::vector<std::uint64_t> offsets(arrays_.size());
     std::uint64_t offset = 0;
@@ -136,19 +136,19 @@ std::string VtuFile::sectionText(Section section, const char* tag,
 }
 
 void VtuFile::write(const std::filesystem::path& path) const {
-    const std::vector<std::uint64_t> places = offsets();
+    const std::vector<std::uint64_t> arrayOffsets = offsets();
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file << "<?xml version=\"1.0\"?>\n"
             "<VTKFile type=\"UnstructuredGrid\" version=\"1.0\" byte_order=\""
          << (isLittleEndian() ? "LittleEndian" : "BigEndian")
          << "\" header_type=\"UInt64\" compressor=\"vtkZLibDataCompressor\">\n"
             "<UnstructuredGrid>\n"
-         << sectionText(Section::Field, "FieldData", places) << "<Piece NumberOfPoints=\""
+         << sectionText(Section::Field, "FieldData", arrayOffsets) << "<Piece NumberOfPoints=\""
          << std::to_string(points_) << "\" NumberOfCells=\"" << std::to_string(cells_) << "\">\n"
-         << sectionText(Section::PointData, "PointData", places)
-         << sectionText(Section::CellData, "CellData", places)
-         << sectionText(Section::Points, "Points", places)
-         << sectionText(Section::Cells, "Cells", places)
+         << sectionText(Section::PointData, "PointData", arrayOffsets)
+         << sectionText(Section::CellData, "CellData", arrayOffsets)
+         << sectionText(Section::Points, "Points", arrayOffsets)
+         << sectionText(Section::Cells, "Cells", arrayOffsets)
          << "</Piece>\n</UnstructuredGrid>\n<AppendedData encoding=\"raw\">\n_";
     for (auto array = arrays_.rbegin(); array != arrays_.rend(); ++array) {
         file << array->stored;

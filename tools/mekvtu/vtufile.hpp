@@ -1,8 +1,8 @@
 /// @file
 /// One file of VTK's XML format for unstructured grids.
 ///
-/// Arrays stand behind the XML in their raw bytes, compressed by zlib, as VTK's own writer does it,
-/// so that every value is kept bit for bit.
+/// Arrays follow the XML as appended data, raw and compressed by zlib, as VTK's own writer stores
+/// them. Every value is kept bit for bit.
 #pragma once
 
 #include <cstdint>
@@ -15,37 +15,37 @@
 
 namespace MekVtu {
 
-/// In the order in which they stand in a file.
+/// In the order of a file.
 enum class Section { Field, PointData, CellData, Points, Cells };
 
 class VtuFile {
 public:
     VtuFile(std::uint64_t points, std::uint64_t cells);
 
-    /// Adds an array of rows of `components` values each. A name that its section has already gets
-    /// a number.
+    /// Adds an array of rows of `components` values each. If the section already has an array of
+    /// this name, " (2)" or the next free number is appended.
     template <class T>
     void add(Section section, std::string_view name, unsigned components,
              const std::vector<T>& values);
 
-    /// The same for words that are the bits of floats or unsigned numbers.
+    /// Adds words that are the bits of floats or of unsigned numbers.
     void addWords(Section section, std::string_view name, unsigned components,
                   const std::vector<std::uint32_t>& words, bool areFloats);
 
-    /// Tells whether a section has an array of this name.
+    /// Whether a section has an array of this name.
     bool has(Section section, std::string_view name) const;
 
-    /// @throws MekReader::Error the system refuses the file
+    /// @throws MekReader::Error the file cannot be written
     void write(const std::filesystem::path& path) const;
 
 private:
     struct Array {
         Section section;
-        std::string name; ///< as text of the XML
+        std::string name; ///< escaped for XML
         const char* type;
         unsigned components;
         std::uint64_t rows;
-        std::string stored; ///< behind the XML
+        std::string stored; ///< form in the appended data
     };
 
     void addBytes(Section section, std::string_view name, const char* type, unsigned components,

@@ -13,12 +13,8 @@ struct ElementType {
     std::size_t nodes; ///< per element
 };
 
-/// Type number n of the file stands at index n - 1.
-///
-/// The nodes of an element come in the file's order: corners first, then the midside nodes edge by
-/// edge. In the 20-node brick and the 15-node wedge these go around the bottom, then up the
-/// sides, then around the top (an input deck of the solver has the top before the sides); in the
-/// 3-node beam the middle node comes last (in a deck it is the second).
+/// Type number n of the file has index n - 1. Nodes keep the order of the file, which
+/// `docs/file-format.md` describes.
 inline constexpr std::array<ElementType, 12> elementTypes{{{"HE8", 3, 8},
                                                            {"PE6", 3, 6},
                                                            {"TE4", 3, 4},

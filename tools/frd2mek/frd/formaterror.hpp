@@ -1,5 +1,5 @@
 /// @file
-/// What the reader raises about the content of a file.
+/// Errors in the content of a result file.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace Frd {
 
-/// A line is not what the format demands; the message tells what was expected and what was found.
+/// A line is invalid. The message gives what was expected and what was found.
 class FormatError : public std::runtime_error {
 public:
     FormatError(std::uint64_t line, const std::string& message)

@@ -1,5 +1,5 @@
 /// @file
-/// What the head of a result file tells.
+/// Data from the header of a result file.
 #pragma once
 
 #include <cstdint>
@@ -9,15 +9,15 @@
 
 namespace Frd {
 
-/// A record with a name and what stands behind it: 1P, or 1U, which may lack the name.
-struct NamedText {
+/// A record 1P or 1U: its name, which may be missing in 1U, and its value.
+struct NamedValue {
     std::string name{};
-    std::string text{};
+    std::string value{};
 };
 
 struct Job {
     std::string name{};                              ///< may be empty
-    std::vector<NamedText> texts{};                  ///< those of no name are the job's heading
+    std::vector<NamedValue> records{};               ///< those without a name form the heading
     std::map<std::int64_t, std::string> materials{}; ///< number to name
 };
 

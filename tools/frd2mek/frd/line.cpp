@@ -32,12 +32,12 @@ std::string printable(std::string_view text) {
     return result;
 }
 
-std::string_view Line::text(Columns columns) const {
-    return text_.substr(std::min(columns.first, text_.size()), columns.width);
+std::string_view Line::field(Columns columns) const {
+    return content_.substr(std::min(columns.first, content_.size()), columns.width);
 }
 
 std::string Line::name(Columns columns) const {
-    const std::string_view found = text(columns);
+    const std::string_view found = field(columns);
     const std::size_t first = found.find_first_not_of(' ');
     if (first == std::string_view::npos) {
         return {};
@@ -45,10 +45,10 @@ std::string Line::name(Columns columns) const {
     return printable(found.substr(first, found.find_last_not_of(' ') - first + 1));
 }
 
-std::string Line::nameFrom(std::size_t column) const { return name({column, text_.size()}); }
+std::string Line::nameFrom(std::size_t column) const { return name({column, content_.size()}); }
 
 std::int64_t Line::integer(Columns columns, const char* what) const {
-    const std::string_view found = text(columns);
+    const std::string_view found = field(columns);
     const auto value = parseInteger(found);
     if (found.size() < columns.width || !value) {
         failExpecting(what, columns);
@@ -57,11 +57,11 @@ std::int64_t Line::integer(Columns columns, const char* what) const {
 }
 
 std::int64_t Line::integerOrZero(Columns columns, const char* what) const {
-    return isBlank(text(columns)) ? 0 : integer(columns, what);
+    return isBlank(field(columns)) ? 0 : integer(columns, what);
 }
 
 double Line::doubleOrZero(Columns columns, const char* what) const {
-    const std::string_view found = text(columns);
+    const std::string_view found = field(columns);
     if (isBlank(found)) {
         return 0;
     }
@@ -81,7 +81,7 @@ std::uint32_t Line::id(Columns columns, const char* what) const {
 }
 
 float Line::value(Columns columns, const char* what) const {
-    const std::string_view found = text(columns);
+    const std::string_view found = field(columns);
     const auto value = parseFloat(found);
     if (found.size() < columns.width || !value) {
         failExpecting(what, columns);
@@ -90,19 +90,19 @@ float Line::value(Columns columns, const char* what) const {
 }
 
 void Line::expectEnd(std::size_t column) const {
-    if (column < text_.size() && !isBlank(text_.substr(column))) {
-        failExpecting("end of the line", {column, text_.size()});
+    if (column < content_.size() && !isBlank(content_.substr(column))) {
+        failExpecting("end of the line", {column, content_.size()});
     }
 }
 
 void Line::failExpecting(const std::string& what) const {
-    throw FormatError(number_, "expected " + what + ", found " + quoted(text_));
+    throw FormatError(number_, "expected " + what + ", found " + quoted(content_));
 }
 
 void Line::failExpecting(const std::string& what, Columns columns) const {
-    const std::string_view found = text(columns);
-    const std::string place = " from column " + std::to_string(columns.first + 1) + " on";
-    throw FormatError(number_, "expected " + what + place + ", found " +
+    const std::string_view found = field(columns);
+    const std::string location = " from column " + std::to_string(columns.first + 1) + " on";
+    throw FormatError(number_, "expected " + what + location + ", found " +
                                    (found.empty() ? "the end of the line" : quoted(found)));
 }
 

@@ -1,5 +1,5 @@
 /// @file
-/// One line of a result file, whose values stand in fixed columns.
+/// One line of a result file, which has its values in fixed columns.
 #pragma once
 
 #include <cstddef>
@@ -17,52 +17,53 @@ struct Columns {
     std::size_t end() const { return first + width; }
 };
 
-/// The text with _ for each character that can't be printed.
+/// `text` with _ for each character that is not printable.
 std::string printable(std::string_view text);
 
-/// Text and number of a line. The text belongs to the `LineReader` and lasts to its next line.
+/// Content and number of a line. The content belongs to the `LineReader` and is valid until it
+/// reads the next line.
 ///
-/// Every value that is not there raises `FormatError` with `what` was expected. Values are written
-/// to the last of their columns, so that a line that ends before is one that was cut off.
+/// A missing or invalid value raises `FormatError`; `what` is the expectation in its message. The
+/// solver fills every column of a value, so a line that ends within these columns is truncated.
 class Line {
 public:
     Line() = default;
-    Line(std::string_view text, std::uint64_t number) : text_(text), number_(number) {}
+    Line(std::string_view content, std::uint64_t number) : content_(content), number_(number) {}
 
-    std::string_view text() const { return text_; }
+    std::string_view content() const { return content_; }
     std::uint64_t number() const { return number_; }
 
-    bool startsWith(std::string_view key) const { return text_.substr(0, key.size()) == key; }
+    bool startsWith(std::string_view key) const { return content_.substr(0, key.size()) == key; }
 
-    /// What the line has of these columns.
-    std::string_view text(Columns columns) const;
+    /// The content of these columns, as far as the line reaches.
+    std::string_view field(Columns columns) const;
 
-    /// The same without blanks around it, and with _ for characters that can't be printed.
+    /// `field` without surrounding blanks, and with _ for characters that are not printable.
     std::string name(Columns columns) const;
 
-    /// Everything from a column on, likewise.
+    /// `name` of the rest of the line, starting at a column.
     std::string nameFrom(std::size_t column) const;
 
     std::int64_t integer(Columns columns, const char* what) const;
 
-    /// Blank columns are 0, as Fortran reads them.
+    /// Blank columns are 0, as in Fortran.
     std::int64_t integerOrZero(Columns columns, const char* what) const;
     double doubleOrZero(Columns columns, const char* what) const;
 
-    /// A number of a node or element: 1 to 4294967295.
+    /// The number of a node or element: 1 to 4294967295.
     std::uint32_t id(Columns columns, const char* what) const;
 
     float value(Columns columns, const char* what) const;
 
-    /// Nothing but blanks may stand from this column on.
+    /// Raises `FormatError` unless the rest of the line, starting at this column, is blank.
     void expectEnd(std::size_t column) const;
 
-    /// Raises `FormatError` with what the line holds instead, in these columns or as a whole.
+    /// Raises `FormatError` with the expectation and the content of the line or of these columns.
     [[noreturn]] void failExpecting(const std::string& what) const;
     [[noreturn]] void failExpecting(const std::string& what, Columns columns) const;
 
 private:
-    std::string_view text_{};
+    std::string_view content_{};
     std::uint64_t number_ = 0;
 };
 

@@ -58,7 +58,7 @@ Line LineReader::take(const char* end, const char* following) {
     return {{begin, static_cast<std::size_t>(textEnd - begin)}, ++lineNumber_};
 }
 
-/// Moves the beginning of the next line to the front and reads on behind it.
+/// Moves the incomplete line to the front of the buffer and fills the rest.
 bool LineReader::refill() {
     const auto kept = static_cast<std::size_t>(end_ - begin_);
     if (kept == buffer_.size()) {

@@ -15,20 +15,20 @@ namespace Frd {
 
 class LineReader {
 public:
-    /// Called with the number of bytes read so far, whenever the buffer is filled again.
+    /// Called with the number of bytes read so far, each time the buffer is filled.
     using Watcher = std::function<void(std::uint64_t)>;
 
-    /// @throws std::runtime_error the file can't be opened
+    /// @throws std::runtime_error the file cannot be opened
     explicit LineReader(const std::filesystem::path& path, Watcher watcher = {});
 
-    /// Takes the next line, without its end (LF or CR LF).
+    /// Reads the next line, without its end (LF or CR LF).
     /// @return false at the end of the file
-    /// @throws FormatError the line is longer than any text file's
-    /// @throws std::runtime_error the system can't read on
+    /// @throws FormatError the line is longer than the buffer (1 MiB)
+    /// @throws std::runtime_error the file cannot be read
     bool next(Line& line);
 
-    /// The same where the file may not end.
-    /// @throws FormatError it ends; `what` was expected
+    /// Reads the next line of a file that must not end here.
+    /// @throws FormatError the file ends; `what` was expected
     Line require(const char* what);
 
 private:

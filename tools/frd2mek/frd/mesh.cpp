@@ -4,7 +4,7 @@
 
 namespace Frd {
 
-std::optional<std::size_t> NodeTable::arrange() {
+std::optional<std::size_t> NodeTable::buildIndex() {
     for (std::size_t row = entries_.size(); row < ids_.size(); ++row) {
         entries_.push_back({ids_[row], static_cast<std::uint32_t>(row)});
     }
@@ -26,8 +26,8 @@ std::optional<std::uint32_t> NodeTable::rowOf(std::uint32_t id, std::size_t gues
     if (entries_.empty() || id < entries_.front().id || id > entries_.back().id) {
         return std::nullopt;
     }
-    // Ascending numbers can't lie further from either end than their distance to it: without gaps
-    // this is the place itself.
+    // In ascending ids an entry is at most as far from either end as its id is from the id there.
+    // Without gaps this leaves a single entry.
     const std::size_t fromFront = id - entries_.front().id;
     const std::size_t fromBack = entries_.back().id - id;
     const std::size_t last = entries_.size() - 1;

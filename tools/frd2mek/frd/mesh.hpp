@@ -13,17 +13,17 @@
 
 namespace Frd {
 
-/// The nodes in the file's order, each in a row of its own, and the way back from number to row.
+/// The node ids in the order of the file, one per row, with a lookup from id to row.
 class NodeTable {
 public:
     void add(std::uint32_t id) { ids_.push_back(id); }
 
-    /// Makes the nodes added so far known to `rowOf`.
-    /// @return the row of a node that was added before under the same number, if there is one
-    std::optional<std::size_t> arrange();
+    /// Updates the index of `rowOf`. Call it after the last `add`.
+    /// @return the row of a node whose id was added before, if there is one
+    std::optional<std::size_t> buildIndex();
 
-    /// The row of a node, if there is one of this number.
-    /// @param guess a row to look at first
+    /// The row of a node, if the table has this id.
+    /// @param guess the row to try first
     std::optional<std::uint32_t> rowOf(std::uint32_t id, std::size_t guess) const;
 
     std::size_t size() const { return ids_.size(); }
@@ -36,13 +36,13 @@ private:
     };
 
     std::vector<std::uint32_t> ids_;
-    std::vector<Entry> entries_; ///< in ascending order of the numbers
+    std::vector<Entry> entries_; ///< in ascending order of ids
 };
 
 /// Elements of one material and type.
 struct ElementSet {
     std::vector<std::uint32_t> ids{};
-    std::vector<std::uint32_t> nodeRows{}; ///< element after element
+    std::vector<std::uint32_t> nodeRows{}; ///< element by element
 };
 
 /// Material number and type number (1 to 12) of elements.

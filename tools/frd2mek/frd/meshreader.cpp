@@ -16,23 +16,23 @@ constexpr std::size_t spaceDimension = 3;
 
 } // namespace
 
-void MeshReader::readNodes(const Line& head) {
-    const Format format = formatOf(head, formatCode);
-    const std::uint64_t firstLine = head.number() + 1;
+void MeshReader::readNodes(const Line& header) {
+    const Format format = formatOf(header, formatCode);
+    const std::uint64_t firstLine = header.number() + 1;
     const std::size_t firstRow = nodes_.size();
     Line line;
     while (nextInBlock(lines_, line, "a record -1 or -3 of the node block")) {
         readNode(line, format);
     }
-    if (const auto row = nodes_.arrange()) {
+    if (const auto row = nodes_.buildIndex()) {
         throw FormatError(
             firstLine + (*row - firstRow),
             "expected each node once, found node " + std::to_string(nodes_.ids()[*row]) + " again");
     }
 }
 
-void MeshReader::readElements(const Line& head) {
-    const Format format = formatOf(head, formatCode);
+void MeshReader::readElements(const Line& header) {
+    const Format format = formatOf(header, formatCode);
     Line line;
     while (nextInBlock(lines_, line, "a record -1 or -3 of the element block")) {
         const std::uint32_t id = line.id(format.idColumns(), "an element number");
@@ -61,9 +61,9 @@ ElementKey MeshReader::elementKeyOf(const Line& line, const Format& format) {
     return {materialOf(line, materialColumns), static_cast<std::size_t>(type)};
 }
 
-/// The solver's flow analyses put the name of the material in the place of its number.
+/// In flow analyses the solver writes the name of the material instead of its number.
 std::int64_t MeshReader::materialOf(const Line& line, Columns columns) {
-    if (const auto number = parseInteger(line.text(columns))) {
+    if (const auto number = parseInteger(line.field(columns))) {
         return *number;
     }
     const std::string name = line.nameFrom(columns.first);

@@ -12,19 +12,20 @@
 
 namespace Frd {
 
-/// Every read raises `FormatError` for a line that does not hold to the format.
+/// Every read raises `FormatError` for an invalid line.
 class MeshReader {
 public:
-    /// @param job gets a material that only elements name; must outlive the reader, like `lines`
+    /// @param lines must outlive the reader
+    /// @param job receives materials that only elements name; must outlive the reader
     MeshReader(LineReader& lines, Job& job) : lines_(lines), job_(job) {}
 
-    /// Reads a block whose head is the line at hand.
-    void readNodes(const Line& head);
-    void readElements(const Line& head);
+    /// Reads a block after its header.
+    void readNodes(const Line& header);
+    void readElements(const Line& header);
 
     const NodeTable& nodes() const { return nodes_; }
 
-    /// Hands over the mesh, which is empty afterwards; the node table stays.
+    /// Moves the mesh out of the reader. The node table stays.
     Mesh takeMesh() { return std::exchange(mesh_, {}); }
 
 private:

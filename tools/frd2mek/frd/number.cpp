@@ -10,24 +10,24 @@ namespace Frd {
 
 namespace {
 
-std::string_view withoutBlanks(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(' ');
+std::string_view withoutBlanks(std::string_view field) {
+    const std::size_t first = field.find_first_not_of(' ');
     if (first == std::string_view::npos) {
         return {};
     }
-    return text.substr(first, text.find_last_not_of(' ') - first + 1);
+    return field.substr(first, field.find_last_not_of(' ') - first + 1);
 }
 
-/// `std::from_chars` takes no plus sign.
-std::string_view withoutPlus(std::string_view text) {
-    const bool isSigned = text.size() > 1 && text[0] == '+' && text[1] != '-' && text[1] != '+';
-    return isSigned ? text.substr(1) : text;
+/// `std::from_chars` does not accept a plus sign.
+std::string_view withoutPlus(std::string_view field) {
+    const bool isSigned = field.size() > 1 && field[0] == '+' && field[1] != '-' && field[1] != '+';
+    return isSigned ? field.substr(1) : field;
 }
 
 /// The same number with its exponent after an E: "1.5D+03" and "1.5+03" become "1.5E+03".
-std::string withExponentLetter(std::string_view text) {
+std::string withExponentLetter(std::string_view field) {
     std::string result;
-    for (const char character : text) {
+    for (const char character : field) {
         const bool isSign = character == '+' || character == '-';
         if (character == 'D' || character == 'd') {
             result += 'E';
@@ -41,33 +41,33 @@ std::string withExponentLetter(std::string_view text) {
     return result;
 }
 
-/// Where a number ends up that the type can't hold.
+/// Zero or infinity for a number outside the range of the type.
 template <class T>
-T limitOf(std::string_view text) {
-    const std::size_t exponent = text.find_first_of("Ee");
-    const bool isSmall = exponent != std::string_view::npos && exponent + 1 < text.size() &&
-                         text[exponent + 1] == '-';
+T limitOf(std::string_view field) {
+    const std::size_t exponent = field.find_first_of("Ee");
+    const bool isSmall = exponent != std::string_view::npos && exponent + 1 < field.size() &&
+                         field[exponent + 1] == '-';
     const T size = isSmall ? T(0) : std::numeric_limits<T>::infinity();
-    return text.front() == '-' ? -size : size;
+    return field.front() == '-' ? -size : size;
 }
 
 template <class T>
-std::optional<T> parsePlain(std::string_view text) {
+std::optional<T> parsePlain(std::string_view field) {
     T value{};
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    const char* const end = field.data() + field.size();
+    const auto [stop, error] = std::from_chars(field.data(), end, value);
     if (stop != end || error == std::errc::invalid_argument) {
         return std::nullopt;
     }
     if (error == std::errc::result_out_of_range) {
-        return limitOf<T>(text);
+        return limitOf<T>(field);
     }
     return std::isnan(value) ? std::numeric_limits<T>::quiet_NaN() : value;
 }
 
 template <class T>
-std::optional<T> parseReal(std::string_view text) {
-    const std::string_view number = withoutPlus(withoutBlanks(text));
+std::optional<T> parseReal(std::string_view field) {
+    const std::string_view number = withoutPlus(withoutBlanks(field));
     if (const std::optional<T> value = parsePlain<T>(number)) {
         return value;
     }
@@ -76,16 +76,16 @@ std::optional<T> parseReal(std::string_view text) {
 
 } // namespace
 
-std::optional<std::int64_t> parseInteger(std::string_view text) {
-    const std::string_view number = withoutPlus(withoutBlanks(text));
+std::optional<std::int64_t> parseInteger(std::string_view field) {
+    const std::string_view number = withoutPlus(withoutBlanks(field));
     std::int64_t value = 0;
     const char* const end = number.data() + number.size();
     const auto [stop, error] = std::from_chars(number.data(), end, value);
     return stop == end && error == std::errc() ? std::optional(value) : std::nullopt;
 }
 
-std::optional<float> parseFloat(std::string_view text) { return parseReal<float>(text); }
+std::optional<float> parseFloat(std::string_view field) { return parseReal<float>(field); }
 
-std::optional<double> parseDouble(std::string_view text) { return parseReal<double>(text); }
+std::optional<double> parseDouble(std::string_view field) { return parseReal<double>(field); }
 
 } // namespace Frd

@@ -1,5 +1,5 @@
 /// @file
-/// Reads numbers the way that Fortran and C programs write them, whatever the locale.
+/// Parses numbers as Fortran and C programs write them, whatever the locale.
 #pragma once
 
 #include <cstdint>
@@ -8,15 +8,15 @@
 
 namespace Frd {
 
-/// A whole number; nothing if the text is anything else. Blanks around it are passed over.
-std::optional<std::int64_t> parseInteger(std::string_view text);
+/// A whole number, or nothing if the field is anything else. Surrounding blanks are ignored.
+std::optional<std::int64_t> parseInteger(std::string_view field);
 
-/// The nearest number of 32 or 64 bits; nothing if the text is no number.
+/// The nearest number of 32 or 64 bits, or nothing if the field is not a number.
 ///
-/// Takes exponents after E or D or after their sign alone ("1.00000-100"), and "NaN", "Inf" and
-/// "Infinity" in any case and with any sign. A NaN is always the quiet one. What is beyond the
-/// type becomes infinite or zero, with its sign. Blanks around the number are passed over.
-std::optional<float> parseFloat(std::string_view text);
-std::optional<double> parseDouble(std::string_view text);
+/// Accepts exponents with E, D or only a sign ("1.00000-100"), and "NaN", "Inf" and "Infinity" in
+/// any case and with any sign. Every NaN becomes the positive quiet NaN. A number outside the range
+/// of the type becomes infinity or zero, with its sign. Surrounding blanks are ignored.
+std::optional<float> parseFloat(std::string_view field);
+std::optional<double> parseDouble(std::string_view field);
 
 } // namespace Frd

@@ -2,14 +2,14 @@
 
 namespace Frd {
 
-Format formatOf(const Line& head, Columns code) {
-    switch (head.integerOrZero(code, "a format code")) {
+Format formatOf(const Line& header, Columns code) {
+    switch (header.integerOrZero(code, "a format code")) {
         case 0:
             return {5, 15};
         case 1:
             return {10, 10};
         default:
-            head.failExpecting(
+            header.failExpecting(
                 "format code 0 or 1 (text; a binary file has 2 or 3, and results written with "
                 "*NODE FILE and *EL FILE are text)",
                 code);

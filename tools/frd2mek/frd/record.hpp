@@ -1,5 +1,5 @@
 /// @file
-/// What the records of all blocks have in common.
+/// Functions for the records of all blocks.
 #pragma once
 
 #include "frd/linereader.hpp"
@@ -10,39 +10,39 @@
 
 namespace Frd {
 
-constexpr std::size_t keyWidth = 3;     // of ' -1' and its like
-constexpr std::size_t headKeyWidth = 6; // of '    1C' and its like
-constexpr std::size_t valueWidth = 12;  // E12.5
+constexpr std::size_t keyWidth = 3;       // of ' -1', ' -2', ' -3'
+constexpr std::size_t headerKeyWidth = 6; // of '    1C', '    2C', '  100C'
+constexpr std::size_t valueWidth = 12;    // E12.5
 
-/// What the two text formats differ in.
+/// The differences between the two text formats.
 struct Format {
     std::size_t idWidth = 10;
     std::size_t nodesPerLine = 10; ///< of an element
 
     Columns idColumns() const { return {keyWidth, idWidth}; }
 
-    /// Column i of those that stand behind the id.
+    /// The columns of value i after the id.
     Columns valueColumns(std::size_t i) const {
         return {keyWidth + idWidth + i * valueWidth, valueWidth};
     }
 };
 
-/// The format that the head of a block tells in the columns `code`.
-/// @throws FormatError for a binary one, too
-Format formatOf(const Line& head, Columns code);
+/// The format from the header of a block; `code` are the columns of the format code.
+/// @throws FormatError the code is invalid or that of a binary format
+Format formatOf(const Line& header, Columns code);
 
-/// Takes the next line, which must start with `key`.
-/// @throws FormatError it does not, or there is none; `what` was expected
+/// Reads the next line, which must start with `key`.
+/// @throws FormatError it does not, or the file ends; `what` was expected
 Line requireRecord(LineReader& lines, const char* key, const char* what);
 
-/// Takes the next line of a block into `line`.
-/// @return whether it is a record -1; else it is the -3 that ends the block
+/// Reads the next line of a block into `line`.
+/// @return true for a record -1, false for the -3 that ends the block
 /// @throws FormatError it is neither; `what` was expected
 bool nextInBlock(LineReader& lines, Line& line, const char* what);
 
-/// The row of the node whose number stands in these columns.
-/// @param guess a row to look at first
-/// @throws FormatError there is no such node
+/// The row of the node whose number is in these columns.
+/// @param guess the row to try first
+/// @throws FormatError the node block does not define the node
 std::uint32_t definedNode(const Line& line, Columns columns, const NodeTable& nodes,
                           std::size_t guess);
 

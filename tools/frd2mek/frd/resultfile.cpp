@@ -39,12 +39,12 @@ constexpr Columns format{73, 2};
 namespace ComponentColumns {
 constexpr Columns name{5, 8};
 constexpr Columns count{13, 5};
-constexpr Columns place{18, 5};
+constexpr Columns location{18, 5};
 constexpr Columns kind{18, 5};
 constexpr Columns existence{33, 5};
 } // namespace ComponentColumns
 
-constexpr std::int64_t placeAtNodes = 1;
+constexpr std::int64_t locatedAtNodes = 1;
 constexpr std::int64_t derivedExistence = 1;
 
 } // namespace
@@ -60,20 +60,20 @@ ResultFile::ResultFile(const std::filesystem::path& path, LineReader::Watcher wa
     readUpToResult();
 }
 
-bool ResultFile::nextResult(ResultHead& head) {
-    if (place_ == Place::BehindBlock) {
+bool ResultFile::nextResult(ResultHeader& header) {
+    if (position_ == Position::AfterBlock) {
         line_ = lines_.require("a record 100C or 9999");
         readUpToResult();
     }
-    if (place_ == Place::AtEnd) {
+    if (position_ == Position::AtEnd) {
         return false;
     }
-    readResultHead(head);
+    readResultHeader(header);
     return true;
 }
 
-void ResultFile::readValues(const ResultHead& head, std::vector<float>& values) {
-    const std::size_t count = head.components.size();
+void ResultFile::readValues(const ResultHeader& header, std::vector<float>& values) {
+    const std::size_t count = header.components.size();
     const Columns idColumns = resultFormat_.idColumns();
     values.assign(nodes().size() * count, std::numeric_limits<float>::quiet_NaN());
     std::vector<bool> hasRow(nodes().size(), false);
@@ -87,28 +87,28 @@ void ResultFile::readValues(const ResultHead& head, std::vector<float>& values) 
         readNodeValues(count, values.data() + row * count);
         guess = row + std::size_t{1};
     }
-    place_ = Place::BehindBlock;
+    position_ = Position::AfterBlock;
 }
 
-/// From the line at hand to the head of a result block, or to the end of the file.
+/// Reads from the current line to the header of a result block, or to the end of the file.
 void ResultFile::readUpToResult() {
     while (readRecord()) {
         line_ = lines_.require("a record 1C, 1U, 1P, 2C, 3C, 100C or 9999");
     }
-    if (place_ == Place::AtEnd) {
+    if (position_ == Position::AtEnd) {
         expectEndOfFile();
     }
 }
 
-/// Reads the record of the line at hand with all that belongs to it.
-/// @return false if it is the head of a result block or the end
+/// Reads the record of the current line, and its block if it starts one.
+/// @return false if it is the header of a result block or the end
 bool ResultFile::readRecord() {
     if (line_.startsWith("  100C")) {
-        place_ = Place::AtResult;
+        position_ = Position::AtResult;
         return false;
     }
     if (line_.startsWith(" 9999")) {
-        place_ = Place::AtEnd;
+        position_ = Position::AtEnd;
         return false;
     }
     if (line_.startsWith("    1P")) {
@@ -116,7 +116,7 @@ bool ResultFile::readRecord() {
     } else if (line_.startsWith("    1U")) {
         readUserText();
     } else if (line_.startsWith("    1C")) {
-        job_.name = job_.name.empty() ? line_.nameFrom(headKeyWidth) : job_.name;
+        job_.name = job_.name.empty() ? line_.nameFrom(headerKeyWidth) : job_.name;
     } else if (line_.startsWith("    2C") || line_.startsWith("    3C")) {
         readMeshBlock();
     } else {
@@ -127,7 +127,7 @@ bool ResultFile::readRecord() {
 
 void ResultFile::readUserText() {
     if (line_.startsWith(UserColumns::materialKey)) {
-        if (const auto number = parseInteger(line_.text(UserColumns::materialNumber))) {
+        if (const auto number = parseInteger(line_.field(UserColumns::materialNumber))) {
             job_.materials[*number] = line_.nameFrom(UserColumns::materialName);
             return;
         }
@@ -135,17 +135,17 @@ void ResultFile::readUserText() {
     const std::string key = line_.name(UserColumns::key);
     const auto& known = UserColumns::knownKeys;
     if (std::find(std::begin(known), std::end(known), key) != std::end(known)) {
-        job_.texts.push_back({key, line_.nameFrom(UserColumns::text)});
+        job_.records.push_back({key, line_.nameFrom(UserColumns::text)});
     } else {
-        job_.texts.push_back({"", line_.nameFrom(headKeyWidth)});
+        job_.records.push_back({"", line_.nameFrom(headerKeyWidth)});
     }
 }
 
 void ResultFile::readParameter() {
-    const std::string_view record = line_.text().substr(headKeyWidth);
+    const std::string_view record = line_.content().substr(headerKeyWidth);
     const std::size_t nameWidth = std::min(record.find(' '), record.size());
     parameters_.push_back(
-        {line_.name({headKeyWidth, nameWidth}), line_.nameFrom(headKeyWidth + nameWidth)});
+        {line_.name({headerKeyWidth, nameWidth}), line_.nameFrom(headerKeyWidth + nameWidth)});
 }
 
 void ResultFile::readMeshBlock() {
@@ -159,25 +159,25 @@ void ResultFile::readMeshBlock() {
     }
 }
 
-void ResultFile::readResultHead(ResultHead& head) {
+void ResultFile::readResultHeader(ResultHeader& header) {
     hasSeenResult_ = true;
     resultFormat_ = formatOf(line_, ResultColumns::format);
-    head.value = line_.doubleOrZero(ResultColumns::value, "a time, frequency or factor");
-    head.analysisType = line_.integerOrZero(ResultColumns::analysisType, "an analysis type");
-    head.number = line_.integerOrZero(ResultColumns::number, "a step number");
-    head.text = line_.name(ResultColumns::text);
-    head.analysisText = line_.name(ResultColumns::analysisText);
-    head.parameters = std::exchange(parameters_, {});
+    header.value = line_.doubleOrZero(ResultColumns::value, "a time, frequency or factor");
+    header.analysisType = line_.integerOrZero(ResultColumns::analysisType, "an analysis type");
+    header.number = line_.integerOrZero(ResultColumns::number, "a step number");
+    header.text = line_.name(ResultColumns::text);
+    header.analysisText = line_.name(ResultColumns::analysisText);
+    header.parameters = std::exchange(parameters_, {});
 
     line_ = requireRecord(lines_, " -4", "a record -4 with the name of the result");
-    head.name = line_.name(ComponentColumns::name);
-    if (head.name.empty()) {
+    header.name = line_.name(ComponentColumns::name);
+    if (header.name.empty()) {
         line_.failExpecting("the name of the result", ComponentColumns::name);
     }
-    if (line_.integer(ComponentColumns::place, "1 for values at nodes") != placeAtNodes) {
-        line_.failExpecting("1 for values at nodes", ComponentColumns::place);
+    if (line_.integer(ComponentColumns::location, "1 for values at nodes") != locatedAtNodes) {
+        line_.failExpecting("1 for values at nodes", ComponentColumns::location);
     }
-    readComponents(head.components,
+    readComponents(header.components,
                    line_.integer(ComponentColumns::count, "a number of components"));
 }
 
@@ -197,24 +197,24 @@ void ResultFile::readComponents(std::vector<Component>& components, std::int64_t
     }
 }
 
-/// Takes the values of one node from the line at hand and those that continue it.
+/// Reads the values of one node from the current line and its continuation lines.
 void ResultFile::readNodeValues(std::size_t count, float* values) {
     for (std::size_t i = 0; i < count; ++i) {
-        const std::size_t place = i % valuesPerLine;
-        if (i != 0 && place == 0) {
+        const std::size_t column = i % valuesPerLine;
+        if (i != 0 && column == 0) {
             line_ = requireRecord(lines_, " -2", "a record -2 with further values");
         }
-        values[i] = line_.value(resultFormat_.valueColumns(place), "a value");
-        if (place == valuesPerLine - 1 || i == count - 1) {
-            line_.expectEnd(resultFormat_.valueColumns(place).end());
+        values[i] = line_.value(resultFormat_.valueColumns(column), "a value");
+        if (column == valuesPerLine - 1 || i == count - 1) {
+            line_.expectEnd(resultFormat_.valueColumns(column).end());
         }
     }
 }
 
 void ResultFile::expectEndOfFile() {
     while (lines_.next(line_)) {
-        if (!line_.text().empty()) {
-            line_.failExpecting("nothing behind the record 9999");
+        if (!line_.content().empty()) {
+            line_.failExpecting("nothing after the record 9999");
         }
     }
 }

@@ -1,28 +1,28 @@
 /// @file
-/// Reads the ASCII result file of the solver: head and mesh at once, then result after result.
+/// Reads the ASCII result file of the solver: header and mesh first, then one result at a time.
 ///
-/// Each line is a record, which tells by its first columns what it is (a blank, then Fortran
-/// formats; "short" is format code 0, "long" is 1):
+/// Each line is a record that starts with a key. Below, keys are quoted and the other fields are
+/// Fortran formats. Ids are I5 in the short format (format code 0) and I10 in the long one (1).
 ///
-///     '   1' 'C' name, 'U' text, 'P' parameter of the result that follows
+///     '   1' 'C' name, 'U' text, 'P' parameter of the next result
 ///     '   2C'  18X, I12 count, 37X, I1 format
 ///       ' -1'  I5 or I10 node, 3E12.5 x y z
 ///       ' -3'
 ///     '   3C'  18X, I12 count, 37X, I1 format
 ///       ' -1'  I5 or I10 element, 3I5 type, group, material
-///       ' -2'  15I5 or 10I10 nodes, as many lines as it takes
+///       ' -2'  15I5 or 10I10 nodes, on as many lines as needed
 ///       ' -3'
 ///     ' 100C'  6A1 set, E12.5 value, I12 count, 20A1 text, I2 analysis, I5 number, 10A1 text,
 ///              I2 format
-///       ' -4'  2X, 8A1 name, I5 components, I5 place of the values (1: nodes)
+///       ' -4'  2X, 8A1 name, I5 components, I5 location of the values (1: nodes)
 ///       ' -5'  2X, 8A1 name, 5I5 menu, kind, row, column, existence, 8A1 how to derive it
 ///       ' -1'  I5 or I10 node, 6E12.5 values
-///       ' -2'  5X or 10X, 6E12.5 further values, as many lines as it takes
+///       ' -2'  5X or 10X, 6E12.5 further values, on as many lines as needed
 ///       ' -3'
 ///     ' 9999'
 ///
-/// The counts of the three blocks are not relied on: the solver leaves them blank or writes others
-/// than it has lines.
+/// The counts of the three blocks are ignored: the solver leaves them blank or writes counts that
+/// do not match its lines.
 #pragma once
 
 #include "frd/job.hpp"
@@ -37,21 +37,21 @@
 
 namespace Frd {
 
-/// What the values of a result block hold for, as numbers of its head.
+/// Type of analysis, as numbered in the header of a result block.
 enum AnalysisType : std::int64_t {
     StaticAnalysis = 0,
     TimeStep = 1,
     Frequency = 2,
     LoadStep = 3,
-    Buckling = 4 ///< the solver's use of "user named"
+    Buckling = 4 ///< the format calls it "user named"
 };
 
-/// Kind of a component, as a number of its record.
+/// Kind of a component, as numbered in its record.
 enum ComponentKind : std::int64_t {
     ScalarKind = 1,
     VectorKind = 2,
     TensorKind = 4,
-    PolarVectorKind = 12, ///< amplitude or phase of a complex vector, as the next
+    PolarVectorKind = 12, ///< amplitude or phase of a complex vector; the next likewise
     PolarTensorKind = 14
 };
 
@@ -60,22 +60,22 @@ struct Component {
     std::int64_t kind = 0;
 };
 
-/// Everything of a result block but its values.
-struct ResultHead {
+/// A result block without its values.
+struct ResultHeader {
     std::string name{};
     double value = 0; ///< time, frequency or factor
     std::int64_t analysisType = 0;
-    std::int64_t number = 0; ///< of the step of output, counted through the whole file
+    std::int64_t number = 0; ///< of the output step, counted through the whole file
     std::string text{};
     std::string analysisText{};
-    std::vector<NamedText> parameters{};
+    std::vector<NamedValue> parameters{};
     std::vector<Component> components{}; ///< only those with values in the file
 };
 
-/// An open result file. Keeps the node numbers and nothing else between two calls.
+/// An open result file. Between two calls it keeps only the node table and the job.
 ///
-/// Every operation raises `FormatError` for a line that does not hold to the format, and
-/// `std::runtime_error` if the system can't read the file.
+/// Every operation raises `FormatError` for an invalid line, and `std::runtime_error` if the file
+/// cannot be read.
 class ResultFile {
 public:
     /// Reads everything up to the first result.
@@ -86,17 +86,18 @@ public:
     const Job& job() const { return job_; }
     const NodeTable& nodes() const { return meshReader_.nodes(); }
 
-    /// Hands over the mesh, which is empty afterwards.
+    /// Moves the mesh out of the reader.
     Mesh takeMesh() { return meshReader_.takeMesh(); }
 
-    /// Goes to the next result; the values of the last one must have been read.
-    /// @return false if there is none and the file is complete
-    bool nextResult(ResultHead& head);
+    /// Reads the header of the next result. The values of the previous result must have been read.
+    /// @return false at the end of a complete file
+    bool nextResult(ResultHeader& header);
 
-    /// Reads the values of the result whose head was read last.
-    /// @param values one row for each of `nodes()` with the components of the head; quiet NaN where
-    ///     the file has no value. What it held before is lost.
-    void readValues(const ResultHead& head, std::vector<float>& values);
+    /// Reads the values of the result whose header was read last.
+    /// @param values is set to one row for each of `nodes()`, with one column per component; quiet
+    /// NaN
+    ///     where the file has no value
+    void readValues(const ResultHeader& header, std::vector<float>& values);
 
 private:
     void readUpToResult();
@@ -104,18 +105,18 @@ private:
     void readUserText();
     void readParameter();
     void readMeshBlock();
-    void readResultHead(ResultHead& head);
+    void readResultHeader(ResultHeader& header);
     void readComponents(std::vector<Component>& components, std::int64_t count);
     void readNodeValues(std::size_t count, float* values);
     void expectEndOfFile();
 
     LineReader lines_;
-    Line line_{}; ///< the line at hand
+    Line line_{}; ///< the current line
     Job job_;
     MeshReader meshReader_;
-    std::vector<NamedText> parameters_; ///< of the result to come
+    std::vector<NamedValue> parameters_; ///< of the next result
     Format resultFormat_{};
-    enum class Place { BehindBlock, AtResult, AtEnd } place_ = Place::BehindBlock;
+    enum class Position { AfterBlock, AtResult, AtEnd } position_ = Position::AfterBlock;
     bool hasSeenResult_ = false;
 };
 

@@ -17,7 +17,7 @@ std::string imaginaryNameOf(const std::string& name) {
     return name.substr(0, resultName.width - 1) + "I";
 }
 
-/// Collects the results of one step, and tells what they are when the next one begins.
+/// Collects the results of one step, and classifies them when the next step begins.
 class StepSurvey {
 public:
     explicit StepSurvey(std::vector<SurveyedResult>& results) : results_(results) {}
@@ -46,11 +46,11 @@ public:
             const std::string imaginary = imaginaryNameOf(name);
             const auto real = realNames.find(name);
             if (real != realNames.end()) {
-                results_.push_back({Part::Imaginary, real->second, isComplex});
+                results_.push_back({ComplexPart::Imaginary, real->second, isComplex});
             } else if (imaginary != name && present.count(imaginary) != 0) {
-                results_.push_back({Part::Real, imaginary, isComplex});
+                results_.push_back({ComplexPart::Real, imaginary, isComplex});
             } else {
-                results_.push_back({Part::Whole, {}, isComplex});
+                results_.push_back({ComplexPart::Whole, {}, isComplex});
             }
         }
         names_.clear();
@@ -68,14 +68,14 @@ std::vector<SurveyedResult> surveyResults(LineReader& lines) {
     std::vector<SurveyedResult> results;
     StepSurvey step(results);
     Line line;
-    bool isInHead = false;
+    bool isInHeader = false;
     while (lines.next(line)) {
         if (line.startsWith("  100C")) {
             step.enter(line.name(stepValue) + line.name(stepKind));
-            isInHead = true;
-        } else if (isInHead && line.startsWith(" -4")) {
+            isInHeader = true;
+        } else if (isInHeader && line.startsWith(" -4")) {
             step.add(line.name(resultName));
-            isInHead = false;
+            isInHeader = false;
         }
     }
     step.finish();

@@ -1,10 +1,9 @@
 /// @file
-/// Finds the complex results of a file before its values are read.
+/// Finds the complex results of a file before their values are read.
 ///
-/// The solver writes a complex result as two blocks, the imaginary one under the name of the real
-/// one with an I behind it ("DISP", "DISPI"; of a name of eight characters the last makes room).
-/// Between the two there may be any number of others, so that only a look ahead tells whether
-/// a block is half of a pair.
+/// The solver writes a complex result as two blocks. The name of the imaginary one is that of the
+/// real one with an appended I ("DISP", "DISPI"), which replaces the last of eight characters.
+/// Other blocks can come between the two, so a separate pass over the file has to find the pairs.
 #pragma once
 
 #include "frd/linereader.hpp"
@@ -14,15 +13,15 @@
 
 namespace Frd {
 
-enum class Part { Whole, Real, Imaginary };
+enum class ComplexPart { Whole, Real, Imaginary };
 
 struct SurveyedResult {
-    Part part = Part::Whole;
+    ComplexPart complexPart = ComplexPart::Whole;
     std::string counterpart{};  ///< name of the other part, if there is one
     bool isStepComplex = false; ///< some result of the same step is complex
 };
 
-/// One entry for each result block of the file, as far as it goes; faults are not looked for.
+/// One element for each result block of the file. Errors in the file are not reported here.
 std::vector<SurveyedResult> surveyResults(LineReader& lines);
 
 } // namespace Frd

@@ -1,4 +1,4 @@
-#include "mekvtu/part.hpp"
+#include "mekvtu/meshpart.hpp"
 
 #include "mekvtu/ancestors.hpp"
 
@@ -11,10 +11,10 @@ namespace MekVtu {
 
 namespace {
 
-/// Rows of the coordinates that none of the parts uses.
-std::vector<std::uint32_t> unusedRows(const std::vector<const Part*>& parts) {
+/// Rows of the coordinates that no mesh part uses.
+std::vector<std::uint32_t> unusedRows(const std::vector<const MeshPart*>& parts) {
     std::vector<bool> isUsed(parts.front()->mesh.coordinateRows, false);
-    for (const Part* const part : parts) {
+    for (const MeshPart* const part : parts) {
         for (const std::uint32_t row : part->mesh.rows) {
             isUsed[row] = true;
         }
@@ -30,7 +30,7 @@ std::vector<std::uint32_t> unusedRows(const std::vector<const Part*>& parts) {
 
 } // namespace
 
-Parts::Parts(MekReader::File& file) : file_(file) {
+MeshParts::MeshParts(MekReader::File& file) : file_(file) {
     for (const MekReader::Node& node : file.nodes()) {
         if (node.type == "Geometry") {
             geometries_.push_back(&node);
@@ -38,36 +38,36 @@ Parts::Parts(MekReader::File& file) : file_(file) {
     }
 }
 
-const std::vector<Part>& Parts::at(std::string_view step) {
+const std::vector<MeshPart>& MeshParts::at(std::string_view step) {
     std::vector<MeshSource> sources;
     sources.reserve(geometries_.size());
     for (const MekReader::Node* const geometry : geometries_) {
         sources.push_back(meshSource(file_, *geometry, step));
     }
     if (sources != sources_) {
-        parts_.clear();
+        meshParts_.clear();
         read(sources);
         sources_ = sources;
     }
-    return parts_;
+    return meshParts_;
 }
 
-void Parts::read(const std::vector<MeshSource>& sources) {
+void MeshParts::read(const std::vector<MeshSource>& sources) {
     for (std::size_t index = 0; index < sources.size(); ++index) {
         if (sources[index].coordinates != nullptr) {
-            parts_.push_back(partOf(index, sources[index]));
-            Part& part = parts_.back();
+            meshParts_.push_back(meshPartOf(index, sources[index]));
+            MeshPart& part = meshParts_.back();
             part.mesh = readMesh(file_, part.source, part.geometry->name);
         }
     }
     addUnusedNodes();
-    for (Part& part : parts_) {
+    for (MeshPart& part : meshParts_) {
         part.placement.placePoints(part.mesh.points);
     }
 }
 
-Part Parts::partOf(std::size_t index, const MeshSource& source) const {
-    Part part;
+MeshPart MeshParts::meshPartOf(std::size_t index, const MeshSource& source) const {
+    MeshPart part;
     part.geometry = geometries_[index];
     part.source = source;
     part.number = index;
@@ -81,17 +81,17 @@ Part Parts::partOf(std::size_t index, const MeshSource& source) const {
     return part;
 }
 
-void Parts::addUnusedNodes() {
-    std::map<const MekReader::Variable*, std::vector<const Part*>> partsOfCoordinates;
-    for (const Part& part : parts_) {
+void MeshParts::addUnusedNodes() {
+    std::map<const MekReader::Variable*, std::vector<const MeshPart*>> partsOfCoordinates;
+    for (const MeshPart& part : meshParts_) {
         partsOfCoordinates[part.source.coordinates].push_back(&part);
     }
-    std::vector<Part> added;
+    std::vector<MeshPart> added;
     for (const auto& [coordinates, parts] : partsOfCoordinates) {
         std::vector<std::uint32_t> rows = unusedRows(parts);
         if (!rows.empty()) {
-            const Part& first = *parts.front();
-            Part part = partOf(first.number, first.source);
+            const MeshPart& first = *parts.front();
+            MeshPart part = meshPartOf(first.number, first.source);
             part.isOfUnusedNodes = true;
             part.number += geometries_.size();
             part.name += " (nodes without elements)";
@@ -99,10 +99,11 @@ void Parts::addUnusedNodes() {
             added.push_back(std::move(part));
         }
     }
-    // in the order of the geometries, and not of addresses
-    std::sort(added.begin(), added.end(),
-              [](const Part& left, const Part& right) { return left.number < right.number; });
-    std::move(added.begin(), added.end(), std::back_inserter(parts_));
+    // the map is sorted by address; sort by geometry instead
+    std::sort(added.begin(), added.end(), [](const MeshPart& left, const MeshPart& right) {
+        return left.number < right.number;
+    });
+    std::move(added.begin(), added.end(), std::back_inserter(meshParts_));
 }
 
 } // namespace MekVtu

@@ -1,4 +1,4 @@
-#include "mekvtu/xmltext.hpp"
+#include "mekvtu/xmlescape.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::string_view replacement = "\xEF\xBF\xBD"; // U+FFFD
 
-/// Bytes of the sequence that `lead` starts; 0 if it starts none.
+/// Length of the sequence that starts with `lead`; 0 if `lead` is invalid there.
 std::size_t sequenceLength(unsigned char lead) {
     if (lead < 0x80) {
         return 1;
@@ -27,7 +27,7 @@ bool isXmlCharacter(std::uint32_t point, std::size_t length) {
     return point >= shortest[length] && !isSurrogate && !isNone;
 }
 
-/// The bytes of the character at the start of `bytes`, or none if there is no valid one.
+/// The bytes of the first character of `bytes`; empty if it is invalid.
 std::string_view characterAt(std::string_view bytes) {
     const auto lead = static_cast<unsigned char>(bytes.front());
     const std::size_t length = sequenceLength(lead);
@@ -63,7 +63,7 @@ std::string escaped(std::string_view character) {
 
 } // namespace
 
-std::string xmlText(std::string_view bytes) {
+std::string escapeXml(std::string_view bytes) {
     std::string text;
     while (!bytes.empty()) {
         const std::string_view character = characterAt(bytes);
