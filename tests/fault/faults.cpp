@@ -1,6 +1,7 @@
 #include "fault/faults.hpp"
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <signal.h>
 #include <unistd.h>
 #if TYR_TEST_HAS_BYTES_OF_ZLIB
@@ -35,56 +36,55 @@ namespace {
 
 using Testing::Fault;
 
-struct {
-    bool isArmed = false;
-    bool isInLibrary = false;
-    bool hasStruck = false;
-    Fault kind{};
-    std::uint64_t callsLeft = 0;
-} injection;
-
-std::int64_t held = 0;
-std::int64_t given = 0; // bytes, by `operator new`
+Fault awaitedFault = Fault::None;
+std::uint64_t callsUntilFault = 0;
+bool isInLibrary = false;
 bool isInFlush = false;
-Testing::WriteRecorder* recorder = nullptr;
+std::int64_t allocations = 0;
+std::int64_t bytesOfNew = 0;
+std::vector<Testing::RecordedWrite>* recordedWrites = nullptr;
 
-bool strikes(Fault kind) {
-    const bool counts = injection.isArmed && injection.isInLibrary && injection.kind == kind;
-    if (!counts || --injection.callsLeft != 0) {
+/// The reader allocates a large buffer for each block. By default the C library returns its memory
+/// to the system each time, which takes most of the time of a test.
+[[maybe_unused]] const int keepsFreedMemory =
+    mallopt(M_MMAP_THRESHOLD, 1 << 25) + mallopt(M_TRIM_THRESHOLD, 1 << 28);
+
+/// Whether this call of the kind is the one that fails.
+bool fails(Fault kind) {
+    const bool counts = isInLibrary && awaitedFault == kind;
+    if (!counts || --callsUntilFault != 0) {
         return false;
     }
-    injection.isArmed = false;
-    injection.hasStruck = true;
+    awaitedFault = Fault::None;
     return true;
 }
 
 void* counted(void* memory) {
-    held += memory != nullptr ? 1 : 0;
+    allocations += memory != nullptr ? 1 : 0;
     return memory;
 }
 
 int fileOf(void* cookie) { return static_cast<int>(reinterpret_cast<std::intptr_t>(cookie)); }
 
 ssize_t writeFile(void* cookie, const char* bytes, std::size_t size) {
-    const bool isCut = strikes(Fault::ShortWrite);
+    size = fails(Fault::ShortWrite) ? size / 2 : size;
     errno = ENOSPC;
-    if (strikes(Fault::Write) || (isInFlush && strikes(Fault::Flush))) {
+    if (fails(Fault::Write) || (isInFlush && fails(Fault::Flush))) {
         return 0;
     }
-    const std::size_t taken = isCut ? size / 2 : size;
-    if (strikes(Fault::Kill)) {
+    if (fails(Fault::Kill)) {
         const ssize_t written = write(fileOf(cookie), bytes, size / 2);
         raise(written >= 0 ? SIGKILL : SIGABRT);
     }
-    if (recorder != nullptr) {
+    if (recordedWrites != nullptr) {
         const off_t position = lseek(fileOf(cookie), 0, SEEK_CUR);
-        recorder->writes.emplace_back(position, std::string(bytes, taken));
+        recordedWrites->push_back({static_cast<std::uint64_t>(position), {bytes, size}});
     }
-    return write(fileOf(cookie), bytes, taken);
+    return write(fileOf(cookie), bytes, size);
 }
 
 int seekFile(void* cookie, off64_t* position, int origin) {
-    if (strikes(Fault::Seek)) {
+    if (fails(Fault::Seek)) {
         errno = EINVAL;
         return -1;
     }
@@ -94,7 +94,7 @@ int seekFile(void* cookie, off64_t* position, int origin) {
 
 int closeFile(void* cookie) {
     const int result = close(fileOf(cookie));
-    return strikes(Fault::Close) ? EOF : result;
+    return fails(Fault::Close) ? EOF : result;
 }
 
 } // namespace
@@ -102,11 +102,11 @@ int closeFile(void* cookie) {
 extern "C" {
 
 std::FILE* __wrap_fopen64(const char* path, const char* mode) {
-    if (strikes(Fault::Open)) {
+    if (fails(Fault::Open)) {
         errno = EMFILE;
         return nullptr;
     }
-    if (!injection.isArmed && recorder == nullptr) {
+    if (awaitedFault == Fault::None && recordedWrites == nullptr) {
         return __real_fopen64(path, mode);
     }
     const int file = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
@@ -125,16 +125,16 @@ int __wrap_fflush(std::FILE* stream) {
 }
 
 void* __wrap_malloc(std::size_t size) {
-    return strikes(Fault::Malloc) ? nullptr : counted(__real_malloc(size));
+    return fails(Fault::Malloc) ? nullptr : counted(__real_malloc(size));
 }
 
-/// Compilers make it of a `malloc` whose memory is cleared.
+/// Compilers replace a `malloc` whose memory is cleared by this call.
 void* __wrap_calloc(std::size_t count, std::size_t size) {
-    return strikes(Fault::Malloc) ? nullptr : counted(__real_calloc(count, size));
+    return fails(Fault::Malloc) ? nullptr : counted(__real_calloc(count, size));
 }
 
 void* __wrap_realloc(void* memory, std::size_t size) {
-    if (strikes(Fault::Realloc)) {
+    if (fails(Fault::Realloc)) {
         return nullptr;
     }
     void* const moved = __real_realloc(memory, size);
@@ -142,48 +142,48 @@ void* __wrap_realloc(void* memory, std::size_t size) {
 }
 
 void __wrap_free(void* memory) {
-    held -= memory != nullptr ? 1 : 0;
+    allocations -= memory != nullptr ? 1 : 0;
     __real_free(memory);
 }
 
 #if TYR_TEST_HAS_BYTES_OF_ZLIB
 int __wrap_compress2(Bytef* target, uLongf* targetSize, const Bytef* source, uLong size,
                      int level) {
-    if (strikes(Fault::CompressMemory)) {
+    if (fails(Fault::CompressMemory)) {
         return Z_MEM_ERROR;
     }
-    return strikes(Fault::Compress) ? Z_BUF_ERROR
-                                    : __real_compress2(target, targetSize, source, size, level);
+    return fails(Fault::Compress) ? Z_BUF_ERROR
+                                  : __real_compress2(target, targetSize, source, size, level);
 }
 #else
 libdeflate_compressor* __wrap_libdeflate_alloc_compressor(int level) {
-    return strikes(Fault::CompressMemory) ? nullptr : __real_libdeflate_alloc_compressor(level);
+    return fails(Fault::CompressMemory) ? nullptr : __real_libdeflate_alloc_compressor(level);
 }
 
 std::size_t __wrap_libdeflate_zlib_compress(libdeflate_compressor* compressor, const void* source,
                                             std::size_t size, void* target, std::size_t capacity) {
-    return strikes(Fault::Compress)
+    return fails(Fault::Compress)
                ? 0
                : __real_libdeflate_zlib_compress(compressor, source, size, target, capacity);
 }
 #endif
 
 std::time_t __wrap_time(std::time_t* time) {
-    constexpr std::time_t stopped = 1700000000;
+    constexpr std::time_t fixed = 1700000000;
     if (time != nullptr) {
-        *time = stopped;
+        *time = fixed;
     }
-    return stopped;
+    return fixed;
 }
 
 } // extern "C"
 
 void* operator new(std::size_t size) {
-    void* const memory = strikes(Fault::New) ? nullptr : counted(__real_malloc(size));
+    void* const memory = fails(Fault::New) ? nullptr : counted(__real_malloc(size));
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
-    given += static_cast<std::int64_t>(size);
+    bytesOfNew += static_cast<std::int64_t>(size);
     return memory;
 }
 
@@ -195,19 +195,26 @@ void operator delete[](void* memory, std::size_t) noexcept { operator delete(mem
 
 namespace Testing {
 
-Injection::Injection(Fault kind, std::uint64_t number) {
-    injection = {true, false, false, kind, number};
+bool injectFault(Fault kind, std::uint64_t number, const std::function<void()>& action) {
+    awaitedFault = kind;
+    callsUntilFault = number;
+    action();
+    awaitedFault = Fault::None;
+    return callsUntilFault == 0;
 }
-Injection::~Injection() { injection.isArmed = false; }
-bool Injection::hasStruck() { return injection.hasStruck; }
 
-LibraryCall::LibraryCall() { injection.isInLibrary = true; }
-LibraryCall::~LibraryCall() { injection.isInLibrary = false; }
+LibraryCall::LibraryCall() { isInLibrary = true; }
+LibraryCall::~LibraryCall() { isInLibrary = false; }
 
-std::int64_t heldAllocations() { return held; }
-std::int64_t givenBytes() { return given; }
+std::int64_t liveAllocations() { return allocations; }
+std::int64_t allocatedBytes() { return bytesOfNew; }
 
-WriteRecorder::WriteRecorder() { recorder = this; }
-WriteRecorder::~WriteRecorder() { recorder = nullptr; }
+std::vector<RecordedWrite> recordWrites(const std::function<void()>& action) {
+    std::vector<RecordedWrite> writes;
+    recordedWrites = &writes;
+    action();
+    recordedWrites = nullptr;
+    return writes;
+}
 
 } // namespace Testing

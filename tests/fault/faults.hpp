@@ -1,48 +1,41 @@
 /// @file
-/// Makes a single call of the system, the allocator or the compression fail, by wrapping it at
+/// Makes one call of the system, the allocator or the compression fail. The calls are wrapped at
 /// link time.
 ///
-/// Streams are real ones of the C library over a file, so that buffering, short writes and the
-/// error that a stream keeps are real as well. Without a fault in wait nothing is changed but the
-/// clock, which stands still.
+/// Files are real files and streams are those of the C library, so that buffering, short writes and
+/// the error flag of a stream are real as well. Without an injected fault only the clock differs:
+/// it does not advance.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace Testing {
 
 enum class Fault {
+    None,
     Open,           ///< the file cannot be opened
-    Write,          ///< the system takes none of the bytes
-    ShortWrite,     ///< the system takes half of the bytes
+    Write,          ///< the system writes none of the bytes
+    ShortWrite,     ///< the system writes half of the bytes
     Seek,           ///< the file position cannot be set
     Flush,          ///< a write within `fflush` fails
-    Close,          ///< the system reports a failure when the file is closed
-    Malloc,         ///< no memory
-    Realloc,        ///< no memory
-    New,            ///< no memory
+    Close,          ///< the system reports an error when the file is closed
+    Malloc,         ///< no memory from `malloc` or `calloc`
+    Realloc,        ///< no memory from `realloc`
+    New,            ///< no memory from `operator new`
     CompressMemory, ///< no memory inside of the compression
     Compress,       ///< the compression fails for another reason
     Kill            ///< the process is killed in the middle of a write
 };
 
-/// While it lives the `number`-th call of a kind fails, counted from 1. Only calls within a
-/// `LibraryCall` count.
-class Injection {
-public:
-    Injection(Fault kind, std::uint64_t number);
-    Injection(const Injection&) = delete;
-    Injection& operator=(const Injection&) = delete;
-    ~Injection();
+/// Makes the `number`-th call of a kind fail while `action` runs, counted from 1. Only calls within
+/// a `LibraryCall` count.
+/// @return false if there are fewer calls
+bool injectFault(Fault kind, std::uint64_t number, const std::function<void()>& action);
 
-    /// There were as many calls.
-    static bool hasStruck();
-};
-
-/// Marks what is a call of the library and not the test's own.
+/// While it lives, calls are those of the library and not of the test.
 class LibraryCall {
 public:
     LibraryCall();
@@ -51,22 +44,18 @@ public:
     ~LibraryCall();
 };
 
-/// Memory that was taken and not given back, in pieces.
-std::int64_t heldAllocations();
+/// Number of allocations that are not freed.
+std::int64_t liveAllocations();
 
-/// All bytes that `operator new` has given so far.
-std::int64_t givenBytes();
+/// Bytes that `operator new` has returned since the start of the process.
+std::int64_t allocatedBytes();
 
-/// While it lives all writes are noted in the order of time: their positions in the file, and the
-/// bytes.
-class WriteRecorder {
-public:
-    WriteRecorder();
-    WriteRecorder(const WriteRecorder&) = delete;
-    WriteRecorder& operator=(const WriteRecorder&) = delete;
-    ~WriteRecorder();
-
-    std::vector<std::pair<std::uint64_t, std::string>> writes;
+struct RecordedWrite {
+    std::uint64_t position; ///< in the file
+    std::string bytes;
 };
+
+/// All writes to the file while `action` runs, in the order of time.
+std::vector<RecordedWrite> recordWrites(const std::function<void()>& action);
 
 } // namespace Testing

@@ -1,5 +1,5 @@
 /// @file
-/// Write cycles of one model with every public operation, many blocks and an index block.
+/// An application that uses every public operation, with its reaction to an error.
 #pragma once
 
 #include <tyr/exception/exception.hpp>
@@ -7,7 +7,9 @@
 
 #include "fault/faults.hpp"
 #include "support/everything.hpp"
+#include "support/testing.hpp"
 
+#include <filesystem>
 #include <memory>
 #include <new>
 #include <set>
@@ -17,39 +19,40 @@
 
 namespace Testing {
 
-/// What the application does when an operation has failed.
+/// What the application does after an error.
 enum class Reaction {
-    GoOn,   ///< goes on with what the failure left possible, and closes
+    GoOn,   ///< tries all further operations, then closes
     Close,  ///< closes at once
-    Destroy ///< destroys the model, as it also does without a failure
+    Destroy ///< destroys the model; it never closes, also without an error
 };
 
-/// A failure that reached the application.
-struct Heard {
+struct ReportedError {
     std::string operation;
-    std::string failure; ///< code of the class and message; "0 " for `std::bad_alloc`
+    std::string message; ///< code and message of the exception; "0 " for `std::bad_alloc`
 };
 
 /// One write cycle as the application saw it.
 struct Cycle {
     std::string path;
     unsigned int results;
-    bool isOpen = false;          ///< `saveTo` returned
-    bool isClosed = false;        ///< `close` returned
-    std::set<std::string> left{}; ///< by operations that returned
+    bool isOpen = false;                     ///< `saveTo` returned
+    bool isClosed = false;                   ///< `close` returned
+    std::set<std::string> expectedContent{}; ///< of operations that returned
 };
 
+/// Write cycles of one model.
 class WriteCycles {
 public:
-    /// Blocks of 200 bytes end with each array. 22 results or more take an index block then.
+    /// With blocks of 200 bytes each array has a block, and 22 results need an index block.
     WriteCycles(const std::string& folder, Reaction reaction, unsigned int results = 22)
         : cycles{{folder + "/first", results}, {folder + "/second", 1}}, reaction_(reaction) {}
 
-    void run(bool first = false) {
-        cycles.resize(first ? 1 : 2);
+    void run(std::size_t count = 2) {
+        cycles.resize(count);
         for (Cycle& cycle : cycles) {
+            std::filesystem::remove(cycle.path);
             if (!model_ && !attempt("Model", [&] { model_ = std::make_unique<Model>(); })) {
-                gaveUp_ = false;
+                hasStopped_ = false;
                 model_ = std::make_unique<Model>();
             }
             cycle.isOpen = attempt("saveTo", [&] { model_->saveTo(cycle.path, options_); });
@@ -61,7 +64,7 @@ public:
         }
     }
 
-    /// One more cycle, after whatever happened before. Nothing may fail.
+    /// One more write cycle, in which no error is expected.
     void runAgain(const std::string& path) {
         if (!model_) {
             model_ = std::make_unique<Model>();
@@ -72,40 +75,36 @@ public:
         model_.reset();
     }
 
-    std::vector<Heard> heard;
+    std::vector<ReportedError> errors;
     std::vector<Cycle> cycles;
 
 private:
     template <class Action>
     bool attempt(const std::string& operation, const Action& action) {
-        if (gaveUp_) {
+        if (hasStopped_) {
             return false;
         }
         try {
             const LibraryCall call;
             action();
             return true;
-        } catch (const Tyr::Exception::Exception& failure) {
-            heard.push_back({operation, std::to_string(failure.code()) + ' ' + failure.what()});
+        } catch (const Tyr::Exception::Exception& error) {
+            errors.push_back({operation, std::to_string(error.code()) + ' ' + error.what()});
         } catch (const std::bad_alloc&) {
-            heard.push_back({operation, "0 "});
+            errors.push_back({operation, "0 "});
         }
-        gaveUp_ = reaction_ != Reaction::GoOn;
+        hasStopped_ = reaction_ != Reaction::GoOn;
         return false;
     }
 
     void addEverything(Cycle& cycle) {
-        Everything(cycle.results, [&](const std::string& name, const auto& operation) {
-            const bool hasReturned = attempt(name, operation);
+        Everything(cycle.results, [&](const std::string& content, const auto& operation) {
+            const bool hasReturned = attempt(content, operation);
             if (hasReturned) {
-                cycle.left.insert(name);
+                cycle.expectedContent.insert(content);
             }
             return hasReturned;
         }).addTo(*model_);
-        if (cycle.left.count(shapeName) == 0 &&
-            model_->getNodeId(rootPath + '/' + shapeName) != 0) {
-            heard.push_back({shapeName, "is there although it was refused"});
-        }
     }
 
     template <class T>
@@ -114,14 +113,14 @@ private:
         target = copy;
     }
 
-    /// The write cycle goes on in the model that it was moved to.
+    /// Copies the values of the interface, and moves the model with its open write cycle.
     void useValues() {
         attempt("values", [] {
             Attributes attributes;
-            attributes.set("a text with a long key", "a text that needs memory of its own");
+            attributes.set("a string with a long key", "a string that needs an allocation");
             attributes.set("a vector", std::vector<float>(7));
             NodeProperties properties;
-            properties.set(PropertyType::Shininess, "a text that does not fit here");
+            properties.set(PropertyType::Shininess, "a string of the wrong kind");
             StepList steps(1);
             steps.set(0, Step{"a step with a long name", attributes});
             copyTo(Step(), steps[0]);
@@ -131,11 +130,11 @@ private:
             copyTo(Array1d<float>(2), Array1d<float>(60));
             copyTo(Array2d<unsigned int>(20, 6), Array2d<unsigned int>(1, 2));
         });
-        attempt("moved model", [&] {
+        attempt("move construction", [&] {
             auto next = std::make_unique<Model>(std::move(*model_));
             model_.swap(next);
         });
-        attempt("model moved to", [&] {
+        attempt("move assignment", [&] {
             auto next = std::make_unique<Model>();
             *next = std::move(*model_);
             model_.swap(next);
@@ -143,20 +142,20 @@ private:
     }
 
     void end(Cycle& cycle) {
-        gaveUp_ = false;
+        hasStopped_ = false;
         if (reaction_ == Reaction::Destroy) {
             attempt("destruction", [&] { model_.reset(); });
         } else {
             cycle.isClosed = attempt("close", [&] { model_->close(); });
-            gaveUp_ = false;
+            hasStopped_ = false;
             attempt("close after close", [&] { model_->close(); });
         }
-        gaveUp_ = false;
+        hasStopped_ = false;
     }
 
     Reaction reaction_;
-    const SaverOptions options_{true, "a tool that tests failures", "a version of this tool"};
-    bool gaveUp_ = false;
+    const SaverOptions options_{true, "a tool with a long name", "a version with a long name"};
+    bool hasStopped_ = false;
     std::unique_ptr<Model> model_;
 };
 

@@ -1,8 +1,5 @@
-/// What the system itself refuses: room and names.
-#include "fault/writecycles.hpp"
-#include "mekreader/error.hpp"
-#include "mekreader/model.hpp"
-#include "support/testing.hpp"
+/// Errors of the system itself: a full device, and paths that cannot be opened.
+#include "fault/writtenfile.hpp"
 
 #include <sched.h>
 #include <sys/mount.h>
@@ -10,7 +7,7 @@
 
 #include <filesystem>
 #include <fstream>
-#include <map>
+#include <set>
 #include <string>
 
 namespace {
@@ -18,53 +15,57 @@ namespace {
 using namespace Testing;
 namespace fs = std::filesystem;
 
-using RealFaultTest = FolderTest;
-
 const SaverOptions options{true};
 
-/// @return operation and message in which the application heard of it; nothing if there was room
-std::string writeIn(const fs::path& directory) {
-    WriteCycles cycles(directory.string(), Reaction::Close);
-    cycles.run(true);
-    const std::string file = cycles.cycles[0].path;
-    if (cycles.heard.empty()) {
-        EXPECT_NO_THROW(MekReader::check(file));
-        return "";
+class SystemErrorTest : public WrittenFileTest {
+protected:
+    /// @return operation and message of the error; an empty string if the file is written
+    std::string errorOfWrite() {
+        WriteCycles cycles(folder.string(), Reaction::Close);
+        cycles.run(1);
+        if (cycles.errors.empty()) {
+            EXPECT_EQ(checkError(), "no error");
+            return "";
+        }
+        const std::string& message = cycles.errors[0].message;
+        EXPECT_TRUE(message == "7 Unable to write to file" ||
+                    message == "7 Saving the buffer failed");
+        EXPECT_FALSE(cycles.cycles[0].isClosed);
+        EXPECT_THROW(MekReader::check(path("first")), MekReader::Unfinished);
+        return cycles.errors[0].operation + ": " + message;
     }
-    EXPECT_TRUE(cycles.heard[0].failure == "7 Unable to write to file" ||
-                cycles.heard[0].failure == "7 Saving the buffer failed");
-    EXPECT_FALSE(cycles.cycles[0].isClosed);
-    EXPECT_THROW(MekReader::check(file), MekReader::Unfinished);
-    return cycles.heard[0].operation + ": " + cycles.heard[0].failure;
-}
+};
 
-/// The room of an index block stays a hole until the end, so that the device can be full for the
-/// tables alone, and for what the last flush hands over.
-TEST_F(RealFaultTest, AFullDeviceIsHeardOf) {
+TEST_F(SystemErrorTest, CloseReportsAFullDevice) {
     Model model;
     model.saveTo("/dev/full", options);
     EXPECT_EQ(messageOf<Tyr::Exception::FileWriteException>([&] { model.close(); }),
               "Saving the buffer failed");
-    // a user namespace of its own gives the right to mount
+}
+
+/// An index block is not written before the end, so that a device can be full only for the tables
+/// and the last flush.
+TEST_F(SystemErrorTest, AFileThatDoesNotFitIsReportedAndUnfinished) {
+    // only root may mount, except in a user namespace
     if (unshare(CLONE_NEWNS) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) {
         GTEST_SKIP() << "no namespace for a mount";
     }
     mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
     const BlockSizeVariable blockSize("200");
-    std::map<std::string, int> counts;
+    std::set<std::string> errors;
     const auto pageSize = sysconf(_SC_PAGESIZE);
-    for (int pages = 1; counts[""] == 0; ++pages) {
+    for (int pages = 1; errors.count("") == 0; ++pages) {
         const std::string size = "size=" + std::to_string(pages * pageSize);
         if (mount("tmpfs", folder.c_str(), "tmpfs", 0, size.c_str()) != 0) {
             GTEST_SKIP() << "no right to mount";
         }
-        ++counts[writeIn(folder)];
+        errors.insert(errorOfWrite());
         umount(folder.c_str());
     }
-    EXPECT_EQ(counts.count("close: 7 Unable to write to file"), 1U);
+    EXPECT_EQ(errors.count("close: 7 Unable to write to file"), 1U);
 }
 
-TEST_F(RealFaultTest, WhatCannotBeOpenedIsNamed) {
+TEST_F(SystemErrorTest, APathThatCannotBeOpenedIsNamedAndLeftAsItIs) {
     std::ofstream(path("file")) << "content";
     fs::permissions(path("file"), fs::perms::owner_read);
     fs::create_directory(path("closed"));
@@ -72,7 +73,7 @@ TEST_F(RealFaultTest, WhatCannotBeOpenedIsNamed) {
     const uid_t user = geteuid();
     constexpr uid_t nobody = 65534;
     if (user == 0 && seteuid(nobody) != 0) {
-        GTEST_SKIP() << "everything is allowed";
+        GTEST_SKIP() << "root has all permissions";
     }
     for (const std::string& to :
          {folder.string(), path("none/file"), path("file/file"), path("file"), path("closed/file"),
@@ -87,12 +88,12 @@ TEST_F(RealFaultTest, WhatCannotBeOpenedIsNamed) {
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 2);
 }
 
-TEST_F(RealFaultTest, ALinkToNothingMakesItsTarget) {
-    fs::create_symlink(path("target"), path("link"));
+TEST_F(SystemErrorTest, ADanglingLinkCreatesItsTarget) {
+    fs::create_symlink(path("first"), path("link"));
     Model model;
-    model.saveTo(path("link")); // names no file that stands there
+    model.saveTo(path("link")); // no file exists yet
     model.close();
-    EXPECT_NO_THROW(MekReader::check(path("target")));
+    EXPECT_EQ(checkError(), "no error");
     EXPECT_TRUE(fs::is_symlink(path("link")));
     EXPECT_EQ(messageOf<Tyr::Exception::FileOpenException>([&] { model.saveTo(path("link")); }),
               "File exists.");
