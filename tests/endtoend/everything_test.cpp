@@ -4,6 +4,7 @@
 #include "support/everything.hpp"
 #include "support/testing.hpp"
 
+#include <array>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,60 +12,50 @@
 namespace {
 
 using namespace Testing;
-using MekReader::Variable;
 
-/// The value of the block size variable, or null, and how many blocks this makes, free ones
-/// included.
+/// The block size variable, and the number of entries that it leads to.
 using Blocks = std::pair<const char*, std::size_t>;
 
-/// Writes one model with everything in it, and reads it back.
 class EverythingTest : public FolderTest, public ::testing::WithParamInterface<Blocks> {
 protected:
-    void write() {
-        const BlockSizeVariable blockSize(GetParam().first);
-        Model model;
-        model.saveTo(path("out"), SaverOptions{false, "everything", "1.0"});
-        Everything().addTo(model);
-        model.close();
-    }
-
     static void checkTree(const MekReader::File& file) {
-        const MekReader::AttributeList& attributes = file.nodes()[0].group->attributes;
-        EXPECT_EQ(attributes.size(), 5U);
-        EXPECT_EQ(std::get<std::uint32_t>(attributes.at("unsigned")), 4000000000U);
-        EXPECT_EQ(std::get<std::uint32_t>(attributes.at("int")), 4294967295U);
-        EXPECT_EQ(std::get<float>(attributes.at("float")), 1.5F);
-        EXPECT_EQ(std::get<std::string>(attributes.at("a text with a long key")),
-                  std::string(256, 't'));
-        EXPECT_EQ(std::get<std::string>(attributes.at("")), "line\nend \xC3\xA9\x1A");
+        const std::string longString(256, 's');
+        const MekReader::AttributeList attributes = {{"unsigned", 4000000000U},
+                                                     {"int", 4294967295U},
+                                                     {"float", 1.5F},
+                                                     {"a string with a long key", longString},
+                                                     {"", "line\nend \xC3\xA9\x1A"}};
+        EXPECT_TRUE(file.nodes()[0].group->attributes == attributes);
         EXPECT_EQ(file.nodes()[0].group->rootFlag, 1);
         ASSERT_EQ(file.nodes()[7].name, groupName);
-        const MekReader::Group& placed = *file.nodes()[7].group;
-        EXPECT_EQ(placed.translation, (std::array<float, 3>{0.1F, -2, 3e30F}));
-        EXPECT_EQ(placed.rotation, (std::array<float, 4>{0, 1, 0, 0.5F}));
-        EXPECT_EQ(placed.scale, (std::array<float, 3>{2, 2, 2}));
+        const MekReader::Group& group = *file.nodes()[7].group;
+        EXPECT_EQ(group.translation, (std::array<float, 3>{0.1F, -2, 3e30F}));
+        EXPECT_EQ(group.rotation, (std::array<float, 4>{0, 1, 0, 0.5F}));
+        EXPECT_EQ(group.scale, (std::array<float, 3>{2, 2, 2}));
         ASSERT_EQ(file.nodes()[8].name, shapeName);
-        const MekReader::Material& look = *file.nodes()[8].material;
-        EXPECT_EQ(look.diffuseColor, (std::array<float, 4>{0.2F, 0.4F, 0.6F, 1}));
-        EXPECT_EQ(look.emissiveColor, (std::array<float, 4>{0.1F, 0, 0, 1}));
-        EXPECT_EQ(look.ambientColor, (std::array<float, 4>{0.1F, 0.2F, 0.3F, 0.5F}));
-        EXPECT_EQ(look.specularColor, (std::array<float, 4>{1, 2, 3, 1}));
-        EXPECT_EQ(look.transparency, 0.25F);
-        EXPECT_EQ(look.shininess, 0.2F);
-        EXPECT_FALSE(look.materialFlag);
+        const MekReader::Material& material = *file.nodes()[8].material;
+        using Colors = std::vector<std::array<float, 4>>;
+        EXPECT_EQ(
+            (Colors{material.diffuseColor, material.emissiveColor, material.ambientColor,
+                    material.specularColor}),
+            (Colors{
+                {0.2F, 0.4F, 0.6F, 1}, {0.1F, 0, 0, 1}, {0.1F, 0.2F, 0.3F, 0.5F}, {1, 2, 3, 1}}));
+        EXPECT_EQ(material.transparency, 0.25F);
+        EXPECT_EQ(material.shininess, 0.2F);
+        EXPECT_FALSE(material.materialFlag);
     }
 
     static void checkArrays(MekReader::File& file) {
-        const std::vector<Variable>& owners = file.nodes().at(3).variables; // of the body
-        const std::vector<Variable>& links = file.nodes().at(5).variables;  // of the skin
+        const auto& owners = file.nodes().at(3).variables; // of the body
+        const auto& links = file.nodes().at(5).variables;  // of the skin
         ASSERT_EQ(owners.size(), 4 + Everything::allResults);
         ASSERT_EQ(links.size(), 3 + Everything::allResults);
         EXPECT_EQ(file.floats(links[0]), valuesOf<float>(1, 100, 3));
         EXPECT_EQ(file.words(owners[1]), valuesOf<unsigned int>(2, 80, 1));
         EXPECT_EQ(file.words(links[2]), specialFloats);
         for (unsigned int number = 0; number < Everything::allResults; ++number) {
-            const Variable& owner = owners[4 + number];
-            const Variable& link = links[3 + number];
+            const MekReader::Variable& owner = owners[4 + number];
+            const MekReader::Variable& link = links[3 + number];
             EXPECT_EQ(owner.name, resultName + "\x1Estep of the number " + std::to_string(number));
             EXPECT_EQ(link.name, owner.name);
             EXPECT_EQ(std::get<std::uint32_t>(owner.attributes.at("Step")), number);
@@ -75,10 +66,14 @@ protected:
     }
 };
 
-TEST_P(EverythingTest, EveryValueIsReadBackAndNothingIsPrinted) {
+TEST_P(EverythingTest, IsReadBackAndPrintsNothing) {
     ::testing::internal::CaptureStdout();
     ::testing::internal::CaptureStderr();
-    write();
+    const BlockSizeVariable blockSize(GetParam().first);
+    Model model;
+    model.saveTo(path("out"), SaverOptions{false, "everything", "1.0"});
+    Everything().addTo(model);
+    model.close();
     EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
 

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <malloc.h>
-#include <signal.h>
 #include <unistd.h>
 #if TYR_TEST_HAS_BYTES_OF_ZLIB
 #include <zlib.h>
@@ -71,10 +70,6 @@ ssize_t writeFile(void* cookie, const char* bytes, std::size_t size) {
     errno = ENOSPC;
     if (fails(Fault::Write) || (isInFlush && fails(Fault::Flush))) {
         return 0;
-    }
-    if (fails(Fault::Kill)) {
-        const ssize_t written = write(fileOf(cookie), bytes, size / 2);
-        raise(written >= 0 ? SIGKILL : SIGABRT);
     }
     if (recordedWrites != nullptr) {
         const off_t position = lseek(fileOf(cookie), 0, SEEK_CUR);
@@ -187,11 +182,8 @@ void* operator new(std::size_t size) {
     return memory;
 }
 
-void* operator new[](std::size_t size) { return operator new(size); }
 void operator delete(void* memory) noexcept { __wrap_free(memory); }
-void operator delete[](void* memory) noexcept { operator delete(memory); }
 void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { operator delete(memory); }
 
 namespace Testing {
 

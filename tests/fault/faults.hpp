@@ -26,8 +26,7 @@ enum class Fault {
     Realloc,        ///< no memory from `realloc`
     New,            ///< no memory from `operator new`
     CompressMemory, ///< no memory inside of the compression
-    Compress,       ///< the compression fails for another reason
-    Kill            ///< the process is killed in the middle of a write
+    Compress        ///< the compression fails for another reason
 };
 
 /// Makes the `number`-th call of a kind fail while `action` runs, counted from 1. Only calls within

@@ -6,10 +6,13 @@
 #include <tyr/mek2/model.hpp>
 
 #include "fault/faults.hpp"
+#include "mekreader/error.hpp"
+#include "mekreader/model.hpp"
 #include "support/everything.hpp"
 #include "support/testing.hpp"
 
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <new>
 #include <set>
@@ -107,15 +110,13 @@ private:
         }).addTo(*model_);
     }
 
-    template <class T>
-    static void copyTo(T target, const T& value) {
-        const T copy(value);
-        target = copy;
-    }
-
     /// Copies the values of the interface, and moves the model with its open write cycle.
     void useValues() {
         attempt("values", [] {
+            const auto copyTo = [](auto target, const auto& value) {
+                const auto copy(value);
+                target = copy;
+            };
             Attributes attributes;
             attributes.set("a string with a long key", "a string that needs an allocation");
             attributes.set("a vector", std::vector<float>(7));
@@ -157,6 +158,32 @@ private:
     const SaverOptions options_{true, "a tool with a long name", "a version with a long name"};
     bool hasStopped_ = false;
     std::unique_ptr<Model> model_;
+};
+
+/// A test of the file of one write cycle.
+class WrittenFileTest : public FolderTest {
+protected:
+    /// One result makes a file with one index table, 22 make one with two, and 230 one with three
+    /// of which blocks are written early.
+    void write(unsigned int results) {
+        const BlockSizeVariable blockSize(results == 1 ? nullptr : "200");
+        WriteCycles(folder.string(), Reaction::GoOn, results).run(1);
+        file_ = std::fstream(path("first"), std::ios::binary | std::ios::out | std::ios::in);
+    }
+
+    void overwrite(std::size_t position, const std::string& bytes) {
+        file_.seekp(static_cast<std::streamoff>(position));
+        file_.write(bytes.data(), static_cast<std::streamsize>(bytes.size())).flush();
+    }
+
+    std::string checkError() const {
+        return messageOf<MekReader::Error>([&] { MekReader::check(path("first")); });
+    }
+
+    std::string written() const { return readFile(path("first")); }
+
+private:
+    std::fstream file_;
 };
 
 } // namespace Testing

@@ -23,7 +23,7 @@ TEST_F(PlatformTest, SeeksBeyondFourGibibytes) {
     ASSERT_NE(stream, nullptr);
     EXPECT_FALSE(seekTo(stream, std::uint64_t{1} << 63));
     EXPECT_TRUE(seekTo(stream, fourGibibytes + 7));
-    std::fputc('\n', stream); // one byte: the stream is binary
+    std::fputc('\n', stream); // one byte in a binary stream
     std::fclose(stream);
 
     EXPECT_EQ(std::filesystem::file_size(path("far")), fourGibibytes + 8);

@@ -1,5 +1,5 @@
 /// @file
-/// A model with everything in it that the public operations can write, the same on every system.
+/// A model that uses every public operation. Its file has the same content on every system.
 #pragma once
 
 #include <tyr/mek2/model.hpp>
@@ -8,21 +8,21 @@
 #include <cstring>
 #include <functional>
 #include <map>
+#include <numeric>
 #include <string>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace Testing {
 
 using namespace Tyr::Mek2;
 
-/// Values that tell dataset, row and column, row by row.
+/// Row by row; each value is different in each dataset.
 template <class T>
 std::vector<T> valuesOf(unsigned int dataset, std::size_t rows, std::size_t columns) {
-    std::vector<T> values;
-    for (std::size_t i = 0; i < rows * columns; ++i) {
-        values.push_back(static_cast<T>(1000 * dataset + 10 * (i / columns) + i % columns));
-    }
+    std::vector<T> values(rows * columns);
+    std::iota(values.begin(), values.end(), static_cast<T>(1000 * dataset));
     return values;
 }
 
@@ -32,12 +32,12 @@ Array2d<T> table(unsigned int dataset, std::size_t rows, std::size_t columns) {
     return Array2d<T>(rows, columns, values);
 }
 
-/// Bits that a floating-point unit might change on their way: not-a-numbers, infinities, zero,
-/// subnormal and largest numbers.
+/// Bits of floats that a conversion might change: not-a-numbers, infinities, -0, subnormal numbers
+/// and the largest one.
 inline const std::vector<std::uint32_t> specialFloats = {
     0x7F800001, 0xFFC12345, 0x7F800000, 0xFF800000, 0x80000000, 0x00000001, 0x807FFFFF, 0x7F7FFFFF};
 
-// long enough to need memory of their own
+// too long to be stored without an allocation
 inline const std::string rootPath = "/a root with a long name";
 inline const std::string groupName = "a group with a long name";
 inline const std::string shapeName = "a shape with a long name";
@@ -45,8 +45,8 @@ inline const std::string bodyName = "body of long name \xCE\x9B";
 inline const std::string skinName = "skin of long name";
 inline const std::string resultName = "a result with a long name";
 
-/// Runs one operation and tells whether it returned. The text names what it leaves in the file: a
-/// node, or a node, a slash and a variable.
+/// Runs one operation. The string names the content that it adds to the file: a node, or a node, a
+/// slash and a variable. @return whether the operation returned
 using Attempt = std::function<bool(const std::string&, const std::function<void()>&)>;
 
 class Everything {
@@ -77,29 +77,20 @@ private:
         attributes.set("unsigned", 4000000000U);
         attributes.set("int", -1);
         attributes.set("float", 1.5F);
-        attributes.set("a text with a long key", std::string(300, 't'));
+        attributes.set("a string with a long key", std::string(300, 's'));
         attributes.set("", "line\nend \xC3\xA9\x1A");
         return attributes;
     }
 
-    static NodeProperties placement() {
-        NodeProperties placement;
-        placement.set(PropertyType::Translation, Floats{0.1F, -2, 3e30F});
-        placement.set(PropertyType::Rotation, Floats{0, 1, 0, 0.5F});
-        placement.set(PropertyType::Scale, Floats{2, 2, 2});
-        return placement;
-    }
+    using Property = std::pair<PropertyType, std::variant<float, bool, Floats>>;
 
-    static NodeProperties look() {
-        NodeProperties look;
-        look.set(PropertyType::DiffuseColor, Floats{0.2F, 0.4F, 0.6F});
-        look.set(PropertyType::SpecularColor, Floats{1, 2, 3, 4});
-        look.set(PropertyType::EmissiveColor, Floats{0.1F, 0, 0});
-        look.set(PropertyType::AmbientColor, Floats{8, 8, 8}); // follows from the diffuse one
-        look.set(PropertyType::Transparency, 0.25F);
-        look.set(PropertyType::AmbientIntensity, 0.5F);
-        look.set(PropertyType::MaterialFlag, false);
-        return look;
+    static NodeProperties properties(const std::vector<Property>& list) {
+        NodeProperties properties;
+        for (const Property& property : list) {
+            std::visit([&](const auto& value) { properties.set(property.first, value); },
+                       property.second);
+        }
+        return properties;
     }
 
     void addTree(Model& model) {
@@ -124,16 +115,26 @@ private:
         });
         attempt_("components", [&] { model.addAssemblyComponents(others); });
         attempt_("setCurrentNodeId", [&] { model.setCurrentNodeId(1); });
-        add(NodeType::Group, groupName, placement());
+        add(NodeType::Group, groupName,
+            properties({{PropertyType::Translation, Floats{0.1F, -2, 3e30F}},
+                        {PropertyType::Rotation, Floats{0, 1, 0, 0.5F}},
+                        {PropertyType::Scale, Floats{2, 2, 2}}}));
         attempt_("moveToParentNode", [&] { model.moveToParentNode(); });
-        add(NodeType::Shape, shapeName, look());
+        add(NodeType::Shape, shapeName,
+            properties({{PropertyType::DiffuseColor, Floats{0.2F, 0.4F, 0.6F}},
+                        {PropertyType::SpecularColor, Floats{1, 2, 3, 4}},
+                        {PropertyType::EmissiveColor, Floats{0.1F, 0, 0}},
+                        {PropertyType::AmbientColor, Floats{8, 8, 8}}, // without effect
+                        {PropertyType::Transparency, 0.25F},
+                        {PropertyType::AmbientIntensity, 0.5F},
+                        {PropertyType::MaterialFlag, false}}));
         attempt_("getNodeId", [&] { model.getNodeId(paths[2] + '/' + skinName); });
         attempt_("getNodeId", [&] { model.getNodeId(names); });
     }
 
     template <class... Arguments>
-    void addArray(Model& model, const std::string& left, const Arguments&... arguments) {
-        attempt_(left, [&] { model.addArrayProperty(arguments...); });
+    void addArray(Model& model, const std::string& content, const Arguments&... arguments) {
+        attempt_(content, [&] { model.addArrayProperty(arguments...); });
     }
 
     void addArrays(Model& model) {

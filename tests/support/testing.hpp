@@ -1,15 +1,13 @@
 /// @file
-/// What the tests share: bytes as hex text, a folder per test, the environment, failures by
-/// message.
+/// Helpers of all tests: bytes as hex digits, a folder per test, the block size, error messages.
 #pragma once
 
 #include <tyr/exception/exception.hpp>
 
-#include "support/environment.hpp"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -31,8 +29,7 @@ inline std::string hex(std::string_view bytes) {
     return text;
 }
 
-/// A name in the folder for temporary files that is used once. A test with a parameter has a slash
-/// in its name.
+/// A new path in the folder for temporary files. The name of a test with a parameter has a slash.
 inline std::filesystem::path temporaryPath(std::string name) {
     std::replace(name.begin(), name.end(), '/', '-');
     return std::filesystem::temp_directory_path() /
@@ -44,48 +41,51 @@ inline std::string readFile(const std::filesystem::path& path) {
     return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-/// A test with a folder of its own, which is removed with it.
+/// A test with an empty folder, which is removed at its end.
 class FolderTest : public ::testing::Test {
 protected:
-    FolderTest() {
-        const auto* const info = ::testing::UnitTest::GetInstance()->current_test_info();
-        folder = temporaryPath(info->name());
-        std::filesystem::create_directories(folder);
-    }
+    FolderTest() { std::filesystem::create_directories(folder); }
     ~FolderTest() override { std::filesystem::remove_all(folder); }
 
     std::string path(const std::string& name) const { return (folder / name).string(); }
 
-    std::filesystem::path folder;
+    const std::filesystem::path folder =
+        temporaryPath(::testing::UnitTest::GetInstance()->current_test_info()->name());
 };
 
-/// Sets or unsets the block size variable as long as it lives.
+/// Sets `MEKWRITER_DEFAULT_BLOCK_SIZE` while it lives, or removes it if `value` is null.
 class BlockSizeVariable {
 public:
-    explicit BlockSizeVariable(const char* value) { setEnvironment(name, value); }
+    explicit BlockSizeVariable(const char* value) { set(value); }
     BlockSizeVariable(const BlockSizeVariable&) = delete;
     BlockSizeVariable& operator=(const BlockSizeVariable&) = delete;
-    ~BlockSizeVariable() { setEnvironment(name, nullptr); }
+    ~BlockSizeVariable() { set(nullptr); }
 
 private:
-    static constexpr const char* name = "MEKWRITER_DEFAULT_BLOCK_SIZE";
+    static void set(const char* value) {
+        constexpr const char* name = "MEKWRITER_DEFAULT_BLOCK_SIZE";
+#if defined(_WIN32)
+        _putenv_s(name, value != nullptr ? value : "");
+#else
+        value != nullptr ? setenv(name, value, 1) : unsetenv(name);
+#endif
+    }
 };
 
-/// The message of the failure of class `Failure` that `action` raises.
-template <class Failure, class Action>
+/// The message of the exception of class `Error` that `action` throws, or "no error".
+template <class Error, class Action>
 std::string messageOf(const Action& action) {
     try {
         action();
-    } catch (const Failure& failure) {
-        return failure.what();
+    } catch (const Error& error) {
+        return error.what();
     }
     return "no error";
 }
 
 } // namespace Testing
 
-/// Ends a test with literal compressed bytes where the library was built with something else than
-/// zlib, which is as right and packs otherwise.
+/// Ends a test that compares compressed bytes with those of zlib if the library uses another one.
 #define TYR_NEEDS_BYTES_OF_ZLIB()    \
     if (!TYR_TEST_HAS_BYTES_OF_ZLIB) \
     GTEST_SKIP() << "the expected bytes are those of zlib"

@@ -15,7 +15,7 @@ using ThreadsTest = Testing::FolderTest;
 
 constexpr unsigned int threadCount = 8;
 
-/// The numbers differ, so that the files do.
+/// Each number makes a different file.
 void write(const std::string& path, unsigned int number) {
     Model model;
     model.saveTo(path, SaverOptions{true});
@@ -24,7 +24,7 @@ void write(const std::string& path, unsigned int number) {
     model.close();
 }
 
-/// All that is in a file but the date.
+/// All streams without a date.
 std::string contentOf(const std::string& path) {
     MekReader::check(path);
     MekReader::Container container(path);
@@ -32,7 +32,7 @@ std::string contentOf(const std::string& path) {
            container.stream("Light Data") + container.stream("Attributes");
 }
 
-/// Small blocks, so that all threads ask for the process-wide growth step and write early.
+/// With small blocks, all threads use the process-wide growth step and write blocks early.
 TEST_F(ThreadsTest, ModelsOnDifferentThreadsAreIndependent) {
     const Testing::BlockSizeVariable blockSize("500");
     std::vector<std::thread> threads;
