@@ -3,6 +3,10 @@
 # A strip of 20-node bricks runs down the wall, through a quarter circle, and out along the shelf;
 # a thinner pad of another material lies on the end of the shelf. Grid point (i, j, k) counts half
 # elements along the strip, across it, and through its thickness from the outer side.
+#
+# With -v coarse=1 the mesh has 16 bricks. coarse.frd is its solution, with two modes and no strains:
+#   awk -v coarse=1 -f mesh.awk >mesh.inp
+#   sed 's/^S, E$/S/; s/^6$/2/' bracket.inp >coarse.inp && ccx -i coarse
 
 function node(i, j, k) { return 1 + i + 100 * j + 10000 * k }
 
@@ -49,8 +53,12 @@ BEGIN {
     pi = atan2(0, -1)
     wall_length = 60; shelf_length = 90; radius = 12; thickness = 6; pad_thickness = 4; width = 40
     wall_i = 20; bend_i = 12; shelf_i = 30                       # half elements
-    strip_i = wall_i + bend_i + shelf_i; strip_j = 16; strip_k = 4
-    pad_i = strip_i - 12; pad_k = strip_k + 2
+    strip_j = 16; strip_k = 4; pad_length_i = 12
+    if (coarse) {
+        wall_i = 4; bend_i = 4; shelf_i = 6; strip_j = 4; strip_k = 2; pad_length_i = 2
+    }
+    strip_i = wall_i + bend_i + shelf_i
+    pad_i = strip_i - pad_length_i; pad_k = strip_k + 2
 
     print "*NODE, NSET=ALL"
     for (k = 0; k <= pad_k; ++k)
