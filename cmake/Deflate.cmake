@@ -1,4 +1,4 @@
-# The library that compresses blocks, by MEKAPI2_DEFLATE: ${TYR_DEFLATE_LIBRARY} is its target.
+# Sets TYR_DEFLATE_LIBRARY to the target of the library that compresses blocks; see MEKAPI2_DEFLATE.
 
 if(MEKAPI2_DEFLATE STREQUAL "zlib")
     find_package(ZLIB REQUIRED)
@@ -12,5 +12,5 @@ elseif(MEKAPI2_DEFLATE STREQUAL "libdeflate")
     target_link_libraries(TyrLibdeflate INTERFACE ${LIBDEFLATE_LIBRARY})
     set(TYR_DEFLATE_LIBRARY TyrLibdeflate)
 else()
-    message(FATAL_ERROR "MEKAPI2_DEFLATE is '${MEKAPI2_DEFLATE}'; it takes zlib or libdeflate")
+    message(FATAL_ERROR "MEKAPI2_DEFLATE is '${MEKAPI2_DEFLATE}'; expected zlib or libdeflate")
 endif()

@@ -1,6 +1,6 @@
 include(CMakePackageConfigHelpers)
 
-# What an application needs to run is a component of its own; all else here is for its makers.
+# The component "runtime" is what an application needs to run, "dev" what its developers need.
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME dev)
 
 install(TARGETS MekApi2 EXPORT MekApi2Targets
@@ -14,11 +14,15 @@ install(EXPORT MekApi2Targets NAMESPACE MekApi2:: DESTINATION ${package_dir})
 configure_package_config_file(cmake/MekApi2Config.cmake.in MekApi2Config.cmake
     INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(MekApi2ConfigVersion.cmake COMPATIBILITY SameMajorVersion)
-install(FILES ${PROJECT_BINARY_DIR}/MekApi2Config.cmake ${PROJECT_BINARY_DIR}/MekApi2ConfigVersion.cmake
+install(FILES
+        ${PROJECT_BINARY_DIR}/MekApi2Config.cmake
+        ${PROJECT_BINARY_DIR}/MekApi2ConfigVersion.cmake
+        cmake/MekApi2Boost.cmake
     DESTINATION ${package_dir})
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT license)
 
-# The package can be moved: its paths are told relative to the place of the .pc file, unless they
-# were given as absolute ones.
+# The installation can be moved: paths are relative to the .pc file, unless they were configured as
+# absolute paths.
 file(RELATIVE_PATH pc_prefix
     ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" pc_prefix "${pc_prefix}")

@@ -1,4 +1,4 @@
-# GTest::gtest_main, from the package or, where there is none for the target, from its source.
+# Defines GTest::gtest_main, from the installed package or, if the target system has none, from source.
 
 find_package(GTest QUIET)
 if(NOT GTest_FOUND)

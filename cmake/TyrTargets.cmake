@@ -8,8 +8,8 @@ function(tyr_set_warnings target)
         COMPILE_WARNING_AS_ERROR ${MEKAPI2_WARNINGS_AS_ERRORS})
 endfunction()
 
-# Source paths are relative in failures, log lines and debug information. Of several that match,
-# one compiler takes the last and another the longest, so the longest come last.
+# Makes source paths relative in exceptions, log lines and debug information. If several maps match,
+# one compiler applies the last and another the longest, so the longest are last.
 function(tyr_map_source_paths target)
     if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
         target_compile_options(${target} PRIVATE

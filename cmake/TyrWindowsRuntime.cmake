@@ -1,5 +1,6 @@
-# The compiler's runtime as DLLs: library and application must share one, or a failure that crosses
-# from one to the other is not caught. They stand beside the programs in the build and in the package.
+# Copies the DLLs of the compiler's runtime to the programs, in the build tree and in the package.
+# Library and application must share one runtime: otherwise an exception thrown by one is not caught
+# by the other.
 
 if(NOT MINGW)
     return()

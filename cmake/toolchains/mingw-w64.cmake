@@ -1,6 +1,6 @@
 # Cross build for 64-bit Windows with Debian's g++-mingw-w64-x86-64-posix; programs run under wine.
 #
-# A project that uses the installed package names the place of it in CMAKE_FIND_ROOT_PATH.
+# A project that uses the installed package adds its folder to CMAKE_FIND_ROOT_PATH.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 
@@ -9,8 +9,8 @@ set(CMAKE_C_COMPILER ${triple}-gcc-posix)
 set(CMAKE_CXX_COMPILER ${triple}-g++-posix)
 set(CMAKE_RC_COMPILER ${triple}-windres)
 
-# Boost and Eigen are headers only, so those of the machine serve. They are shown to the compiler
-# through a folder that holds nothing else: the machine's own system headers must stay out of sight.
+# Boost and Eigen consist of headers, so the host's are used. The compiler sees them through a folder
+# of links, because the host's other headers must not be on its path.
 set(header_only_root ${CMAKE_BINARY_DIR}/header-only)
 get_property(in_try_compile GLOBAL PROPERTY IN_TRY_COMPILE)
 if(NOT in_try_compile)

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Unpacks the Debian packages into an empty folder and uses them there, as an application would.
+# Unpacks the Debian packages into an empty folder and uses them there as an application does.
 # Usage: package_test.sh FOLDER_OF_PACKAGES
 set -euo pipefail
 packages=$(realpath "$1")
@@ -28,14 +28,19 @@ check_contents() {
         grep -qF "$name (>= " <<<"$(field_of $runtime Depends)" ||
             fail "$runtime does not depend on $name"
     done
-    [ "$(files_of $runtime | grep -vc '/libMekApi2\.so\.2')" -eq 0 ] ||
-        fail "$runtime holds more than the library"
+    [ "$(files_of $runtime | grep -v '/copyright$' | grep -vc '/libMekApi2\.so\.2')" -eq 0 ] ||
+        fail "$runtime contains more than the library"
+    for name in $runtime libmekapi2-dev mekapi2-tools python3-mekapi2; do
+        cmp "$source/LICENSE" "$root/usr/share/doc/$name/copyright" || fail "$name has no licence"
+        grep -qF '<developers@mekapi2.invalid>' <<<"$(field_of "$name" Maintainer)" ||
+            fail "$name has no contact"
+    done
     [ -z "$(for name in $runtime libmekapi2-dev mekapi2-tools python3-mekapi2; do
-        files_of $name; done | sort | uniq -d)" ] || fail "two packages hold one file"
+        files_of "$name"; done | sort | uniq -d)" ] || fail "two packages contain the same file"
 }
 
-# $1: file; mekinfo of the packages takes it for right
-check_file() { "$root/usr/bin/mekinfo" --check "$1" >/dev/null || fail "$1 is wrong"; }
+# $1: a file that mekinfo of the packages must accept
+check_file() { "$root/usr/bin/mekinfo" --check "$1" >/dev/null || fail "$1 is invalid"; }
 
 check_cmake() {
     local program

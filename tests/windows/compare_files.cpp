@@ -1,4 +1,4 @@
-/// Compares two files, byte by byte but for the date text.
+/// Compares two files byte by byte, without the string of the date.
 #include "mekreader/model.hpp"
 
 #include <fstream>
@@ -8,8 +8,8 @@
 
 namespace {
 
-/// The stored bytes of all blocks but the one that holds the date, and the tables that tell its
-/// length: what they say is right once the file has passed the check.
+/// The stored bytes of all blocks except the one that contains the date, and except the index
+/// blocks, which contain its length and are validated by the check.
 std::string withoutDate(const std::filesystem::path& path) {
     std::ifstream stream(path, std::ios::binary);
     const std::string bytes(std::istreambuf_iterator<char>(stream), {});

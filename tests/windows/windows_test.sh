@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Proves a Windows build under wine. Usage: windows_test.sh CHECK, with what ctest sets:
+# Tests a Windows build under Wine. Usage: windows_test.sh CHECK, with variables that ctest sets:
 #   SOURCE_DIR, BUILD_DIR   of the project
 #   WINE                    runs a Windows program
 set -euo pipefail
@@ -9,17 +9,17 @@ package=$work/package
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
-# A server that outlives single programs, and the services that a first program would start: they
-# keep the output of what started them open.
+# Starts a server that outlives single programs, and Wine's services. The first program would start
+# them otherwise, and they would keep its output open.
 check_start() {
-    "$WINE" --server -k >/dev/null 2>&1 || true # one of an earlier run
+    "$WINE" --server -k >/dev/null 2>&1 || true # left by an earlier run
     "$WINE" --server -p >/dev/null 2>&1
     "$WINE" wineboot >/dev/null 2>&1
 }
 
 check_stop() { "$WINE" --server -k; }
 
-# Also builds what the same files are written and compared with on this system.
+# Also builds the programs that write the same files on this system and compare them.
 check_package() {
     rm -rf "$package"
     mkdir -p "$work"
@@ -29,7 +29,7 @@ check_package() {
     find "$package" -name '*.dll' -printf '%f  %s bytes\n' | sort
 }
 
-# What the DLL needs, what it shows, and what it does not tell.
+# Which DLLs the library needs, what it exports, and that it contains no paths.
 check_library() {
     local dll=$package/bin/MekApi2.dll needed exported
     needed=$(x86_64-w64-mingw32-objdump -p "$dll" | sed -n 's/.*DLL Name: //p' | sort | tr '\n' ' ')
@@ -42,17 +42,17 @@ check_library() {
     [ "$(grep -c '^Tyr::Mek2::Model$' <<<"$exported")" -ge 32 ] || fail "Model is not exported"
     diff <(grep -v '^typeinfo' "$SOURCE_DIR/tests/install/exports.txt") <(LC_ALL=C sort -u <<<"$exported") ||
         fail "other classes are exported"
-    ! strings -a "$dll" | grep -F -e "$SOURCE_DIR" -e "$BUILD_DIR" -e /usr || fail "it holds paths"
-    ! grep -rIF -e "$SOURCE_DIR" "$package" || fail "the package holds paths"
+    ! strings -a "$dll" | grep -F -e "$SOURCE_DIR" -e "$BUILD_DIR" -e /usr || fail "it contains paths"
+    ! grep -rIF -e "$SOURCE_DIR" "$package" || fail "the package contains paths"
 }
 
 # $1: file of Linux, $2: file of Windows
 check_same() {
     "$WINE" "$package/bin/mekinfo.exe" --check "$2"
-    "$SOURCE_DIR/build/release/bin/compare_files" "$1" "$2" || fail "$2 is another than $1"
+    "$SOURCE_DIR/build/release/bin/compare_files" "$1" "$2" || fail "$2 differs from $1"
 }
 
-# An application outside of the project, built against the package, writes what it writes on Linux.
+# An application built against the package writes the same files as on Linux.
 check_application() {
     local output folder linux=$work/application/linux
     cmake -S "$SOURCE_DIR/tests/install/application" -B "$work/application" \
@@ -73,7 +73,7 @@ check_application() {
     done
 }
 
-# The programs find their DLLs beside them, take names of every kind, and convert as on Linux.
+# The programs find their DLLs in their own folder, accept any path, and convert as on Linux.
 check_programs() {
     local folder=$work/programs/Λόγος example=$SOURCE_DIR/build/demo
     "$SOURCE_DIR/scripts/demo" >"$work/demo.log"
