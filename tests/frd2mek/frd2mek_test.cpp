@@ -13,6 +13,7 @@
 #include <iterator>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <tuple>
 #include <vector>
 
@@ -86,7 +87,7 @@ protected:
 };
 
 /// The geometry with this path, such as "/job/STEEL/HE8".
-const Node& geometry(const MekReader::File& file, const std::string& path) {
+const Node& geometry(const MekReader::File& file, std::string_view path) {
     for (const Node& node : file.nodes()) {
         std::string names;
         for (std::uint32_t id = node.parent; id != 0; id = file.nodes()[id - 1].parent) {
@@ -96,12 +97,15 @@ const Node& geometry(const MekReader::File& file, const std::string& path) {
             return node;
         }
     }
-    throw std::runtime_error("no shape " + path);
+    throw std::runtime_error("no shape " + std::string(path));
 }
 
 /// @param step empty for the mesh
-const Variable& variable(const Node& node, const std::string& name, const std::string& step = "") {
-    const std::string wanted = name + (step.empty() ? "" : "\x1E" + step);
+const Variable& variable(const Node& node, std::string_view name, std::string_view step = "") {
+    std::string wanted(name);
+    if (!step.empty()) {
+        wanted.append("\x1E").append(step);
+    }
     for (const Variable& candidate : node.variables) {
         if (candidate.name == wanted) {
             return candidate;
