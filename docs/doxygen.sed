@@ -1,5 +1,5 @@
-# Empties lines that doxygen takes for members of their own: explicit instantiations and
-# specialisations, which are documented at their templates, and the macros that list them.
+# Empties lines that doxygen would list as separate members: explicit instantiations and
+# specialisations, which are documented at their templates, and the macros that declare them.
 /^#define TYR_MEK2_.*[^\\]$/{s/.*//;b}
 /^#define TYR_MEK2_/,/[^\\]$/{s/.*//;b}
 /^TYR_MEK2_/s/.*//

@@ -15,7 +15,7 @@ SIZE = 1000, 680
 
 
 def files_of_last_static_step(collection):
-    """The files of all parts at the last step that is no mode of vibration."""
+    """The files of all mesh parts at the last step that is not a vibration mode."""
     entries = list(ElementTree.parse(collection).getroot().iter("DataSet"))
     step = [entry.get("step") for entry in entries if entry.get("step").startswith("Step")][-1]
     return step, [collection.parent / entry.get("file") for entry in entries
