@@ -15,13 +15,13 @@ namespace {
 constexpr std::size_t rgbChannels = 3;
 constexpr float defaultAmbientIntensity = 0.2F;
 
-void setRgb(Material::Color& color, const std::vector<float>& values) {
+void SetRgb(Material::Color& color, const std::vector<float>& values) {
     std::copy_n(values.begin(), rgbChannels, color.begin());
 }
 
-bool isRgb(const std::vector<float>& values) { return values.size() == rgbChannels; }
-bool isRgbOrRgba(const std::vector<float>& values) {
-    return isRgb(values) || values.size() == rgbChannels + 1;
+bool IsRgb(const std::vector<float>& values) { return values.size() == rgbChannels; }
+bool IsRgbOrRgba(const std::vector<float>& values) {
+    return IsRgb(values) || values.size() == rgbChannels + 1;
 }
 
 } // namespace
@@ -33,31 +33,31 @@ std::string Material::GetVersion() const { return "0.3"; }
 std::string Material::GetMaterialVersion() const { return "0.3"; }
 
 void Material::SetDiffuseColor(const std::vector<float>& values) {
-    if (!isRgbOrRgba(values)) {
+    if (!IsRgbOrRgba(values)) {
         TYR_RAISE(Tyr::Exception::InvalidArguments("invalid array size"));
     }
-    setRgb(diffuseColor, values);
+    SetRgb(diffuseColor, values);
 }
 
 void Material::SetSpecularColor(const std::vector<float>& values) {
-    if (!isRgbOrRgba(values)) {
+    if (!IsRgbOrRgba(values)) {
         TYR_RAISE(Tyr::Exception::InvalidArguments("invalid array size"));
     }
-    setRgb(specularColor, values);
+    SetRgb(specularColor, values);
 }
 
 void Material::SetEmissiveColor(const std::vector<float>& values) {
-    if (!isRgb(values)) {
+    if (!IsRgb(values)) {
         TYR_RAISE(Tyr::Exception::InvalidArguments("invalid array size"));
     }
-    setRgb(emissiveColor, values);
+    SetRgb(emissiveColor, values);
 }
 
 void Material::SetAmbientColor(const std::vector<float>& values) {
-    if (!isRgb(values)) {
+    if (!IsRgb(values)) {
         TYR_RAISE(Tyr::Exception::InvalidArguments("invalid array size"));
     }
-    setRgb(ambientColor, values);
+    SetRgb(ambientColor, values);
 }
 
 void Material::SetAmbientIntensity(float intensity) {
