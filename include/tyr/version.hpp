@@ -2,11 +2,11 @@
 /// The version of the library. The build system and the packages read it from this file.
 #pragma once
 
-/// Changes with incompatible changes of the interface, and with it the name of the shared library.
+/// Increases with incompatible changes of the interface. Part of the name of the shared library.
 #define MEKAPI2_VERSION_MAJOR 2
-/// Changes when something is added.
+/// Increases with additions.
 #define MEKAPI2_VERSION_MINOR 0
-/// Changes with corrections.
+/// Increases with corrections.
 #define MEKAPI2_VERSION_PATCH 0
 /// The version as "MAJOR.MINOR.PATCH".
 #define MEKAPI2_VERSION_STRING "2.0.0"

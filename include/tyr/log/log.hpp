@@ -1,8 +1,8 @@
 /// @file
-/// Log classes: a log line that knows where it was made, and the log system that receives it.
+/// Log classes: a log line with its origin, and the log system that receives it.
 ///
-/// The library composes one record per block and per dataset. Its log system discards them, so that
-/// saving prints nothing. An application can use the classes for its own lines:
+/// The library composes a few records for each block and dataset. Its log system discards them, so
+/// that saving prints nothing. An application can use the classes for its own lines:
 ///
 /// @code
 /// #include <tyr/log/log.hpp>

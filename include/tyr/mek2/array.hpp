@@ -22,7 +22,7 @@
 /// dimension must be below 2^31; `Model::addArrayProperty` refuses larger arrays.
 ///
 /// Constructors and copy assignment allocate. They raise `std::bad_alloc` if there is no memory or
-/// the size is impossible; an array that is assigned to then keeps its elements. Nothing else
+/// the size is too large; an array that is assigned to then keeps its elements. Nothing else
 /// raises an exception.
 ///
 /// Different arrays may be used from different threads at the same time.
@@ -103,7 +103,7 @@ public:
     /// Number of elements.
     std::size_t size() const;
 
-    /// The elements, contiguous. Null or not if the array is empty. Pointers and references to
+    /// The elements, contiguous. May be null if the array is empty. Pointers and references to
     /// elements are valid until the array is assigned to, moved from or destroyed.
     /// @{
     T* data();
@@ -188,7 +188,7 @@ public:
     /// Number of elements, rows() x cols().
     std::size_t size() const;
 
-    /// The elements, contiguous and row by row. Null or not if the array is empty. Pointers and
+    /// The elements, contiguous and row by row. May be null if the array is empty. Pointers and
     /// references to elements are valid until the array is assigned to, moved from or destroyed.
     /// @{
     T* data();

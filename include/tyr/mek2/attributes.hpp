@@ -29,17 +29,17 @@ namespace Tyr::Mek2 {
 
 struct ValueAccess;
 
-/// Every kind of value that the library knows for an attribute. `Attributes::set` stores seven of
-/// them, and the file holds fewer:
+/// All types of attribute values. `Attributes::set` accepts seven of them; not all can be stored in
+/// the file:
 ///
-/// | Kind                             | In the file                                            |
+/// | Type                             | In the file                                            |
 /// |----------------------------------|--------------------------------------------------------|
 /// | `unsigned int`, `float`, `double`| the value                                              |
 /// | `int`, `std::int64_t`            | the low 32 bits as an unsigned number: -1 is 4294967295|
 /// | `std::string`                    | the first 256 bytes, up to the first zero byte         |
 /// | all others, every vector included| cannot be stored                                       |
 ///
-/// An operation that has to write an attribute which cannot be stored raises `InvalidArguments`.
+/// An operation that has to write an attribute that cannot be stored raises `InvalidArguments`.
 using AttributeVariant =
     std::variant<float, std::vector<float>, int, std::vector<int>, unsigned int,
                  std::vector<unsigned int>, std::string, std::vector<std::string>, std::wstring,

@@ -50,8 +50,8 @@ class Database;
 ///   unfinished: it has no index and cannot be read.
 ///
 /// Every node has an id. The root is 1, the others are numbered from 2 in order of creation; 0 is
-/// no node. The tree has a current node, below which `addNode` adds. Each operation says which node
-/// is the current one afterwards.
+/// no node. The tree has a current node, below which `addNode` adds. The documentation of each
+/// operation says which node is the current one afterwards.
 ///
 /// Errors are exceptions of `<tyr/exception/exception.hpp>`. What was done before an error stays,
 /// and the `Model` can be used, closed or destroyed. Every operation may also raise
@@ -61,7 +61,7 @@ class Database;
 /// the same time.
 class MEKAPI2_API Model {
 public:
-    /// A number that is never an id. No operation returns it: a look-up that finds nothing gives 0.
+    /// A number that is never an id. No operation returns it: a look-up without a result gives 0.
     static constexpr unsigned int INVALID_ID = 0xFFFFFFFF;
 
     /// "/"
@@ -134,7 +134,7 @@ public:
     /// @throws InvalidObjectState "File not open.": no write cycle is open
     /// @throws InvalidArguments "Invalid node type for root node"; "Invalid node type"; or an
     ///     attribute that cannot be stored
-    /// @throws KeyNotFound the current node is an unknown id, left by `addArrayProperty`
+    /// @throws KeyNotFound the current node is an unknown id, set by `addArrayProperty`
     unsigned int addNode(NodeType type, const std::string& name,
                          const Attributes& attributes = emptyAttributes());
 
@@ -145,15 +145,15 @@ public:
 
     /// Makes the parent of the current node the current node. Does nothing at the root.
     /// @throws InvalidObjectState "Not initialized": no write cycle is open
-    /// @throws KeyNotFound the current node is an unknown id, left by `addArrayProperty`
+    /// @throws KeyNotFound the current node is an unknown id, set by `addArrayProperty`
     void moveToParentNode();
 
     /// Finds a node by its path: separator, name of the root, separator, next name, and so on.
     ///
-    /// `separator` is one string. After the root's name, as many bytes as it has are skipped
-    /// without being compared. The first added of several children with the same name is found,
-    /// whether it is a group or a shape. The path of a geometry is that of its shape, separator,
-    /// and the name of the shape again.
+    /// `separator` is one string. The separator after the root's name is skipped by its length and
+    /// not compared. The first added of several children with the same name is found, whether it is
+    /// a group or a shape. The path of a geometry is that of its shape, separator, and the name of
+    /// the shape again.
     ///
     /// Afterwards the current node is the root, also if nothing was found; with an empty path it
     /// does not change.
@@ -170,7 +170,8 @@ public:
     unsigned int getNodeId(std::initializer_list<std::string> components);
     /// @}
 
-    /// Names need no separator: refuses two string literals, which would be read as a range.
+    /// Deleted: a list of names needs no separator, and two string literals would be taken as the
+    /// range of one string.
     template <std::size_t N, std::enable_if_t<N == 2, int> = 0>
     unsigned int getNodeId(const char* const (&components)[N],
                            const std::string& separator) = delete;
@@ -188,9 +189,9 @@ public:
     /// @throws InvalidObjectState "File not open.": no write cycle is open
     /// @throws OutOfBounds no node has this id
     /// @throws InvalidArguments "Invalid property type": the key is for another kind of node;
-    ///     "Invalid properties": unknown key; "invalid array size": wrong number of values; or an
+    ///     "Invalid properties": unknown key; "invalid array size": invalid number of values; or an
     ///     attribute that cannot be stored
-    /// @throws TemplateSpecializationNotDefined the value has not the type of the key
+    /// @throws TemplateSpecializationNotDefined the value does not have the type of the key
     void setNodeData(unsigned int id, const NodeProperties& properties,
                      const Attributes& attributes = emptyAttributes());
 
@@ -260,7 +261,7 @@ public:
     /// @tparam Steps `Step` or `StepList`
     /// @throws InvalidObjectState "File not open.": no write cycle is open, or it has no file
     /// @throws InvalidArguments "Can't guess result width for specified type": unknown type;
-    ///     "Invalid arguments": wrong number of columns, or an attribute that cannot be stored
+    ///     "Invalid arguments": invalid number of columns, or an attribute that cannot be stored
     /// @throws OverflowError 2^31 or more rows or ids, or an array of 2^32 bytes or more
     /// @throws KeyNotFound an id is not in the tree; it is the current node then
     /// @throws FileWriteException the system could not write; `close` will fail, too

@@ -29,7 +29,7 @@ namespace Tyr::Mek2 {
 
 struct ValueAccess;
 
-/// Every kind of value that a property can have. `bool` is stored as `int`.
+/// All types of property values. `bool` is stored as `int`.
 using NodePropertyVariant =
     std::variant<int, float, std::string, std::vector<int>, std::vector<float>>;
 

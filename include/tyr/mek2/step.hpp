@@ -37,8 +37,8 @@ struct Step {
 ///
 /// The length is fixed at construction; only assignment and moves change it. Construct the list
 /// with exactly as many steps as you set:
-/// - A step that is not set has an empty name. All such steps share one variable, whose name has no
-///   step in it.
+/// - A step that is not set has an empty name. All such steps share one variable, whose name
+///   contains no step.
 /// - With an empty list, `Model::addArrayProperty` writes a dataset that no variable refers to.
 ///
 /// Indices are not checked: an index outside the list is undefined behaviour. A copy is a deep
