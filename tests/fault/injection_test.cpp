@@ -1,5 +1,5 @@
-/// Each call of the system, the allocator and the compression fails once, in three reactions of the
-/// application. One test per promise: it fails with the faults that broke the promise.
+/// Each call of the system, the allocator and the compression fails once for each of the three
+/// reactions of the application. Each promise has a test, which lists the faults that broke it.
 #include "fault/writecycles.hpp"
 
 #include <algorithm>

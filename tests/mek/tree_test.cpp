@@ -111,7 +111,7 @@ TEST(Tree, SeedsTheGeneratorOfTheProcess) {
     EXPECT_EQ(std::rand(), first);
 }
 
-/// Whoever changes `variables` or `offsets`, the first variable of a name is found again.
+/// Also after other code changed `variables` or `offsets`, the first variable of a name is found.
 TEST(Geometry, SeesChangesOfItsMembers) {
     using Change = void (*)(Geometry&);
     const std::pair<Change, std::string> changes[] = {

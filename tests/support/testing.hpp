@@ -85,7 +85,8 @@ std::string messageOf(const Action& action) {
 
 } // namespace Testing
 
-/// Ends a test that compares compressed bytes with those of zlib if the library uses another one.
+/// Ends a test that compares compressed bytes with those of zlib if the library was built with
+/// another compressor.
 #define TYR_NEEDS_BYTES_OF_ZLIB()    \
     if (!TYR_TEST_HAS_BYTES_OF_ZLIB) \
     GTEST_SKIP() << "the expected bytes are those of zlib"

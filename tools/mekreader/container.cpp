@@ -31,7 +31,7 @@ constexpr std::uint64_t firstTableSize = countSize + firstTableEntries * entrySi
 constexpr std::uint64_t indexTableSize = countSize + indexTableEntries * entrySize;
 constexpr std::uint64_t firstBlockPosition = headerSize + countSize + firstTableSize;
 constexpr std::uint64_t rawLengthSize = 4;
-constexpr std::uint64_t smallestStream = 8; // zlib's form of nothing
+constexpr std::uint64_t smallestStream = 8; // of no bytes
 constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 
 bool isIndexNumber(std::uint64_t number) {

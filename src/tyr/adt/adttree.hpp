@@ -32,8 +32,8 @@ struct TreeNode {
 /// creation and are never reused. The tree owns its nodes, which only `AddChild` adds, but not what
 /// a payload that is a pointer points to.
 ///
-/// A node is found by its id in `byId_`. The map is searched instead once somebody else can have
-/// changed it: `nodes` was exposed, which `GetCurrentNode` does as well, or `nextId` was set.
+/// A node is found by its id in `byId_`. The map is searched instead after `nodes` was exposed,
+/// which `GetCurrentNode` does as well, or `nextId` was set: other code can have changed them.
 template <class T>
 class Tree {
     using NodeMap = std::map<unsigned int, TreeNode<T>>;
@@ -190,7 +190,7 @@ private:
         return node;
     }
 
-    /// The node of each id, null for 0; of no use once `IsIndexed` is false.
+    /// The node of each id, null for 0; not used once `IsIndexed` is false.
     std::vector<TreeNode<T>*> byId_;
     NodeMap prepared_; ///< allocated nodes that are not in the tree yet
 };

@@ -11,9 +11,9 @@ namespace TyrAdt {
 
 /// A hash table with open addressing and linear probing that only grows.
 ///
-/// It holds no keys: whoever asks compares the values of equal hash with the key. A look-up in a
-/// table of any size reads one place of memory in most cases, which is what an index of 10^6
-/// entries costs; `std::unordered_multimap` reads two or three.
+/// It stores no keys: the caller compares the values of equal hash with the key. A look-up in a
+/// table of any size reads one location of memory in most cases; `std::unordered_multimap` reads
+/// two or three. In an index of 10^6 entries these reads take most of the time.
 template <class Value>
 class HashIndex {
 public:
@@ -24,7 +24,7 @@ public:
         }
     }
 
-    /// If memory lacks, nothing changes.
+    /// If memory runs out, nothing changes.
     void Add(std::size_t hash, const Value& value) {
         Reserve(size_ + 1);
         Insert(slots_, {NonZero(hash), value});
@@ -78,7 +78,7 @@ private:
         slots_.swap(larger);
     }
 
-    std::vector<Slot> slots_; ///< as many as a power of two, at most half of them taken
+    std::vector<Slot> slots_; ///< their number is a power of two; at most half are in use
     std::size_t size_ = 0;
 };
 

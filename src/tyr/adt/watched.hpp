@@ -1,5 +1,5 @@
 /// @file
-/// A container that records whether anybody but its owner can change it.
+/// A container that records whether code other than its owner can change it.
 #pragma once
 
 #include <initializer_list>
@@ -7,13 +7,13 @@
 
 namespace TyrAdt {
 
-/// A container that everybody may read and change, and that its `Owner` indexes.
+/// A container that any code may read and change, and that its `Owner` indexes.
 ///
 /// An index is exact only as long as the owner makes every change itself. Each member function that
-/// lets somebody else change the container, or hands out a reference through which this is
-/// possible later, marks it as exposed, for good: the reference may be kept. An owner that finds
-/// its container exposed searches the container itself and leaves its index alone. Reading through
-/// a constant reference exposes nothing.
+/// lets other code change the container, or returns a reference through which this is possible
+/// later, marks it as exposed. The mark is permanent, because the reference may be kept. If its
+/// container is exposed, an owner searches the container itself and does not use its index. Reading
+/// through a constant reference exposes nothing.
 ///
 /// The owner is a friend and works on `items_`. The other members are those of the standard
 /// containers and behave like them.
@@ -48,7 +48,7 @@ public:
     operator const Container&() const { return items_; }
     operator Container&() { return Exposed(); }
 
-    /// Whether anybody but the owner can have changed the container.
+    /// Whether code other than the owner can have changed the container.
     bool IsExposed() const { return isExposed_; }
 
     // NOLINTBEGIN(readability-identifier-naming): the names of the standard containers

@@ -13,7 +13,7 @@ namespace TyrMek {
 /// Finds a child by its name among any number of children.
 ///
 /// It is exact for a tree that only adds nodes, attaches their payloads at once and never replaces
-/// them, since the name of a node does not change. It reads new nodes when it is asked, so a tree
+/// them, since the name of a node does not change. It reads new nodes in each search, so a tree
 /// that is never searched has no index.
 class ChildIndex {
 public:
@@ -43,12 +43,12 @@ private:
             if (isLower && node->parentId == parentId && predicate(node->value, pattern)) {
                 lowestId = node->id;
             }
-            return false; // look at all
+            return false; // compare all
         });
         return lowestId;
     }
 
-    /// All but first children; of those of equal name, type and version only the first is in.
+    /// No first children, and of children with equal name, type and version only the first.
     TyrAdt::HashIndex<const TreeNode*> nodes_;
     unsigned int nextId_ = 1; ///< of the first node that is not read yet
 };

@@ -50,7 +50,7 @@ public:
 
     /// Sets a variable, which is added if there is none of that name, and returns its index. The
     /// attributes are merged into those that the variable has; some keys are left out. Whether it
-    /// is a link does not change. If memory lacks, no variable changes.
+    /// is a link does not change. If memory runs out, no variable changes.
     unsigned int AddVariable(const std::string& variableName, const VariableType& type,
                              std::uint64_t offset, const NumericArray& array,
                              const TyrUtil::AttributeList& attributes);

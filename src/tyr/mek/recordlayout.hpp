@@ -1,5 +1,5 @@
 /// @file
-/// Where the fields of the records of nodes stand, in bytes from the start of each record.
+/// Offsets of the fields in the records of nodes, in bytes from the start of each record.
 ///
 /// Strings (32-bit length, bytes) and attribute lists have no fixed length; what follows one has no
 /// fixed offset and is listed in order.

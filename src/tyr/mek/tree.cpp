@@ -113,8 +113,8 @@ bool Tree::MoveToMatch(Node& pattern, Predicate predicate) {
     return id != 0;
 }
 
-/// The child that `MoveToChild` moves to, or 0. Looks at the first children one by one, which is
-/// faster than the index, and asks the index for the others.
+/// The child that `MoveToChild` moves to, or 0. Compares the first children one by one, which is
+/// faster than the index, and searches the index for the others.
 template <class Predicate>
 unsigned int Tree::FindMatch(Node& pattern, Predicate predicate) {
     constexpr int firstChildren = 16;

@@ -1,6 +1,6 @@
 /// @file
-/// The argument types of `Model::addArrayProperty`. The public header has the same list, but leaves
-/// no macro to its users.
+/// The argument types of `Model::addArrayProperty`. The public header has the same list, but
+/// undefines its macros.
 #pragma once
 
 /// Applies MACRO(array, id, steps) to all types that `Model::addArrayProperty` exists for.

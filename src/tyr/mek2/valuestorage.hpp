@@ -41,7 +41,7 @@ struct TableStorage {
     Table<T> values;
 };
 
-/// The object behind the pointer of a public value.
+/// The object that a public value points to.
 template <class Held>
 const Held& heldBy(const Held* object) {
     static const Held empty{};

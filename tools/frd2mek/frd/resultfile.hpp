@@ -94,9 +94,8 @@ public:
     bool nextResult(ResultHeader& header);
 
     /// Reads the values of the result whose header was read last.
-    /// @param values is set to one row for each of `nodes()`, with one column per component; quiet
-    /// NaN
-    ///     where the file has no value
+    /// @param values is set to one row for each of `nodes()`, with one column per component; a
+    ///     quiet NaN where the file has no value
     void readValues(const ResultHeader& header, std::vector<float>& values);
 
 private:
