@@ -10,6 +10,7 @@
 #endif
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -70,6 +71,10 @@ ssize_t writeFile(void* cookie, const char* bytes, std::size_t size) {
     errno = ENOSPC;
     if (fails(Fault::Write) || (isInFlush && fails(Fault::Flush))) {
         return 0;
+    }
+    if (fails(Fault::Kill)) {
+        const ssize_t done = write(fileOf(cookie), bytes, size / 2);
+        raise(done >= 0 ? SIGKILL : SIGABRT);
     }
     if (recordedWrites != nullptr) {
         const off_t position = lseek(fileOf(cookie), 0, SEEK_CUR);

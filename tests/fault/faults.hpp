@@ -26,7 +26,8 @@ enum class Fault {
     Realloc,        ///< no memory from `realloc`
     New,            ///< no memory from `operator new`
     CompressMemory, ///< no memory inside of the compression
-    Compress        ///< the compression fails for another reason
+    Compress,       ///< the compression fails for another reason
+    Kill            ///< SIGKILL after half of the bytes of a write
 };
 
 /// Makes the `number`-th call of a kind fail while `action` runs, counted from 1. Only calls within
