@@ -117,6 +117,7 @@ TEST(Geometry, SeesChangesOfItsMembers) {
     const std::pair<Change, std::string> changes[] = {
         {[](Geometry&) {}, "a b c x "},
         {[](Geometry& g) { g.variables.clear(); }, "x "},
+        {[](Geometry& g) { const auto taken = std::move(g.variables); }, "x "},
         {[](Geometry& g) { g.variables.erase(g.variables.begin()); }, "b c x "},
         {[](Geometry& g) { g.variables[1].name = "x"; }, "a x c "},
         {[](Geometry& g) { g.variables.insert(g.variables.begin(), g.variables[2]); },
@@ -169,7 +170,7 @@ unsigned int firstLonger(const std::vector<T>& values, const T& pattern) {
     return tree.currentId;
 }
 
-TEST(Tree, FindsChildrenByAnyPredicateAndAfterAChangeOfPayload) {
+TEST(Tree, FindsNodesByAnyPredicateAndAfterChangesOfMembers) {
     std::vector<std::string> names(20, "n");
     names.push_back("longer");
     EXPECT_EQ(firstLonger<std::string>(names, "nn"), 22U);
@@ -189,6 +190,12 @@ TEST(Tree, FindsChildrenByAnyPredicateAndAfterAChangeOfPayload) {
     tree.GetCurrentNode().value = new TyrMek::Node("other");
     EXPECT_EQ(tree.GetNodeIdFromPath("/r/g30", "/"), 0U);
     EXPECT_EQ(tree.GetNodeIdFromPath("/r/other", "/"), 32U);
+
+    TyrAdt::Tree<int> numbered;
+    numbered.nextId = 9;
+    numbered.AddChild();
+    numbered.nextId = 2;
+    EXPECT_EQ(numbered.GetReqNode(9).id, 9U);
 }
 
 } // namespace

@@ -186,6 +186,8 @@ private:
         TreeNode<T>& node = map.insert(map.end(), std::move(prepared))->second;
         if (byId_.size() == id) {
             byId_.push_back(&node);
+        } else {
+            nodes.Exposed(); // `nextId` was set, and can be set again to a number that fits `byId_`
         }
         return node;
     }

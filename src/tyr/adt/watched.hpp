@@ -27,7 +27,7 @@ public:
 
     Watched() = default;
     Watched(const Watched&) = default;
-    Watched(Watched&&) = default;
+    Watched(Watched&& other) noexcept : items_(std::move(other.Exposed())) {}
     ~Watched() = default;
 
     Watched& operator=(const Watched& other) {
