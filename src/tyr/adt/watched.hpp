@@ -98,6 +98,14 @@ public:
     iterator find(const Key& key) {
         return Exposed().find(key);
     }
+    template <class Key>
+    const_iterator lower_bound(const Key& key) const {
+        return items_.lower_bound(key);
+    }
+    template <class Key>
+    iterator lower_bound(const Key& key) {
+        return Exposed().lower_bound(key);
+    }
 
     void clear() { Exposed().clear(); }
     void pop_back() { Exposed().pop_back(); }
@@ -112,6 +120,14 @@ public:
     template <class... Arguments>
     decltype(auto) emplace(Arguments&&... arguments) {
         return Exposed().emplace(std::forward<Arguments>(arguments)...);
+    }
+    template <class Key, class... Arguments>
+    decltype(auto) try_emplace(Key&& key, Arguments&&... arguments) {
+        return Exposed().try_emplace(std::forward<Key>(key), std::forward<Arguments>(arguments)...);
+    }
+    template <class Key, class Item>
+    decltype(auto) insert_or_assign(Key&& key, Item&& item) {
+        return Exposed().insert_or_assign(std::forward<Key>(key), std::forward<Item>(item));
     }
     template <class... Arguments>
     decltype(auto) insert(Arguments&&... arguments) {
