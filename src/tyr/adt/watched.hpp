@@ -3,9 +3,20 @@
 #pragma once
 
 #include <initializer_list>
+#include <type_traits>
 #include <utility>
 
 namespace TyrAdt {
+
+/// What a container is indexed by: the key of a map, the position in a vector.
+template <class Container, class = void>
+struct KeyOf {
+    using Type = typename Container::size_type;
+};
+template <class Container>
+struct KeyOf<Container, std::void_t<typename Container::key_type>> {
+    using Type = typename Container::key_type;
+};
 
 /// A container that any code may read and change, and that its `Owner` indexes.
 ///
@@ -24,6 +35,7 @@ public:
     using size_type = typename Container::size_type;
     using iterator = typename Container::iterator;
     using const_iterator = typename Container::const_iterator;
+    using Key = typename KeyOf<Container>::Type;
 
     Watched() = default;
     Watched(const Watched&) = default;
@@ -70,42 +82,15 @@ public:
     decltype(auto) data() const { return items_.data(); }
     decltype(auto) data() { return Exposed().data(); }
 
-    template <class Key>
-    decltype(auto) operator[](Key&& key) const {
-        return items_[std::forward<Key>(key)];
-    }
-    template <class Key>
-    decltype(auto) operator[](Key&& key) {
-        return Exposed()[std::forward<Key>(key)];
-    }
-    template <class Key>
-    decltype(auto) at(const Key& key) const {
-        return items_.at(key);
-    }
-    template <class Key>
-    decltype(auto) at(const Key& key) {
-        return Exposed().at(key);
-    }
-    template <class Key>
-    size_type count(const Key& key) const {
-        return items_.count(key);
-    }
-    template <class Key>
-    const_iterator find(const Key& key) const {
-        return items_.find(key);
-    }
-    template <class Key>
-    iterator find(const Key& key) {
-        return Exposed().find(key);
-    }
-    template <class Key>
-    const_iterator lower_bound(const Key& key) const {
-        return items_.lower_bound(key);
-    }
-    template <class Key>
-    iterator lower_bound(const Key& key) {
-        return Exposed().lower_bound(key);
-    }
+    decltype(auto) operator[](const Key& key) const { return items_[key]; }
+    decltype(auto) operator[](const Key& key) { return Exposed()[key]; }
+    decltype(auto) at(const Key& key) const { return items_.at(key); }
+    decltype(auto) at(const Key& key) { return Exposed().at(key); }
+    size_type count(const Key& key) const { return items_.count(key); }
+    const_iterator find(const Key& key) const { return items_.find(key); }
+    iterator find(const Key& key) { return Exposed().find(key); }
+    const_iterator lower_bound(const Key& key) const { return items_.lower_bound(key); }
+    iterator lower_bound(const Key& key) { return Exposed().lower_bound(key); }
 
     void clear() { Exposed().clear(); }
     void pop_back() { Exposed().pop_back(); }
@@ -121,13 +106,13 @@ public:
     decltype(auto) emplace(Arguments&&... arguments) {
         return Exposed().emplace(std::forward<Arguments>(arguments)...);
     }
-    template <class Key, class... Arguments>
-    decltype(auto) try_emplace(Key&& key, Arguments&&... arguments) {
-        return Exposed().try_emplace(std::forward<Key>(key), std::forward<Arguments>(arguments)...);
+    template <class... Arguments>
+    decltype(auto) try_emplace(const Key& key, Arguments&&... arguments) {
+        return Exposed().try_emplace(key, std::forward<Arguments>(arguments)...);
     }
-    template <class Key, class Item>
-    decltype(auto) insert_or_assign(Key&& key, Item&& item) {
-        return Exposed().insert_or_assign(std::forward<Key>(key), std::forward<Item>(item));
+    template <class Item>
+    decltype(auto) insert_or_assign(const Key& key, Item&& item) {
+        return Exposed().insert_or_assign(key, std::forward<Item>(item));
     }
     template <class... Arguments>
     decltype(auto) insert(Arguments&&... arguments) {
