@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 namespace TyrQbf {
@@ -67,11 +68,33 @@ Index::~Index() {
 }
 
 void Index::Put(const std::string& name, const void* const& bytes, std::uint64_t size) {
-    Put(name, size, [&](unsigned char* target) {
-        if (size != 0) {
-            std::memcpy(target, bytes, size);
-        }
-    });
+    const std::uint32_t addedLength = EncodedCount(size);
+    const BlockNumber number = GetCurrentBlock(name);
+    if (entries[number].frozen) {
+        TYR_RAISE(Tyr::Exception::KeyNotFound());
+    }
+    unsigned char* const target = Extend(name, number, addedLength);
+    if (size != 0) {
+        std::memcpy(target, bytes, size);
+    }
+}
+
+void Index::Put(const std::string& name, std::uint64_t size,
+                const std::function<void(unsigned char*)>& fill) {
+    const std::uint32_t addedLength = EncodedCount(size);
+    const BlockNumber number = GetCurrentBlock(name);
+    if (entries[number].frozen) {
+        TYR_RAISE(Tyr::Exception::KeyNotFound());
+    }
+    fill(Extend(name, number, addedLength));
+}
+
+/// Extends the current block `number` of `name`, or a new block if it would exceed 2^32 bytes.
+unsigned char* Index::Extend(const std::string& name, BlockNumber number, std::uint32_t size) {
+    if (size > std::numeric_limits<std::uint32_t>::max() - blocks[number].position) {
+        number = AddBlock(name);
+    }
+    return blocks[number].Extend(size);
 }
 
 std::uint64_t Index::GetDataLength(const std::string& name) {

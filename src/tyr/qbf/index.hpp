@@ -21,7 +21,7 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <limits>
+#include <functional>
 #include <map>
 #include <string>
 #include <type_traits>
@@ -66,8 +66,8 @@ public:
     /// Appends `size` bytes under `name`, all of them to one block, without a copy: `fill` is
     /// called with their address, writes all of them and does not throw.
     /// @throws OverflowError 2^32 bytes or more
-    template <class Fill>
-    void Put(const std::string& name, std::uint64_t size, const Fill& fill);
+    void Put(const std::string& name, std::uint64_t size,
+             const std::function<void(unsigned char*)>& fill);
 
     /// Appends numbers and strings; the same as one `Put` for each.
     template <class... T>
@@ -127,6 +127,7 @@ private:
     std::uint64_t firstTablePosition = 12; ///< in the file
     std::uint64_t firstTableLength = 0;    ///< 0 before the first `Put`, then 2788
 
+    unsigned char* Extend(const std::string& name, BlockNumber number, std::uint32_t size);
     Block* FindBlockWithRoom(const std::string& name, std::uint64_t size);
     BlockSizeLimiter* FindLimiter(const std::string& name);
     void OpenIndexBlock(BlockNumber number);
@@ -164,20 +165,6 @@ void Index::Put(const std::string& name, const T& value) {
         }
         Encode(blocks[number], value);
     }
-}
-
-/// If `size` more bytes would exceed 2^32 bytes in the current block, a new block is added.
-template <class Fill>
-void Index::Put(const std::string& name, std::uint64_t size, const Fill& fill) {
-    const std::uint32_t addedLength = EncodedCount(size);
-    BlockNumber number = GetCurrentBlock(name);
-    if (entries[number].frozen) {
-        TYR_RAISE(Tyr::Exception::KeyNotFound());
-    }
-    if (size > std::numeric_limits<std::uint32_t>::max() - blocks[number].position) {
-        number = AddBlock(name);
-    }
-    fill(blocks[number].Extend(addedLength));
 }
 
 /// Each value has at least one byte. So if all of them fit below the limit of the block, the block
