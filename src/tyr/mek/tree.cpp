@@ -11,6 +11,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <limits>
 #include <utility>
 
@@ -200,8 +201,8 @@ std::uint64_t Tree::StreamDataset(const void* data, int count, unsigned char wid
     }
     file.SetBlockFlags(heavyData, TyrQbf::FlagFreeze);
     file.SetBlockFlags(heavyData, TyrQbf::FlagCompress);
-    file.index.Put(heavyData, size,
-                   [&](unsigned char* target) { ShuffleBytes(data, items, width, target); });
+    const auto shuffle = [&](unsigned char* target) { ShuffleBytes(data, items, width, target); };
+    file.index.Put(heavyData, size, std::cref(shuffle)); // a reference needs no allocation
     file.index.FlushFrozen(file.stream);
     return offset;
 }
