@@ -6,7 +6,10 @@
 #include "tyr/adt/hashindex.hpp"
 #include "tyr/mek/node.hpp"
 
+#include <array>
 #include <cstddef>
+#include <string>
+#include <type_traits>
 
 namespace TyrMek {
 
@@ -26,30 +29,62 @@ public:
     unsigned int Find(const Tree& tree, unsigned int parentId, const Node* pattern,
                       Predicate predicate) {
         ReadNewNodes(tree);
-        return FindRead(parentId, pattern, predicate);
+        return FindRead(tree, parentId, pattern, predicate);
     }
 
 private:
-    using TreeNode = TyrAdt::TreeNode<Node*>;
+    /// A child, and its name if that is short, else where it is.
+    ///
+    /// With its hash, a child has 32 bytes. So in an index of 10^6 short names a look-up by
+    /// `VirtualNodesWithSameName` reads one cache line, in any order of look-ups.
+    class Child {
+    public:
+        Child() = default;
+        explicit Child(const TyrAdt::TreeNode<Node*>& node);
 
-    static std::size_t HashOf(unsigned int parentId, const Node& node);
+        bool IsNamed(const std::string& name) const;
+
+        unsigned int id = 0;
+        unsigned int parentId = 0;
+
+    private:
+        static constexpr unsigned char longName = 255;
+
+        std::array<char, 19> name_{}; ///< of a long name: the bytes of a `std::string_view`
+        unsigned char length_ = 0;    ///< of a short name, or `longName`
+    };
+
+    static std::size_t HashOf(unsigned int parentId, const std::string& name);
     void ReadNewNodes(const Tree& tree);
 
     template <class Predicate>
-    unsigned int FindRead(unsigned int parentId, const Node* pattern, Predicate predicate) const {
+    unsigned int FindRead(const Tree& tree, unsigned int parentId, const Node* pattern,
+                          Predicate predicate) const {
         unsigned int lowestId = 0;
-        nodes_.Find(HashOf(parentId, *pattern), [&](const TreeNode* node) {
-            const bool isLower = lowestId == 0 || node->id < lowestId;
-            if (isLower && node->parentId == parentId && predicate(node->value, pattern)) {
-                lowestId = node->id;
+        children_.Find(HashOf(parentId, pattern->name), [&](const Child& child) {
+            const bool isLower = lowestId == 0 || child.id < lowestId;
+            if (isLower && child.parentId == parentId && child.IsNamed(pattern->name) &&
+                Matches(tree, child.id, pattern, predicate)) {
+                lowestId = child.id;
             }
             return false; // compare all
         });
         return lowestId;
     }
 
+    /// Whether the predicate holds for a node of the same name.
+    template <class Predicate>
+    static bool Matches(const Tree& tree, unsigned int id, const Node* pattern,
+                        Predicate predicate) {
+        if constexpr (std::is_same_v<Predicate, VirtualNodesWithSameName>) {
+            return true; // the name is all that it compares
+        } else {
+            return predicate(tree.GetReqNode(id).value, pattern);
+        }
+    }
+
     /// No first children, and of children with equal name, type and version only the first.
-    TyrAdt::HashIndex<const TreeNode*> nodes_;
+    TyrAdt::HashIndex<Child> children_;
     unsigned int nextId_ = 1; ///< of the first node that is not read yet
 };
 
