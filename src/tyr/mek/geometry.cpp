@@ -1,6 +1,7 @@
 #include "tyr/mek/geometry.hpp"
 
 #include "tyr/exception/raise.hpp"
+#include "tyr/mek/recordlayout.hpp"
 
 #include <algorithm>
 #include <array>
@@ -28,6 +29,14 @@ bool IsVibration(const TyrUtil::AttributeList& attributes) {
     const auto category = attributes.values.find("Category");
     return category != attributes.values.end() && category->second.type == TyrUtil::StringValue &&
            category->second.ToString() == "Vibration";
+}
+
+/// Puts a name and the fields after it, which have `Size` bytes.
+template <std::uint32_t Size, class... Fields>
+void PutNamed(TyrQbf::Index& index, const std::string& stream, const std::string& name,
+              const Fields&... fields) {
+    static_assert((sizeof(Fields) + ...) == Size, "the fields are the record");
+    index.PutEach(stream, name, fields...);
 }
 
 } // namespace
@@ -154,18 +163,22 @@ void Geometry::WriteVariable(TyrQbf::Index& index, const std::string& lightName,
     const NumericArray& array = variable.array;
     const std::uint32_t typeWord = variable.type | (array.elementType << elementTypeShift);
     if (variable.linked) {
-        index.PutEach(lightName, variable.name, typeWord, variable.linked, variable.linkedNodeId,
-                      variable.linkedVariableIndex, variable.vibration);
+        PutNamed<LinkRecord::size>(index, lightName, variable.name, typeWord, variable.linked,
+                                   variable.linkedNodeId, variable.linkedVariableIndex,
+                                   variable.vibration);
         return;
     }
-    index.PutEach(lightName, variable.name, typeWord, variable.linked,
-                  static_cast<std::uint32_t>(array.byteSize), array.GetWidth(), array.firstOption,
-                  array.secondOption, array.firstValue, array.secondValue, array.thirdOption);
+    PutNamed<OwnerRecord::offset>(index, lightName, variable.name, typeWord, variable.linked,
+                                  static_cast<std::uint32_t>(array.byteSize), array.GetWidth(),
+                                  array.firstOption, array.secondOption, array.firstValue,
+                                  array.secondValue, array.thirdOption);
     const Offsets::iterator offset = OffsetFrom(variable.name);
     if (offset == offsets.cend() || offset->first != variable.name) {
         TYR_RAISE(Tyr::Exception::KeyNotFound());
     }
     latestOffset_ = offset;
+    constexpr std::uint32_t rest = OwnerRecord::size - OwnerRecord::offset;
+    static_assert(rest == sizeof offset->second + sizeof variable.vibration);
     index.PutEach(lightName, offset->second, variable.vibration);
 }
 

@@ -1,25 +1,50 @@
 /// @file
 /// Offsets of the fields in the records of nodes, in bytes from the start of each record.
 ///
-/// Strings (32-bit length, bytes) and attribute lists have no fixed length; what follows one has no
-/// fixed offset and is listed in order.
-///
-///     "Mek Tree", one record for each node
-///         0 id, 4 parent, 8 previous sibling, 12 next sibling, 16 first child, 20 last child,
-///         24 name, then type, version (strings), offset in "Light Data" (8 bytes)
-///     "Light Data", one record for each group, see `GroupRecord`
-///     "Light Data", one record for each variable of a geometry
-///         0 name (string), then element type << 24 | variable type (4), linked (1), and
-///         of a link: node id (4), variable index (4)
-///         of an owner: size in bytes (4), width (1), first option (1), second option (1), first
-///             value (4), second value (4), third option (1), offset in "Heavy Data" (8)
-///         then vibration (1)
-///     "Resources", one record for each shape, see `MaterialRecord`
+/// Strings (32-bit length, bytes) have no fixed length. What follows one has no fixed offset.
 #pragma once
 
 #include <cstdint>
 
 namespace TyrMek {
+
+/// A node in "Mek Tree". Type and version (strings) and the offset in "Light Data" (8 bytes) follow
+/// the name.
+namespace NodeRecord {
+constexpr std::uint32_t id = 0;
+constexpr std::uint32_t parentId = 4;
+constexpr std::uint32_t previousSiblingId = 8;
+constexpr std::uint32_t nextSiblingId = 12;
+constexpr std::uint32_t firstChildId = 16;
+constexpr std::uint32_t lastChildId = 20;
+constexpr std::uint32_t name = 24; ///< string
+} // namespace NodeRecord
+
+/// A variable in "Light Data" that describes a dataset, from the end of its name, a string.
+namespace OwnerRecord {
+constexpr std::uint32_t typeWord = 0;     ///< 4 bytes, element type << 24 | variable type
+constexpr std::uint32_t linked = 4;       ///< 1 byte, 0
+constexpr std::uint32_t byteSize = 5;     ///< 4 bytes
+constexpr std::uint32_t width = 9;        ///< 1 byte
+constexpr std::uint32_t firstOption = 10; ///< 1 byte
+constexpr std::uint32_t secondOption = 11;
+constexpr std::uint32_t firstValue = 12; ///< 4 bytes
+constexpr std::uint32_t secondValue = 16;
+constexpr std::uint32_t thirdOption = 20; ///< 1 byte
+constexpr std::uint32_t offset = 21;      ///< 8 bytes, in "Heavy Data"
+constexpr std::uint32_t vibration = 29;   ///< 1 byte
+constexpr std::uint32_t size = 30;
+} // namespace OwnerRecord
+
+/// A variable in "Light Data" that is a link, from the end of its name, a string.
+namespace LinkRecord {
+constexpr std::uint32_t typeWord = 0;      ///< as in `OwnerRecord`
+constexpr std::uint32_t linked = 4;        ///< 1 byte, 1
+constexpr std::uint32_t nodeId = 5;        ///< 4 bytes
+constexpr std::uint32_t variableIndex = 9; ///< 4 bytes
+constexpr std::uint32_t vibration = 13;    ///< 1 byte
+constexpr std::uint32_t size = 14;
+} // namespace LinkRecord
 
 /// A group in "Light Data"; its attributes are put before `rootFlag`.
 namespace GroupRecord {

@@ -5,6 +5,7 @@
 #include "tyr/mek/byteshuffle.hpp"
 #include "tyr/mek/geometry.hpp"
 #include "tyr/mek/group.hpp"
+#include "tyr/mek/recordlayout.hpp"
 #include "tyr/mek/shape.hpp"
 #include "tyr/platform/platform.hpp"
 #include "tyr/qbf/unchangedenvironment.hpp"
@@ -237,6 +238,7 @@ void Tree::SaveTree(TyrQbf::QbFile& output) {
 
 void Tree::SaveNode(TyrQbf::QbFile& output, const TyrAdt::TreeNode<Node*>& node) {
     TyrQbf::Index& index = output.index;
+    static_assert(NodeRecord::name == 6 * sizeof node.id);
     const std::string none;
     const std::string type = node.value != nullptr ? node.value->GetType() : none;
     index.PutEach(
