@@ -150,10 +150,10 @@ public:
 
     /// Finds a node by its path: separator, name of the root, separator, next name, and so on.
     ///
-    /// `separator` is one string. The separator after the root's name is skipped by its length and
-    /// not compared. The first added of several children with the same name is found, whether it is
-    /// a group or a shape. The path of a geometry is that of its shape, separator, and the name of
-    /// the shape again.
+    /// `separator` is one string. After the root's name, as many bytes as it has are skipped
+    /// without being compared. Of several children with the same name, group or shape, the first
+    /// added is found. The path of a geometry is that of its shape, separator, and the name of the
+    /// shape again.
     ///
     /// Afterwards the current node is the root, also if nothing was found; with an empty path it
     /// does not change.
