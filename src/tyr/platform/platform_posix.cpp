@@ -1,3 +1,4 @@
+#include "tyr/platform/files.hpp"
 #include "tyr/platform/platform.hpp"
 
 #include <pwd.h>
@@ -91,6 +92,11 @@ std::FILE* openFile(const std::wstring& path, const wchar_t* mode) {
     const std::optional<std::string> name = toUtf8(path);
     const std::optional<std::string> narrowMode = toUtf8(mode);
     return name && narrowMode ? openFile(*name, narrowMode->c_str()) : nullptr;
+}
+
+std::optional<NativePath> nativePath(const std::wstring& path) {
+    const std::optional<std::string> utf8 = toUtf8(path);
+    return utf8 ? nativePath(*utf8) : std::nullopt;
 }
 
 bool seekTo(std::FILE* stream, std::uint64_t position) {
