@@ -43,4 +43,18 @@ std::array<unsigned char, sizeof(T)> LittleEndian(T value) {
     return bytes;
 }
 
+/// Reads the `sizeof(T)` bytes of a number from `source`.
+template <class T>
+T DecodeLittleEndian(const unsigned char* source) {
+    static_assert(std::is_arithmetic_v<T>);
+    std::uint64_t bits = 0;
+    for (std::size_t i = 0; i < sizeof(T); ++i) {
+        bits |= std::uint64_t{source[i]} << (8 * i);
+    }
+    const auto sized = static_cast<typename UnsignedOfSize<sizeof(T)>::type>(bits);
+    T value{};
+    std::memcpy(&value, &sized, sizeof(T));
+    return value;
+}
+
 } // namespace TyrQbf

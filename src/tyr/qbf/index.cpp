@@ -130,6 +130,7 @@ void Index::SetBlockFlags(const std::string& name, unsigned char flags) {
 void Index::FlushFrozen(std::FILE* stream) {
     const char* const function = "TyrQbf::Index::FlushFrozen";
     TYR_LOG_WITH(flushLines, function, "Flushing frozen blocks ... ");
+    WriteUnwrittenBlocks(stream);
     for (auto& [name, limiter] : limiters) {
         if (!IsEmptyBlock(name) && !IsIndexBlock(name)) {
             FlushFrozen(limiter, stream);
@@ -172,6 +173,7 @@ bool Index::IsSettled(BlockNumber number) const {
 
 void Index::WriteAllBuffersToFileStream(std::FILE* stream) {
     TYR_LOG("TyrQbf::Index::WriteAllBuffersToFileStream", "Writing all buffers to file stream ...");
+    WriteUnwrittenBlocks(stream);
     if (pendingWrites != 0) {
         TYR_RAISE(Tyr::Exception::FileWriteException("Unable to write to file"));
     }
@@ -313,6 +315,9 @@ void Index::WriteBufferToFileStream(std::uint64_t number, std::FILE* stream) {
     if (entry.frozen) {
         TYR_RAISE(Tyr::Exception::InvalidObjectState());
     }
+    if (observer) {
+        MakeRoomFor(unwrittenBlocks, 1);
+    }
     const std::uint32_t raw = block.length;
     if (raw != 0) {
         TYR_LOG(function, "Buffer length: " << raw);
@@ -325,9 +330,9 @@ void Index::WriteBufferToFileStream(std::uint64_t number, std::FILE* stream) {
     entry.storedLength = block.length;
     ComputePosition(number);
     ++pendingWrites;
+    entry.rawLength = raw;
     if ((entry.flags & FlagFreeze) != 0) {
         entry.frozen = true;
-        entry.rawLength = raw;
     } else {
         // from now on the cursor of the block is its compressed length
         BlockProgress& progress = GetBlockSizeLimiter(entry.name).progress;
@@ -335,13 +340,74 @@ void Index::WriteBufferToFileStream(std::uint64_t number, std::FILE* stream) {
         progress.summedLength = 0;
     }
     TYR_LOG(function, "Writing buffer at position: " << entry.position);
-    if (!WriteAt(stream, entry.position, block)) {
+    if (observer) {
+        unwrittenBlocks.push_back(number);
+    }
+    if (!WriteStored(number, stream)) {
         TYR_LOG(function, "File positioning failed");
         TYR_RAISE(PositioningError());
     }
+    TYR_LOG(function, "Buffer " << number << " written to stream.");
+}
+
+/// Writes the stored form of a block and frees its buffer.
+/// @return false if the position cannot be set
+/// @throws FileWriteException "Unable to write to file"
+bool Index::WriteStored(BlockNumber number, std::FILE* stream) {
+    const IndexEntry& entry = entries[number];
+    Block& block = blocks[number];
+    if (!WriteAt(stream, entry.position, block)) {
+        return false;
+    }
+    if (observer) {
+        if (std::fflush(stream) != 0) {
+            TYR_RAISE(Tyr::Exception::FileWriteException("Unable to write to file"));
+        }
+        unwrittenBlocks.pop_back();
+        observer(
+            {entry.name, number, entry.position, entry.storedLength, entry.rawLength, entry.flags},
+            block.data);
+    }
     --pendingWrites;
     block.Release();
-    TYR_LOG(function, "Buffer " << number << " written to stream.");
+    return true;
+}
+
+/// The order of the blocks does not matter: their positions are known.
+void Index::WriteUnwrittenBlocks(std::FILE* stream) {
+    while (!unwrittenBlocks.empty()) {
+        std::clearerr(stream);
+        if (!WriteStored(unwrittenBlocks.back(), stream)) {
+            TYR_RAISE(PositioningError());
+        }
+    }
+}
+
+void Index::SetObserver(BlockObserver blockObserver) { observer = std::move(blockObserver); }
+
+void Index::WriteBlocksOf(const std::string& name, std::FILE* stream) {
+    FlushFrozen(stream);
+    const BlockSizeLimiter* const limiter = FindLimiter(name);
+    if (limiter == nullptr || limiter->blockNumbers.empty()) {
+        return;
+    }
+    const BlockNumber last = limiter->blockNumbers.back();
+    if (!entries[last].frozen && blocks[last].length != 0) {
+        WriteBufferToFileStream(last, stream);
+    }
+}
+
+void Index::AdoptBlock(const StoredBlock& block) {
+    const BlockNumber number = AddBlock(block.name);
+    IndexEntry& entry = entries[number];
+    entry.storedLength = block.storedLength;
+    entry.rawLength = block.contentLength;
+    entry.flags = block.flags;
+    entry.frozen = true;
+    ComputePosition(number);
+    if (number != block.number || entry.position != block.position) {
+        TYR_RAISE(Tyr::Exception::InvalidArguments());
+    }
 }
 
 void Index::WriteIndexBufferToFileStream(std::uint64_t number, std::FILE* stream) {

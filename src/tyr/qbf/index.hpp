@@ -42,6 +42,19 @@ struct IsSplitByPut<
     T, std::void_t<decltype(PutSplit(std::declval<Index&>(), std::declval<const std::string&>(),
                                      std::declval<const T&>()))>> : std::true_type {};
 
+/// A block in the file.
+struct StoredBlock {
+    std::string name{};
+    std::uint64_t number = 0;
+    std::uint64_t position = 0;      ///< in the file
+    std::uint32_t storedLength = 0;  ///< in the file
+    std::uint32_t contentLength = 0; ///< before transformation
+    std::uint8_t flags = 0;
+};
+
+/// Called with each block after the system has accepted its stored bytes. Must not throw.
+using BlockObserver = std::function<void(const StoredBlock&, const unsigned char* storedBytes)>;
+
 /// Assigns block numbers to names, writes full blocks early and the tables at the end.
 ///
 /// Owns the buffers of all blocks. Exceptions of `Block` pass through. If writing a block fails
@@ -87,6 +100,20 @@ public:
     /// Writes all remaining blocks and all index tables.
     /// @throws FileWriteException "Saving the buffer failed", "Unable to write to file"
     void WriteAllBuffersToFileStream(std::FILE* stream);
+
+    /// Sets the observer. With one, each block is flushed when it is written, and a block that
+    /// could not be written is kept and written by the next operation that writes.
+    void SetObserver(BlockObserver observer);
+
+    /// Writes the blocks of `name` that are not written, also one that could take more data; the
+    /// next `Put` starts a new block then. All blocks of the name must have `FlagFreeze`.
+    /// @throws FileWriteException "Saving the buffer failed", "Unable to write to file"
+    void WriteBlocksOf(const std::string& name, std::FILE* stream);
+
+    /// Adds a block whose stored bytes are or will be in the file. Blocks must be adopted in the
+    /// order of their numbers, before any `Put`.
+    /// @throws InvalidArguments the block cannot have this number or position
+    void AdoptBlock(const StoredBlock& block);
 
 private:
     using BlockNumber = std::uint64_t;
@@ -151,6 +178,14 @@ private:
     std::uint64_t pendingWrites = 0;
 
     Tyr::Log::LineComposer flushLines;
+
+    [[nodiscard]] bool WriteStored(BlockNumber number, std::FILE* stream);
+    void WriteUnwrittenBlocks(std::FILE* stream);
+
+    BlockObserver observer;
+
+    /// With an observer: blocks that have their final form and could not be written.
+    std::vector<BlockNumber> unwrittenBlocks;
 };
 
 template <class T>

@@ -39,7 +39,7 @@ struct IndexEntry {
     std::uint8_t reserved = 0;
     bool frozen = false;         ///< in the file, takes no more data; not stored
     bool indexReset = false;     ///< content of an index block was cleared for its final table
-    std::uint32_t rawLength = 0; ///< content before transformation, recorded when frozen
+    std::uint32_t rawLength = 0; ///< content before transformation, recorded when written
 };
 
 constexpr std::uint32_t nameFieldSize = 128;

@@ -86,4 +86,11 @@ void QbFile::WriteHead() {
     std::fwrite(FileFormatVersion.data(), FileFormatVersion.size(), 1, stream);
 }
 
+void QbFile::WriteIdentity(const std::array<unsigned char, 16>& identity) {
+    if (!Tyr::Platform::seekTo(stream, identityPosition) ||
+        std::fwrite(identity.data(), identity.size(), 1, stream) != 1 || std::fflush(stream) != 0) {
+        TYR_RAISE(Tyr::Exception::FileWriteException("Unable to write to file"));
+    }
+}
+
 } // namespace TyrQbf

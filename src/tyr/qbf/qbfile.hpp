@@ -5,6 +5,7 @@
 #include "tyr/qbf/index.hpp"
 
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <string>
 
@@ -51,6 +52,14 @@ public:
     /// Writes signature and version, the first 12 bytes of a new file. Raises nothing: the stream
     /// keeps its error, and writing the first block reports it.
     void WriteHead();
+
+    /// Marks an unfinished file: writes 16 bytes to the end of the first index table, which is
+    /// written over them when the file is finished. Flushes the stream.
+    /// @throws FileWriteException "Unable to write to file"
+    void WriteIdentity(const std::array<unsigned char, 16>& identity);
 };
+
+/// Where `QbFile::WriteIdentity` writes.
+constexpr std::uint64_t identityPosition = 2784;
 
 } // namespace TyrQbf

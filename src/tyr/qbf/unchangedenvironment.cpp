@@ -16,6 +16,12 @@ thread_local Reading reading;
 
 UnchangedEnvironment::UnchangedEnvironment() { ++reading.scopes; }
 
+UnchangedEnvironment::UnchangedEnvironment(std::optional<std::uint32_t> value)
+    : UnchangedEnvironment() {
+    reading.isRead = true;
+    reading.value = value;
+}
+
 UnchangedEnvironment::~UnchangedEnvironment() {
     if (--reading.scopes == 0) {
         reading.isRead = false;

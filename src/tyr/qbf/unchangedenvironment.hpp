@@ -21,6 +21,10 @@ public:
     using Reader = std::optional<std::uint32_t> (*)();
 
     UnchangedEnvironment();
+
+    /// The same with a value that takes the place of the variable.
+    explicit UnchangedEnvironment(std::optional<std::uint32_t> value);
+
     UnchangedEnvironment(const UnchangedEnvironment&) = delete;
     UnchangedEnvironment& operator=(const UnchangedEnvironment&) = delete;
     ~UnchangedEnvironment();

@@ -5,6 +5,7 @@
 /// valid for every reader of zlib streams.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace TyrQbf {
@@ -20,5 +21,9 @@ std::uint64_t ZlibStreamBound(std::uint32_t length);
 /// @throws MiscelleneousException "Unable to compress block": invalid level, or not enough room
 std::uint64_t ToZlibStream(const unsigned char* source, std::uint32_t length, unsigned char* target,
                            std::uint64_t capacity, std::int32_t level);
+
+/// CRC-32 of a sequence of bytes, as in RFC 1952.
+/// @param before the CRC-32 of the bytes before these, 0 at the start
+std::uint32_t Crc32(std::uint32_t before, const unsigned char* bytes, std::size_t size);
 
 } // namespace TyrQbf

@@ -43,4 +43,8 @@ std::uint64_t ToZlibStream(const unsigned char* source, std::uint32_t length, un
     return size;
 }
 
+std::uint32_t Crc32(std::uint32_t before, const unsigned char* bytes, std::size_t size) {
+    return libdeflate_crc32(before, bytes, size);
+}
+
 } // namespace TyrQbf

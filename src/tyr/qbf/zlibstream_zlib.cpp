@@ -25,4 +25,8 @@ std::uint64_t ToZlibStream(const unsigned char* source, std::uint32_t length, un
     return size;
 }
 
+std::uint32_t Crc32(std::uint32_t before, const unsigned char* bytes, std::size_t size) {
+    return static_cast<std::uint32_t>(crc32_z(before, bytes, size));
+}
+
 } // namespace TyrQbf
