@@ -1,21 +1,16 @@
 #include "tyr/mek2/adder/arrayproperty.hpp"
 
 #include "tyr/exception/raise.hpp"
+#include "tyr/mek2/adder/attachment.hpp"
 #include "tyr/mek2/helper/attributes.hpp"
 
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <optional>
-#include <string>
-#include <utility>
 
 namespace Tyr::Mek2::Adder {
 
 namespace {
-
-/// Separates the name of a result from the name of a step.
-constexpr char stepSeparator = '\x1E';
 
 constexpr std::int64_t largestCount = std::numeric_limits<std::int32_t>::max();
 
@@ -37,64 +32,6 @@ TyrMek::NumericArray describe(const Property& property, std::int64_t rows) {
     array.width = property.width;
     array.elementType = Property::Traits::elementType;
     return array;
-}
-
-/// A variable: the id of its geometry, and its index there.
-struct VariablePlace {
-    unsigned int nodeId;
-    unsigned int index;
-
-    bool operator==(const VariablePlace& other) const {
-        return nodeId == other.nodeId && index == other.index;
-    }
-};
-
-/// The values that all variables of one call share.
-struct Attachment {
-    const std::string& name;
-    TyrMek::Geometry::VariableType type{};
-    std::uint64_t offset = 0;
-    TyrMek::NumericArray array;
-    TyrUtil::AttributeList attributes;
-    bool relinkReplaced = false; ///< true: a first variable that is a link becomes the owner
-    std::optional<VariablePlace> owner{};
-};
-
-/// Attributes of the call replace those of the step with the same key.
-TyrUtil::AttributeList withStepAttributes(const TyrUtil::AttributeList& attributes,
-                                          const StepData& step) {
-    const TyrUtil::AttributeList added = Helper::Attributes::toAttributeList(step.attributes);
-    TyrUtil::AttributeList merged = attributes;
-    merged.values.insert(added.values.begin(), added.values.end());
-    return merged;
-}
-
-/// The first variable of a call owns the dataset, unless it is a link of an earlier call. The
-/// others become links to it.
-/// @param coming number of variables that the node still gets, this one included
-void attach(TyrMek::Tree& tree, Attachment& attachment, unsigned int id, const StepData& step,
-            std::size_t coming) {
-    const std::string variableName =
-        step.name.empty() ? attachment.name : attachment.name + stepSeparator + step.name;
-    const TyrUtil::AttributeList attributes = withStepAttributes(attachment.attributes, step);
-    tree.currentId = id;
-    auto* const geometry =
-        dynamic_cast<TyrMek::Geometry*>(std::as_const(tree).GetCurrentNode().value);
-    if (geometry == nullptr) {
-        return;
-    }
-    geometry->MakeRoomForVariables(coming);
-    const unsigned int index = geometry->AddVariable(
-        variableName, attachment.type, attachment.offset, attachment.array, attributes);
-    const VariablePlace place{id, index};
-    if (!attachment.owner) {
-        attachment.owner = place;
-        if (attachment.relinkReplaced) {
-            geometry->MakeOwner(index);
-        }
-    } else if (!(place == *attachment.owner)) {
-        geometry->MakeLink(index, attachment.owner->nodeId, attachment.owner->index);
-    }
 }
 
 } // namespace
@@ -122,6 +59,7 @@ void ArrayProperty<Property, Ids, Steps>::update(Database& database) {
     const TyrMek::NumericArray array = describe(property, rows);
     const std::uint64_t offset =
         tree.WriteStreamDataset(property.array.data(), static_cast<int>(rows), property.width);
+    datasetOffset = offset;
     Attachment attachment{property.name,
                           Property::geomTypeFrom(property.type),
                           offset,
@@ -131,7 +69,8 @@ void ArrayProperty<Property, Ids, Steps>::update(Database& database) {
     for (const unsigned int id : ids) {
         std::size_t coming = steps.size();
         for (const StepData& step : steps) {
-            attach(tree, attachment, id, step, coming--);
+            attachment.attach(tree, id, step, coming--);
+            ++attached;
         }
     }
 }

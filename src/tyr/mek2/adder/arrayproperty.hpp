@@ -6,6 +6,7 @@
 #include "tyr/mek2/arrayproperty.hpp"
 #include "tyr/mek2/database.hpp"
 
+#include <cstdint>
 #include <vector>
 
 namespace Tyr::Mek2::Adder {
@@ -21,6 +22,9 @@ public:
     Property property;
     Ids ids;
     Steps steps;
+
+    std::uint64_t datasetOffset = 0; ///< in "Heavy Data", once the dataset is written
+    std::uint64_t attached = 0;      ///< pairs of id and step that are done
 };
 
 template <class T>
