@@ -56,6 +56,11 @@ void Tree::SetStreamFile(const std::wstring& path, bool overwrite) {
     WriteHead();
 }
 
+void Tree::SetStream(std::FILE* stream) {
+    file.stream = stream;
+    WriteHead();
+}
+
 void Tree::WriteHead() {
     version = "1.3";
     file.WriteHead();
@@ -207,6 +212,16 @@ std::uint64_t Tree::StreamDataset(const void* data, int count, unsigned char wid
     file.index.FlushFrozen(file.stream);
     return offset;
 }
+
+void Tree::WriteDatasets() {
+    if (file.stream == nullptr || saveBegun) {
+        TYR_RAISE(Tyr::Exception::InvalidObjectState("File not open."));
+    }
+    file.SetBlockFlags(heavyData, TyrQbf::FlagFreeze | TyrQbf::FlagCompress);
+    file.index.WriteBlocksOf(heavyData, file.stream);
+}
+
+const std::string& Tree::DatasetStream() { return heavyData; }
 
 void Tree::Save(TyrQbf::QbFile& output, const std::string& comment) {
     if (output.stream == nullptr) {

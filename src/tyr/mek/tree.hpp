@@ -22,6 +22,7 @@
 #include "tyr/qbf/qbfile.hpp"
 
 #include <cstdint>
+#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -39,6 +40,10 @@ public:
     /// Opens the file and writes its header of 12 bytes.
     void SetStreamFile(const std::string& path, bool overwrite);
     void SetStreamFile(const std::wstring& path, bool overwrite);
+
+    /// Takes a new file that is open for writing and writes its header of 12 bytes. The tree closes
+    /// the stream.
+    void SetStream(std::FILE* stream);
 
     /// Makes the root a group; the cursor is on the root afterwards.
     /// @throws InvalidObjectState "Root node properties are already set"
@@ -70,6 +75,14 @@ public:
     /// @throws InvalidObjectState "File not open."
     std::uint64_t WriteStreamDataset(const float* data, int count, unsigned char width);
     std::uint64_t WriteStreamDataset(const unsigned int* data, int count, unsigned char width);
+
+    /// Writes the datasets that are still in memory. The next dataset starts a new block.
+    /// @throws InvalidObjectState "File not open."
+    /// @throws FileWriteException
+    void WriteDatasets();
+
+    /// The name of the stream of the datasets, "Heavy Data".
+    static const std::string& DatasetStream();
 
     /// Writes everything that is left and closes the file; without an open file it does nothing.
     /// After an error the stream stays open, for `CloseFile`, and `Save` must not be called again.
