@@ -71,7 +71,8 @@ public:
     Model();
 
     /// Ends an open write cycle like `close`. Errors are discarded; call `close` to receive them.
-    /// The stream is closed and memory released in any case.
+    /// The stream is closed and memory released in any case. With
+    /// `SaverOptions::replaceWhenComplete` the file is not finished: only `close` does that.
     ~Model();
 
     Model(const Model&) = delete;
@@ -121,6 +122,20 @@ public:
     /// @throws OverflowError a stream other than the arrays has 2^32 bytes or more
     /// @throws MiscelleneousException "Unable to compress block"
     void close();
+
+    /// Makes everything so far recoverable: after any end of the process, `mekrecover` makes a
+    /// complete file of it. Needs `SaverOptions::journal`.
+    ///
+    /// Compresses and writes the arrays that are still in memory; the next array starts a new
+    /// block. So the time depends on what was added since the last checkpoint, and frequent
+    /// checkpoints make a larger file. An error leaves the write cycle usable: the next checkpoint
+    /// writes what this one could not.
+    ///
+    /// @param durability `Durability::Device` waits until the device has file, journal and folder
+    /// @throws InvalidObjectState "File not open.": no write cycle is open, or it has no file;
+    ///     "No journal"; "The journal is incomplete": memory ran out in an earlier call
+    /// @throws FileWriteException the system could not write
+    void checkpoint(Durability durability = Durability::Process);
 
     /// Adds a node below the current node, or the root if there is none yet.
     ///

@@ -32,6 +32,23 @@ struct SaverOptions {
     /// False: the variable stays a link, no variable refers to the new array, and links can form
     /// circles. True: the variable becomes the owner of the new array.
     bool relinkReplaced = false;
+
+    /// True: the write cycle can be recovered after the process was killed. A journal, the file
+    /// NAME.journal, records what is not in the file yet; see `Model::checkpoint`. A `close` that
+    /// succeeds removes it.
+    bool journal = false;
+
+    /// True: the file is written under a temporary name in the same folder and gets its name by a
+    /// `close` that succeeds. Until then a file that it replaces is not touched. The permission
+    /// bits of that file are kept. If the `Model` is destroyed without `close`, the temporary file
+    /// is removed, unless a journal makes it recoverable.
+    bool replaceWhenComplete = false;
+};
+
+/// What a checkpoint survives.
+enum class Durability {
+    Process, ///< any end of the process
+    Device   ///< a power cut, too
 };
 
 } // namespace Tyr::Mek2

@@ -2,10 +2,13 @@
 
 #include "tyr/exception/raise.hpp"
 #include "tyr/mek/geometry.hpp"
+#include "tyr/mek2/safeoutput.hpp"
 
 #include <utility>
 
 namespace Tyr::Mek2 {
+
+Database::Database() = default;
 
 Database::~Database() {
     try {
@@ -21,6 +24,9 @@ void Database::close() {
     }
     if (openedForWriting && !tree->saveBegun) {
         tree->Save(tree->file, "");
+        if (output) {
+            output->complete();
+        }
     }
     tree->file.CloseFile();
     for (const auto& [id, node] : std::as_const(tree->nodes)) {
@@ -29,9 +35,17 @@ void Database::close() {
         }
     }
     tree.reset();
+    output.reset();
     openState = 1;
     openedForReading = false;
     openedForWriting = false;
+}
+
+void Database::abandon() {
+    if (tree && output && output->needsClose()) {
+        tree->saveBegun = true;
+    }
+    close();
 }
 
 void Database::assertEmpty() const {

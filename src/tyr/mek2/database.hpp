@@ -10,14 +10,18 @@
 
 namespace Tyr::Mek2 {
 
+class SafeOutput;
+
 /// The tree and flags of the open write cycle. Without one there is no tree.
 class Database : public Base::Database {
 public:
+    Database();
+
     /// Closes. Errors are discarded; the stream is closed and memory released in any case.
     ~Database() override;
 
-    /// Saves the tree, closes the file and deletes the tree. After an error the tree stays; a
-    /// second call deletes it without saving.
+    /// Saves the tree, closes the file, gives it its name and deletes the tree. After an error the
+    /// tree stays; a second call deletes it without saving.
     void close() override;
 
     /// @throws InvalidObjectState "Not Empty"
@@ -34,6 +38,13 @@ public:
     bool openedForWriting = false;
     std::uint32_t openState = 1;
     bool relinkReplaced = false; ///< of this write cycle; see `SaverOptions`
+
+    /// Null unless the write cycle has a journal or a temporary file.
+    std::unique_ptr<SafeOutput> output;
+
+    /// Closes a write cycle whose `Model` is destroyed. A file that only `close` completes stays
+    /// unfinished.
+    void abandon();
 };
 
 } // namespace Tyr::Mek2

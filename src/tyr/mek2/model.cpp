@@ -1,5 +1,6 @@
 #include <tyr/mek2/model.hpp>
 
+#include "tyr/exception/raise.hpp"
 #include "tyr/mek2/adder/arrayproperty.hpp"
 #include "tyr/mek2/adder/components.hpp"
 #include "tyr/mek2/adder/node.hpp"
@@ -8,6 +9,7 @@
 #include "tyr/mek2/extractor/nodeid.hpp"
 #include "tyr/mek2/modifier/currentnodeid.hpp"
 #include "tyr/mek2/modifier/nodedata.hpp"
+#include "tyr/mek2/safeoutput.hpp"
 #include "tyr/mek2/saver.hpp"
 #include "tyr/mek2/valuestorage.hpp"
 
@@ -35,12 +37,23 @@ void startWriteCycle(Database& database, const S& path, const SaverOptions& opti
     Saver(description, options).save(database);
 }
 
+/// Makes a call, and records it if the write cycle has a journal.
+template <class Command>
+void run(Database& database, Command& command) {
+    Journal::Writer* const journal = database.output ? database.output->journal() : nullptr;
+    if (journal != nullptr) {
+        journal->run(database, command);
+    } else {
+        command.update(database);
+    }
+}
+
 template <class Container>
 Array1d<unsigned int> addComponents(Database& database, const Container& paths,
                                     const std::string& separator) {
     Adder::Components<Container, Column<unsigned int>> adder(paths);
     adder.separator = separator;
-    adder.update(database);
+    run(database, adder);
     return {adder.result.data(), static_cast<std::size_t>(adder.result.size())};
 }
 
@@ -77,7 +90,7 @@ void writeArrayProperty(Database& database, const std::string* name, DatasetType
     property.width = property.widthFrom(type);
     adder.ids = idColumn(ids);
     adder.steps = stepDataOf(steps);
-    adder.update(database);
+    run(database, adder);
 }
 
 } // namespace
@@ -96,7 +109,7 @@ Model::Model() : database_(new Database) {}
 
 Model::~Model() {
     try {
-        close();
+        database_->abandon();
     } catch (...) {
         // the destructor of the database closes the stream without saving
     }
@@ -137,9 +150,17 @@ void Model::close() {
     database.close();
 }
 
+void Model::checkpoint(Durability durability) {
+    database_->assertOpenedForWriting();
+    if (!database_->output || database_->output->journal() == nullptr) {
+        TYR_RAISE(Exception::InvalidObjectState("No journal"));
+    }
+    database_->output->checkpoint(*database_->tree, durability == Durability::Device);
+}
+
 unsigned int Model::addNode(NodeType type, const std::string& name, const Attributes& attributes) {
     Adder::Node adder(type, name, ValueAccess::of(attributes));
-    adder.update(*database_);
+    run(*database_, adder);
     return adder.id;
 }
 
@@ -166,8 +187,8 @@ unsigned int Model::getNodeId(std::initializer_list<std::string> components) {
 
 void Model::setNodeData(unsigned int id, const NodeProperties& properties,
                         const Attributes& attributes) {
-    Modifier::NodeData(id, ValueAccess::of(properties), ValueAccess::of(attributes))
-        .update(*database_);
+    Modifier::NodeData modifier(id, ValueAccess::of(properties), ValueAccess::of(attributes));
+    run(*database_, modifier);
 }
 
 Array1d<unsigned int> Model::addAssemblyComponents(const std::vector<std::string>& paths,

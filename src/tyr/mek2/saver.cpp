@@ -1,6 +1,10 @@
 #include "tyr/mek2/saver.hpp"
 
+#include "tyr/exception/raise.hpp"
+#include "tyr/mek2/safeoutput.hpp"
+
 #include <memory>
+#include <optional>
 
 namespace Tyr::Mek2 {
 
@@ -10,7 +14,9 @@ void Saver::save(Database& database) {
     database.openedForWriting = true;
     database.tree = std::make_shared<TyrMek::Tree>();
     database.relinkReplaced = options.relinkReplaced;
-    if (!description.path.empty()) {
+    if (options.journal || options.replaceWhenComplete) {
+        openSafely(database);
+    } else if (!description.path.empty()) {
         database.tree->SetStreamFile(description.path, options.overwrite);
     } else if (!description.widePath.empty()) {
         database.tree->SetStreamFile(description.widePath, options.overwrite);
@@ -19,6 +25,20 @@ void Saver::save(Database& database) {
         database.tree->currentModifier.toolName = options.toolName;
         database.tree->currentModifier.toolVersion = options.toolVersion;
     }
+}
+
+void Saver::openSafely(Database& database) {
+    const bool isWide = !description.widePath.empty();
+    if (!isWide && description.path.empty()) {
+        return;
+    }
+    const std::optional<Platform::NativePath> path =
+        isWide ? Platform::nativePath(description.widePath)
+               : Platform::nativePath(description.path);
+    if (!path) {
+        TYR_RAISE(Exception::MiscelleneousException("Unable to open file: invalid path"));
+    }
+    database.output = std::make_unique<SafeOutput>(*path, options, *database.tree);
 }
 
 } // namespace Tyr::Mek2

@@ -18,6 +18,9 @@ public:
     /// tree stays.
     /// @throws InvalidObjectState "Not Empty"
     void save(Database& database) override;
+
+private:
+    void openSafely(Database& database);
 };
 
 } // namespace Tyr::Mek2

@@ -1,0 +1,164 @@
+#include "tyr/mek2/safeoutput.hpp"
+
+#include "tyr/exception/raise.hpp"
+#include "tyr/qbf/blocksize.hpp"
+
+#include <string>
+
+namespace Tyr::Mek2 {
+
+namespace {
+
+constexpr int attempts = 100; // at a temporary name that no other file has
+
+std::string inQuotes(const Platform::NativePath& path) {
+    return '"' + Platform::displayPath(path) + '"';
+}
+
+Platform::NativePath journalPath(const Platform::NativePath& target) {
+    return Platform::withSuffix(target, ".journal");
+}
+
+/// `target` with 8 random hexadecimal digits.
+Platform::NativePath temporaryPath(const Platform::NativePath& target) {
+    constexpr const char* digits = "0123456789abcdef";
+    const Journal::Identity random = Platform::randomIdentity();
+    std::string suffix = ".";
+    for (std::size_t i = 0; i < 4; ++i) {
+        suffix += digits[random[i] >> 4];
+        suffix += digits[random[i] & 0xF];
+    }
+    return Platform::withSuffix(target, suffix + ".part");
+}
+
+[[noreturn]] void raiseUnableToOpen(const Platform::NativePath& path) {
+    const std::string message =
+        "Unable to open file " + inQuotes(path) + ": " + Platform::lastErrorReason();
+    TYR_RAISE(Exception::MiscelleneousException(message.c_str()));
+}
+
+} // namespace
+
+SafeOutput::SafeOutput(const Platform::NativePath& path, const SaverOptions& options,
+                       TyrMek::Tree& tree)
+    : target_(options.replaceWhenComplete ? Platform::linkTarget(path) : path),
+      path_(target_),
+      isReplacement_(options.replaceWhenComplete),
+      overwrite_(options.overwrite) {
+    if (options.journal && Platform::fileExists(journalPath(target_))) {
+        if (!overwrite_) {
+            TYR_RAISE(Exception::FileOpenException("Journal exists."));
+        }
+        Platform::removeFile(journalPath(target_));
+    }
+    refuseExisting();
+    if (isReplacement_ && Platform::fileExists(target_) && !Platform::isRegularFile(target_)) {
+        const std::string message = inQuotes(target_) + " is not a regular file";
+        TYR_RAISE(Exception::FileOpenException(message.c_str()));
+    }
+    try {
+        open(tree);
+        if (options.journal) {
+            startJournal(tree, options);
+        }
+    } catch (...) {
+        tree.file.CloseFile();
+        if (isReplacement_ && path_ != target_) {
+            Platform::removeFile(path_);
+        }
+        throw;
+    }
+}
+
+SafeOutput::~SafeOutput() {
+    if (journal_ != nullptr) {
+        try {
+            journal_->write();
+        } catch (...) {
+            // what the last checkpoint promised is in the file
+        }
+    } else if (isReplacement_ && !path_.empty()) {
+        Platform::removeFile(path_);
+    }
+}
+
+void SafeOutput::open(TyrMek::Tree& tree) {
+    std::FILE* stream = nullptr;
+    if (!isReplacement_) {
+        stream = Platform::createOrEmptyFile(path_);
+    }
+    for (int attempt = 0; isReplacement_ && stream == nullptr && attempt < attempts; ++attempt) {
+        path_ = temporaryPath(target_);
+        stream = Platform::createFile(path_);
+        if (stream == nullptr && !Platform::fileExists(path_)) {
+            break;
+        }
+    }
+    if (stream == nullptr) {
+        path_ = target_;
+        raiseUnableToOpen(target_);
+    }
+    tree.SetStream(stream);
+    if (isReplacement_ && Platform::fileExists(target_)) {
+        Platform::copyPermissions(target_, path_);
+    }
+}
+
+void SafeOutput::startJournal(TyrMek::Tree& tree, const SaverOptions& options) {
+    const Journal::Identity identity = Platform::randomIdentity();
+    tree.file.WriteIdentity(identity);
+    journal_ = std::make_unique<Journal::Writer>(
+        journalPath(target_), identity,
+        Journal::Start{Platform::displayPath(Platform::nameOf(path_)), options.toolName,
+                       options.toolVersion, options.relinkReplaced,
+                       TyrQbf::BlockSizeFromEnvironment()});
+    journal_->write();
+    tree.file.index.SetObserver([journal = journal_.get()](const TyrQbf::StoredBlock& block,
+                                                           const unsigned char* storedBytes) {
+        journal->recordBlock(block, storedBytes);
+    });
+}
+
+void SafeOutput::refuseExisting() const {
+    if (!overwrite_ && Platform::fileExists(target_)) {
+        TYR_RAISE(Exception::FileOpenException("File exists."));
+    }
+}
+
+void SafeOutput::checkpoint(TyrMek::Tree& tree, bool onDevice) {
+    tree.WriteDatasets();
+    journal_->write();
+    if (!onDevice) {
+        return;
+    }
+    isOnDevice_ = true;
+    if (!Platform::synchronize(tree.file.stream)) {
+        TYR_RAISE(Exception::FileWriteException("Unable to write to file"));
+    }
+    journal_->synchronize();
+    if (!Platform::synchronizeFolderOf(target_)) {
+        TYR_RAISE(Exception::FileWriteException("Unable to write to file"));
+    }
+}
+
+void SafeOutput::complete() {
+    if (isReplacement_) {
+        if (isOnDevice_) {
+            Platform::synchronizeFile(path_);
+        }
+        if (!Platform::renameFile(path_, target_, overwrite_)) {
+            refuseExisting();
+            const std::string message = "Unable to rename " + inQuotes(path_) + " to " +
+                                        inQuotes(target_) + ": " + Platform::lastErrorReason();
+            TYR_RAISE(Exception::FileWriteException(message.c_str()));
+        }
+        path_.clear();
+    }
+    if (journal_ != nullptr) {
+        const Platform::NativePath path = journal_->path();
+        journal_.reset();
+        Platform::removeFile(path);
+    }
+}
+
+} // namespace Tyr::Mek2
