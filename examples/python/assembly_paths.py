@@ -34,7 +34,7 @@ metal = {
     "AmbientIntensity": 0.5,  # times the diffuse colour, which is set first
 }
 
-with mekapi2.Model.create(path, overwrite=True, tool_name="assembly_paths") as model:
+with mekapi2.Model(path, overwrite=True, tool_name="assembly_paths") as model:
     ids = model.add_assembly_components(parts)
 
     # All three shapes have the mesh of one cube.

@@ -14,23 +14,23 @@ path = sys.argv[1] if len(sys.argv) > 1 else "first_model.mek"
 section = [[0, 0], [1, 0], [1, 1], [0, 1]]
 coordinates = np.array([[x, y, z] for x in range(3) for y, z in section])
 
-with mekapi2.Model.create(path, overwrite=True, tool_name="first_model") as model:
+with mekapi2.Model(path, overwrite=True, tool_name="first_model") as model:
     model.add_node("RootGroup", "bar")
     solid = model.add_node("Shape", "HE8")  # the id that add_array accepts
 
-    # The file stores 32-bit floats and unsigned integers. Integer arrays are stored as integers, so
-    # the coordinates are converted to floats here.
-    model.add_array("Coordinates", coordinates.astype(np.float32), solid)
+    # The file stores 32-bit floats and unsigned integers. NumPy's arrays of 64 bits are rounded.
+    model.add_array("Coordinates", coordinates, solid)
     model.add_array("NodeIds", [11, 12, 13, 14, 21, 22, 23, 24, 31, 32, 33, 34], solid)
 
-    # The connectivity lists the nodes of each element, by row of the coordinates. The polylength is
-    # the number of nodes of each element. The suffix 2 means solid elements.
-    model.add_array("Connectivity2", [*range(0, 8), *range(4, 12)], solid)
-    model.add_array("Polylength2", [8, 8], solid)
+    # The connectivity lists the nodes of each element, by row of the coordinates. The polylength,
+    # which polylength=True adds, is the number of nodes of each element. The suffix 2 means solid
+    # elements.
+    elements = [range(0, 8), range(4, 12)]
+    model.add_array("Connectivity2", elements, solid, polylength=True)
     model.add_array("ElementIds", [1, 2], solid)
 
-    # A result needs a name. Values that are not exact in 32 bits are rounded only with lossy=True.
+    # A result needs a name.
     temperature = np.repeat([20.0, 45.0, 70.0], 4)
-    model.add_array("ResultA1", temperature, solid, name="Temperature", lossy=True)
+    model.add_array("ResultA1", temperature, solid, name="Temperature")
 
 # The file is complete at the end of the block.

@@ -16,23 +16,24 @@ path = sys.argv[1] if len(sys.argv) > 1 else "handling_failures.mek"
 def attempt(what):
     """Run a block that is expected to raise an exception, and print it.
 
-    The exceptions of the library are subclasses of `mekapi2.Error` with a code, a message and a
-    location. They also derive from a built-in exception, such as FileExistsError or KeyError.
+    The exceptions of the library are subclasses of `mekapi2.Error` with a code. They also derive
+    from a built-in exception, such as FileExistsError or KeyError.
     """
     try:
         yield
         print(f"{what}: no error")
+    except OSError as error:
+        print(f"{what}: {error.strerror}: {error.filename}")
     except mekapi2.Error as error:
-        location = f"{error.location.file}, line {error.location.line}"
-        print(f'{what}: {error.code} "{error}" from {location}')
+        print(f"{what}: code {error.code}, {error}")
     except ValueError as error:  # an invalid array; nothing is written
         print(f"{what}: {error}")
 
 
 with attempt("a file in a folder that does not exist"):
-    Model.create(f"{path}.missing/model.mek")
+    Model(f"{path}.missing/model.mek")
 
-with Model.create(path, overwrite=True, tool_name="handling_failures") as model:
+with Model(path, overwrite=True, tool_name="handling_failures") as model:
     model.add_node("RootGroup", "root")
     shape = model.add_node("Shape", "shape")
     values = [1.0, 2.0, 3.0]
@@ -40,11 +41,10 @@ with Model.create(path, overwrite=True, tool_name="handling_failures") as model:
         model.add_array("Coordinates", values, shape)
     with attempt("an unknown id"):
         model.add_array("ResultA1", values, 1000, name="T")
-    with attempt("a value that is not a 32-bit float"):
-        model.add_array("ResultA1", [0.1], shape, name="T")
+    with attempt("a value that is not exact in 32 bits"):
+        model.add_array("ResultA1", [0.1], shape, name="T", exact=True)
 
-    # The model is still usable. The call with the unknown id made that id current.
-    model.set_current_node(shape)
+    # The model is still usable.
     model.add_array("ResultA1", values, shape, name="T")
 
     # Call close to handle its errors, such as a full disk. Otherwise the end of the block closes
@@ -57,4 +57,4 @@ with attempt("a node in a closed model"):
 
 # An existing file is replaced only with overwrite=True.
 with attempt("an existing file"):
-    Model.create(path)
+    Model(path)

@@ -21,7 +21,7 @@ def deflection(time):
     return displacement
 
 
-with mekapi2.Model.create(path, overwrite=True, tool_name="steps_and_links") as model:
+with mekapi2.Model(path, overwrite=True, tool_name="steps_and_links") as model:
     deck, edge = both = model.add_assembly_components(["/bridge/deck", "/bridge/edge"])
 
     # The first shape owns the coordinates, the second links to them.
@@ -36,7 +36,7 @@ with mekapi2.Model.create(path, overwrite=True, tool_name="steps_and_links") as 
     for number in range(9):
         time = number / 8
         step = Step(f"Step {number}", {"Number": number, "Time": time})
-        model.add_array("Displacement3", deflection(time), both, steps=step, lossy=True)
+        model.add_array("Displacement3", deflection(time), both, steps=step)
 
     # An array that is the same for several steps is given once, with all of them.
     stress = [1.5, 2.5]

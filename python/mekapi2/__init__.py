@@ -1,6 +1,6 @@
 """Writes simulation models from NumPy arrays to a compact file.
 
->>> with mekapi2.Model.create("plate.mek", overwrite=True) as model:
+>>> with mekapi2.Model("plate.mek", overwrite=True) as model:
 ...     model.add_node("RootGroup", "plate")
 ...     mesh = model.add_node("Shape", "surface")
 ...     model.add_array("Coordinates", coordinates, mesh)
@@ -15,6 +15,7 @@ from . import errors
 from ._core import version as __version__
 from .enumerations import DatasetType, NodeType, PropertyType
 from .errors import *
+from .errors import OverflowError as OverflowError  # not in __all__: it hides a builtin
 from .model import Model, Step
 
 __all__ = [

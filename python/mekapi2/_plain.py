@@ -1,6 +1,7 @@
-"""Converts arguments of `Model` to the basic types that the extension module accepts.
+"""Checks the arguments of `Model` and converts them to the basic types of the extension module.
 
-Values out of range raise an exception here; they are never truncated.
+Values out of range raise an exception here; they are never truncated. Every message names the
+argument.
 """
 
 from __future__ import annotations
@@ -17,6 +18,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from .enumerations import DatasetType, PropertyType
+from .errors import InexactConversion, InvalidArguments
 
 AttributeValue = Union[str, bool, SupportsIndex, SupportsFloat]
 PropertyValue = Union[bool, SupportsFloat, Sequence[SupportsFloat], NDArray[Any]]
@@ -24,10 +26,32 @@ PropertyValue = Union[bool, SupportsFloat, Sequence[SupportsFloat], NDArray[Any]
 _largest_word = 0xFFFFFFFF
 _largest_float = float(np.finfo(np.float32).max)
 _max_string_bytes = 256
+_not_stored_with_arrays = ("Complex", "Contents", "DataSource", "DataType", "Structure")
 
-_vectors = {kind for kind in PropertyType if kind <= PropertyType.AmbientColor}
+
+class ElementType(enum.IntEnum):
+    """The type of the elements in the file, as `ElementType` in ``arrays.hpp``."""
+
+    Float = 0
+    Unsigned = 1
+    UnsignedOrFloat = 2
+
+
+_lengths = {
+    PropertyType.Translation: (3,),
+    PropertyType.Rotation: (4,),
+    PropertyType.Scale: (3,),
+    PropertyType.DiffuseColor: (3, 4),
+    PropertyType.SpecularColor: (3, 4),
+    PropertyType.EmissiveColor: (3,),
+    PropertyType.AmbientColor: (3,),
+}
 
 _Enum = TypeVar("_Enum", bound=enum.IntEnum)
+
+
+def _type_of(given: object) -> str:
+    return type(given).__name__
 
 
 def path(given: Union[str, bytes]) -> Union[str, bytes]:
@@ -42,8 +66,41 @@ def path(given: Union[str, bytes]) -> Union[str, bytes]:
     if not decoded:
         raise ValueError("the path is empty")
     if "\0" in decoded:
-        raise ValueError("the path contains a zero character")
+        raise ValueError(f"the path {decoded!r} contains a zero character")
     return decoded if os.name == "nt" else os.fsencode(given)
+
+
+def string(what: str, given: str) -> str:
+    """Return a string that can be encoded.
+
+    Raises
+    ------
+    TypeError
+        ``given`` is not a string.
+    ValueError
+        It has a character that UTF-8 does not encode.
+    """
+    if not isinstance(given, str):
+        raise TypeError(f"{what} must be a string, not {_type_of(given)}")
+    try:
+        given.encode()
+    except UnicodeEncodeError as error:
+        raise ValueError(f"{what} {given!r} is not valid Unicode: {error.reason}") from None
+    return given
+
+
+def strings(what: str, given: Iterable[str]) -> list[str]:
+    """Return strings as a list. Raises `TypeError` for a single string and for other values."""
+    if isinstance(given, str) or not isinstance(given, Iterable):
+        raise TypeError(f"{what} must be a list of strings, not {_type_of(given)}")
+    return [string(f"each of the {what}", each) for each in given]
+
+
+def flag(what: str, given: bool) -> bool:
+    """Return a boolean. Raises `TypeError` for any other value."""
+    if not isinstance(given, (bool, np.bool_)):
+        raise TypeError(f"{what} must be True or False, not {_type_of(given)}")
+    return bool(given)
 
 
 def member(kind: Type[_Enum], given: Union[_Enum, str, int]) -> _Enum:
@@ -57,20 +114,37 @@ def member(kind: Type[_Enum], given: Union[_Enum, str, int]) -> _Enum:
 
     Raises
     ------
+    TypeError
+        ``given`` is of another type, or a member of another enumeration.
     ValueError
         There is no such member.
     """
-    if not isinstance(given, str):
-        return kind(given)
-    plain = given.replace("_", "").lower()
-    for candidate in kind:
-        if candidate.name.lower() == plain:
-            return candidate
-    raise ValueError(f"{given!r} is not one of {', '.join(kind.__members__)}")
+    if isinstance(given, str):
+        plain = given.replace("_", "").lower()
+        for candidate in kind:
+            if candidate.name.lower() == plain:
+                return candidate
+    elif not isinstance(given, SupportsIndex) or isinstance(given, (enum.Enum, np.ndarray, bool)):
+        if isinstance(given, kind):
+            return given
+        raise TypeError(f"expected a {kind.__name__}, its name or its number, not {given!r}")
+    elif operator.index(given) in [int(candidate) for candidate in kind]:
+        return kind(operator.index(given))
+    raise ValueError(f"{given!r} is not a {kind.__name__}: {', '.join(kind.__members__)}")
 
 
 def node_id(given: SupportsIndex) -> int:
-    """Return an id. Raises `ValueError` unless it is from 0 to 2**32 - 1."""
+    """Return an id.
+
+    Raises
+    ------
+    TypeError
+        It is not an integer.
+    ValueError
+        It is not in 0 to 2**32 - 1.
+    """
+    if not isinstance(given, SupportsIndex) or isinstance(given, np.ndarray):
+        raise TypeError(f"a node id must be an integer, not {_type_of(given)}")
     number = operator.index(given)
     if not 0 <= number <= _largest_word:
         raise ValueError(f"node id {number} is not in 0 to {_largest_word}")
@@ -78,9 +152,11 @@ def node_id(given: SupportsIndex) -> int:
 
 
 def node_ids(given: Union[SupportsIndex, Iterable[SupportsIndex]]) -> list[int]:
-    """Return one id or several as a list. Raises `ValueError` for an id out of range."""
+    """Return one id or several as a list. The exceptions are those of `node_id`."""
     if isinstance(given, SupportsIndex) and not isinstance(given, np.ndarray):
         return [node_id(given)]
+    if isinstance(given, (str, bytes)) or not isinstance(given, Iterable):
+        raise TypeError(f"ids must be integers, not {_type_of(given)}")
     return [node_id(number) for number in given]
 
 
@@ -90,65 +166,122 @@ def attributes(given: Optional[Mapping[str, AttributeValue]]) -> dict[str, Union
     Raises
     ------
     TypeError
-        A value is neither a string nor a number.
+        A key is not a string, or a value is neither a string nor a number.
     ValueError
         A string is longer than 256 bytes or contains a zero byte, an integer is not in 0 to
         2**32 - 1, or a float is too large for 32 bits.
     """
-    return {key: _attribute(key, value) for key, value in (given or {}).items()}
+    if given is None:
+        return {}
+    if not isinstance(given, Mapping):
+        raise TypeError(f"attributes must be a dict, not {_type_of(given)}")
+    return {string("an attribute's key", key): _attribute(key, given[key]) for key in given}
+
+
+def array_attributes(
+    given: Optional[Mapping[str, AttributeValue]]
+) -> dict[str, Union[int, float, str]]:
+    """Return `attributes` of an array. Raises `InvalidArguments` for keys that are not stored."""
+    plain = attributes(given)
+    for key in plain:
+        if key in _not_stored_with_arrays or key.startswith("Link."):
+            raise InvalidArguments(f"attribute {key!r} is not stored with an array; rename it")
+    return plain
 
 
 def _attribute(key: str, value: AttributeValue) -> Union[int, float, str]:
+    what = f"attribute {key!r}"
     if isinstance(value, str):
-        if len(value.encode()) > _max_string_bytes or "\0" in value:
+        if len(string(what, value).encode()) > _max_string_bytes or "\0" in value:
             raise ValueError(
-                f"attribute {key!r}: a string has at most {_max_string_bytes} bytes, without zero"
+                f"{what}: a string has at most {_max_string_bytes} bytes, without zero"
             )
         return value
     if isinstance(value, (numbers.Integral, np.bool_)):
         number = int(value)
         if not 0 <= number <= _largest_word:
-            raise ValueError(f"attribute {key!r}: {number} is not in 0 to {_largest_word}")
+            raise ValueError(f"{what}: {number} is not in 0 to {_largest_word}")
         return number
     if isinstance(value, numbers.Real):
+        return _real(what, value)
+    raise TypeError(f"{what}: expected a string or a number, not {value!r}")
+
+
+def _real(what: str, value: Any) -> float:
+    """Return a float. Raises `ValueError` if it is finite and too large for 32 bits."""
+    if not isinstance(value, (numbers.Real, np.bool_)):
+        raise TypeError(f"{what}: expected a number, not {value!r}")
+    too_large = f"{what}: {value} is too large for a 32-bit float"
+    try:
         real = float(value)
-        if math.isfinite(real) and abs(real) > _largest_float:
-            raise ValueError(f"attribute {key!r}: {real} is too large for a 32-bit float")
-        return real
-    raise TypeError(f"attribute {key!r}: expected a string or a number, not {value!r}")
+    except OverflowError:
+        raise ValueError(too_large) from None
+    if _largest_float < abs(real) < math.inf:
+        raise ValueError(too_large)
+    return real
 
 
 def properties(
     given: Optional[Mapping[Union[PropertyType, str, int], PropertyValue]]
 ) -> dict[int, Union[bool, float, list[float]]]:
-    """Return node properties as lists of floats, floats and booleans.
+    """Return node properties by `PropertyType` as lists of floats, floats and booleans.
 
     Raises
     ------
     TypeError
         A value does not have the type of its property.
     ValueError
-        There is no such property, or an element is not a number.
+        There is no such property, or a value has the wrong length or is too large.
     """
-    plain = {}
-    for key, value in (given or {}).items():
+    if given is None:
+        return {}
+    if not isinstance(given, Mapping):
+        raise TypeError(f"properties must be a dict, not {_type_of(given)}")
+    plain: dict[int, Union[bool, float, list[float]]] = {}
+    for key, value in given.items():
         kind = member(PropertyType, key)
-        plain[int(kind)] = _property(kind, value)
+        plain[kind] = _property(kind, value)
     return plain
 
 
 def _property(kind: PropertyType, value: Any) -> Union[bool, float, list[float]]:
-    if kind in _vectors:
-        if isinstance(value, (str, bytes)) or not isinstance(value, Iterable):
-            raise TypeError(f"{kind.name} expects a sequence of numbers, not {value!r}")
-        return [float(number) for number in value]
+    if kind in _lengths:
+        return _vector(kind, value)
     if kind is PropertyType.MaterialFlag:
-        if not isinstance(value, (bool, np.bool_)):
-            raise TypeError(f"{kind.name} expects True or False, not {value!r}")
-        return bool(value)
-    if not isinstance(value, numbers.Real):
-        raise TypeError(f"{kind.name} expects a number, not {value!r}")
-    return float(value)
+        return flag(kind.name, value)
+    return _real(kind.name, value)
+
+
+def _vector(kind: PropertyType, value: Any) -> list[float]:
+    lengths = " or ".join(map(str, _lengths[kind]))
+    if isinstance(value, (str, bytes)) or not isinstance(value, Iterable):
+        raise TypeError(f"{kind.name} takes {lengths} numbers, not {value!r}")
+    vector = [_real(kind.name, number) for number in value]
+    if len(vector) not in _lengths[kind]:
+        raise InvalidArguments(f"{kind.name} takes {lengths} numbers, got {len(vector)}")
+    return vector
+
+
+def element_type(kind: DatasetType) -> ElementType:
+    """Return the type of the elements of a dataset: results of integers from 0 stay integers."""
+    if kind.name.startswith("Result"):
+        return ElementType.UnsignedOrFloat
+    is_float = kind is DatasetType.Coordinates or kind.name.startswith("Displacement")
+    return ElementType.Float if is_float else ElementType.Unsigned
+
+
+def refusal(
+    kind: DatasetType, values: NDArray[Any], index: tuple[int, ...], exact: bool
+) -> InexactConversion:
+    """Return the exception for the first value that the file cannot hold."""
+    value, where = values[index], f"at {list(index)}"
+    if element_type(kind) is ElementType.Unsigned:
+        reason = f"{kind.name} takes whole numbers from 0 to {_largest_word}, got {value} {where}"
+    elif exact:
+        reason = f"{kind.name}: {value} {where} is not exact in 32 bits, and exact=True"
+    else:
+        reason = f"{kind.name}: {value} {where} is too large for a 32-bit float"
+    return InexactConversion(reason, index)
 
 
 def array(kind: DatasetType, given: ArrayLike) -> NDArray[Any]:
@@ -159,7 +292,7 @@ def array(kind: DatasetType, given: ArrayLike) -> NDArray[Any]:
     Parameters
     ----------
     kind : DatasetType
-    given : array-like, shape (n,) or (n, kind.width)
+    given : array-like, shape (n,) or (n, kind.width); for connectivity also (n, k)
 
     Raises
     ------
@@ -172,13 +305,23 @@ def array(kind: DatasetType, given: ArrayLike) -> NDArray[Any]:
         raise ValueError("the array has masked values; replace them first, for example by NaN")
     values = np.asarray(given)
     if values.dtype.kind not in "biuf":
-        raise TypeError(f"expected an array of real numbers, not of {values.dtype}")
-    if values.ndim not in (1, 2):
-        raise ValueError(f"expected an array of one or two dimensions, not of {values.ndim}")
-    width = 1 if values.ndim == 1 else values.shape[1]
-    if len(values) > 0 and width != kind.width:
-        expected = "(n,)" if kind.width == 1 else f"(n, {kind.width})"
-        raise ValueError(f"{kind.name} expects the shape {expected}, not {values.shape}")
+        raise TypeError(f"{kind.name} takes real numbers, not {values.dtype}")
+    _check_shape(kind, values)
     if values.dtype == np.float16:
         return values.astype(np.float32)
     return values if values.dtype.isnative else values.astype(values.dtype.newbyteorder("="))
+
+
+def _check_shape(kind: DatasetType, values: NDArray[Any]) -> None:
+    is_table = values.ndim == 2 and (is_connectivity(kind) or values.shape[1] == kind.width)
+    is_column = values.ndim == 1 and kind.width == 1
+    is_empty = values.ndim in (1, 2) and len(values) == 0
+    if not (is_table or is_column or is_empty):
+        expected = f"(n, {kind.width})"
+        if kind.width == 1:
+            expected = "(n,) or (n, k)" if is_connectivity(kind) else "(n,)"
+        raise ValueError(f"{kind.name} takes an array of shape {expected}, not {values.shape}")
+
+
+def is_connectivity(kind: DatasetType) -> bool:
+    return kind <= DatasetType.Connectivity2

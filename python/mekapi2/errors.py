@@ -1,14 +1,16 @@
 """The exceptions of the library.
 
 All derive from `Error`. Each also derives from a built-in exception, so that for example
-``except OSError`` or ``except KeyError`` catches it. Failed allocations raise
-`MemoryAllocationException` for blocks and `MemoryError` otherwise. Arguments of an invalid type or
-range raise `TypeError` or `ValueError`.
+``except OSError`` or ``except KeyError`` catches it. An error of the system has its ``errno``,
+``strerror`` and ``filename``. Failed allocations raise `MemoryAllocationException` for blocks and
+`MemoryError` otherwise. Arguments of an invalid type or range raise `TypeError` or `ValueError`.
 """
 
 from __future__ import annotations
 
 import builtins
+import errno
+import os
 from typing import NamedTuple, Optional, Type
 
 __all__ = [
@@ -24,7 +26,6 @@ __all__ = [
     "MiscelleneousException",
     "NotYetImplemented",
     "OutOfBounds",
-    "OverflowError",
     "TemplateSpecializationNotDefined",
     "UnderflowError",
 ]
@@ -46,13 +47,15 @@ class Error(Exception):
     code : int
         Number of the exception class.
     location : Location or None
-        Where the library raised the exception.
+        Where the library raised the exception; None if the Python package raised it.
     """
 
     code: int = 1
     location: Optional[Location] = None
 
     def __str__(self) -> str:
+        if isinstance(self, OSError) and self.errno is not None:
+            return OSError.__str__(self)
         return str(self.args[0]) if self.args else ""
 
 
@@ -60,6 +63,22 @@ class MiscelleneousException(Error, OSError):
     """Any other error, such as a file that cannot be opened."""
 
     code = 2
+
+
+class FileNotFoundError(MiscelleneousException, builtins.FileNotFoundError):
+    """The folder of the file does not exist."""
+
+
+class PermissionError(MiscelleneousException, builtins.PermissionError):
+    """The file must not be written."""
+
+
+class IsADirectoryError(MiscelleneousException, builtins.IsADirectoryError):
+    """The path is that of a folder."""
+
+
+class NotADirectoryError(MiscelleneousException, builtins.NotADirectoryError):
+    """A part of the path is no folder."""
 
 
 class InvalidArguments(Error, ValueError):
@@ -129,7 +148,7 @@ class NotYetImplemented(Error, NotImplementedError):
 
 
 class InexactConversion(ValueError):
-    """An array holds a value that the file cannot hold exactly.
+    """An array holds a value that the file cannot hold.
 
     Raised before anything is written.
 
@@ -146,10 +165,29 @@ class InexactConversion(ValueError):
 
 _by_code: dict[int, Type[Error]] = {kind.code: kind for kind in Error.__subclasses__()}
 
+_by_errno: dict[int, Type[Error]] = {
+    errno.ENOENT: FileNotFoundError,
+    errno.EACCES: PermissionError,
+    errno.EPERM: PermissionError,
+    errno.EISDIR: IsADirectoryError,
+    errno.ENOTDIR: NotADirectoryError,
+}
+
 
 def _from_library(
-    code: int, message: str, function: Optional[str], file: Optional[str], line: Optional[int]
+    code: int,
+    message: str,
+    function: Optional[str],
+    file: Optional[str],
+    line: Optional[int],
+    reason: Optional[int],
 ) -> Error:
-    error = _by_code.get(code, Error)(message)
-    error.location = Location(function, file, line)
+    kind = _by_code.get(code, Error)
+    if kind is FileOpenException:
+        reason = errno.EEXIST
+    elif kind is MiscelleneousException and reason:
+        kind = _by_errno.get(reason, kind)
+    error = kind(reason, os.strerror(reason)) if reason else kind(message)
+    if function is not None:
+        error.location = Location(function, file, line)
     return error

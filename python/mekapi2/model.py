@@ -2,23 +2,27 @@
 
 from __future__ import annotations
 
+import contextlib
 import os
 import warnings
-from collections.abc import Iterable, Mapping, Sequence
+import weakref
+from collections.abc import Iterable, Iterator, Mapping, Sequence
 from dataclasses import dataclass, field
 from types import TracebackType
-from typing import Any, Optional, Type, Union, overload
+from typing import Any, NoReturn, Optional, Type, Union, overload
 
+import numpy as np
 from numpy.typing import ArrayLike
 
 from . import _core, _plain
 from ._plain import AttributeValue, PropertyValue
 from .enumerations import DatasetType, NodeType, PropertyType
-from .errors import InexactConversion
+from .errors import InvalidArguments, InvalidObjectState, OutOfBounds
 
 __all__ = ["Model", "Step"]
 
 Attributes = Mapping[str, AttributeValue]
+Path = Union[str, bytes, os.PathLike[str], os.PathLike[bytes]]
 
 
 @dataclass(frozen=True)
@@ -39,76 +43,92 @@ class Step:
 class Model:
     """A file that is being written: a tree of groups and shapes, and their arrays.
 
-    Create it with `create`, in a ``with`` block. Arrays are written when they are added; the tree,
-    names, attributes and materials are written at the end of the block. Until then the file is
-    unfinished and cannot be read.
+    ``Model(path)`` creates the file; use it in a ``with`` block. Arrays are written when they are
+    added; the tree, names, attributes and materials are written at the end of the block. Until then
+    the file is unfinished and cannot be read.
 
     Nodes have ids: 1 is the root, the others are numbered from 2, and 0 means no node. The tree has
     a current node; `add_node` adds below it.
 
     Attributes are dicts with strings of at most 256 bytes in UTF-8, integers from 0 to 2**32 - 1,
     booleans (stored as 1 and 0) and floats (rounded to 32 bits) as values. Other values raise
-    `TypeError` or `ValueError`. The library raises subclasses of `Error`. After an exception the
-    model can still be used and closed; earlier changes remain.
+    `TypeError` or `ValueError`. The library raises subclasses of `Error`; a closed model raises
+    `InvalidObjectState`. After an exception the model can still be used and closed; earlier changes
+    remain.
 
     Several threads can use a model; it admits one at a time. The GIL is released while the library
     runs, in every method. An array must not be changed during the call.
+
+    Parameters
+    ----------
+    path : str, bytes or path-like
+    overwrite : bool
+        Replace an existing file.
+    tool_name, tool_version : str
+        Name and version of the writing program, stored in the file if the name is not empty.
 
     Attributes
     ----------
     path : str or bytes
     closed : bool
         Whether `close` has been called, even if it raised an exception.
+
+    Raises
+    ------
+    FileExistsError
+        The file exists and ``overwrite`` is false.
+    FileNotFoundError, PermissionError, IsADirectoryError, OSError
+        The file cannot be created.
+    ValueError
+        The path is empty or contains a zero character.
     """
 
     path: Union[str, bytes]
     closed: bool
 
-    def __init__(self, core: _core.Model, path: Union[str, bytes]) -> None:
+    def __init__(
+        self,
+        path: Path,
+        *,
+        overwrite: bool = False,
+        tool_name: str = "",
+        tool_version: str = "",
+    ) -> None:
+        core = _core.Model()
+        self.path = os.fspath(path)
+        with self._naming_the_file():
+            core.save_to(
+                _plain.path(self.path),
+                _plain.flag("overwrite", overwrite),
+                _plain.string("tool_name", tool_name),
+                _plain.string("tool_version", tool_version),
+            )
         self._core = core
-        self.path = path
         self.closed = False
+        self._close_if_forgotten = weakref.finalize(self, _close_forgotten, core, repr(self))
 
     @classmethod
     def create(
         cls,
-        path: Union[str, bytes, os.PathLike[str], os.PathLike[bytes]],
+        path: Path,
         *,
         overwrite: bool = False,
         tool_name: str = "",
         tool_version: str = "",
     ) -> Model:
-        """Create a file and return its open model.
+        """Create a file and return its open model, as ``Model(path)`` does."""
+        return cls(
+            path, overwrite=overwrite, tool_name=tool_name, tool_version=tool_version
+        )
 
-        Parameters
-        ----------
-        path : str, bytes or path-like
-        overwrite : bool
-            Replace an existing file.
-        tool_name, tool_version : str
-            Name and version of the writing program, stored in the file if the name is not empty.
-
-        Returns
-        -------
-        Model
-
-        Raises
-        ------
-        FileOpenException
-            The file exists and ``overwrite`` is false. Also a `FileExistsError`.
-        MiscelleneousException
-            The file cannot be opened. Also an `OSError`.
-        ValueError
-            The path is empty or contains a zero character.
-        """
-        core = _core.Model()
-        path = os.fspath(path)
+    @contextlib.contextmanager
+    def _naming_the_file(self) -> Iterator[None]:
         try:
-            core.save_to(_plain.path(path), overwrite, tool_name, tool_version)
+            yield
         except OSError as error:
-            error.filename = path
+            if error.errno is not None:
+                error.filename = self.path
             raise
-        return cls(core, path)
 
     def close(self) -> None:
         """Write the tree, names, attributes, materials and index, and close the file.
@@ -118,19 +138,19 @@ class Model:
         Raises
         ------
         FileWriteException
-            Writing failed. The file is unfinished and cannot be read.
+            Writing failed. The file is unfinished and cannot be read. Also an `OSError`.
         OverflowError
             The names, attributes and other data of one kind exceed 2**32 - 1 bytes.
         """
-        try:
+        self.closed = True
+        self._close_if_forgotten.detach()
+        with self._naming_the_file():
             self._core.close()
-        except BaseException:
-            self._core.close()  # discards the rest; does not write again
-            raise
-        finally:
-            self.closed = True
 
     def __enter__(self) -> Model:
+        """Return the model. Raises `InvalidObjectState` if it is closed."""
+        if self.closed:
+            raise InvalidObjectState("the model is closed")
         return self
 
     def __exit__(
@@ -152,13 +172,18 @@ class Model:
             if hasattr(error, "add_note"):
                 error.add_note(f"Closing {os.fsdecode(self.path)!r} failed as well: {close_error}")
 
-    def __del__(self) -> None:
-        if not getattr(self, "closed", True):
-            warnings.warn(f"unclosed {self!r}", ResourceWarning, source=self)
-            self.close()
+    def __reduce_ex__(self, protocol: Any) -> NoReturn:
+        """Refuse `copy` and `pickle`: one file has one model."""
+        raise TypeError("a Model cannot be copied or pickled")
 
     def __repr__(self) -> str:
         return f"<mekapi2.Model {self.path!r}, {'closed' if self.closed else 'open'}>"
+
+    def _kind(self, id: int) -> str:
+        kind = self._core.node_kind(id)
+        if kind is None:
+            raise OutOfBounds(f"no node has the id {id}")
+        return kind
 
     def add_node(
         self,
@@ -175,7 +200,7 @@ class Model:
         type : NodeType, str or int
         name : str
         attributes : dict, optional
-            Attributes of a group; ignored for a shape.
+            Attributes of a group. A shape has none.
 
         Returns
         -------
@@ -186,12 +211,15 @@ class Model:
         Raises
         ------
         InvalidArguments
-            The type is only valid for the root, and there is one.
-        InvalidObjectState
-            The model is closed.
+            The type is only valid for the root, and there is one; or a shape has attributes.
         """
         kind = _plain.member(NodeType, type)
-        return self._core.add_node(kind, name, _plain.attributes(attributes))
+        plain = _plain.attributes(attributes)
+        if kind is NodeType.Shape and plain:
+            raise InvalidArguments("a shape has no attributes; set those of a group")
+        if kind < NodeType.Group and self._core.node_kind(1) is not None:
+            raise InvalidArguments(f"{kind.name} is only for the root, which exists")
+        return self._core.add_node(kind, _plain.string("name", name), plain)
 
     def set_current_node(self, id: int) -> None:
         """Make a node the current node.
@@ -200,19 +228,12 @@ class Model:
         ------
         OutOfBounds
             There is no node ``id``.
-        InvalidObjectState
-            The model is closed.
         """
+        self._kind(_plain.node_id(id))
         self._core.set_current_node(_plain.node_id(id))
 
     def move_to_parent(self) -> None:
-        """Make the parent of the current node the current node. Does nothing at the root.
-
-        Raises
-        ------
-        InvalidObjectState
-            The model is closed.
-        """
+        """Make the parent of the current node the current node. Does nothing at the root."""
         self._core.move_to_parent()
 
     def get_node_id(self, path: Union[str, Iterable[str]], separator: str = "/") -> int:
@@ -232,15 +253,11 @@ class Model:
         Returns
         -------
         int
-
-        Raises
-        ------
-        InvalidObjectState
-            The model is closed.
         """
+        separator = _plain.string("separator", separator)
         if isinstance(path, str):
-            return self._core.node_id_of_path(path, separator)
-        return self._core.node_id_of_names(list(path))
+            return self._core.node_id_of_path(_plain.string("path", path), separator)
+        return self._core.node_id_of_names(_plain.strings("path", path))
 
     def set_node_data(
         self,
@@ -260,23 +277,30 @@ class Model:
             Values by `PropertyType` or its name: ``{"Translation": (1, 0, 0)}``,
             ``{"DiffuseColor": (0.8, 0, 0)}``. `PropertyType` lists the number of values.
         attributes : dict, optional
-            Added to the attributes of the group; values of existing keys are replaced. Ignored for
-            a shape.
+            Added to the attributes of the group; values of existing keys are replaced. A shape has
+            none.
 
         Raises
         ------
         OutOfBounds
             There is no node ``id``.
         InvalidArguments
-            A property does not belong to the type of the node or has an invalid number of values.
+            A property does not belong to the type of the node or has an invalid number of values;
+            or a shape has attributes. Nothing is set.
         TypeError, ValueError
-            A property or attribute has an invalid type or value.
-        InvalidObjectState
-            The model is closed.
+            A property or attribute has an invalid type or value. Nothing is set.
         """
-        self._core.set_node_data(
-            _plain.node_id(id), _plain.properties(properties), _plain.attributes(attributes)
-        )
+        id = _plain.node_id(id)
+        node, is_group = f"node {id} is a {self._kind(id)}", self._kind(id) == "group"
+        plain = _plain.properties(properties)
+        for kind in map(PropertyType, plain):
+            if (kind <= PropertyType.Scale) != is_group:
+                owner = "groups" if kind <= PropertyType.Scale else "shapes"
+                raise InvalidArguments(f"{kind.name} is for {owner}; {node}")
+        of_group = _plain.attributes(attributes)
+        if of_group and not is_group:
+            raise InvalidArguments(f"attributes are for groups; {node}")
+        self._core.set_node_data(id, plain, of_group)
 
     @overload  # a mapping is also an iterable; type checkers use the first overload that matches
     def add_assembly_components(  # type: ignore[misc]
@@ -301,7 +325,7 @@ class Model:
             A path starts with the separator and the name of the root. It ends in the separator for
             a group; otherwise its last name is a shape. All other names are groups. The
             attributes of a dict are set on the groups at the ends of the paths; the paths are
-            processed in sorted order.
+            processed in sorted order. Only paths that end in the separator can have attributes.
         separator : str
             Each of its characters separates names.
 
@@ -314,21 +338,33 @@ class Model:
         Raises
         ------
         InvalidArguments
-            A path does not start with the separator.
+            A path does not start with the separator, or the path of a shape has attributes.
         NotYetImplemented
             A path starts with another root.
         TypeError
-            ``paths`` is a string.
-        InvalidObjectState
-            The model is closed.
+            ``paths`` is a string, or a path is not a string.
         """
-        if isinstance(paths, str):
-            raise TypeError("paths must be a list or a dict of strings, not a string")
-        if isinstance(paths, Mapping):
-            plain = {path: _plain.attributes(given) for path, given in paths.items()}
-            ids = self._core.add_paths_with_attributes(plain, separator)
-            return {path: ids[path] for path in paths}
-        return self._core.add_paths(list(paths), separator)
+        separator = _plain.string("separator", separator)
+        if not isinstance(paths, Mapping):
+            plain = _plain.strings("paths", paths)
+            return self._add_paths([(path, None) for path in plain], separator)
+        ordered = sorted(_plain.strings("paths", list(paths)))
+        ids = self._add_paths([(path, paths[path]) for path in ordered], separator)
+        by_path = dict(zip(ordered, ids))
+        return {path: by_path[path] for path in paths}
+
+    def _add_paths(
+        self, paths: Sequence[tuple[str, Optional[Attributes]]], separator: str
+    ) -> list[int]:
+        plain = [(path, _plain.attributes(attributes)) for path, attributes in paths]
+        for path, attributes in plain:
+            if path and not path.startswith(separator):
+                raise InvalidArguments(f"the path {path!r} does not start with {separator!r}")
+            if attributes and not (path.endswith(separator) and path.strip(separator)):
+                raise InvalidArguments(
+                    f"attributes are for groups; the path {path!r} does not end in {separator!r}"
+                )
+        return self._core.add_paths(plain, separator)
 
     def add_array(
         self,
@@ -339,7 +375,8 @@ class Model:
         name: Optional[str] = None,
         steps: Union[None, str, Step, Iterable[Union[str, Step]]] = None,
         attributes: Optional[Attributes] = None,
-        lossy: bool = False,
+        polylength: bool = False,
+        exact: bool = False,
     ) -> None:
         """Write an array and make it a variable of geometries for steps.
 
@@ -347,65 +384,83 @@ class Model:
         and has the attributes; the variables of all other pairs are links to it. If a geometry has
         a variable of this name and step, the new array replaces its array.
 
-        The file stores 32-bit floats and unsigned 32-bit integers. Floating-point arrays are
-        stored as floats, integers and booleans as unsigned integers, if that keeps every value
-        exactly, NaN and infinities included. Otherwise the other type is tried.
+        The file stores 32-bit floats and unsigned 32-bit integers. Coordinates, displacements and
+        results are stored as floats, rounded to the nearest one; results of integers from 0 to
+        2**32 - 1 as unsigned integers. All other arrays are stored as unsigned integers and take
+        whole numbers from 0 to 2**32 - 1.
 
-        Does nothing if there are no rows or no ids. The last id is the current node afterwards.
+        Does nothing if there are no rows or no ids. The geometry of the last id is the current node
+        afterwards.
 
         Parameters
         ----------
         type : DatasetType, str or int
         array : array-like, shape (n,) or (n, DatasetType.width)
             Integers, booleans or floating-point numbers, with any memory order and strides.
+            Connectivity of m elements with k nodes can have the shape (m, k).
         ids : int or iterable of int
-            Geometries, from `add_node` or `add_assembly_components`. Other nodes are ignored.
+            Shapes, by their own id or that of their geometry, which `add_node` and
+            `add_assembly_components` return.
         name : str, optional
             Required for results; the other types have a default name.
         steps : str, Step, or iterable of both, optional
-            By default the array belongs to no step, like a mesh. If it is empty, the array is
-            written without a variable.
+            By default the array belongs to no step, like a mesh. The names must differ.
         attributes : dict, optional
-            Attributes of the variable. They override those of the step.
-        lossy : bool
-            If no type keeps every value exactly, round to the nearest 32-bit float.
+            Attributes of the variable. They override those of the step. The keys ``Complex``,
+            ``Contents``, ``DataSource``, ``DataType``, ``Structure`` and those that start with
+            ``Link.`` are not stored and raise an exception.
+        polylength : bool
+            Also write the number of nodes of each element of a connectivity of shape (m, k).
+        exact : bool
+            Refuse values that are not exact in 32 bits.
 
         Raises
         ------
         InexactConversion
-            No type keeps every value exactly, and ``lossy`` is false. Also a `ValueError`. Nothing
-            is written.
+            A finite value is too large for a 32-bit float, is not a whole number in range where
+            one is required, or is not exact and ``exact`` is true. Also a `ValueError`. Nothing is
+            written.
         TypeError, ValueError
             The array has an invalid type or shape.
         InvalidArguments
-            The type has no default name, and ``name`` is missing.
+            The type has no default name, and ``name`` is missing; one of the ids is a group; or an
+            attribute is not stored.
         KeyNotFound
             There is no node with one of the ids.
         OverflowError
             The array has 2**31 rows or more, or 2**32 bytes or more.
         FileWriteException
-            Writing failed; `close` will fail as well.
-        InvalidObjectState
-            The model is closed.
+            Writing failed; `close` will fail as well. Also an `OSError`.
         """
         kind = _plain.member(DatasetType, type)
         values = _plain.array(kind, array)
-        inexact = self._core.add_array(
-            name,
-            kind,
-            values,
-            _plain.node_ids(ids),
-            [(step.name, _plain.attributes(step.attributes)) for step in _steps(steps)],
-            _plain.attributes(attributes),
-            lossy,
-        )
-        if inexact is not None:
-            index = inexact[: values.ndim]
-            raise InexactConversion(
-                f"{values[index]!r} at {list(index)} of an array of {values.dtype} has no exact "
-                "32-bit value; pass lossy=True to round",
-                index,
+        if name is None and kind.name.startswith("Result"):
+            raise InvalidArguments(f"{kind.name} has no default name; pass name=")
+        nodes = _plain.node_ids(ids)
+        all_steps = _steps(steps)
+        rows = values.reshape(-1) if _plain.is_connectivity(kind) else values
+        if _plain.flag("polylength", polylength) and (values.ndim == 1 or rows is values):
+            raise ValueError("polylength=True takes connectivity of shape (m, k)")
+        with self._naming_the_file():
+            refused = self._core.add_array(
+                None if name is None else _plain.string("name", name),
+                kind,
+                _plain.element_type(kind),
+                rows,
+                nodes,
+                [(step.name, _plain.array_attributes(step.attributes)) for step in all_steps],
+                _plain.array_attributes(attributes),
+                _plain.flag("exact", exact),
             )
+        if refused is not None:
+            index = refused[: values.ndim]
+            if rows.ndim < values.ndim:
+                index = tuple(int(i) for i in np.unravel_index(refused[0], values.shape))
+            raise _plain.refusal(kind, values, index, exact)
+        if polylength:
+            lengths = np.full(len(values), values.shape[1], np.uint32)
+            lengths_of = DatasetType(kind + DatasetType.Polylength0)
+            self.add_array(lengths_of, lengths, nodes, steps=all_steps)
 
 
 def _steps(steps: Union[None, str, Step, Iterable[Union[str, Step]]]) -> Sequence[Step]:
@@ -413,4 +468,19 @@ def _steps(steps: Union[None, str, Step, Iterable[Union[str, Step]]]) -> Sequenc
         return [Step("")]
     if isinstance(steps, (str, Step)):
         steps = [steps]
-    return [step if isinstance(step, Step) else Step(step) for step in steps]
+    if not isinstance(steps, Iterable):
+        raise TypeError(f"steps must be names or Steps, not {type(steps).__name__}")
+    result = [step if isinstance(step, Step) else Step(step) for step in steps]
+    if not result:
+        raise ValueError("steps is empty; the array would belong to nothing")
+    seen: set[str] = set()
+    for step in result:
+        if _plain.string("a step's name", step.name) in seen:
+            raise ValueError(f"the step {step.name!r} is given twice")
+        seen.add(step.name)
+    return result
+
+
+def _close_forgotten(core: _core.Model, description: str) -> None:
+    warnings.warn(f"unclosed {description}", ResourceWarning)
+    core.close()

@@ -37,11 +37,11 @@ bool holdsExactly(float converted, From value) {
     }
 }
 
-/// @return whether the conversion is exact; if not, `converted` is unspecified
+/// @return false if the value is not a whole number in range; `converted` is unspecified then
 template <class From>
-bool convert(From value, unsigned int& converted) {
+bool convert(From value, unsigned int& converted, Rounding) {
     if constexpr (std::is_floating_point_v<From>) {
-        if (!isInRange<unsigned int>(value) || std::signbit(value)) {
+        if (!isInRange<unsigned int>(value)) {
             return false;
         }
         converted = static_cast<unsigned int>(value);
@@ -56,11 +56,19 @@ bool convert(From value, unsigned int& converted) {
     }
 }
 
-/// Rounds to the nearest value. @return whether that is exact
+/// Rounds to the nearest value.
+/// @return false if a finite value becomes infinite, or the value changes and must not
 template <class From>
-bool convert(From value, float& converted) {
+bool convert(From value, float& converted, Rounding rounding) {
     converted = static_cast<float>(value);
-    return holdsExactly(converted, value);
+    if (rounding == Rounding::Refused) {
+        return holdsExactly(converted, value);
+    }
+    if constexpr (std::is_floating_point_v<From>) {
+        return std::isfinite(converted) || !std::isfinite(value);
+    } else {
+        return true;
+    }
 }
 
 bool isContiguous(const ArrayView& view) {
@@ -69,16 +77,14 @@ bool isContiguous(const ArrayView& view) {
            view.rowStride == size * static_cast<std::ptrdiff_t>(view.columns);
 }
 
-/// @param stopAtLoss stop at the first inexact value; otherwise round
-/// @return the position of the value at which the copy stopped
+/// @return the position of the first value that is refused; the copy ends there
 template <class From, class To>
-std::optional<InexactValue> copyElements(const ArrayView& view, To* target, bool stopAtLoss) {
+std::optional<RefusedValue> copyElements(const ArrayView& view, To* target, Rounding rounding) {
     for (std::size_t row = 0; row < view.rows; ++row) {
         const std::byte* source = view.data + static_cast<std::ptrdiff_t>(row) * view.rowStride;
         for (std::size_t column = 0; column < view.columns; ++column) {
-            const bool isExact = convert(load<From>(source), *target);
-            if (!isExact && stopAtLoss) {
-                return InexactValue{row, column};
+            if (!convert(load<From>(source), *target, rounding)) {
+                return RefusedValue{row, column};
             }
             source += view.columnStride;
             ++target;
@@ -98,7 +104,7 @@ T* firstElement(Array2d<T>& array) {
 }
 
 template <class From, class Array>
-std::optional<InexactValue> fill(Array& array, const ArrayView& view, bool stopAtLoss) {
+std::optional<RefusedValue> fill(Array& array, const ArrayView& view, Rounding rounding) {
     if (array.size() == 0) {
         return std::nullopt;
     }
@@ -108,68 +114,71 @@ std::optional<InexactValue> fill(Array& array, const ArrayView& view, bool stopA
         std::memcpy(first, view.data, array.size() * sizeof *first);
         return std::nullopt;
     }
-    return copyElements<From>(view, first, stopAtLoss);
+    return copyElements<From>(view, first, rounding);
 }
 
 template <class To, class From>
-std::optional<InexactValue> tryFill(LibraryArray& result, const ArrayView& view, bool stopAtLoss) {
+std::optional<RefusedValue> fillWith(LibraryArray& result, const ArrayView& view,
+                                     Rounding rounding) {
     if (view.isColumn) {
-        return fill<From>(result.emplace<Array1d<To>>(view.rows), view, stopAtLoss);
+        return fill<From>(result.emplace<Array1d<To>>(view.rows), view, rounding);
     }
-    return fill<From>(result.emplace<Array2d<To>>(view.rows, view.columns), view, stopAtLoss);
+    return fill<From>(result.emplace<Array2d<To>>(view.rows, view.columns), view, rounding);
 }
 
 template <class From>
-LibraryArray toArray(const ArrayView& view, bool lossy) {
-    using Preferred = std::conditional_t<std::is_floating_point_v<From>, float, unsigned int>;
-    using Alternative = std::conditional_t<std::is_floating_point_v<From>, unsigned int, float>;
+LibraryArray toArray(const ArrayView& view, ElementType type, Rounding rounding) {
     LibraryArray result; // one object for all returns, so that the array is not copied
-    const std::optional<InexactValue> inexact = tryFill<Preferred, From>(result, view, true);
-    if (!inexact || !tryFill<Alternative, From>(result, view, true)) {
-        return result;
+    const bool isUnsigned = type == ElementType::Unsigned ||
+                            (type == ElementType::UnsignedOrFloat && std::is_integral_v<From>);
+    std::optional<RefusedValue> refused;
+    if (isUnsigned) {
+        refused = fillWith<unsigned int, From>(result, view, rounding);
     }
-    if (!lossy) {
-        throw *inexact;
+    if (!isUnsigned || (refused && type == ElementType::UnsignedOrFloat)) {
+        refused = fillWith<float, From>(result, view, rounding);
     }
-    tryFill<float, From>(result, view, false);
+    if (refused) {
+        throw *refused;
+    }
     return result;
 }
 
-LibraryArray readFloats(const ArrayView& view, bool lossy) {
+LibraryArray readFloats(const ArrayView& view, ElementType type, Rounding rounding) {
     switch (view.itemSize) {
         case sizeof(float):
-            return toArray<float>(view, lossy);
+            return toArray<float>(view, type, rounding);
         case sizeof(double):
-            return toArray<double>(view, lossy);
+            return toArray<double>(view, type, rounding);
         default:
-            return toArray<long double>(view, lossy);
+            return toArray<long double>(view, type, rounding);
     }
 }
 
-LibraryArray readSigned(const ArrayView& view, bool lossy) {
+LibraryArray readSigned(const ArrayView& view, ElementType type, Rounding rounding) {
     switch (view.itemSize) {
         case 1:
-            return toArray<std::int8_t>(view, lossy);
+            return toArray<std::int8_t>(view, type, rounding);
         case 2:
-            return toArray<std::int16_t>(view, lossy);
+            return toArray<std::int16_t>(view, type, rounding);
         case 4:
-            return toArray<std::int32_t>(view, lossy);
+            return toArray<std::int32_t>(view, type, rounding);
         default:
-            return toArray<std::int64_t>(view, lossy);
+            return toArray<std::int64_t>(view, type, rounding);
     }
 }
 
 /// Includes `bool`, which NumPy stores as one byte, 0 or 1.
-LibraryArray readUnsigned(const ArrayView& view, bool lossy) {
+LibraryArray readUnsigned(const ArrayView& view, ElementType type, Rounding rounding) {
     switch (view.itemSize) {
         case 1:
-            return toArray<std::uint8_t>(view, lossy);
+            return toArray<std::uint8_t>(view, type, rounding);
         case 2:
-            return toArray<std::uint16_t>(view, lossy);
+            return toArray<std::uint16_t>(view, type, rounding);
         case 4:
-            return toArray<std::uint32_t>(view, lossy);
+            return toArray<std::uint32_t>(view, type, rounding);
         default:
-            return toArray<std::uint64_t>(view, lossy);
+            return toArray<std::uint64_t>(view, type, rounding);
     }
 }
 
@@ -200,14 +209,14 @@ std::optional<ArrayView> viewOf(const pybind11::array& array) {
                      itemSize};
 }
 
-LibraryArray toLibraryArray(const ArrayView& view, bool lossy) {
+LibraryArray toLibraryArray(const ArrayView& view, ElementType type, Rounding rounding) {
     switch (view.kind) {
         case 'f':
-            return readFloats(view, lossy);
+            return readFloats(view, type, rounding);
         case 'i':
-            return readSigned(view, lossy);
+            return readSigned(view, type, rounding);
         default:
-            return readUnsigned(view, lossy);
+            return readUnsigned(view, type, rounding);
     }
 }
 

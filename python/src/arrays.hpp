@@ -31,19 +31,30 @@ struct ArrayView {
 ///     of this machine
 std::optional<ArrayView> viewOf(const pybind11::array& array);
 
-/// Position of a value that neither `float` nor `unsigned int` holds exactly.
-struct InexactValue {
+/// The type of the elements in the file. `_plain.ElementType` has the same values.
+enum class ElementType {
+    Float = 0,
+    Unsigned = 1,
+    UnsignedOrFloat =
+        2, ///< unsigned if the elements are integers from 0 to 2^32 - 1, otherwise float
+};
+
+/// Whether a conversion to `float` can change a value.
+enum class Rounding { Allowed, Refused };
+
+/// Position of a value that is refused.
+struct RefusedValue {
     std::size_t row;
     std::size_t column;
 };
 
 /// Copies and converts the elements into a library array. Does not need the GIL.
 ///
-/// Floating-point numbers are converted to `float`, integers and booleans to `unsigned int`, if
-/// that keeps every value exactly, NaN and infinities included. If not, the other type is tried.
+/// Numbers are rounded to the nearest `float`; NaN and infinities are kept. As unsigned integers
+/// only whole numbers from 0 to 2^32 - 1 are accepted.
 ///
-/// @param lossy round to the nearest `float` if neither type keeps every value
-/// @throws InexactValue the first value that the first type does not keep, if `lossy` is false
-LibraryArray toLibraryArray(const ArrayView& view, bool lossy);
+/// @throws RefusedValue the first finite value that would become infinite, that is not exact in
+///     `float` if rounding is refused, or that is not a whole number in range
+LibraryArray toLibraryArray(const ArrayView& view, ElementType type, Rounding rounding);
 
 } // namespace MekPython

@@ -3,6 +3,7 @@
 #include <tyr/exception/exception.hpp>
 
 #include <pybind11/pybind11.h>
+#include <boost/exception/errinfo_errno.hpp>
 #include <boost/exception/get_error_info.hpp>
 #include <boost/exception/info.hpp>
 
@@ -26,7 +27,8 @@ py::object toPython(const Tyr::Exception::Exception& exception) {
     return py::module_::import("mekapi2.errors")
         .attr("_from_library")(
             exception.code(), exception.message(), info<boost::throw_function>(exception),
-            info<boost::throw_file>(exception), info<boost::throw_line>(exception));
+            info<boost::throw_file>(exception), info<boost::throw_line>(exception),
+            info<boost::errinfo_errno>(exception));
 }
 
 void translate(std::exception_ptr thrown) {

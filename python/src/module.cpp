@@ -8,12 +8,17 @@
 
 #include "arrays.hpp"
 #include "errors.hpp"
+#include "nodekinds.hpp"
 
+#include <tyr/exception/exception.hpp>
 #include <tyr/mek2/model.hpp>
 
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
+#include <boost/exception/errinfo_errno.hpp>
+#include <boost/exception/info.hpp>
 
+#include <cerrno>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -38,8 +43,9 @@ using Path = std::string;
 
 using AttributeMap = std::map<std::string, std::variant<unsigned int, float, std::string>>;
 using PropertyMap = std::map<int, std::variant<bool, float, std::vector<float>>>;
-using PathMap = std::map<std::string, AttributeMap>;
-using StepVector = std::vector<std::pair<std::string, AttributeMap>>;
+using NamedAttributes = std::vector<std::pair<std::string, AttributeMap>>;
+using PathVector = NamedAttributes;
+using StepVector = NamedAttributes;
 using IdVector = std::vector<unsigned int>;
 
 Mek2::Attributes toAttributes(const AttributeMap& values) {
@@ -68,12 +74,9 @@ Mek2::StepList toSteps(const StepVector& values) {
     return steps;
 }
 
-IdVector toIds(const Mek2::Array1d<unsigned int>& array) {
-    IdVector ids(array.size());
-    for (std::size_t i = 0; i < ids.size(); ++i) {
-        ids[i] = array[i];
-    }
-    return ids;
+bool endsWith(const std::string& string, const std::string& end) {
+    return string.size() >= end.size() &&
+           string.compare(string.size() - end.size(), end.size(), end) == 0;
 }
 
 /// Calls the overload with a name, or the one without.
@@ -90,11 +93,28 @@ void addArrayProperty(Mek2::Model& model, const std::optional<std::string>& name
 }
 
 class Model {
+    /// Adds the reason of the system to the exception of a failed write.
     template <class Operation>
-    auto run(Operation operation) {
+    auto runUnchecked(Operation operation) {
         const py::gil_scoped_release interpreterUnlocked;
         const std::lock_guard lock(mutex_);
-        return operation(model_);
+        errno = 0;
+        try {
+            return operation(model_);
+        } catch (const Tyr::Exception::FileWriteException& exception) {
+            exception << boost::errinfo_errno(errno);
+            throw;
+        }
+    }
+
+    template <class Operation>
+    auto run(Operation operation) {
+        return runUnchecked([&](Mek2::Model& model) {
+            if (!isOpen_) {
+                throw Tyr::Exception::InvalidObjectState("the model is closed");
+            }
+            return operation(model);
+        });
     }
 
 public:
@@ -102,16 +122,53 @@ public:
                 const std::string& toolVersion) {
         Mek2::SaverOptions options{overwrite, toolName, toolVersion};
         options.relinkReplaced = true; // an array given to a variable that was a link is not lost
-        run([&](Mek2::Model& model) { model.saveTo(path, options); });
+        runUnchecked([&](Mek2::Model& model) {
+            try {
+                model.saveTo(path, options);
+            } catch (const Tyr::Exception::MiscelleneousException& exception) {
+                exception << boost::errinfo_errno(errno);
+                throw;
+            }
+            isOpen_ = true;
+        });
     }
 
+    /// The model is closed afterwards in any case.
     void close() {
-        run([](Mek2::Model& model) { model.close(); });
+        runUnchecked([this](Mek2::Model& model) {
+            isOpen_ = false;
+            try {
+                model.close();
+            } catch (...) {
+                model.close(); // drops the write cycle
+                throw;
+            }
+        });
+    }
+
+    /// @return no value if there is no such node
+    std::optional<std::string> nodeKind(unsigned int id) {
+        return run([this, id](Mek2::Model&) -> std::optional<std::string> {
+            if (!kinds_.contains(id)) {
+                return std::nullopt;
+            }
+            switch (kinds_.of(id)) {
+                case NodeKind::Group:
+                    return "group";
+                case NodeKind::Shape:
+                    return "shape";
+                default:
+                    return "geometry";
+            }
+        });
     }
 
     unsigned int addNode(int type, const std::string& name, const AttributeMap& attributes) {
         return run([&](Mek2::Model& model) {
-            return model.addNode(static_cast<Mek2::NodeType>(type), name, toAttributes(attributes));
+            const auto nodeType = static_cast<Mek2::NodeType>(type);
+            const unsigned int id = model.addNode(nodeType, name, toAttributes(attributes));
+            kinds_.addNode(nodeType, id);
+            return id;
         });
     }
 
@@ -138,57 +195,63 @@ public:
         });
     }
 
-    IdVector addPaths(const std::vector<std::string>& paths, const std::string& separator) {
+    /// Adds one path after the other, so that the kinds of its nodes are known.
+    IdVector addPaths(const PathVector& paths, const std::string& separator) {
         return run([&](Mek2::Model& model) {
-            return toIds(model.addAssemblyComponents(paths, separator));
+            IdVector ids;
+            ids.reserve(paths.size());
+            for (const auto& [path, attributes] : paths) {
+                ids.push_back(addPath(model, path, separator, attributes));
+            }
+            return ids;
         });
     }
 
-    std::map<std::string, unsigned int> addPathsWithAttributes(const PathMap& paths,
-                                                               const std::string& separator) {
-        return run([&](Mek2::Model& model) {
-            std::map<std::string, Mek2::Attributes> components;
-            for (const auto& [path, attributes] : paths) {
-                components.emplace(path, toAttributes(attributes));
-            }
-            const IdVector ids = toIds(model.addAssemblyComponents(components, separator));
-            std::map<std::string, unsigned int> result;
-            auto id = ids.begin();
-            for (const auto& [path, attributes] : paths) {
-                result.emplace(path, *id++);
-            }
-            return result;
-        });
-    }
-
-    /// @return row and column of the first value that the file cannot hold exactly; nothing is
-    ///     written in this case
+    /// @return row and column of the first value that the file cannot hold, or not exactly if
+    ///     `exact` is true; nothing is written in this case
     std::optional<std::pair<std::size_t, std::size_t>> addArray(
-        const std::optional<std::string>& name, int type, const py::array& array,
-        const IdVector& ids, const StepVector& steps, const AttributeMap& attributes, bool lossy) {
+        const std::optional<std::string>& name, int type, int elementType, const py::array& array,
+        const IdVector& ids, const StepVector& steps, const AttributeMap& attributes, bool exact) {
         const std::optional<ArrayView> view = viewOf(array);
         if (!view) {
             throw py::type_error("expected a numeric array of one or two dimensions");
         }
         try {
             run([&](Mek2::Model& model) {
+                const Mek2::Array1d<unsigned int> geometries(kinds_.geometries(ids));
                 std::visit(
                     [&](const auto& values) {
                         addArrayProperty(model, name, static_cast<Mek2::DatasetType>(type), values,
-                                         Mek2::Array1d<unsigned int>(ids), toSteps(steps),
-                                         toAttributes(attributes));
+                                         geometries, toSteps(steps), toAttributes(attributes));
                     },
-                    toLibraryArray(*view, lossy));
+                    toLibraryArray(*view, static_cast<ElementType>(elementType),
+                                   exact ? Rounding::Refused : Rounding::Allowed));
             });
-        } catch (const InexactValue& value) {
+        } catch (const RefusedValue& value) {
             return std::make_pair(value.row, value.column);
         }
         return std::nullopt;
     }
 
 private:
+    unsigned int addPath(Mek2::Model& model, const std::string& path, const std::string& separator,
+                         const AttributeMap& attributes) {
+        std::map<std::string, Mek2::Attributes> component;
+        component.emplace(path, toAttributes(attributes));
+        try {
+            const unsigned int id = model.addAssemblyComponents(component, separator)[0];
+            kinds_.addPath(endsWith(path, separator), id);
+            return id;
+        } catch (const Tyr::Exception::NotYetImplemented&) {
+            const std::string message = "the path '" + path + "' starts with another root";
+            throw Tyr::Exception::NotYetImplemented(message.c_str());
+        }
+    }
+
     std::mutex mutex_;
     Mek2::Model model_;
+    bool isOpen_ = false;
+    NodeKinds kinds_;
 };
 
 } // namespace
@@ -202,6 +265,7 @@ PYBIND11_MODULE(_core, module) {
         .def("save_to", &Model::saveTo, py::arg("path"), py::arg("overwrite"), py::arg("tool_name"),
              py::arg("tool_version"))
         .def("close", &Model::close)
+        .def("node_kind", &Model::nodeKind, py::arg("id"))
         .def("add_node", &Model::addNode, py::arg("type"), py::arg("name"), py::arg("attributes"))
         .def("set_current_node", &Model::setCurrentNode, py::arg("id"))
         .def("move_to_parent", &Model::moveToParent)
@@ -210,10 +274,9 @@ PYBIND11_MODULE(_core, module) {
         .def("set_node_data", &Model::setNodeData, py::arg("id"), py::arg("properties"),
              py::arg("attributes"))
         .def("add_paths", &Model::addPaths, py::arg("paths"), py::arg("separator"))
-        .def("add_paths_with_attributes", &Model::addPathsWithAttributes, py::arg("paths"),
-             py::arg("separator"))
-        .def("add_array", &Model::addArray, py::arg("name"), py::arg("type"), py::arg("array"),
-             py::arg("ids"), py::arg("steps"), py::arg("attributes"), py::arg("lossy"));
+        .def("add_array", &Model::addArray, py::arg("name"), py::arg("type"),
+             py::arg("element_type"), py::arg("array"), py::arg("ids"), py::arg("steps"),
+             py::arg("attributes"), py::arg("exact"));
 }
 
 } // namespace MekPython

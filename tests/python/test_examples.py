@@ -12,8 +12,8 @@ import pytest
 EXAMPLES = Path(__file__).parents[2] / "examples" / "python"
 BUILD = Path(os.environ["BUILD_DIR"])
 ERRORS = (
-    '2 "Unable to open file .*expects the shape.*14 "Key not found".*no exact 32-bit value.*'
-    'close: no error.*17 "File not open.".*5 "File exists."'
+    'No such file or directory: .*takes an array of shape.*code 14, no node has the id 1000.*'
+    'exact in 32 bits.*close: no error.*code 17, the model is closed.*File exists: '
 )
 
 

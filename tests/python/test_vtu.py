@@ -10,7 +10,7 @@ ROWS = {"HE8": np.arange(8), "TE4": np.arange(8, 12)}
 
 
 def write(path):
-    with Model.create(path) as model:
+    with Model(path) as model:
         model.add_node("RootGroup", "one & all")
         model.set_node_data(1, {"Translation": [10, 0, 0]})
         shapes = [model.add_node("Shape", "HE8")]
@@ -24,9 +24,9 @@ def write(path):
         model.add_array("Coordinates", POINTS, shapes)
         for time in (0.5, 0.1):  # the export sorts by time
             step = Step(f"Step t={time}", {"Time": np.float32(time)})
-            model.add_array("Displacement3", POINTS + time, shapes, steps=step, lossy=True)
-            model.add_array("ResultB1", [time], shapes, name="E\x01<", steps=step, lossy=True)
-            model.add_array("ResultA1", [time] * 2, shapes[0], name="LOST", steps=step, lossy=True)
+            model.add_array("Displacement3", POINTS + time, shapes, steps=step)
+            model.add_array("ResultB1", [time], shapes, name="E\x01<", steps=step)
+            model.add_array("ResultA1", [time] * 2, shapes[0], name="LOST", steps=step)
 
 
 def test_exports_shapes_and_results(tmp_path, capfd):

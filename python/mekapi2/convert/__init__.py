@@ -83,7 +83,7 @@ def convert(
     target = Path(output) if output is not None else source_path.with_suffix(".mek")
     with _replaced_when_complete(target, source_path, overwrite) as unfinished:
         source = read(source_path, file_format)
-        with Model.create(
+        with Model(
             unfinished, overwrite=True, tool_name="mekapi2.convert", tool_version=_core.version
         ) as model:
             counts = write(model, source, progress)

@@ -219,9 +219,9 @@ class _PartWriter:
     def _add(self, kind: str, values: NDArray[Any], shapes: list[int], **options: Any) -> None:
         """Add an array exactly if possible; otherwise round and count it."""
         try:
-            self._model.add_array(kind, values, shapes, **options)
+            self._model.add_array(kind, values, shapes, exact=True, **options)
         except InexactConversion:
-            self._model.add_array(kind, values, shapes, lossy=True, **options)
+            self._model.add_array(kind, values, shapes, **options)
             self._counts.rounded += 1
 
     def _warn_once(self, warning: str) -> None:

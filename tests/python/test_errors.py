@@ -1,0 +1,149 @@
+"""What each invalid call raises: its class, and words of its message."""
+
+import copy
+import os
+import pickle
+
+import mekapi2
+import mekfile
+import numpy as np
+import pytest
+from mekapi2 import Model, Step
+
+MASKED = np.ma.masked_array([1, 2], [False, True])
+HUGE = np.broadcast_to(np.float32(1), 2**60)
+
+# In the model: group 1 "r", shape 2 with geometry 3 "s".
+CALLS = [
+    (lambda m: m.add_node("RootGroup", ""), "InvalidArguments", "RootGroup is only for the root"),
+    (lambda m: m.add_node("Shape", "", {"a": 1}), "InvalidArguments", "a shape has no attributes"),
+    (lambda m: m.add_node("Grup", ""), ValueError, "'Grup' is not a NodeType: FlaggedRootGroup"),
+    (lambda m: m.add_node(7, ""), ValueError, "7 is not a NodeType"),
+    (lambda m: m.add_node(None, ""), TypeError, "expected a NodeType, its name or its number"),
+    (lambda m: m.add_node("Group", 5), TypeError, "name must be a string, not int"),
+    (lambda m: m.add_node("Group", "\ud800"), ValueError, "not valid Unicode"),
+    (lambda m: m.add_node("Group", "", [1]), TypeError, "attributes must be a dict, not list"),
+    (lambda m: m.add_node("Group", "", {1: 1}), TypeError, "key must be a string, not int"),
+    *((lambda m, value=value: m.add_node("Group", "", {"key": value}), kind, "'key'")
+      for kind, values in {ValueError: [-1, 2**32, "x" * 257, "ä" * 129, "a\0b", 1e39],
+                           TypeError: [[1], None, 1j]}.items() for value in values),
+    (lambda m: m.set_current_node(9), "OutOfBounds", "no node has the id 9"),
+    (lambda m: m.set_current_node(-1), ValueError, "node id -1 is not in 0 to 4294967295"),
+    (lambda m: m.set_current_node("s"), TypeError, "a node id must be an integer, not str"),
+    (lambda m: m.get_node_id("/r", 5), TypeError, "separator must be a string, not int"),
+    (lambda m: m.get_node_id([b"r"]), TypeError, "path must be a string, not bytes"),
+    (lambda m: m.get_node_id(5), TypeError, "path must be a list of strings, not int"),
+    (lambda m: m.set_node_data(9), "OutOfBounds", "no node has the id 9"),
+    (lambda m: m.set_node_data(3, {"Translation": (1, 2, 3)}), "InvalidArguments",
+     "Translation is for groups; node 3 is a geometry"),
+    (lambda m: m.set_node_data(1, {"Shininess": 1}), "InvalidArguments",
+     "Shininess is for shapes; node 1 is a group"),
+    (lambda m: m.set_node_data(2, {"DiffuseColor": (1, 2)}), "InvalidArguments",
+     "DiffuseColor takes 3 or 4 numbers, got 2"),
+    (lambda m: m.set_node_data(2, attributes={"a": 1}), "InvalidArguments",
+     "attributes are for groups; node 2 is a shape"),
+    (lambda m: m.set_node_data(1, {"Colour": 1}), ValueError, "'Colour' is not a PropertyType"),
+    (lambda m: m.set_node_data(1, {"Scale": 1}), TypeError, "Scale takes 3 numbers, not 1"),
+    (lambda m: m.set_node_data(1, {"Scale": [1, 2, "3"]}), TypeError, "Scale: expected a number"),
+    (lambda m: m.set_node_data(1, {"Scale": [1, 2, 1e39]}), ValueError, "1e+39 is too large"),
+    (lambda m: m.set_node_data(2, {"MaterialFlag": 1}), TypeError, "must be True or False"),
+    (lambda m: m.set_node_data(2, [1]), TypeError, "properties must be a dict, not list"),
+    (lambda m: m.add_assembly_components("/r/x"), TypeError, "paths must be a list of strings"),
+    (lambda m: m.add_assembly_components([5]), TypeError, "paths must be a string, not int"),
+    (lambda m: m.add_assembly_components(["r/x"]), "InvalidArguments", "'r/x' does not start with"),
+    (lambda m: m.add_assembly_components(["/q"]), "NotYetImplemented", "'/q' starts with another"),
+    (lambda m: m.add_assembly_components({"/r/x": {"a": 1}}), "InvalidArguments",
+     "attributes are for groups; the path '/r/x' does not end in '/'"),
+    (lambda m: m.add_array("NodeIds", [1], 9), "KeyNotFound", "no node has the id 9"),
+    (lambda m: m.add_array("NodeIds", [1], 1), "InvalidArguments", "node 1 is a group"),
+    (lambda m: m.add_array("NodeIds", [1], "s"), TypeError, "ids must be integers, not str"),
+    (lambda m: m.add_array("NodeIds", [1], [2.0]), TypeError, "must be an integer, not float"),
+    (lambda m: m.add_array(mekapi2.NodeType.Group, [1], 2), TypeError, "expected a DatasetType"),
+    (lambda m: m.add_array("ResultA1", [1], 2), "InvalidArguments",
+     "ResultA1 has no default name; pass name="),
+    (lambda m: m.add_array("NodeIds", [1], 2, name=5), TypeError, "name must be a string"),
+    (lambda m: m.add_array("NodeIds", [1], 2, steps=5), TypeError, "steps must be names or Steps"),
+    (lambda m: m.add_array("NodeIds", [1], 2, steps=[5]), TypeError, "step's name must be a str"),
+    (lambda m: m.add_array("NodeIds", [1], 2, steps=[]), ValueError, "steps is empty"),
+    (lambda m: m.add_array("NodeIds", [1], 2, steps=["a", Step("a")]), ValueError,
+     "the step 'a' is given twice"),
+    *((lambda m, key=key: m.add_array("NodeIds", [1], 2, steps=Step("a", {key: 1})),
+       "InvalidArguments", f"attribute '{key}' is not stored with an array")
+      for key in ("Complex", "Contents", "DataSource", "DataType", "Structure", "Link.x")),
+    (lambda m: m.add_array("NodeIds", [1], 2, exact=1), TypeError, "exact must be True or False"),
+    (lambda m: m.add_array("NodeIds", [1], 2, polylength=True), ValueError, "shape (m, k)"),
+    (lambda m: m.add_array("NodeIds", 1, 2), ValueError, "NodeIds takes an array of shape (n,)"),
+    (lambda m: m.add_array("Connectivity0", np.zeros((1, 2, 2)), 2), ValueError, "(n,) or (n, k)"),
+    (lambda m: m.add_array("Coordinates", np.zeros((2, 2)), 2), ValueError, "(n, 3), not (2, 2)"),
+    (lambda m: m.add_array("NodeIds", MASKED, 2), ValueError, "the array has masked values"),
+    *((lambda m, array=array: m.add_array("NodeIds", array, 2), TypeError, "takes real numbers")
+      for array in ([1j], ["1"], [None], np.zeros(2, "f4,f4"))),
+    (lambda m: m.add_array("ResultA1", HUGE, 2, name="x"), MemoryError, ""),
+    (copy.copy, TypeError, "cannot be copied"),
+    (copy.deepcopy, TypeError, "cannot be copied"),
+    (pickle.dumps, TypeError, "cannot be copied or pickled"),
+    (lambda m: Model(m.path), FileExistsError, "[Errno 17] File exists: "),
+    (lambda m: Model(f"{m.path}/x"), NotADirectoryError, "[Errno 20] Not a directory: "),
+    (lambda m: Model(f"{m.path}x/x"), FileNotFoundError, "[Errno 2] No such file or directory: "),
+    (lambda m: Model(os.path.dirname(m.path), overwrite=True), IsADirectoryError, "[Errno 21] "),
+    (lambda m: Model(""), ValueError, "the path is empty"),
+    (lambda m: Model("a\0b"), ValueError, "'a\\x00b' contains a zero character"),
+    (lambda m: Model(5), TypeError, "not int"),
+    (lambda m: Model("x", overwrite="no"), TypeError, "overwrite must be True or False, not str"),
+    (lambda m: Model("x", tool_name=b""), TypeError, "tool_name must be a string, not bytes"),
+    (lambda m: (m.close(), m.add_node("Group", "")), "InvalidObjectState", "the model is closed"),
+    (lambda m: (m.close(), m.__enter__()), "InvalidObjectState", "the model is closed"),
+]  # fmt: skip
+
+
+def test_invalid_calls_change_nothing_and_name_the_culprit(tmp_path):
+    trees = set()
+    for number, (call, expected, words) in enumerate(CALLS):
+        kind = getattr(mekapi2, expected) if isinstance(expected, str) else expected
+        with Model(str(tmp_path / f"{number}.mek")) as model:
+            model.add_node("RootGroup", "r")
+            model.add_node("Shape", "s")
+            model.add_array("NodeIds", [7], 3)
+            with pytest.raises(kind) as caught:
+                call(model)
+            message = str(caught.value)
+            assert words in message and "\n" not in message, message
+            if isinstance(caught.value, OSError):
+                assert caught.value.filename in message and caught.value.strerror in message
+        trees.add(mekfile.tree(tmp_path / f"{number}.mek"))
+    assert len(trees) == 1
+
+
+@pytest.mark.skipif(not hasattr(os, "geteuid"), reason="POSIX permissions")
+def test_a_protected_folder_is_a_permission_error(tmp_path):
+    tmp_path.chmod(0o500)
+    user = os.geteuid()
+    os.seteuid(user or 65534)  # root may write everywhere
+    try:
+        with pytest.raises(PermissionError, match="Permission denied: ") as caught:
+            Model(tmp_path / "x.mek")
+    finally:
+        os.seteuid(user)
+    assert (caught.value.errno, caught.value.filename) == (13, str(tmp_path / "x.mek"))
+
+
+def test_errors_of_the_library_have_code_and_location(tmp_path):
+    with pytest.raises(mekapi2.MiscelleneousException) as caught:
+        Model(tmp_path / "none" / "x.mek")
+    location = caught.value.location
+    assert (caught.value.code, location.file) == (2, "tyr/qbf/qbfile.cpp")
+    assert "OpenFile" in location.function and location.line > 0
+
+
+@pytest.mark.skipif(not os.path.exists("/dev/full"), reason="no /dev/full")
+def test_an_error_of_close_does_not_replace_an_exception():
+    with pytest.raises(mekapi2.FileWriteException) as caught:
+        with Model("/dev/full", overwrite=True) as model:
+            model.add_node("RootGroup", "r")
+    assert str(caught.value) == "[Errno 28] No space left on device: '/dev/full'"
+    assert caught.value.code == 7 and model.closed
+    model.close()
+    with pytest.raises(ZeroDivisionError) as divided:
+        with Model("/dev/full", overwrite=True) as model:
+            1 / 0
+    assert "/dev/full" in divided.value.__notes__[0]
