@@ -4,6 +4,7 @@ import contextlib
 import json
 import os
 import re
+import signal
 import subprocess
 import sys
 
@@ -155,11 +156,51 @@ def test_splits_other_widths_and_makes_names_unique(tmp_path):
     assert '"same (2)" type 17' in tree and "GlobalNodeId" not in tree
 
 
-def test_converts_groups_sets_and_field_data(tmp_path):
-    tags = [np.full(2, 7), np.array([7, 9]), np.full(1, 9)]
-    written = mesh({}, {"gmsh:physical": tags, "gmsh:geometrical": tags})
+GMSH = """$MeshFormat\n4.1 0 8\n$EndMeshFormat
+$PhysicalNames\n2\n2 5 "left"\n2 6 "all"\n$EndPhysicalNames
+$Entities\n0 0 2 0\n1 0 0 0 1 1 0 2 5 6 0\n2 1 0 0 2 1 0 1 6 0\n$EndEntities
+$Nodes\n1 4 1 4\n2 1 0 4\n1\n2\n3\n4\n0 0 0\n1 0 0\n1 1 0\n0 1 0\n$EndNodes
+$Elements\n3 3 1 3\n2 1 2 1\n1 1 2 3\n2 2 2 1\n2 1 3 4\n2 1 2 1\n3 1 2 4\n$EndElements
+"""
+
+
+def shapes(path):
+    return re.findall(r'\d+ (?:Group|Shape) "(.*)"', mekfile.tree(path))[1:]
+
+
+def test_gmsh_has_one_shape_for_each_group_and_type(tmp_path):
+    path = tmp_path / "g.msh"
+    path.write_text(GMSH)
+    convert(path)
+    assert shapes(tmp_path / "g.mek") == ["left", "TR3", "all", "TR3"]
+    left, right = mekfile.exported(tmp_path / "g.mek")
+    assert np.array_equal(left.cells[0].data, [[0, 1, 2], [0, 1, 3]])  # two blocks of one entity
+    check_bits(left.cell_data["Set all"][0], [1, 1])  # in a second group
+    assert [*right.cell_data, *right.point_data] == [
+        "Element IDs", "Node Ids", "vtkOriginalPointIds"
+    ]  # fmt: skip
+    convert(path, overwrite=True, keep_blocks=True)
+    assert shapes(tmp_path / "g.mek") == ["left", "TR3", "TR3 (2)", "all", "TR3"]
+    path.write_text(re.sub(r"\$Physical[^$]*\$EndP.*\n|\$Ent[^$]*\$EndE.*\n", "", GMSH))
+    convert(path, overwrite=True)
+    assert shapes(tmp_path / "g.mek") == ["Mesh", "TR3"]
+    assert '"Element IDs" type 16: 3 x 1 unsigned, 1 to 3' in mekfile.tree(tmp_path / "g.mek")
+
+    tags = [np.full(2, 7), np.array([7, 9]), np.full(1, 9)]  # a block of cells of two groups
+    written = mesh({}, {"gmsh:physical": tags, "gmsh:geometrical": tags, **cell_fields()})
     written.field_data = {"steel": np.array([7, 3]), "skin": np.array([7, 2])}
-    meshio.write(tmp_path / "g.msh", written, file_format="gmsh22", binary=False)
+    meshio.write(path, written, file_format="gmsh22", binary=False)
+    convert(path, overwrite=True)
+    assert shapes(tmp_path / "g.mek") == ["steel", "HE8", "PE6", "Physical 9", "PE6", "TE4"]
+    parts = mekfile.exported(tmp_path / "g.mek")
+    np.testing.assert_array_equal([part.cell_data["q"][0][0] for part in parts[1:4]], np.float32(
+        [*written.cell_data["q"][1], *written.cell_data["q"][2]]))  # fmt: skip
+    assert "gmsh:" not in mekfile.tree(tmp_path / "g.mek")
+
+
+def test_converts_tags_sets_and_field_data(tmp_path):
+    regions = mesh({}, {"medit:ref": [np.full(2, 1), np.array([1, 2]), np.full(1, 0)]})
+    meshio.write(tmp_path / "m.mesh", regions)
     families = [np.array([-1, 0]), np.array([-2, -1]), np.array([0])]
     tagged = mesh({}, {"cell_tags": families})
     tagged.cell_tags = {-1: ["hot"], -2: ["hot", "edge"]}
@@ -168,16 +209,18 @@ def test_converts_groups_sets_and_field_data(tmp_path):
     deck = ["*NODE", "1,0,0", "2,1,0", "3,1,1", "4,0,1", "*ELEMENT, TYPE=CPS3, ELSET=LEFT"]
     deck += ["5,1,2,3", "*ELEMENT, TYPE=CPS3, ELSET=RIGHT", "6,1,3,4", "*NSET, NSET=FIX", "1,4"]
     (tmp_path / "s.inp").write_text("\n".join(deck))
+    meshio.write(tmp_path / "d.vtu", mesh({}))
+    array = '<DataArray type="Int64" Name="load" NumberOfTuples="2" format="ascii">7 2</DataArray>'
+    text = (tmp_path / "d.vtu").read_text()
+    text = text.replace("<UnstructuredGrid>", f"<UnstructuredGrid><FieldData>{array}</FieldData>")
+    (tmp_path / "d.vtu").write_text(text)
 
-    for name in ("g.msh", "f.med", "s.inp"):
+    for name in ("m.mesh", "f.med", "s.inp", "d.vtu"):
         convert(tmp_path / name)
 
-    gmsh = mekfile.exported(tmp_path / "g.mek")[:3]
-    assert [part.name for part in gmsh] == ["g/steel/HE8", "g/Mesh/PE6", "g/Physical 9/TE4"]
-    attributes = {"Dimension": 3, "Source file": "g.msh", "Source format": "gmsh"}
-    attributes |= {"skin.1": 7, "skin.2": 2, "steel.1": 7, "steel.2": 3}
-    lines = [f"    {json.dumps(key)} = {json.dumps(value)}" for key, value in attributes.items()]
-    assert "\n".join(lines) in mekfile.tree(tmp_path / "g.mek")
+    assert shapes(tmp_path / "m.mek") == [
+        "Region 1", "HE8", "PE6", "Region 2", "PE6", "Mesh", "TE4"
+    ]  # fmt: skip
     bricks, wedges = (part.cell_data for part in mekfile.exported(tmp_path / "f.mek")[:2])
     check_bits(bricks["Set hot"][0], [1, 0])
     check_bits(wedges["Set hot"][0], [1, 1])
@@ -189,6 +232,12 @@ def test_converts_groups_sets_and_field_data(tmp_path):
     check_bits(right.cell_data["Set RIGHT"][0], [1])
     assert "Set RIGHT" not in left.cell_data
     assert '"Dimension" = 2\n' in mekfile.tree(tmp_path / "s.mek")
+    attributes = {"Dimension": 3, "Source file": "d.vtu", "Source format": "vtu"}
+    attributes |= {"load.1": 7, "load.2": 2}
+    lines = [f"    {json.dumps(key)} = {json.dumps(value)}" for key, value in attributes.items()]
+    assert "\n".join(lines) in mekfile.tree(tmp_path / "d.mek")
+    for name in "mf":
+        assert not re.search("medit:|tags|med:nom", mekfile.tree(tmp_path / f"{name}.mek"))
 
 
 TIMES = (0.0, 0.1, 2.5)
@@ -213,7 +262,7 @@ def write_pvd(folder, values, cells, text='<DataSet timestep="{}" file="{}.vtu"/
 
 
 def write_series(folder, values, cells):
-    write_pvd(folder, values, cells)
+    write_pvd(folder, values, cells).unlink()
     files = [{"name": f"{number}.vtu", "time": time} for number, time in enumerate(TIMES)]
     (folder / "t.series").write_text(json.dumps({"files": files}))
     return folder / "t.series"
@@ -259,6 +308,9 @@ def test_time_series_become_steps(tmp_path, write):
     summary = convert(write(tmp_path, values, cells))
 
     assert (summary.counts.steps, summary.counts.results, summary.counts.warnings) == (3, 2, [])
+    assert summary.bytes_in == sum(
+        file.stat().st_size for file in tmp_path.iterdir() if file != summary.output
+    )
     found = mekfile.exported(summary.output)
     tree = mekfile.tree(summary.output)
     for number, time in enumerate(TIMES):
@@ -281,45 +333,135 @@ def test_parts_of_a_collection_become_groups(tmp_path):
     check([*found[3:6], found[7]], meshio.Mesh(POINTS, CELLS, {"T": values[1]}))
 
 
-def test_invalid_input_is_an_error_without_output(tmp_path, capsys):
-    write_pvd(tmp_path, RANDOM.random((2, len(POINTS))), ONES)
-    meshio.write(tmp_path / "1.vtu", meshio.Mesh(POINTS + 1, CELLS))
-    meshio.write(tmp_path / "2.vtu", meshio.Mesh(POINTS, CELLS))
-    (tmp_path / "cut.vtu").write_bytes((tmp_path / "0.vtu").read_bytes()[:700])
-    (tmp_path / "cut.xdmf").write_text("<Xdmf")
-    (tmp_path / "x.unknown").write_text("")
-    (tmp_path / "lost.pvd").write_text('<V><C><DataSet file="none.vtu"/></C></V>')
-    (tmp_path / "far.obj").write_text("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 9\n")
-    cases = {
-        "none.vtu": "no such file", "cut.vtu": "read as vtu", "cut.xdmf": "cannot read as xdmf",
-        "x.unknown": "unknown suffix '.unknown'", "lost.pvd": "none.vtu",
-        "t.pvd": "1.vtu: the mesh differs from", "far.obj": "node 8, but the nodes are 0 to 2",
-    }
-    for name, message in cases.items():
-        assert main([str(tmp_path / name), str(tmp_path / "out.mek")]) == 1
-        error = capsys.readouterr().err
-        assert error.startswith(f"mekapi2.convert: {tmp_path / name}: ") and message in error
-        assert not list(tmp_path.glob("*.mek*"))
+COMMANDS = [  # arguments, exit code, what standard output or standard error begins with and has
+    ("--help", 0, "usage: python3 -m mekapi2.convert [-h]", "exit codes:"),
+    ("valid.vtu -h", 0, "usage: ", "python3 -m mekapi2.convert part.msh out.mek --overwrite"),
+    ("-V", 0, "mekapi2.convert 2."),
+    ("valid.vtu --overwrite new.mek", 0, "new.mek: 18 nodes, 5 elements", " bytes out"),
+    ("--format=vtu -- valid.vtu new.mek", 0, "new.mek: 18 nodes"),
+    ("", 2, "the following arguments are required: INPUT; see python3 -m mekapi2.convert --he"),
+    ("valid.vtu --overwrit", 2, "unknown option --overwrit; see python3 -m"),
+    ("a b c", 2, "too many arguments: c; see"),
+    ("valid.vtu --format", 2, "argument --format: expected one argument; see"),
+    ("none.vtu", 1, "none.vtu: No such file or directory"),
+    (".", 1, ".: Is a directory"),
+    ("pipe", 1, "pipe: needs a regular file"),
+    ("-", 1, "-: needs a regular file, not standard input"),
+    ("cut.vtu", 1, "cut.vtu: the file ends early or is damaged (as vtu: "),
+    ("cut.xdmf", 1, "cut.xdmf: the file ends early or is damaged (as xdmf: ParseError: "),
+    ("cut.msh", 1, "cut.msh: the file ends early or is damaged (as ansys: ", "as gmsh: "),
+    ("S8.inp", 1, "S8.inp: the file ends early or is damaged, or meshio does not read such decks (as ",
+     "abaqus: Element type not available: S8); convert the solver's .frd file with frd2mek"),
+    ("valid.vtu --format nothing", 1, "valid.vtu: meshio does not read this file (as nothing: "),
+    ("x.unknown", 1, "x.unknown: unknown suffix '.unknown'; give the format with --format"),
+    ("x.frd", 1, "x.frd: this is a result file of the solver; convert it with frd2mek"),
+    ("valid.vtu.gz", 1, "valid.vtu.gz: this is a gzip file; decompress it first"),
+    ("lost.pvd", 1, "lost.pvd: the collection lists a file that does not exist: none.vtu"),
+    ("t.pvd", 1, "1.vtu: the mesh differs from that of 0.vtu; only results can change"),
+    ("bad.pvd", 1, "cut.vtu: the file ends early or is damaged (as vtu: "),
+    ("far.obj", 1, "far.obj: a cell of type triangle refers to node 8, but the nodes are 0 to 2"),
+    ("huge.vtu", 1, "huge.vtu: 'T': ResultA1: 1e+300 at [1] is too large for a 32-bit float"),
+    ("valid.vtu kept.mek", 1, "kept.mek: exists; use --overwrite to replace it"),
+    ("valid.vtu kept.mek --overwrite --format stl", 1, "valid.vtu: ", "as stl"),
+    ("valid.vtu valid.vtu --overwrite", 1, "valid.vtu: is the input itself"),
+    ("valid.vtu pipe --overwrite", 1, "pipe: needs a regular file"),
+    ("valid.vtu . --overwrite", 1, ".: Is a directory"),
+    ("valid.vtu none/x.mek", 1, "none/x.mek: No such file or directory"),
+]  # fmt: skip
 
 
-def test_does_not_change_other_files(tmp_path, capsys):
-    valid, kept, pipe = (tmp_path / name for name in ("valid.vtu", "kept.mek", "pipe"))
+def write_inputs(folder):
+    write_pvd(folder, RANDOM.random((2, len(POINTS))), ONES)
+    meshio.write(folder / "1.vtu", meshio.Mesh(POINTS + 1, CELLS))
+    meshio.write(folder / "2.vtu", meshio.Mesh(POINTS, CELLS))
+    meshio.write(folder / "valid.vtu", mesh({"T": 1}))
+    meshio.write(folder / "huge.vtu", meshio.Mesh(POINTS, CELLS, {"T": [0, 1e300] + [0] * 16}))
+    meshio.write(folder / "whole.msh", mesh(), file_format="gmsh22")
+    (folder / "cut.vtu").write_bytes((folder / "0.vtu").read_bytes()[:700])
+    (folder / "cut.msh").write_bytes((folder / "whole.msh").read_bytes()[:500])
+    (folder / "valid.vtu.gz").write_bytes(b"\x1f\x8b\x08")
+    (folder / "kept.mek").write_bytes(b"kept")
+    texts = {
+        "cut.xdmf": "<Xdmf", "x.unknown": "", "x.frd": "    1C",
+        "lost.pvd": '<V><C><DataSet file="none.vtu"/></C></V>',
+        "bad.pvd": '<V><C><DataSet file="cut.vtu"/></C></V>',
+        "far.obj": "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 9\n",
+        "S8.inp": "*NODE\n1,0,0\n*ELEMENT,TYPE=S8\n1,1,1,1,1,1,1,1,1\n",
+    }  # fmt: skip
+    for name, text in texts.items():
+        (folder / name).write_text(text)
+    os.mkfifo(folder / "pipe")
+
+
+def test_command_lines(tmp_path, capsys, monkeypatch):
+    write_inputs(tmp_path)
+    monkeypatch.chdir(tmp_path)
+    capsys.readouterr()
+    before = {path.name for path in tmp_path.iterdir()}
+    for line, exit_code, start, *words in COMMANDS:
+        try:
+            code = main(line.split())
+        except SystemExit as end:
+            code = end.code
+        output, errors = capsys.readouterr()
+        text = output if exit_code == 0 else errors
+        start = start if exit_code == 0 else f"mekapi2.convert: {start}"
+        assert code == exit_code and text.startswith(start), (line, text)
+        assert all(word in text for word in words), (line, text)
+        assert (errors if exit_code == 0 else output) == ""
+        assert exit_code == 0 or text.count("\n") == 1
+        with contextlib.suppress(FileNotFoundError):
+            (tmp_path / "new.mek").unlink()
+        assert {path.name for path in tmp_path.iterdir()} == before
+    assert (tmp_path / "kept.mek").read_bytes() == b"kept" and (tmp_path / "pipe").is_fifo()
+
+
+def run(*arguments, prefix="pass", **options):
+    """Run the command in a process, after the statements of ``prefix``."""
+    code = f"import sys; {prefix}; from mekapi2.convert.__main__ import main; sys.exit(main())"
+    options = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "text": True, **options}
+    return subprocess.run([sys.executable, "-c", code, *arguments], **options)
+
+
+def test_command_without_meshio_or_output(tmp_path):
+    valid = tmp_path / "valid.vtu"
     meshio.write(valid, mesh({"T": 1}))
-    content = valid.read_bytes()
-    kept.write_bytes(b"kept")
-    os.mkfifo(pipe)
-    for output, options, message in [
-        (kept, [], "kept.mek exists; use --overwrite to replace it"),
-        (kept, ["--overwrite", "--format", "stl"], "cannot read as stl"),
-        (valid, ["--overwrite"], "input and output are the same file"),
-        (pipe, ["--overwrite"], "pipe is not a regular file"),
-        (tmp_path / "none" / "x.mek", [], 'Unable to open file "'),
-    ]:
-        assert main([str(valid), str(output), *options]) == 1
-        assert message in capsys.readouterr().err
-    assert (kept.read_bytes(), valid.read_bytes()) == (b"kept", content) and pipe.is_fifo()
-    assert main([str(valid), str(kept), "--overwrite"]) == 0 and kept.read_bytes() != b"kept"
-    assert sorted(path.name for path in tmp_path.iterdir()) == ["kept.mek", "pipe", "valid.vtu"]
+    missing = "sys.modules['meshio'] = sys.modules['rich'] = None"
+    assert run("--help", prefix=missing).stdout.startswith("usage: ")
+    found = run(valid, prefix=missing)
+    message = "the Python package meshio is missing; on Debian: python3-meshio\n"
+    assert (found.returncode, found.stderr) == (1, f"mekapi2.convert: {message}")
+    with open("/dev/full", "w") as full:
+        for arguments in (["--help"], ["-V"], [valid, "--overwrite"]):
+            found = run(*arguments, stdout=full)
+            message = "mekapi2.convert: standard output: No space left on device\n"
+            assert (found.returncode, found.stderr) == (1, message)
+    reader, writer = os.pipe()
+    os.close(reader)
+    found = run("--help", stdout=writer)
+    os.close(writer)
+    assert (found.returncode, found.stderr) == (1, "")
+
+
+@pytest.mark.parametrize("name", ["SIGINT", "SIGTERM", "SIGHUP"])
+def test_signals_remove_what_is_unfinished(tmp_path, name):
+    meshio.write(tmp_path / "a.vtu", mesh({"T": 1}))
+    number = getattr(signal, name)
+    during = f"import signal, meshio; meshio.read = lambda *a, **k: signal.raise_signal({number})"
+    found = run(tmp_path / "a.vtu", prefix=during)
+    assert (found.returncode, found.stderr) == (-number, "")
+    assert [path.name for path in tmp_path.iterdir()] == ["a.vtu"]
+
+
+def test_overwriting_keeps_permissions_and_the_target_of_a_link(tmp_path):
+    meshio.write(tmp_path / "a.vtu", mesh({"T": 1}))
+    (tmp_path / "kept.mek").touch()
+    (tmp_path / "kept.mek").chmod(0o640)
+    (tmp_path / "link.mek").symlink_to("kept.mek")
+    convert(tmp_path / "a.vtu", tmp_path / "link.mek", overwrite=True)
+    status = (tmp_path / "kept.mek").stat()
+    assert status.st_mode & 0o777 == 0o640 and status.st_size > 0
+    assert (tmp_path / "link.mek").is_symlink()
 
 
 def test_command_prints_a_summary_and_progress_on_a_terminal(tmp_path):
@@ -329,12 +471,12 @@ def test_command_prints_a_summary_and_progress_on_a_terminal(tmp_path):
         terminal, stderr = os.openpty()
     except OSError:
         pytest.skip("the system has no terminals")
-    run = subprocess.run(command, stdout=subprocess.PIPE, stderr=stderr, text=True)
+    found = subprocess.run(command, stdout=subprocess.PIPE, stderr=stderr, text=True)
     os.close(stderr)
     sizes = [sum(file.stat().st_size for file in tmp_path.glob(f"*.{kind}"))
              for kind in ("[sv]*", "mek")]  # fmt: skip
-    assert run.stdout == (
+    assert found.stdout == (
         f"{tmp_path / 't.mek'}: 18 nodes, 5 elements, 3 shapes, 2 results, 3 steps, "
         f"{sizes[0]} bytes in, {sizes[1]} bytes out\n"
     )
-    assert run.returncode == 0 and b"100%" in os.read(terminal, 65536)
+    assert found.returncode == 0 and b"100%" in os.read(terminal, 65536)

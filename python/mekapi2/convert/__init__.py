@@ -5,18 +5,18 @@ Use ``python3 -m mekapi2.convert INPUT [OUTPUT.mek]`` on the command line, `conv
 
 from __future__ import annotations
 
-import contextlib
 import os
-from collections.abc import Iterator
 from dataclasses import dataclass
 from pathlib import Path
-from typing import Optional, Union
+from typing import TYPE_CHECKING, Optional, Union
 
 from .. import _core
 from ..model import Model
-from ._reading import read
+from ._output import replaced_when_complete
 from ._source import ConversionError
-from ._writing import Counts, Progress, write
+
+if TYPE_CHECKING:
+    from ._writing import Counts, Progress
 
 __all__ = ["ConversionError", "Summary", "convert"]
 
@@ -31,7 +31,7 @@ class Summary:
     counts : Counts
         Numbers of nodes, elements, shapes, results, steps and rounded arrays, and the warnings.
     bytes_in, bytes_out : int
-        Sizes of the input, including all files of a collection, and of the output.
+        Sizes of the input, including all files that it refers to, and of the output.
     """
 
     input: Path
@@ -47,11 +47,12 @@ def convert(
     *,
     overwrite: bool = False,
     file_format: Optional[str] = None,
+    keep_blocks: bool = False,
     progress: Optional[Progress] = None,
 ) -> Summary:
     """Convert a mesh file of any format that meshio reads.
 
-    The output is written to ``OUTPUT.part`` and renamed when it is complete. If an exception is
+    The output is written under a temporary name and renamed when it is complete. If an exception is
     raised, ``OUTPUT`` is unchanged.
 
     Parameters
@@ -60,9 +61,12 @@ def convert(
     output : str or path-like, optional
         By default the input with the suffix ``.mek``.
     overwrite : bool
-        Replace an existing output.
+        Replace an existing output; its permission bits are kept.
     file_format : str, optional
         meshio's name of the input format. By default it follows from the suffix.
+    keep_blocks : bool
+        Write one shape for each cell block of meshio, such as each entity of Gmsh, instead of one
+        for each region and element type.
     progress : callable, optional
         Called after each step with the number of steps written and the total.
 
@@ -73,48 +77,22 @@ def convert(
     Raises
     ------
     ConversionError
-        The input cannot be read, or the output must not be replaced.
-    Error
-        The output cannot be written.
-    OSError
-        The complete output cannot be renamed.
+        The input is damaged or not supported, or the output must not be replaced.
+    Error, OSError
+        The input cannot be opened, or the output cannot be written.
+    ModuleNotFoundError
+        meshio is not installed.
     """
+    from ._reading import check_readable, read  # not at the top: these modules need meshio
+    from ._writing import write
+
     source_path = Path(input)
+    check_readable(source_path)
     target = Path(output) if output is not None else source_path.with_suffix(".mek")
-    with _replaced_when_complete(target, source_path, overwrite) as unfinished:
-        source = read(source_path, file_format)
+    with replaced_when_complete(target, source_path, overwrite) as unfinished:
+        source = read(source_path, file_format, keep_blocks)
         with Model(
             unfinished, overwrite=True, tool_name="mekapi2.convert", tool_version=_core.version
         ) as model:
             counts = write(model, source, progress)
     return Summary(source_path, target, counts, source.byte_count, target.stat().st_size)
-
-
-@contextlib.contextmanager
-def _replaced_when_complete(path: Path, source: Path, overwrite: bool) -> Iterator[Path]:
-    """Provide a temporary path, which replaces ``path`` at the end of the block.
-
-    If the block raises an exception, the temporary file is removed and ``path`` is unchanged.
-
-    Raises
-    ------
-    ConversionError
-        ``path`` is not a regular file, is the same file as ``source``, or exists and ``overwrite``
-        is false.
-    """
-    target = path.resolve()
-    if target.exists():
-        if not target.is_file():
-            raise ConversionError(f"{path} is not a regular file")
-        if source.exists() and target.samefile(source):
-            raise ConversionError("input and output are the same file")
-        if not overwrite:
-            raise ConversionError(f"{path} exists; use --overwrite to replace it")
-    unfinished = target.with_name(f"{target.name}.part")
-    try:
-        yield unfinished
-        os.replace(unfinished, target)
-    except BaseException:
-        with contextlib.suppress(OSError):
-            unfinished.unlink()
-        raise

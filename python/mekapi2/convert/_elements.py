@@ -2,10 +2,7 @@
 
 from __future__ import annotations
 
-import contextlib
 import re
-import threading
-from collections.abc import Iterator
 from typing import Any, Optional
 
 import meshio
@@ -31,44 +28,6 @@ _orders = {
     "HE20": [*range(12), *range(16, 20), *range(12, 16)],
     "PE15": [*range(9), *range(12, 15), *range(9, 12)],
 }
-
-# By cell type whose dimension meshio does not know: a type of the same dimension.
-_known_types = {
-    "quad5": "quad",
-    "triangle7": "triangle",
-    "hexahedron9": "hexahedron",
-    "pyramid13": "pyramid",
-    "tetra4": "tetra",
-    "tetra8": "tetra",
-    "tetra14": "tetra",
-    "wedge15": "wedge",
-}
-
-_reading = threading.RLock()
-
-
-@contextlib.contextmanager
-def all_cell_types() -> Iterator[None]:
-    """Let meshio create cell blocks of all types that its readers return.
-
-    meshio has readers for cell types whose dimension it does not know; creating a block of such a
-    type raises `KeyError`. Within this context the block is created with a known type of the same
-    dimension, and its type is set afterwards. One thread at a time can enter.
-    """
-    with _reading:
-        create = meshio.CellBlock.__init__
-
-        def create_any(
-            block: meshio.CellBlock, cell_type: str, data: Any, tags: Optional[list[str]] = None
-        ) -> None:
-            create(block, _known_types.get(cell_type, cell_type), data, tags)
-            block.type = cell_type
-
-        meshio.CellBlock.__init__ = create_any
-        try:
-            yield
-        finally:
-            meshio.CellBlock.__init__ = create
 
 
 def shape_name(block: meshio.CellBlock) -> str:

@@ -5,9 +5,6 @@ from __future__ import annotations
 from collections.abc import Sequence
 from typing import Any
 
-import meshio
-import numpy as np
-
 from ._elements import shape_name
 from ._source import Part
 
@@ -59,7 +56,7 @@ def shape_paths(part: Part, root: str) -> list[str]:
     top = [root, part.name] if part.name else [root]
     taken: dict[str, Names] = {}
     paths: list[str] = []
-    for block, region in zip(part.mesh.cells, _regions(part.mesh)):
+    for block, region in zip(part.mesh.cells, part.regions):
         groups = [*top, region] if region else top if part.name else [*top, _mesh_group]
         parent = _path(groups)
         name = taken.setdefault(parent, Names()).of(len(paths), shape_name(block))
@@ -69,36 +66,3 @@ def shape_paths(part: Part, root: str) -> list[str]:
 
 def _path(names: list[str]) -> str:
     return "".join(separator + plain_name(name) for name in names)
-
-
-def _regions(mesh: meshio.Mesh) -> list[str]:
-    """Return for each cell block the name of the group of all its cells, or an empty string."""
-    return [
-        _physical_group(mesh, index) or _enclosing_set(mesh, index)
-        for index in range(len(mesh.cells))
-    ]
-
-
-def _physical_group(mesh: meshio.Mesh, index: int) -> str:
-    if "gmsh:physical" not in mesh.cell_data:
-        return ""
-    tags = np.unique(mesh.cell_data["gmsh:physical"][index])
-    if len(tags) != 1 or tags[0] == 0:
-        return ""
-    for name, value in mesh.field_data.items():
-        if np.size(value) == 2 and np.array_equal(value, [tags[0], mesh.cells[index].dim]):
-            return str(name)
-    return f"Physical {tags[0]}"
-
-
-def _enclosing_set(mesh: meshio.Mesh, index: int) -> str:
-    """Return the name of the only cell set that contains all cells of a block, if there is one."""
-    names = [
-        name
-        for name, blocks in mesh.cell_sets.items()
-        if not name.startswith("gmsh:")
-        and len(blocks) == len(mesh.cells)
-        and blocks[index] is not None
-        and len(np.unique(blocks[index])) == len(mesh.cells[index])
-    ]
-    return str(names[0]) if len(names) == 1 else ""

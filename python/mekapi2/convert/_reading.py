@@ -3,8 +3,13 @@
 from __future__ import annotations
 
 import contextlib
+import errno
+import glob
 import io
 import json
+import os
+import re
+import stat
 from collections.abc import Callable, Iterator
 from pathlib import Path
 from typing import NamedTuple, Optional
@@ -12,17 +17,68 @@ from xml.etree import ElementTree
 
 import meshio
 import numpy as np
+from meshio._mesh import topological_dimension
 
-from ._elements import all_cell_types
-from ._source import ConversionError, Frame, Part, Source, conversion_errors, part_without_steps
+from ._regions import divide
+from ._source import (
+    ConversionError,
+    Frame,
+    Part,
+    Source,
+    conversion_errors,
+    damaged,
+    part_without_steps,
+)
 from ._timeseries import exodus_part, is_temporal, med_part, xdmf_part
 
 _xdmf_suffixes = (".xdmf", ".xmf")
 _vtk_prefix = "vt"
 _reversed_wedge = [0, 2, 1, 3, 5, 4, 8, 7, 6, 11, 10, 9, 12, 14, 13]
 
+# What meshio says of valid files with contents that it does not read.
+_unsupported = re.compile(
+    r"not available|not implemented|[Uu]nknown|[Uu]nsupported|[Oo]nly|Need |Incompatible cell data"
+)
 
-def read(path: Path, file_format: Optional[str] = None) -> Source:
+# Types that readers of meshio return although its table of dimensions lacks them. Without an entry
+# meshio cannot create a block of the type.
+_missing_dimensions = {
+    "quad5": 2,
+    "triangle7": 2,
+    "hexahedron9": 3,
+    "pyramid13": 3,
+    "tetra4": 3,
+    "tetra8": 3,
+    "tetra14": 3,
+    "wedge15": 3,
+}
+for _type, _dimension in _missing_dimensions.items():
+    topological_dimension.setdefault(_type, _dimension)
+
+
+def check_readable(path: Path) -> None:
+    """Raise an exception unless ``path`` is a regular file that can be opened.
+
+    Raises
+    ------
+    ConversionError
+        It is not a regular file.
+    OSError
+        The system cannot open it.
+    """
+    if str(path) == "-":
+        raise ConversionError("needs a regular file, not standard input")
+    mode = path.stat().st_mode
+    if stat.S_ISDIR(mode):
+        raise IsADirectoryError(errno.EISDIR, os.strerror(errno.EISDIR), str(path))
+    if not stat.S_ISREG(mode):
+        raise ConversionError("needs a regular file")
+    path.open("rb").close()
+
+
+def read(
+    path: Path, file_format: Optional[str] = None, keep_blocks: bool = False
+) -> Source:
     """Open a mesh file, a time series or a collection of files.
 
     Parameters
@@ -30,35 +86,35 @@ def read(path: Path, file_format: Optional[str] = None) -> Source:
     path : Path
     file_format : str, optional
         meshio's name of the format. The default follows from the suffix.
+    keep_blocks : bool
+        Keep the cell blocks of meshio, instead of one for each region and element type.
 
     Raises
     ------
     ConversionError
-        The file does not exist, is damaged, or has an unknown format.
+        The file is damaged or has an unknown format.
     """
-    if not path.is_file():
-        raise ConversionError("no such file")
     suffix = path.suffix.lower()
     if file_format is None and suffix in _collections:
         return _read_collection(path, suffix)
-    byte_count = path.stat().st_size
     may_be_xdmf = suffix in _xdmf_suffixes if file_format is None else file_format == "xdmf"
     if may_be_xdmf and is_temporal(path):
-        return Source(path, "xdmf", [xdmf_part(path)], byte_count)
+        return Source(path, "xdmf", [xdmf_part(path)], _byte_count([path]))
     warnings: list[str] = []
     mesh, file_format = _read_mesh(path, file_format, warnings)
-    part = _part_of(path, mesh, file_format)
+    part = _part_of(path, mesh, file_format, keep_blocks)
     if part.frame_count > 1:
         warnings = [each for each in warnings if "Skipping some time data" not in each]
-    return Source(path, file_format, [part], byte_count, warnings)
+    return Source(path, file_format, [part], _byte_count([path]), warnings)
 
 
-def _part_of(path: Path, mesh: meshio.Mesh, file_format: str) -> Part:
-    if file_format == "exodus":
-        return exodus_part(path, mesh)
+def _part_of(path: Path, mesh: meshio.Mesh, file_format: str, keep_blocks: bool) -> Part:
     if file_format == "med":
         return med_part(mesh)
-    return part_without_steps(mesh)
+    regions = divide(mesh, file_format, keep_blocks)
+    if file_format == "exodus":
+        return exodus_part(path, mesh, regions)
+    return part_without_steps(mesh, regions)
 
 
 # Single mesh files
@@ -71,26 +127,64 @@ def _read_mesh(
 
     Warnings that meshio prints are appended to ``warnings``.
     """
-    reasons = []
+    reasons: list[tuple[str, str]] = []
     for candidate in [file_format] if file_format else _formats_of(path):
         output = io.StringIO()
         try:
-            with all_cell_types(), contextlib.redirect_stdout(output), \
-                    contextlib.redirect_stderr(output):  # fmt: skip
+            with contextlib.redirect_stdout(output), contextlib.redirect_stderr(output):
                 mesh = meshio.read(path, file_format=candidate)
-        except MemoryError:
+        except (MemoryError, ModuleNotFoundError):
             raise
         except SystemExit:  # meshio exits if its reader raises a ReadError
-            reasons.append(f"{candidate}: {_one_line(output.getvalue())}")
+            words = _one_line(output.getvalue()).split("Error: Couldn't read file")[0].strip()
+            reasons.append((candidate, words or "ReadError"))
         except Exception as error:
-            reasons.append(f"{candidate}: {type(error).__name__}: {error}")
+            reasons.append((candidate, f"{type(error).__name__}: {error}"))
         else:
             if candidate.startswith(_vtk_prefix):
                 _reverse_wedges(mesh)
             printed = _one_line(output.getvalue()).split("Warning: ")
             warnings += [each.strip() for each in printed if each.strip()]
             return mesh, candidate
-    raise ConversionError("; ".join(f"cannot read as {reason}" for reason in reasons))
+    raise ConversionError(_failure(reasons))
+
+
+def _failure(reasons: list[tuple[str, str]]) -> str:
+    """Return the message for a file that no reader accepts.
+
+    Parameters
+    ----------
+    reasons : list of (str, str)
+        Formats, and what meshio says of the file as such.
+    """
+    words = "; ".join(f"as {candidate}: {reason}" for candidate, reason in reasons)
+    if reasons[0][0] == "abaqus":
+        return (
+            f"{damaged}, or meshio does not read such decks ({words}); "
+            "convert the solver's .frd file with frd2mek"
+        )
+    if any(_unsupported.search(reason) for _, reason in reasons):
+        return f"meshio does not read this file ({words})"
+    return f"{damaged} ({words})"
+
+
+def _byte_count(paths: list[Path]) -> int:
+    files = {file.resolve() for path in paths for file in (path, *_companions(path))}
+    return sum(file.stat().st_size for file in files if file.is_file())
+
+
+def _companions(path: Path) -> list[Path]:
+    """Return the files that meshio reads in addition to ``path``."""
+    suffix = path.suffix.lower()
+    if suffix in _xdmf_suffixes:
+        items = ElementTree.parse(path).getroot().iter("DataItem")
+        texts = [(item.get("Format"), (item.text or "").strip()) for item in items]
+        return [path.parent / text.split(":")[0] for form, text in texts if form == "HDF"]
+    if suffix in (".node", ".ele"):  # TetGen
+        return [path.with_suffix(".node"), path.with_suffix(".ele")]
+    if suffix == ".xml":  # DOLFIN
+        return list(path.parent.glob(f"{glob.escape(path.stem)}_*.xml"))
+    return []
 
 
 def _formats_of(path: Path) -> list[str]:
@@ -100,8 +194,17 @@ def _formats_of(path: Path) -> list[str]:
         suffix = part.lower() + suffix
         formats += meshio.extension_to_filetypes.get(suffix, [])
     if not formats:
-        raise ConversionError(f"unknown suffix {path.suffix!r}; give the format with --format")
+        raise ConversionError(_unknown_format(path))
     return formats
+
+
+def _unknown_format(path: Path) -> str:
+    with path.open("rb") as file:
+        if file.read(2) == b"\x1f\x8b":
+            return "this is a gzip file; decompress it first"
+    if path.suffix.lower() == ".frd":
+        return "this is a result file of the solver; convert it with frd2mek"
+    return f"unknown suffix {path.suffix!r}; give the format with --format"
 
 
 def _reverse_wedges(mesh: meshio.Mesh) -> None:
@@ -128,7 +231,7 @@ class _Member(NamedTuple):
 
 
 def _pvd_members(path: Path) -> list[_Member]:
-    with conversion_errors("cannot read as pvd"):
+    with conversion_errors("as pvd"):
         root = ElementTree.parse(path).getroot()
         members = []
         for data_set in root.iter("DataSet"):
@@ -140,7 +243,7 @@ def _pvd_members(path: Path) -> list[_Member]:
 
 
 def _series_members(path: Path) -> list[_Member]:
-    with conversion_errors("cannot read as series"):
+    with conversion_errors("as series"):
         files = json.loads(path.read_text(encoding="utf-8"))["files"]
         return [_Member("", float(file["time"]), path.parent / file["name"]) for file in files]
 
@@ -165,16 +268,17 @@ def _read_collection(path: Path, suffix: str) -> Source:
     parts = [_series_part(name, files, warnings) for name, files in series.items()]
     if len(parts) == 1:
         parts[0].name = ""
-    byte_count = sum(file.stat().st_size for file in {path, *(each.path for each in members)})
-    return Source(path, suffix[1:], parts, byte_count, warnings)
+    files = [path, *(member.path for member in members)]
+    return Source(path, suffix[1:], parts, _byte_count(files), warnings)
 
 
 def _series_part(name: str, files: list[_Member], warnings: list[str]) -> Part:
     files = sorted(files, key=lambda file: file.time or 0.0)
     mesh = _read_member(files[0], warnings)
+    regions = divide(mesh, "", True)
     if len(files) == 1 and not files[0].time:
-        return part_without_steps(mesh, name)
-    return Part(mesh, len(files), lambda: _series_frames(files, mesh, warnings), name)
+        return part_without_steps(mesh, regions, name)
+    return Part(mesh, len(files), lambda: _series_frames(files, mesh, warnings), regions, name)
 
 
 def _series_frames(
@@ -184,8 +288,8 @@ def _series_frames(
         mesh = first if file is files[0] else _read_member(file, warnings)
         if mesh is not first and not _is_same(mesh, first):
             raise ConversionError(
-                f"{file.path}: the mesh differs from that of {files[0].path}; "
-                "only results can change with time"
+                f"the mesh differs from that of {files[0].path}; only results can change with time",
+                file.path,
             )
         yield Frame(file.time, mesh.point_data, mesh.cell_data)
 
@@ -194,7 +298,7 @@ def _read_member(file: _Member, warnings: list[str]) -> meshio.Mesh:
     try:
         return _read_mesh(file.path, None, warnings)[0]
     except ConversionError as error:
-        raise ConversionError(f"{file.path}: {error}") from error
+        raise ConversionError(error.reason, file.path) from error
 
 
 def _is_same(one: meshio.Mesh, other: meshio.Mesh) -> bool:

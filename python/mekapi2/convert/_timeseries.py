@@ -13,7 +13,7 @@ import numpy as np
 from meshio.xdmf import TimeSeriesReader
 from numpy.typing import NDArray
 
-from ._elements import all_cell_types
+from ._regions import divide
 from ._source import Frame, Part, conversion_errors, part_without_steps
 
 _time_in_name = re.compile(r"(?P<name>.*)\[\d+\] - (?P<time>\S+)")
@@ -29,7 +29,7 @@ def is_temporal(path: Path) -> bool:
     ConversionError
         The file is not valid XML.
     """
-    with conversion_errors("cannot read as xdmf"):
+    with conversion_errors("as xdmf"):
         grids = ElementTree.parse(path).getroot().iter("Grid")
         return any(grid.get("CollectionType") == "Temporal" for grid in grids)
 
@@ -42,20 +42,14 @@ def xdmf_part(path: Path) -> Part:
     ConversionError
         The mesh cannot be read.
     """
-    with conversion_errors("cannot read as xdmf"), TimeSeriesReader(path) as reader:
-        mesh = meshio.Mesh(*_points_and_cells(reader))
-        return Part(mesh, reader.num_steps, lambda: _xdmf_frames(path))
-
-
-def _points_and_cells(reader: TimeSeriesReader) -> tuple[NDArray[Any], list[meshio.CellBlock]]:
-    with all_cell_types():
-        points, cells = reader.read_points_cells()
-        return points, cells
+    with conversion_errors("as xdmf"), TimeSeriesReader(path) as reader:
+        mesh = meshio.Mesh(*reader.read_points_cells())
+        return Part(mesh, reader.num_steps, lambda: _xdmf_frames(path), [""] * len(mesh.cells))
 
 
 def _xdmf_frames(path: Path) -> Iterator[Frame]:
     with TimeSeriesReader(path) as reader:
-        _points_and_cells(reader)
+        reader.read_points_cells()
         for number in range(reader.num_steps):
             with conversion_errors(f"step {number + 1}"):
                 frame = Frame(*reader.read_data(number))
@@ -65,15 +59,15 @@ def _xdmf_frames(path: Path) -> Iterator[Frame]:
 # Exodus: `meshio.read` returns the mesh and the first step
 
 
-def exodus_part(path: Path, mesh: meshio.Mesh) -> Part:
+def exodus_part(path: Path, mesh: meshio.Mesh, regions: list[str]) -> Part:
     """Return ``mesh``, read from an Exodus file, with a frame for each step of that file."""
     import netCDF4
 
     with netCDF4.Dataset(path) as data:
         times = data.variables["time_whole"][:] if "time_whole" in data.variables else []
         if _has_no_steps(times):
-            return part_without_steps(mesh)
-        return Part(mesh, len(times), lambda: _exodus_frames(path, mesh))
+            return part_without_steps(mesh, regions)
+        return Part(mesh, len(times), lambda: _exodus_frames(path, mesh), regions)
 
 
 def _has_no_steps(times: Any) -> bool:
@@ -148,6 +142,11 @@ def med_part(mesh: meshio.Mesh) -> Part:
 
     The families of the file become point sets and cell sets of ``mesh``.
     """
+    mesh.point_sets.update(_med_point_sets(mesh))
+    mesh.cell_sets.update(_med_cell_sets(mesh))
+    mesh.point_data.pop("point_tags", None)
+    mesh.cell_data.pop("cell_tags", None)
+    mesh.field_data.pop("med:nom", None)  # the names of components
     frames: dict[Optional[float], Frame] = {}
 
     def split(name: str) -> tuple[str, Frame]:
@@ -161,10 +160,8 @@ def med_part(mesh: meshio.Mesh) -> Part:
     for name, blocks in mesh.cell_data.items():
         name, frame = split(name)
         frame.cell_data[name] = blocks
-    mesh.point_sets.update(_med_point_sets(mesh))
-    mesh.cell_sets.update(_med_cell_sets(mesh))
     ordered = sorted(frames.values(), key=lambda frame: (frame.time is not None, frame.time or 0))
-    return Part(mesh, len(ordered), lambda: iter(ordered))
+    return Part(mesh, len(ordered), lambda: iter(ordered), divide(mesh, "med", False))
 
 
 def _members(tags: NDArray[Any], families: dict[int, list[str]], name: str) -> NDArray[Any]:

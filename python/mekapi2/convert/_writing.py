@@ -171,8 +171,6 @@ class _PartWriter:
         for name, members in self._mesh.point_sets.items():
             self._write_set("A", name, members, len(self._mesh.points), self._shapes)
         for name, blocks in self._mesh.cell_sets.items():
-            if name.startswith("gmsh:"):
-                continue  # tags of Gmsh geometry, not sets of cells
             if len(blocks) != len(self._mesh.cells):
                 self._counts.warnings.append(
                     f"cell set {name!r} skipped: it has {len(blocks)} arrays for "
@@ -221,8 +219,17 @@ class _PartWriter:
         try:
             self._model.add_array(kind, values, shapes, exact=True, **options)
         except InexactConversion:
-            self._model.add_array(kind, values, shapes, **options)
+            self._add_rounded(kind, values, shapes, **options)
             self._counts.rounded += 1
+
+    def _add_rounded(
+        self, kind: str, values: NDArray[Any], shapes: list[int], **options: Any
+    ) -> None:
+        try:
+            self._model.add_array(kind, values, shapes, **options)
+        except InexactConversion as error:
+            name = options.get("name")
+            raise ConversionError(f"{name!r}: {error}" if name else str(error)) from error
 
     def _warn_once(self, warning: str) -> None:
         if warning not in self._counts.warnings:
