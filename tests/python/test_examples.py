@@ -32,6 +32,19 @@ def test_example(tmp_path, example):
     assert rounded(tmp_path / "python.mek") == rounded(tmp_path / "c.mek")
 
 
+def test_snippets_of_the_documentation(tmp_path):
+    text = (EXAMPLES.parents[1] / "docs" / "python.md").read_text(encoding="utf-8")
+    snippets = re.findall(r"^```python\n(.*?)^```", text, re.DOTALL | re.MULTILINE)
+    command = [sys.executable, "-W", "error", "-c", "\n".join(snippets)]
+    run = subprocess.run(command, cwd=tmp_path, capture_output=True, text=True)
+    assert (run.returncode, run.stdout, run.stderr) == (0, "", "") and len(snippets) == 5
+    assert '"Strain" type 12: 2 x 1 float, 0.1 to 0.5' in mekfile.tree(tmp_path / "plate.mek")
+    first = [sys.executable, "-c", snippets[0]]
+    subprocess.run(first, cwd=tmp_path, check=True)
+    (mesh,) = mekfile.exported(tmp_path / "plate.mek")
+    assert mesh.cells_dict["triangle"].tolist() == [[0, 1, 2], [0, 2, 3]]
+
+
 def test_an_installed_prefix_can_be_moved(tmp_path):
     install = ["cmake", "--install", BUILD, "--prefix", tmp_path / "prefix"]
     subprocess.run(install, check=True, capture_output=True)
