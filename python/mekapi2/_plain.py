@@ -54,6 +54,12 @@ def _type_of(given: object) -> str:
     return type(given).__name__
 
 
+def _shown(given: object) -> str:
+    """Return a value for a message of one line, or its type if it is long."""
+    text = repr(given)
+    return text if len(text) <= 60 and "\n" not in text else _type_of(given)
+
+
 def path(given: Union[str, bytes]) -> Union[str, bytes]:
     """Return a path as bytes, or as a string on Windows.
 
@@ -127,10 +133,10 @@ def member(kind: Type[_Enum], given: Union[_Enum, str, int]) -> _Enum:
     elif not isinstance(given, SupportsIndex) or isinstance(given, (enum.Enum, np.ndarray, bool)):
         if isinstance(given, kind):
             return given
-        raise TypeError(f"expected a {kind.__name__}, its name or its number, not {given!r}")
+        raise TypeError(f"expected a {kind.__name__}, its name or its number, not {_shown(given)}")
     elif operator.index(given) in [int(candidate) for candidate in kind]:
         return kind(operator.index(given))
-    raise ValueError(f"{given!r} is not a {kind.__name__}: {', '.join(kind.__members__)}")
+    raise ValueError(f"{_shown(given)} is not a {kind.__name__}: {', '.join(kind.__members__)}")
 
 
 def node_id(given: SupportsIndex) -> int:
@@ -190,7 +196,7 @@ def array_attributes(
 
 
 def _attribute(key: str, value: AttributeValue) -> Union[int, float, str]:
-    what = f"attribute {key!r}"
+    what = f"attribute {_shown(key)}"
     if isinstance(value, str):
         if len(string(what, value).encode()) > _max_string_bytes or "\0" in value:
             raise ValueError(
@@ -204,14 +210,14 @@ def _attribute(key: str, value: AttributeValue) -> Union[int, float, str]:
         return number
     if isinstance(value, numbers.Real):
         return _real(what, value)
-    raise TypeError(f"{what}: expected a string or a number, not {value!r}")
+    raise TypeError(f"{what}: expected a string or a number, not {_shown(value)}")
 
 
 def _real(what: str, value: Any) -> float:
     """Return a float. Raises `ValueError` if it is finite and too large for 32 bits."""
     if not isinstance(value, (numbers.Real, np.bool_)):
-        raise TypeError(f"{what}: expected a number, not {value!r}")
-    too_large = f"{what}: {value} is too large for a 32-bit float"
+        raise TypeError(f"{what}: expected a number, not {_shown(value)}")
+    too_large = f"{what}: {_shown(value)} is too large for a 32-bit float"
     try:
         real = float(value)
     except OverflowError:
@@ -255,7 +261,7 @@ def _property(kind: PropertyType, value: Any) -> Union[bool, float, list[float]]
 def _vector(kind: PropertyType, value: Any) -> list[float]:
     lengths = " or ".join(map(str, _lengths[kind]))
     if isinstance(value, (str, bytes)) or not isinstance(value, Iterable):
-        raise TypeError(f"{kind.name} takes {lengths} numbers, not {value!r}")
+        raise TypeError(f"{kind.name} takes {lengths} numbers, not {_shown(value)}")
     vector = [_real(kind.name, number) for number in value]
     if len(vector) not in _lengths[kind]:
         raise InvalidArguments(f"{kind.name} takes {lengths} numbers, got {len(vector)}")

@@ -47,12 +47,14 @@ bool convert(From value, unsigned int& converted, Rounding) {
         converted = static_cast<unsigned int>(value);
         return static_cast<From>(converted) == value;
     } else {
-        converted = static_cast<unsigned int>(value);
         if constexpr (std::is_signed_v<From>) {
-            return value >= 0 && static_cast<std::make_unsigned_t<From>>(value) == converted;
-        } else {
-            return value == converted;
+            if (value < 0) {
+                return false;
+            }
         }
+        const auto whole = static_cast<std::make_unsigned_t<From>>(value);
+        converted = static_cast<unsigned int>(whole);
+        return whole == converted;
     }
 }
 
@@ -93,23 +95,13 @@ std::optional<RefusedValue> copyElements(const ArrayView& view, To* target, Roun
     return std::nullopt;
 }
 
-template <class T>
-T* firstElement(Array1d<T>& array) {
-    return &array[0];
-}
-
-template <class T>
-T* firstElement(Array2d<T>& array) {
-    return &array(0, 0);
-}
-
 template <class From, class Array>
 std::optional<RefusedValue> fill(Array& array, const ArrayView& view, Rounding rounding) {
     if (array.size() == 0) {
         return std::nullopt;
     }
-    auto* const first = firstElement(array);
-    const bool isSameType = std::is_same_v<From*, decltype(firstElement(array))>;
+    auto* const first = array.data();
+    const bool isSameType = std::is_same_v<From*, decltype(array.data())>;
     if (isSameType && isContiguous(view)) {
         std::memcpy(first, view.data, array.size() * sizeof *first);
         return std::nullopt;
@@ -139,7 +131,7 @@ LibraryArray toArray(const ArrayView& view, ElementType type, Rounding rounding)
         refused = fillWith<float, From>(result, view, rounding);
     }
     if (refused) {
-        throw *refused;
+        throw RefusedValue(*refused);
     }
     return result;
 }

@@ -10,6 +10,7 @@
 #include <exception>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace py = pybind11;
 
@@ -33,7 +34,7 @@ py::object toPython(const Tyr::Exception::Exception& exception) {
 
 void translate(std::exception_ptr thrown) {
     try {
-        std::rethrow_exception(thrown);
+        std::rethrow_exception(std::move(thrown));
     } catch (const Tyr::Exception::Exception& exception) {
         const py::object error = toPython(exception);
         PyErr_SetObject(py::type::of(error).ptr(), error.ptr());

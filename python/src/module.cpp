@@ -44,8 +44,6 @@ using Path = std::string;
 using AttributeMap = std::map<std::string, std::variant<unsigned int, float, std::string>>;
 using PropertyMap = std::map<int, std::variant<bool, float, std::vector<float>>>;
 using NamedAttributes = std::vector<std::pair<std::string, AttributeMap>>;
-using PathVector = NamedAttributes;
-using StepVector = NamedAttributes;
 using IdVector = std::vector<unsigned int>;
 
 Mek2::Attributes toAttributes(const AttributeMap& values) {
@@ -66,7 +64,7 @@ Mek2::NodeProperties toProperties(const PropertyMap& values) {
     return properties;
 }
 
-Mek2::StepList toSteps(const StepVector& values) {
+Mek2::StepList toSteps(const NamedAttributes& values) {
     Mek2::StepList steps(values.size());
     for (std::size_t i = 0; i < values.size(); ++i) {
         steps.set(i, Mek2::Step{values[i].first, toAttributes(values[i].second)});
@@ -196,7 +194,7 @@ public:
     }
 
     /// Adds one path after the other, so that the kinds of its nodes are known.
-    IdVector addPaths(const PathVector& paths, const std::string& separator) {
+    IdVector addPaths(const NamedAttributes& paths, const std::string& separator) {
         return run([&](Mek2::Model& model) {
             IdVector ids;
             ids.reserve(paths.size());
@@ -211,7 +209,8 @@ public:
     ///     `exact` is true; nothing is written in this case
     std::optional<std::pair<std::size_t, std::size_t>> addArray(
         const std::optional<std::string>& name, int type, int elementType, const py::array& array,
-        const IdVector& ids, const StepVector& steps, const AttributeMap& attributes, bool exact) {
+        const IdVector& ids, const NamedAttributes& steps, const AttributeMap& attributes,
+        bool exact) {
         const std::optional<ArrayView> view = viewOf(array);
         if (!view) {
             throw py::type_error("expected a numeric array of one or two dimensions");
