@@ -365,6 +365,7 @@ COMMANDS = [  # arguments, exit code, what standard output or standard error beg
     ("valid.vtu kept.mek --overwrite --format stl", 1, "valid.vtu: ", "as stl"),
     ("valid.vtu valid.vtu --overwrite", 1, "valid.vtu: is the input itself"),
     ("valid.vtu pipe --overwrite", 1, "pipe: needs a regular file"),
+    ("valid.vtu -", 1, "-: needs a regular file, not standard output"),
     ("valid.vtu . --overwrite", 1, ".: Is a directory"),
     ("valid.vtu none/x.mek", 1, "none/x.mek: No such file or directory"),
 ]  # fmt: skip

@@ -29,6 +29,8 @@ def replaced_when_complete(path: Path, source: Path, overwrite: bool) -> Iterato
     OSError
         The file cannot be created or renamed.
     """
+    if str(path) == "-":
+        raise ConversionError("needs a regular file, not standard output", path)
     target = path.resolve()
     mode = _mode_of_replaced(path, target, source, overwrite)
     unfinished = target.with_name(f"{target.name}.{secrets.token_hex(4)}.part")

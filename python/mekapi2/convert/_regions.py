@@ -59,7 +59,7 @@ def divide(mesh: meshio.Mesh, file_format: str, keep_blocks: bool) -> list[str]:
     ]
     _remove_bookkeeping(mesh, file_format)
     for index, region in enumerate(regions):
-        if region in mesh.cell_sets:  # Gmsh's set of the same cells
+        if len(mesh.cell_sets.get(region, [])) == len(regions):  # Gmsh's set of the same cells
             mesh.cell_sets[region][index] = np.zeros(0, int)
     return regions
 
@@ -69,11 +69,17 @@ def _tags(mesh: meshio.Mesh, file_format: str) -> list[NDArray[Any]]:
     given = mesh.cell_data.get(_region_tags[file_format])
     if given is None:
         return [np.zeros(len(block), int) for block in mesh.cells]
-    tags = [np.array([tag or 0 for tag in of_block], int) for of_block in given]
+    tags = [_whole_numbers(of_block) for of_block in given]
     is_one_region = len({int(tag) for of_block in tags for tag in np.unique(of_block)}) == 1
     if is_one_region and file_format != "gmsh":  # a default tag
         return [np.zeros_like(of_block) for of_block in tags]
     return tags
+
+
+def _whole_numbers(tags: Any) -> NDArray[Any]:
+    """Return tags as integers; None, which the Nastran reader returns, becomes 0."""
+    values = np.asarray(tags)
+    return np.array([tag or 0 for tag in values] if values.dtype == object else values, int)
 
 
 def _merge_blocks(mesh: meshio.Mesh, tags: list[NDArray[Any]]) -> list[NDArray[Any]]:
