@@ -117,9 +117,7 @@ class Model:
         tool_version: str = "",
     ) -> Model:
         """Create a file and return its open model, as ``Model(path)`` does."""
-        return cls(
-            path, overwrite=overwrite, tool_name=tool_name, tool_version=tool_version
-        )
+        return cls(path, overwrite=overwrite, tool_name=tool_name, tool_version=tool_version)
 
     @contextlib.contextmanager
     def _naming_the_file(self) -> Iterator[None]:
@@ -180,6 +178,7 @@ class Model:
         return f"<mekapi2.Model {self.path!r}, {'closed' if self.closed else 'open'}>"
 
     def _kind(self, id: int) -> str:
+        """Return "group", "shape" or "geometry". Raises `OutOfBounds` if there is no such node."""
         kind = self._core.node_kind(id)
         if kind is None:
             raise OutOfBounds(f"no node has the id {id}")
@@ -229,8 +228,9 @@ class Model:
         OutOfBounds
             There is no node ``id``.
         """
-        self._kind(_plain.node_id(id))
-        self._core.set_current_node(_plain.node_id(id))
+        id = _plain.node_id(id)
+        self._kind(id)
+        self._core.set_current_node(id)
 
     def move_to_parent(self) -> None:
         """Make the parent of the current node the current node. Does nothing at the root."""
@@ -291,7 +291,8 @@ class Model:
             A property or attribute has an invalid type or value. Nothing is set.
         """
         id = _plain.node_id(id)
-        node, is_group = f"node {id} is a {self._kind(id)}", self._kind(id) == "group"
+        node_kind = self._kind(id)
+        node, is_group = f"node {id} is a {node_kind}", node_kind == "group"
         plain = _plain.properties(properties)
         for kind in map(PropertyType, plain):
             if (kind <= PropertyType.Scale) != is_group:
