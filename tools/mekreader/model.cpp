@@ -297,56 +297,64 @@ std::vector<T> read(Container& container, const Variable& owner) {
 } // namespace
 
 File::File(const std::filesystem::path& path)
-    : container_(path), nodes_(readNodes(container_)), modifiers_(readModifiers(container_)) {}
+    : container_(path), nodes_(readNodes(container_)), modifiers_(readModifiers(container_)) {
+    resolveLinks();
+}
 
 std::uint64_t File::streamLength(std::string_view name) const {
     return container_.streamLength(name);
 }
 
+void File::resolveLinks() {
+    for (Node& node : nodes_) {
+        for (Variable& variable : node.variables) {
+            resolve(variable);
+        }
+    }
+}
+
+/// Sets the end of each chain once: a walk ends at the first link that has one. The links of the
+/// walk have the end "circle" until it is known, so a walk that returns to itself ends there.
+void File::resolve(Variable& link) {
+    std::vector<Variable*> walk;
+    Variable* at = &link;
+    while (at != nullptr && at->linked && !at->chainEnd) {
+        at->chainEnd = nullptr;
+        walk.push_back(at);
+        at = targetOf(*at);
+    }
+    const Variable* end = at;
+    if (at == nullptr) {
+        end = walk.back();
+    } else if (at->linked) {
+        end = *at->chainEnd;
+    }
+    for (Variable* const walked : walk) {
+        walked->chainEnd = end;
+    }
+}
+
 /// The variable that a link refers to; null if there is none.
-const Variable* File::targetOf(const Variable& link) const {
+Variable* File::targetOf(const Variable& link) {
     if (link.linkedNodeId == 0 || link.linkedNodeId > nodes_.size()) {
         return nullptr;
     }
-    const std::vector<Variable>& variables = nodes_[link.linkedNodeId - 1].variables;
+    std::vector<Variable>& variables = nodes_[link.linkedNodeId - 1].variables;
     return link.linkedVariableIndex < variables.size() ? &variables[link.linkedVariableIndex]
                                                        : nullptr;
-}
-
-/// Brent's algorithm: in a circle the chain comes back to the variable that was noted at the last
-/// power of two.
-bool File::hasCircularLinks(const Variable& variable) const {
-    const Variable* noted = &variable;
-    const Variable* at = &variable;
-    std::uint64_t nextPower = 1;
-    for (std::uint64_t steps = 0; at != nullptr && at->linked; ++steps) {
-        if (steps == nextPower) {
-            noted = at;
-            nextPower *= 2;
-        }
-        at = targetOf(*at);
-        if (at == noted) {
-            return true;
-        }
-    }
-    return false;
 }
 
 const Variable& File::owner(const Variable& variable) const {
     if (hasCircularLinks(variable)) {
         throw Error("variable \"" + variable.name + "\" has no array: its links form a circle");
     }
-    const Variable* at = &variable;
-    while (at->linked) {
-        const Variable* const target = targetOf(*at);
-        if (target == nullptr) {
-            throw Error("variable \"" + at->name + "\" links to variable " +
-                        std::to_string(at->linkedVariableIndex) + " of node " +
-                        std::to_string(at->linkedNodeId) + ", which does not exist");
-        }
-        at = target;
+    const Variable& end = variable.linked ? **variable.chainEnd : variable;
+    if (end.linked) {
+        throw Error("variable \"" + end.name + "\" links to variable " +
+                    std::to_string(end.linkedVariableIndex) + " of node " +
+                    std::to_string(end.linkedNodeId) + ", which does not exist");
     }
-    return *at;
+    return end;
 }
 
 std::vector<float> File::floats(const Variable& variable) {

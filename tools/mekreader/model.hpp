@@ -56,6 +56,10 @@ struct Variable {
     bool vibration = false;
     AttributeList attributes{};
 
+    /// Of a link in a `File`, the end of its chain: the owner, or a link whose target does not exist.
+    /// Null if the links form a circle.
+    std::optional<const Variable*> chainEnd{};
+
     std::uint64_t rows() const { return width == 0 ? 0 : byteSize / (4U * width); }
 };
 
@@ -105,7 +109,9 @@ public:
 
     /// Whether the variable is a link whose chain of links ends in a circle, so that it has no
     /// array. A valid file may hold such variables.
-    bool hasCircularLinks(const Variable& variable) const;
+    bool hasCircularLinks(const Variable& variable) const {
+        return variable.linked && variable.chainEnd == nullptr;
+    }
 
     /// The variable that describes the dataset: the variable itself, or the end of its chain of
     /// links.
@@ -120,7 +126,9 @@ public:
     std::vector<std::uint32_t> words(const Variable& variable);
 
 private:
-    const Variable* targetOf(const Variable& link) const;
+    void resolveLinks();
+    void resolve(Variable& link);
+    Variable* targetOf(const Variable& link);
 
     Container container_;
     std::vector<Node> nodes_;
