@@ -1,5 +1,7 @@
 #include "mekinfo/print.hpp"
 
+#include "mekreader/quotes.hpp"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -14,26 +16,11 @@ namespace {
 
 using MekReader::Block;
 using MekReader::File;
+using MekReader::inQuotes;
 using MekReader::Node;
 using MekReader::Variable;
 
 constexpr std::size_t indentStep = 2;
-
-/// The string in quotes, with control characters as hexadecimal numbers.
-std::string inQuotes(std::string_view bytes) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string shown = "\"";
-    for (const char character : bytes) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (byte < 0x20 || byte == 0x7F) {
-            shown += {'\\', 'x', digits[byte >> 4], digits[byte & 0xF]};
-        } else {
-            shown += (character == '"' || character == '\\') ? std::string{'\\', character}
-                                                             : std::string{character};
-        }
-    }
-    return shown + '"';
-}
 
 template <class Values>
 void printValues(std::ostream& out, const char* name, const Values& values) {

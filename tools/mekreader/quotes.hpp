@@ -1,0 +1,26 @@
+/// @file
+/// Strings of a file for a line of text.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace MekReader {
+
+/// The string in quotes, with control characters as hexadecimal numbers.
+inline std::string inQuotes(std::string_view bytes) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string shown = "\"";
+    for (const char character : bytes) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (byte < 0x20 || byte == 0x7F) {
+            shown += {'\\', 'x', digits[byte >> 4], digits[byte & 0xF]};
+        } else {
+            shown += (character == '"' || character == '\\') ? std::string{'\\', character}
+                                                             : std::string{character};
+        }
+    }
+    return shown + '"';
+}
+
+} // namespace MekReader
