@@ -17,19 +17,6 @@ namespace {
 using MekReader::File;
 using MekReader::Variable;
 
-constexpr std::string_view partElementsName = "Part Elements";
-
-bool isCoordinates(const Variable& variable) { return variable.type == VariableType::coordinates; }
-
-bool isPolylength(const Variable& variable) { return variable.type == VariableType::polylength; }
-
-// "Part Elements" have the same variable types; only the name differs
-bool isConnectivity(const Variable& variable) {
-    return variable.type >= VariableType::firstConnectivity &&
-           variable.type <= VariableType::lastConnectivity &&
-           splitName(variable.name).result != partElementsName;
-}
-
 template <class Predicate>
 const Variable* find(const File& file, const MekReader::Node& geometry, std::string_view step,
                      const Predicate& isWanted) {

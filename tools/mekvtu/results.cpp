@@ -15,16 +15,6 @@ constexpr unsigned vectorWidth = 3;
 /// the library, or the name that the solver uses.
 bool isDisplacement(std::string_view name) { return name == "Displacement" || name == "DISP"; }
 
-bool isNodeResult(const Variable& variable) {
-    return variable.type >= VariableType::firstNodeResult &&
-           variable.type <= VariableType::lastNodeResult;
-}
-
-bool isElementResult(const Variable& variable) {
-    return variable.type >= VariableType::firstElementResult &&
-           variable.type <= VariableType::lastElementResult;
-}
-
 std::vector<std::uint32_t> rowsOf(const Values& values, const std::vector<std::uint32_t>& rows) {
     if (rows.size() == values.rows()) {
         return values.words; // the rows ascend, so these are all

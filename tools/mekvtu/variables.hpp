@@ -35,6 +35,31 @@ constexpr std::uint32_t firstElementResult = 16;
 constexpr std::uint32_t lastElementResult = 19;
 } // namespace VariableType
 
+inline bool isCoordinates(const MekReader::Variable& variable) {
+    return variable.type == VariableType::coordinates;
+}
+
+inline bool isPolylength(const MekReader::Variable& variable) {
+    return variable.type == VariableType::polylength;
+}
+
+/// "Part Elements" have the same variable types; only the name differs.
+inline bool isConnectivity(const MekReader::Variable& variable) {
+    return variable.type >= VariableType::firstConnectivity &&
+           variable.type <= VariableType::lastConnectivity &&
+           splitName(variable.name).result != "Part Elements";
+}
+
+inline bool isNodeResult(const MekReader::Variable& variable) {
+    return variable.type >= VariableType::firstNodeResult &&
+           variable.type <= VariableType::lastNodeResult;
+}
+
+inline bool isElementResult(const MekReader::Variable& variable) {
+    return variable.type >= VariableType::firstElementResult &&
+           variable.type <= VariableType::lastElementResult;
+}
+
 /// The values of a variable, row by row, with their bits unchanged.
 struct Values {
     std::vector<std::uint32_t> words{};
