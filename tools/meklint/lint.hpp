@@ -2,13 +2,13 @@
 /// Looks at what the format allows and no viewer can show.
 #pragma once
 
-#include "mekreader/model.hpp"
 #include "meklint/finding.hpp"
+#include "mekreader/model.hpp"
 
 namespace MekLint {
 
-/// Calls `report` for each finding, node by node. A file without findings follows the convention for
-/// meshes and results of `docs/file-format.md`.
+/// Calls `report` for each finding, check by check. A file without findings follows the convention
+/// for meshes and results of `docs/file-format.md`.
 ///
 /// | Check | Finds |
 /// |---|---|

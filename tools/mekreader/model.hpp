@@ -56,8 +56,8 @@ struct Variable {
     bool vibration = false;
     AttributeList attributes{};
 
-    /// Of a link in a `File`, the end of its chain: the owner, or a link whose target does not exist.
-    /// Null if the links form a circle.
+    /// Of a link in a `File`, the end of its chain: the owner, or a link whose target does not
+    /// exist. Null if the links form a circle.
     std::optional<const Variable*> chainEnd{};
 
     std::uint64_t rows() const { return width == 0 ? 0 : byteSize / (4U * width); }

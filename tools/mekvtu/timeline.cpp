@@ -16,8 +16,6 @@ namespace MekVtu {
 
 namespace {
 
-constexpr std::array<const char*, 4> timeKeys = {"Time", "Frequency", "BucklingFactor", "Value"};
-
 template <class Number>
 std::string shortest(Number number) {
     std::array<char, 64> text{};
@@ -25,7 +23,6 @@ std::string shortest(Number number) {
     return {text.data(), result.ptr};
 }
 
-/// A float gives the shortest decimal number that rounds to it: 0.1 instead of 0.100000001.
 std::optional<double> numberOf(const MekReader::AttributeValue& value) {
     if (const auto* const number = std::get_if<std::uint32_t>(&value)) {
         return *number;
@@ -63,9 +60,8 @@ std::vector<FoundStep> stepsOf(const MekReader::File& file) {
             }
             FoundStep& step = steps[position->second];
             for (std::size_t key = 0; key < timeKeys.size(); ++key) {
-                const auto found = variable.attributes.find(timeKeys[key]);
-                if (found != variable.attributes.end() && !step.times[key]) {
-                    step.times[key] = numberOf(found->second);
+                if (!step.times[key]) {
+                    step.times[key] = numberAt(variable.attributes, timeKeys[key]);
                 }
             }
         }
@@ -83,6 +79,11 @@ bool areTimes(const std::vector<FoundStep>& steps, std::size_t key) {
 }
 
 } // namespace
+
+std::optional<double> numberAt(const MekReader::AttributeList& attributes, const char* key) {
+    const auto found = attributes.find(key);
+    return found != attributes.end() ? numberOf(found->second) : std::nullopt;
+}
 
 Timeline timeline(const MekReader::File& file) {
     const std::vector<FoundStep> steps = stepsOf(file);

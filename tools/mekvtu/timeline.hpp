@@ -4,10 +4,19 @@
 
 #include "mekreader/model.hpp"
 
+#include <array>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace MekVtu {
+
+/// Attributes that give the position of a step on the time axis, the first choice first.
+constexpr std::array<const char*, 4> timeKeys = {"Time", "Frequency", "BucklingFactor", "Value"};
+
+/// The attribute as a number; empty if it does not exist or is a string. A float gives the shortest
+/// decimal number that rounds to it: 0.1 instead of 0.100000001.
+std::optional<double> numberAt(const MekReader::AttributeList& attributes, const char* key);
 
 struct TimeStep {
     std::string name{}; ///< empty if the file has no steps
