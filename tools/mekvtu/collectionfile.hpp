@@ -19,7 +19,7 @@ struct CollectionEntry {
     std::string fileName{}; ///< relative to the collection
 };
 
-/// @throws MekReader::Error the file cannot be written
+/// @throws OutputError
 void writeCollection(const std::filesystem::path& path,
                      const std::vector<CollectionEntry>& entries);
 

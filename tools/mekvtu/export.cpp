@@ -7,18 +7,34 @@
 #include "mekvtu/timeline.hpp"
 #include "mekvtu/vtufile.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cctype>
 #include <set>
+#include <string_view>
+#include <system_error>
 
 namespace MekVtu {
 
 namespace {
 
-/// `name` with an underscore for each character that some file system does not accept.
-std::string fileName(const std::string& name) {
+/// The start of `name`, at most `size` bytes, that does not end within a character of UTF-8.
+std::string_view startOf(std::string_view name, std::size_t size) {
+    const auto isContinued = [&](std::size_t end) {
+        return end < name.size() && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80;
+    };
+    std::size_t end = std::min(size, name.size());
+    while (end > 0 && isContinued(end)) {
+        --end;
+    }
+    return name.substr(0, end);
+}
+
+/// The start of `name` with an underscore for each byte that some file system does not accept.
+std::string fileName(std::string_view name) {
+    constexpr std::size_t largestSize = 64; // many file systems allow 255 bytes for the whole name
     std::string safe;
-    for (const char character : name) {
+    for (const char character : startOf(name, largestSize)) {
         const bool isSafe = std::isalnum(static_cast<unsigned char>(character)) != 0;
         safe += isSafe ? character : '_';
     }
@@ -76,29 +92,79 @@ std::set<std::string> notesOnCircles(const MekReader::File& file) {
     return notes;
 }
 
+/// The files of an export. The destructor removes them, and a folder that was created for them,
+/// unless the export is complete.
+class OutputFolder {
+public:
+    explicit OutputFolder(const std::filesystem::path& path) : path_(path) {
+        std::error_code error;
+        isNew_ = std::filesystem::create_directories(path_, error);
+        if (error) {
+            throw OutputError(path_, error.value());
+        }
+    }
+    OutputFolder(const OutputFolder&) = delete;
+    OutputFolder& operator=(const OutputFolder&) = delete;
+    ~OutputFolder() {
+        if (isComplete_) {
+            return;
+        }
+        std::error_code ignored;
+        for (const std::filesystem::path& file : files_) {
+            std::filesystem::remove(file, ignored);
+        }
+        if (isNew_) {
+            std::filesystem::remove(path_, ignored); // fails if others have added files
+        }
+    }
+
+    std::filesystem::path pathOf(const std::string& name) const {
+        return path_ / std::filesystem::u8path(name);
+    }
+
+    /// Notes a file that is written.
+    void add(const std::filesystem::path& file) { files_.push_back(file); }
+
+    void setComplete() { isComplete_ = true; }
+
+private:
+    std::filesystem::path path_;
+    std::vector<std::filesystem::path> files_;
+    bool isNew_ = false;
+    bool isComplete_ = false;
+};
+
 class Export {
 public:
-    Export(MekReader::File& file, const std::filesystem::path& directory, const std::string& stem)
+    Export(MekReader::File& file, const std::filesystem::path& directory, const std::string& stem,
+           const ExportOptions& options)
         : directory_(directory),
           stem_(stem),
+          options_(options),
           timeline_(timeline(file)),
           meshParts_(file),
           results_(file),
           notes_(notesOnCircles(file)) {}
 
     ExportSummary run() {
-        std::filesystem::create_directories(directory_);
+        OutputFolder folder(directory_);
+        const std::filesystem::path collection = folder.pathOf(stem_ + ".pvd");
+        // that of an earlier export: it exists only if all files do
+        std::error_code ignored;
+        std::filesystem::remove(collection, ignored);
         for (std::size_t step = 0; step < timeline_.steps.size(); ++step) {
-            for (const MeshPart& part : meshParts_.at(timeline_.steps[step].name)) {
-                write(part, step);
+            const std::vector<MeshPart>& parts = meshParts_.at(timeline_.steps[step].name);
+            for (std::size_t part = 0; part < parts.size(); ++part) {
+                reportProgress(step * parts.size() + part, timeline_.steps.size() * parts.size());
+                write(folder, parts[part], step);
             }
         }
         if (entries_.empty()) {
             throw MekReader::Error("no geometry has coordinates");
         }
-        const std::filesystem::path collection =
-            directory_ / std::filesystem::u8path(stem_ + ".pvd");
         writeCollection(collection, entries_);
+        folder.setComplete();
+        reportProgress(1, 1);
         return summaryOf(collection);
     }
 
@@ -123,7 +189,13 @@ private:
         return summary;
     }
 
-    void write(const MeshPart& part, std::size_t stepNumber) {
+    void reportProgress(std::size_t done, std::size_t all) const {
+        if (options_.progress) {
+            options_.progress(done, all);
+        }
+    }
+
+    void write(OutputFolder& folder, const MeshPart& part, std::size_t stepNumber) {
         const TimeStep& step = timeline_.steps[stepNumber];
         VtuFile output(part.mesh.rows.size(), part.mesh.types.size());
         if (!step.name.empty()) {
@@ -136,7 +208,9 @@ private:
         results_.addTo(output, part, step.name);
         addRows(output, part.mesh);
         const std::string name = nameFor(part, stepNumber);
-        output.write(directory_ / std::filesystem::u8path(name));
+        const std::filesystem::path path = folder.pathOf(name);
+        output.write(path, options_.raw ? Encoding::Raw : Encoding::Base64);
+        folder.add(path);
         entries_.push_back({step.time, step.name, part.number, part.name, name});
     }
 
@@ -148,6 +222,7 @@ private:
 
     std::filesystem::path directory_;
     std::string stem_;
+    const ExportOptions& options_;
     Timeline timeline_;
     MeshParts meshParts_;
     Results results_;
@@ -158,8 +233,8 @@ private:
 } // namespace
 
 ExportSummary exportVtu(MekReader::File& file, const std::filesystem::path& directory,
-                        const std::string& stem) {
-    return Export(file, directory, stem).run();
+                        const std::string& stem, const ExportOptions& options) {
+    return Export(file, directory, stem, options).run();
 }
 
 } // namespace MekVtu

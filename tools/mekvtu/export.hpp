@@ -3,9 +3,12 @@
 #pragma once
 
 #include "mekreader/model.hpp"
+#include "mekvtu/outputfile.hpp"
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,14 +22,24 @@ struct ExportSummary {
     std::vector<std::string> notes{}; ///< warnings for the user, one line each
 };
 
+struct ExportOptions {
+    /// Appends the arrays raw instead of in base64: a quarter smaller, but the file is no valid
+    /// XML, and some programs cannot open it.
+    bool raw = false;
+
+    /// Called before each file and at the end with the share of the work that is done. An exception
+    /// that it throws ends the export, as a failure does.
+    std::function<void(std::size_t done, std::size_t all)> progress{};
+};
+
 /// Writes one `.vtu` file for each mesh part and step, then the collection `STEM.pvd`, which lists
 /// them. Creates folders as needed and replaces files of the same names. A variable whose links
-/// form a circle is left out, with a note.
+/// form a circle is left out, with a note. After a failure, no file of this export exists.
 ///
 /// Memory is used for the meshes, the arrays without a step, and one mesh part at one step.
-/// @throws MekReader::Error the file violates the format, contains no mesh, or a file cannot be
-///     written
+/// @throws MekReader::Error the file violates the format, or contains no mesh
+/// @throws OutputError an output cannot be written
 ExportSummary exportVtu(MekReader::File& file, const std::filesystem::path& directory,
-                        const std::string& stem);
+                        const std::string& stem, const ExportOptions& options = {});
 
 } // namespace MekVtu

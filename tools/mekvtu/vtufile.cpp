@@ -1,19 +1,20 @@
 #include "mekvtu/vtufile.hpp"
 
-#include "mekreader/error.hpp"
+#include "mekvtu/base64.hpp"
 #include "mekvtu/xmlescape.hpp"
 
 #include <zlib.h>
 
 #include <algorithm>
-#include <fstream>
 #include <new>
+#include <utility>
 
 namespace MekVtu {
 
 namespace {
 
-constexpr std::size_t vtkBlockSize = std::size_t{1} << 20;
+/// Larger than VTK's default of 32 KiB, because that compresses better.
+constexpr std::uint32_t vtkBlockSize = std::uint32_t{1} << 20;
 
 constexpr const char* typeName(float) { return "Float32"; }
 constexpr const char* typeName(double) { return "Float64"; }
@@ -45,18 +46,31 @@ std::string compressed(std::string_view bytes) {
     return output;
 }
 
-/// An array in the appended data: number of VTK's blocks, length of a block, length of the last
-/// block if it is shorter, compressed length of each block; then the compressed blocks.
-std::string storedForm(std::string_view bytes) {
-    std::vector<std::uint64_t> header = {0, vtkBlockSize, bytes.size() % vtkBlockSize};
+/// An array as VTK stores it. The header has the number of VTK's blocks, the length of a block, the
+/// length of the last block if it is shorter, and the compressed length of each block.
+struct StoredForm {
+    std::string header;
+    std::string blocks;
+};
+
+StoredForm storedForm(std::string_view bytes) {
+    std::vector<std::uint32_t> header = {0, vtkBlockSize,
+                                         static_cast<std::uint32_t>(bytes.size() % vtkBlockSize)};
     std::string blocks;
     for (std::size_t done = 0; done < bytes.size(); done += vtkBlockSize) {
         const std::string block = compressed(bytes.substr(done, vtkBlockSize));
-        header.push_back(block.size());
+        header.push_back(static_cast<std::uint32_t>(block.size()));
         blocks += block;
         ++header[0];
     }
-    return std::string(bytesOf(header)) + blocks;
+    return {std::string(bytesOf(header)), std::move(blocks)};
+}
+
+void writeBase64(OutputFile& file, std::string_view bytes) {
+    constexpr std::size_t chunkSize = std::size_t{3} << 16;
+    for (std::size_t done = 0; done < bytes.size(); done += chunkSize) {
+        file.write(base64(bytes.substr(done, chunkSize)));
+    }
 }
 
 } // namespace
@@ -86,8 +100,9 @@ void VtuFile::addBytes(Section section, std::string_view name, const char* type,
     const auto position =
         std::upper_bound(arrays_.begin(), arrays_.end(), section,
                          [](Section wanted, const Array& array) { return wanted < array.section; });
-    arrays_.insert(position,
-                   {section, uniqueName(section, name), type, components, rows, storedForm(bytes)});
+    StoredForm stored = storedForm(bytes);
+    arrays_.insert(position, {section, uniqueName(section, name), type, components, rows,
+                              std::move(stored.header), std::move(stored.blocks)});
 }
 
 bool VtuFile::has(Section section, std::string_view name) const {
@@ -110,54 +125,66 @@ std::vector<std::uint64_t> VtuFile::offsets() const {
     std::uint64_t offset = 0;
     for (std::size_t index = arrays_.size(); index-- > 0;) {
         offsets[index] = offset;
-        offset += arrays_[index].stored.size();
+        offset += arrays_[index].header.size() + arrays_[index].blocks.size();
     }
     return offsets;
 }
 
-std::string VtuFile::sectionText(Section section, const char* tag,
-                                 const std::vector<std::uint64_t>& offsets) const {
-    std::string text = "<" + std::string(tag) + ">\n";
+void VtuFile::writeSection(OutputFile& file, Section section, const char* tag,
+                           Encoding encoding) const {
+    const std::vector<std::uint64_t> arrayOffsets = offsets();
+    file.write("<" + std::string(tag) + ">\n");
     for (std::size_t index = 0; index < arrays_.size(); ++index) {
         const Array& array = arrays_[index];
         if (array.section != section) {
             continue;
         }
-        text += "<DataArray type=\"" + std::string(array.type) + "\" Name=\"" + array.name + "\"";
+        std::string start =
+            "<DataArray type=\"" + std::string(array.type) + "\" Name=\"" + array.name + "\"";
         if (array.components != 1) {
-            text += " NumberOfComponents=\"" + std::to_string(array.components) + "\"";
+            start += " NumberOfComponents=\"" + std::to_string(array.components) + "\"";
         }
         if (section == Section::Field) {
-            text += " NumberOfTuples=\"" + std::to_string(array.rows) + "\"";
+            start += " NumberOfTuples=\"" + std::to_string(array.rows) + "\"";
         }
-        text += " format=\"appended\" offset=\"" + std::to_string(offsets[index]) + "\"/>\n";
+        if (encoding == Encoding::Raw) {
+            file.write(start + " format=\"appended\" offset=\"" +
+                       std::to_string(arrayOffsets[index]) + "\"/>\n");
+            continue;
+        }
+        file.write(start + " format=\"binary\">\n");
+        writeBase64(file, array.header);
+        writeBase64(file, array.blocks);
+        file.write("\n</DataArray>\n");
     }
-    return text + "</" + tag + ">\n";
+    file.write("</" + std::string(tag) + ">\n");
 }
 
-void VtuFile::write(const std::filesystem::path& path) const {
-    const std::vector<std::uint64_t> arrayOffsets = offsets();
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file << "<?xml version=\"1.0\"?>\n"
-            "<VTKFile type=\"UnstructuredGrid\" version=\"1.0\" byte_order=\""
-         << (isLittleEndian() ? "LittleEndian" : "BigEndian")
-         << "\" header_type=\"UInt64\" compressor=\"vtkZLibDataCompressor\">\n"
-            "<UnstructuredGrid>\n"
-         << sectionText(Section::Field, "FieldData", arrayOffsets) << "<Piece NumberOfPoints=\""
-         << std::to_string(points_) << "\" NumberOfCells=\"" << std::to_string(cells_) << "\">\n"
-         << sectionText(Section::PointData, "PointData", arrayOffsets)
-         << sectionText(Section::CellData, "CellData", arrayOffsets)
-         << sectionText(Section::Points, "Points", arrayOffsets)
-         << sectionText(Section::Cells, "Cells", arrayOffsets)
-         << "</Piece>\n</UnstructuredGrid>\n<AppendedData encoding=\"raw\">\n_";
-    for (auto array = arrays_.rbegin(); array != arrays_.rend(); ++array) {
-        file << array->stored;
+void VtuFile::write(const std::filesystem::path& path, Encoding encoding) const {
+    OutputFile file(path);
+    file.write(std::string("<?xml version=\"1.0\"?>\n"
+                           "<VTKFile type=\"UnstructuredGrid\" version=\"1.0\" byte_order=\"") +
+               (isLittleEndian() ? "LittleEndian" : "BigEndian") +
+               "\" header_type=\"UInt32\" compressor=\"vtkZLibDataCompressor\">\n"
+               "<UnstructuredGrid>\n");
+    writeSection(file, Section::Field, "FieldData", encoding);
+    file.write("<Piece NumberOfPoints=\"" + std::to_string(points_) + "\" NumberOfCells=\"" +
+               std::to_string(cells_) + "\">\n");
+    writeSection(file, Section::PointData, "PointData", encoding);
+    writeSection(file, Section::CellData, "CellData", encoding);
+    writeSection(file, Section::Points, "Points", encoding);
+    writeSection(file, Section::Cells, "Cells", encoding);
+    file.write("</Piece>\n</UnstructuredGrid>\n");
+    if (encoding == Encoding::Raw) {
+        file.write("<AppendedData encoding=\"raw\">\n_");
+        for (auto array = arrays_.rbegin(); array != arrays_.rend(); ++array) {
+            file.write(array->header);
+            file.write(array->blocks);
+        }
+        file.write("\n</AppendedData>\n");
     }
-    file << "\n</AppendedData>\n</VTKFile>\n";
-    file.close();
-    if (!file) {
-        throw MekReader::Error("unable to write \"" + path.u8string() + "\"");
-    }
+    file.write("</VTKFile>\n");
+    file.finish();
 }
 
 } // namespace MekVtu

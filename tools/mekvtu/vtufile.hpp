@@ -1,9 +1,10 @@
 /// @file
 /// One file of VTK's XML format for unstructured grids.
 ///
-/// Arrays follow the XML as appended data, raw and compressed by zlib, as VTK's own writer stores
-/// them. Every value is kept bit for bit.
+/// Arrays are compressed by zlib, as VTK's own writer stores them. Every value is kept bit for bit.
 #pragma once
+
+#include "mekvtu/outputfile.hpp"
 
 #include <cstdint>
 #include <filesystem>
@@ -14,6 +15,12 @@
 #include <vector>
 
 namespace MekVtu {
+
+/// Where the arrays are stored.
+enum class Encoding {
+    Base64, ///< in their XML elements
+    Raw     ///< behind all elements, without an encoding; this is no valid XML
+};
 
 /// In the order of a file.
 enum class Section { Field, PointData, CellData, Points, Cells };
@@ -35,8 +42,8 @@ public:
     /// Whether a section has an array of this name.
     bool has(Section section, std::string_view name) const;
 
-    /// @throws MekReader::Error the file cannot be written
-    void write(const std::filesystem::path& path) const;
+    /// @throws OutputError
+    void write(const std::filesystem::path& path, Encoding encoding) const;
 
 private:
     struct Array {
@@ -45,15 +52,15 @@ private:
         const char* type;
         unsigned components;
         std::uint64_t rows;
-        std::string stored; ///< form in the appended data
+        std::string header; ///< lengths of the blocks
+        std::string blocks; ///< compressed
     };
 
     void addBytes(Section section, std::string_view name, const char* type, unsigned components,
                   std::uint64_t rows, std::string_view bytes);
     std::string uniqueName(Section section, std::string_view name);
     std::vector<std::uint64_t> offsets() const;
-    std::string sectionText(Section section, const char* tag,
-                            const std::vector<std::uint64_t>& offsets) const;
+    void writeSection(OutputFile& file, Section section, const char* tag, Encoding encoding) const;
 
     std::uint64_t points_;
     std::uint64_t cells_;
