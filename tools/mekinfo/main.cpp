@@ -2,6 +2,7 @@
 /// mekinfo: shows the content of a model file, checks it, or exports it for VTK.
 #include "console/arguments.hpp"
 #include "mekinfo/print.hpp"
+#include "meklint/lint.hpp"
 #include "mekreader/error.hpp"
 #include "mekreader/model.hpp"
 #include "mekvtu/export.hpp"
@@ -10,6 +11,7 @@
 #include <filesystem>
 #include <functional>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -21,7 +23,9 @@ constexpr int exitUsage = 2;
 constexpr const char* usage =
     "usage: mekinfo FILE             show header, blocks, tree and variables\n"
     "       mekinfo --check FILE     verify every rule of the format\n"
-    "       mekinfo --vtu DIR FILE   export shapes and results to DIR as .vtu files and one .pvd\n";
+    "       mekinfo --lint FILE      find what the format allows and no viewer can show\n"
+    "       mekinfo --vtu DIR FILE   export shapes and results to DIR as .vtu files and one .pvd\n"
+    "       mekinfo --raw --vtu DIR FILE   the same, with arrays as raw appended data\n";
 
 std::uint64_t countVariables(const MekReader::File& file) {
     std::uint64_t count = 0;
@@ -44,11 +48,26 @@ void show(const std::string& name) {
     MekInfo::print(std::cout, file);
 }
 
-void exportTo(const std::string& directory, const std::string& name) {
+/// @throws std::runtime_error there are findings
+void lint(const std::string& name) {
+    MekReader::File file(std::filesystem::u8path(name));
+    std::size_t findings = 0;
+    MekLint::lint(file, [&](const MekLint::Finding& finding) {
+        ++findings;
+        std::cout << name << ": " << MekLint::toLine(finding) << '\n';
+    });
+    if (findings > 0) {
+        throw std::runtime_error(std::to_string(findings) + " findings");
+    }
+}
+
+void exportTo(const std::string& directory, const std::string& name, bool raw) {
     const auto path = std::filesystem::u8path(name);
     MekReader::File file(path);
-    const MekVtu::ExportSummary summary =
-        MekVtu::exportVtu(file, std::filesystem::u8path(directory), path.stem().u8string());
+    MekVtu::ExportOptions options;
+    options.raw = raw;
+    const MekVtu::ExportSummary summary = MekVtu::exportVtu(
+        file, std::filesystem::u8path(directory), path.stem().u8string(), options);
     for (const std::string& note : summary.notes) {
         std::cerr << "mekinfo: " << note << '\n';
     }
@@ -66,8 +85,14 @@ std::function<void()> actionOf(const std::vector<std::string>& arguments) {
     if (arguments.size() == 2 && arguments[0] == "--check") {
         return [&] { check(arguments[1]); };
     }
+    if (arguments.size() == 2 && arguments[0] == "--lint") {
+        return [&] { lint(arguments[1]); };
+    }
     if (arguments.size() == 3 && arguments[0] == "--vtu") {
-        return [&] { exportTo(arguments[1], arguments[2]); };
+        return [&] { exportTo(arguments[1], arguments[2], false); };
+    }
+    if (arguments.size() == 4 && arguments[0] == "--raw" && arguments[1] == "--vtu") {
+        return [&] { exportTo(arguments[2], arguments[3], true); };
     }
     return nullptr;
 }
@@ -84,6 +109,9 @@ int run(const std::vector<std::string>& arguments) {
     }
     try {
         action();
+    } catch (const MekVtu::OutputError& error) {
+        std::cerr << "mekinfo: " << error.what() << '\n';
+        return exitError;
     } catch (const std::exception& error) {
         std::cerr << "mekinfo: " << arguments.back() << ": " << error.what() << '\n';
         return exitError;
