@@ -4,16 +4,26 @@
 
 #include "mekinfo/print.hpp"
 #include "mekreader/error.hpp"
+#include "mekvtu/base64.hpp"
 #include "mekvtu/celltype.hpp"
 #include "mekvtu/timeline.hpp"
 #include "mekvtu/xmlescape.hpp"
 #include "support/testing.hpp"
 
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
 #include <functional>
+#include <random>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
+
+#if defined(__linux__)
+#include <sys/resource.h>
+#endif
 
 namespace {
 
@@ -143,6 +153,87 @@ TEST_F(ExportTest, ReadsLinksToLinksAndCirclesOfLinks) {
               "\"X\" of node 7 (\"C\") has no array: its links form a circle; it is left out");
     EXPECT_TRUE(exported("in-2-C-0.vtu", "NumberOfCells=\"1\""));
     EXPECT_TRUE(exported("in-2-C-0.vtu", "Name=\"T\""));
+}
+
+TEST_F(ExportTest, NamesFilesAndReportsProgress) {
+    const std::string longName = std::string(63, 'n') + "\xCE\x9B" + std::string(300, 'n');
+    MekReader::File file = written([&](Model& model, unsigned int id) {
+        const Array2d<float> points(1, 3);
+        const unsigned int other = model.addNode(NodeType::Shape, longName);
+        model.addArrayProperty(DatasetType::Coordinates, points, Array1d<unsigned int>({id, other}),
+                               Step{});
+    });
+    std::string progress;
+    MekVtu::ExportOptions options;
+    options.progress = [&](std::size_t done, std::size_t all) {
+        progress += std::to_string(done) + "/" + std::to_string(all) + " ";
+    };
+    MekVtu::exportVtu(file, folder / "out", "in", options);
+    EXPECT_EQ(progress, "0/2 1/2 1/1 ");
+    EXPECT_TRUE(exported("in-1-" + std::string(63, 'n') + "-0.vtu", "</VTKFile>"));
+}
+
+#if defined(__linux__)
+/// Limits the size of files while it lives, so that a write fails as on a full disk.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t size) : previousAction_(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &previous_);
+        rlimit limit = previous_;
+        limit.rlim_cur = size;
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &previous_);
+        std::signal(SIGXFSZ, previousAction_);
+    }
+
+private:
+    rlimit previous_{};
+    void (*previousAction_)(int);
+};
+
+TEST_F(ExportTest, LeavesNothingAfterAFailedWrite) {
+    MekReader::File file = written([](Model& model, unsigned int id) {
+        model.addArrayProperty(DatasetType::Coordinates, Array2d<float>(1, 3), id, Step{"a"});
+        Array2d<float> points(20000, 3); // too many for the limit
+        std::mt19937 random;             // NOLINT(cert-msc51-cpp): the same numbers in each run
+        std::generate(points.begin(), points.end(), [&] { return static_cast<float>(random()); });
+        model.addArrayProperty(DatasetType::Coordinates, points, id, Step{"b"});
+    });
+    const auto errorOfExport = [&] {
+        return Testing::messageOf<MekVtu::OutputError>(
+            [&] { MekVtu::exportVtu(file, folder / "out", "in"); });
+    };
+    {
+        const FileSizeLimit limit(100000);
+        EXPECT_EQ(errorOfExport(), path("out/in-0-S-1.vtu: File too large"));
+    }
+    EXPECT_FALSE(std::filesystem::exists(path("out")));
+    EXPECT_EQ(errorOfExport(), "no error");
+    MekVtu::ExportOptions stopped;
+    stopped.progress = [](std::size_t done, std::size_t) {
+        if (done > 0) {
+            throw std::runtime_error("stopped");
+        }
+    };
+    EXPECT_THROW(MekVtu::exportVtu(file, folder / "out", "in", stopped), std::runtime_error);
+    EXPECT_FALSE(std::filesystem::exists(path("out/in.pvd")));
+    EXPECT_FALSE(std::filesystem::exists(path("out/in-0-S-0.vtu")));
+    std::filesystem::create_directories(path("out/in-0-S-0.vtu/full"));
+    EXPECT_EQ(errorOfExport(), path("out/in-0-S-0.vtu: Is a directory"));
+}
+#endif
+
+TEST(Base64, PadsTheLastGroup) {
+    // RFC 4648, section 10
+    EXPECT_EQ(MekVtu::base64(""), "");
+    EXPECT_EQ(MekVtu::base64("f"), "Zg==");
+    EXPECT_EQ(MekVtu::base64("fo"), "Zm8=");
+    EXPECT_EQ(MekVtu::base64("foobar"), "Zm9vYmFy");
+    EXPECT_EQ(MekVtu::base64("\xFB\xFF\xFE"), "+//+");
 }
 
 TEST(CellType, FollowsFromNodesAndName) {
