@@ -136,6 +136,7 @@ def main(deck, decks, ccx, frd2mek):
             subprocess.run(command, cwd=folder, check=True, stdout=subprocess.DEVNULL,
                            env={**os.environ, "OMP_NUM_THREADS": "1"})
         file = ResultFile(folder / "job.frd")
+        mekfile.assert_clean(folder / "job.mek")
         steps = steps_of(mekfile.exported(folder / "job.mek"))
     for parts in steps.values():
         check_elements(file, parts)

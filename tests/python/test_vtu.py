@@ -2,6 +2,7 @@
 
 import mekfile
 import numpy as np
+import pytest
 from mekapi2 import Model, Step
 
 BRICK = [[x, y, z] for z in (0, 1) for x, y in ((0, 0), (1, 0), (1, 1), (0, 1))]
@@ -29,9 +30,10 @@ def write(path):
             model.add_array("ResultA1", [time] * 2, shapes[0], name="LOST", steps=step)
 
 
-def test_exports_shapes_and_results(tmp_path, capfd):
+@pytest.mark.parametrize("options", [(), ("--raw",)])
+def test_exports_shapes_and_results(tmp_path, capfd, options):
     write(tmp_path / "sample.mek")
-    meshes = mekfile.exported(tmp_path / "sample.mek")
+    meshes = mekfile.exported(tmp_path / "sample.mek", *options)
     assert capfd.readouterr().err == (
         'mekinfo: "LOST" of "one & all/HE8" has 2 rows for 12 nodes; written as field data\n'
     )

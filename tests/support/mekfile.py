@@ -25,10 +25,15 @@ def tree(path):
     return shown(path)[2]
 
 
-def exported(path):
+def assert_clean(path):
+    """Raise an error if mekinfo finds what no viewer can show."""
+    _mekinfo("--lint", path)
+
+
+def exported(path, *options):
     """Return the exported meshes, each with its path in the tree as name, its step and its time."""
     folder = path.with_suffix(".parts")
-    _mekinfo("--vtu", folder, path)
+    _mekinfo(*options, "--vtu", folder, path)
     meshes = []
     for entry in ElementTree.parse(folder / f"{path.stem}.pvd").iter("DataSet"):
         meshes.append(meshio.read(folder / entry.get("file")))
