@@ -1,14 +1,10 @@
 #include "mekreader/model.hpp"
+#include "support/program.hpp"
 #include "support/testing.hpp"
 
 #include <gtest/gtest.h>
 
-#if !defined(_WIN32)
-#include <sys/wait.h>
-#endif
-
 #include <cstdint>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -27,29 +23,16 @@ using Words = std::vector<std::uint32_t>;
 constexpr std::uint32_t missing = 0x7FC00000;
 
 /// Runs the program on result files from the corpus of the fuzz target.
-class ConverterTest : public Testing::FolderTest {
+class ConverterTest : public Testing::ProgramTest {
 protected:
     struct Run {
         int exitCode;
         std::string output; ///< standard output and standard error
     };
 
-    Run convert(const std::string& arguments) const {
-        const std::string program = std::filesystem::absolute(FRD2MEK).make_preferred().string();
-        const std::string output = Testing::temporaryPath("output").string();
-        const std::string changeFolder =
-            std::filesystem::path::preferred_separator == '/' ? "cd" : "cd /d";
-        const int status = std::system((changeFolder + " \"" + folder.string() + "\" && \"" +
-                                        program + "\" " + arguments + " > \"" + output + "\" 2>&1")
-                                           .c_str());
-        std::ifstream stream(output);
-        Run run{status, std::string(std::istreambuf_iterator<char>(stream), {})};
-        stream.close();
-        std::filesystem::remove(output);
-#if !defined(_WIN32)
-        run.exitCode = WEXITSTATUS(status);
-#endif
-        return run;
+    static Run convert(const std::string& arguments) {
+        const Testing::Run run = Testing::run("frd2mek " + arguments);
+        return {run.exitCode, run.output + run.errors};
     }
 
     void write(const std::string& name, const std::string& text) const {
@@ -57,7 +40,7 @@ protected:
     }
 
     static std::string seed(const std::string& name) {
-        return Testing::readFile(std::string(FRD_SEEDS) + "/" + name);
+        return Testing::readFile(Testing::seedFolder / name);
     }
 
     /// Converts a result file with this content and checks the model file.
@@ -187,30 +170,6 @@ TEST_F(ConverterTest, NamesStepsAndPartsOfComplexResults) {
     EXPECT_EQ(part("DISP", "Step 2 factor=48.15455528 (2)"), "");
 }
 
-TEST_F(ConverterTest, WritesTheGivenPathAndOverwritesOnlyIfAsked) {
-    write("job.frd", seed("short"));
-
-    const Run first = convert("job.frd");
-    EXPECT_EQ(first.exitCode, 0);
-    EXPECT_EQ(first.output,
-              "job.mek: 4 nodes, 4 elements, 3 shapes, 8 results, 1 steps, " +
-                  std::to_string(std::filesystem::file_size(path("job.frd"))) + " bytes in, " +
-                  std::to_string(std::filesystem::file_size(path("job.mek"))) + " bytes out\n");
-    EXPECT_EQ(convert("job.frd").output,
-              "frd2mek: job.mek: exists; use --overwrite to replace it\n");
-    EXPECT_EQ(convert("job.frd job.frd --overwrite").output,
-              "frd2mek: job.frd: is the input itself\n");
-    EXPECT_EQ(convert("job.frd .").exitCode, 1);
-    const std::string unopened = "frd2mek: no/such/folder.mek: Unable to open file";
-    EXPECT_EQ(convert("job.frd no/such/folder.mek").output.substr(0, unopened.size()), unopened);
-    EXPECT_EQ(convert("none.frd").output, "frd2mek: none.frd: no such file\n");
-    EXPECT_EQ(convert("--overwrite job.frd -- other.mek").exitCode, 0);
-    MekReader::check(path("other.mek"));
-    for (const char* const arguments : {"", "--fast job.frd", "a.frd b.mek c.mek"}) {
-        EXPECT_EQ(convert(arguments).exitCode, 2) << arguments;
-    }
-}
-
 /// Start of the line of this number, or the end of `text`.
 std::size_t startOf(std::size_t line, const std::string& text) {
     std::size_t start = 0;
@@ -229,7 +188,7 @@ TEST_F(ConverterTest, ReportsLineAndExpectationOfInvalidRecords) {
     };
     const std::string value = " 1.00000E+00";
     const std::vector<Case> cases{
-        {1, "*NODE", "the first record of a result file"},
+        {1, "NODE", "the first record of a result file"},
         {1, std::string(3 << 20, 'x'), "a line of text"},
         {2, "    7X", "a record 1C, 1U, 1P, 2C, 3C, 100C or 9999, found \"    7X\""},
         {3, line(3).substr(0, 73) + "3", "format code 0 or 1"},

@@ -2,33 +2,29 @@
 /// The command line of the converter.
 #pragma once
 
+#include <CLI/CLI.hpp>
+
 #include <filesystem>
-#include <stdexcept>
 #include <string>
-#include <vector>
 
 namespace Frd {
 
-enum class Task { Convert, ShowHelp, ShowVersion };
-
+/// The values of options and operands, in UTF-8.
 struct CommandLine {
-    Task task = Task::Convert;
-    std::filesystem::path input{};
-    std::filesystem::path output{};
+    std::string inputName{};
+    std::string outputName{};
     bool overwrite = false;
+
+    std::filesystem::path input() const { return std::filesystem::u8path(inputName); }
+
+    /// Without an output path, the input path with the suffix ".mek".
+    std::filesystem::path output() const;
 };
 
-/// The arguments are invalid; the message gives the reason.
-class UsageError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
+extern const char* const purpose;
+extern const char* const notes; ///< exit codes and examples
 
-extern const char* const usage;
-
-/// Without an output path, the output is the input path with the suffix ".mek".
-/// @param arguments UTF-8, without the name of the program
-/// @throws UsageError
-CommandLine parseCommandLine(const std::vector<std::string>& arguments);
+/// @param values must outlive `app`
+void declareOptions(CLI::App& app, CommandLine& values);
 
 } // namespace Frd

@@ -1,11 +1,14 @@
 #include "converter.hpp"
 
+#include "console/error.hpp"
+#include "console/outputfile.hpp"
+#include "console/progress.hpp"
 #include "frd/resultfile.hpp"
 #include "frd/survey.hpp"
-#include "outputfile.hpp"
-#include "progress.hpp"
 
-#include <stdexcept>
+#include <tyr/exception/exception.hpp>
+
+#include <cerrno>
 #include <string>
 #include <vector>
 
@@ -13,7 +16,8 @@ namespace Frd {
 
 namespace {
 
-std::vector<SurveyedResult> survey(const std::filesystem::path& input, Progress& progress) {
+std::vector<SurveyedResult> survey(const std::filesystem::path& input,
+                                   Console::Progress& progress) {
     LineReader lines(input, [&](std::uint64_t done) { progress.show("surveying", done); });
     return surveyResults(lines);
 }
@@ -35,17 +39,18 @@ void writeModel(ResultFile& file, const std::vector<SurveyedResult>& surveyed,
 
 Summary convert(const std::filesystem::path& input, const std::filesystem::path& output,
                 bool overwrite) {
-    if (!std::filesystem::is_regular_file(input)) {
-        throw std::runtime_error(input.u8string() + ": no such file");
-    }
-    OutputFile target(output, input, overwrite);
+    Console::OutputFile target(output, overwrite, input);
     const std::uintmax_t bytesIn = std::filesystem::file_size(input);
-    Progress progress(bytesIn);
+    Console::Progress progress("frd2mek", bytesIn);
     const std::vector<SurveyedResult> surveyed = survey(input, progress);
     ResultFile file(input, [&](std::uint64_t done) { progress.show("converting", done); });
 
     ModelWriter writer(target.unfinishedPath());
-    writeModel(file, surveyed, printable(input.stem().u8string()), writer);
+    try {
+        writeModel(file, surveyed, printable(input.stem().u8string()), writer);
+    } catch (const Tyr::Exception::FileWriteException& error) {
+        throw Console::FileError(output, errno != 0 ? Console::reasonOf(errno) : error.what());
+    }
     Summary summary = writer.summary();
     summary.bytesIn = bytesIn;
     summary.bytesOut = std::filesystem::file_size(target.unfinishedPath());

@@ -2,61 +2,46 @@
 /// frd2mek: converts a result file of the solver to a model file.
 
 #include "commandline.hpp"
-#include "console/arguments.hpp"
+#include "console/error.hpp"
+#include "console/inputfile.hpp"
+#include "console/program.hpp"
 #include "converter.hpp"
 #include "frd/formaterror.hpp"
 
 #include <tyr/exception/exception.hpp>
 
-#include <cstdlib>
-#include <exception>
 #include <iostream>
+#include <stdexcept>
+#include <string>
 
 namespace {
-
-constexpr int exitUsage = 2;
 
 void print(const std::filesystem::path& output, const Frd::Summary& summary) {
     std::cout << output.u8string() << ": " << summary.nodes << " nodes, " << summary.elements
               << " elements, " << summary.shapes << " shapes, " << summary.results << " results, "
               << summary.steps << " steps, " << summary.bytesIn << " bytes in, " << summary.bytesOut
-              << " bytes out" << std::endl;
+              << " bytes out\n";
 }
 
 int convert(const Frd::CommandLine& commandLine) {
+    Console::checkInputFile(commandLine.input(), Console::FileFormat::ResultFile);
     try {
-        print(commandLine.output,
-              Frd::convert(commandLine.input, commandLine.output, commandLine.overwrite));
-        return EXIT_SUCCESS;
+        print(commandLine.output(),
+              Frd::convert(commandLine.input(), commandLine.output(), commandLine.overwrite));
+        return Console::exitDone;
     } catch (const Frd::FormatError& error) {
-        std::cerr << "frd2mek: " << commandLine.input.u8string() << ":" << error.line() << ": "
-                  << error.what() << '\n';
+        throw std::runtime_error(commandLine.inputName + ":" + std::to_string(error.line()) + ": " +
+                                 error.what());
     } catch (const Tyr::Exception::Exception& error) {
-        std::cerr << "frd2mek: " << commandLine.output.u8string() << ": " << error.what() << '\n';
-    } catch (const std::exception& error) {
-        std::cerr << "frd2mek: " << error.what() << '\n';
+        throw Console::FileError(commandLine.output(), error.what());
     }
-    return EXIT_FAILURE;
 }
 
 } // namespace
 
 int main(int count, char** arguments) {
-    try {
-        const Frd::CommandLine commandLine =
-            Frd::parseCommandLine(Console::arguments(count, arguments));
-        switch (commandLine.task) {
-            case Frd::Task::ShowHelp:
-                std::cout << Frd::usage;
-                return EXIT_SUCCESS;
-            case Frd::Task::ShowVersion:
-                std::cout << "frd2mek " FRD2MEK_VERSION "\n";
-                return EXIT_SUCCESS;
-            case Frd::Task::Convert:
-                return convert(commandLine);
-        }
-    } catch (const Frd::UsageError& error) {
-        std::cerr << "frd2mek: " << error.what() << "\n\n" << Frd::usage;
-    }
-    return exitUsage;
+    Console::Program program("frd2mek", Frd::purpose, Frd::notes);
+    Frd::CommandLine commandLine;
+    Frd::declareOptions(program.commandLine(), commandLine);
+    return program.run(count, arguments, [&] { return convert(commandLine); });
 }

@@ -1,8 +1,9 @@
-#include "progress.hpp"
+#include "console/progress.hpp"
 
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
+#include <utility>
 
 #if defined(_WIN32)
 #include <io.h>
@@ -10,7 +11,7 @@
 #include <unistd.h>
 #endif
 
-namespace Frd {
+namespace Console {
 
 namespace {
 
@@ -24,8 +25,9 @@ bool isErrorStreamTerminal() {
 
 } // namespace
 
-Progress::Progress(std::uint64_t total)
-    : total_(std::max<std::uint64_t>(total, 1)),
+Progress::Progress(std::string program, std::uint64_t total)
+    : program_(std::move(program)),
+      total_(std::max<std::uint64_t>(total, 1)),
       isTerminal_(isErrorStreamTerminal()),
       start_(std::chrono::steady_clock::now()) {}
 
@@ -43,9 +45,9 @@ void Progress::show(const char* phase, std::uint64_t done) {
     if (isShown_ && percent == percent_) {
         return;
     }
-    std::cerr << "\r\033[Kfrd2mek: " << phase << ", " << percent << " %" << std::flush;
+    std::cerr << "\r\033[K" << program_ << ": " << phase << ", " << percent << " %" << std::flush;
     percent_ = percent;
     isShown_ = true;
 }
 
-} // namespace Frd
+} // namespace Console

@@ -4,24 +4,27 @@
 
 #include <chrono>
 #include <cstdint>
+#include <string>
 
-namespace Frd {
+namespace Console {
 
 /// Redraws one line on standard error and erases it at the end. Shows nothing during the first
 /// second, or if standard error is not a terminal.
 class Progress {
 public:
-    /// @param total bytes of one phase
-    explicit Progress(std::uint64_t total);
+    /// @param program the name that begins the line
+    /// @param total size of one phase, in any unit
+    Progress(std::string program, std::uint64_t total);
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
     ~Progress();
 
     /// @param phase such as "converting"
-    /// @param done bytes of the phase so far
+    /// @param done size of the phase so far
     void show(const char* phase, std::uint64_t done);
 
 private:
+    std::string program_;
     std::uint64_t total_;
     bool isTerminal_;
     bool isShown_ = false;
@@ -29,4 +32,4 @@ private:
     std::chrono::steady_clock::time_point start_;
 };
 
-} // namespace Frd
+} // namespace Console

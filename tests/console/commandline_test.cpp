@@ -1,0 +1,157 @@
+#include "mekreader/model.hpp"
+#include "support/program.hpp"
+#include "support/testing.hpp"
+
+#include <tyr/version.hpp>
+
+#include <gtest/gtest.h>
+
+#if !defined(_WIN32)
+#include <unistd.h>
+
+#include <csignal>
+#endif
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+/// A command, its exit code, and words of each stream. Without words the stream must be empty.
+struct Case {
+    const char* command;
+    int exitCode;
+    const char* output;
+    const char* errors;
+};
+
+class CommandLineTest : public Testing::ProgramTest {
+protected:
+    CommandLineTest() {
+        std::filesystem::copy_file(Testing::seedFolder / "short", "job.frd");
+        std::filesystem::create_directory("folder");
+        Testing::run("frd2mek job.frd model.mek");
+    }
+
+    static void write(const std::string& name, std::string_view bytes) {
+        std::ofstream(name, std::ios::binary) << bytes;
+    }
+
+    static void expect(const std::vector<Case>& cases) {
+        for (const auto& [command, exitCode, output, errors] : cases) {
+            const Testing::Run run = Testing::run(command);
+            EXPECT_EQ(run.exitCode, exitCode) << command << '\n' << run.errors;
+            expectWords(run.output, output, command);
+            expectWords(run.errors, errors, command);
+            if (exitCode != 0 && !run.errors.empty()) {
+                EXPECT_EQ(std::count(run.errors.begin(), run.errors.end(), '\n'), 1) << command;
+            }
+        }
+    }
+
+private:
+    static void expectWords(const std::string& text, const std::string& words,
+                            const std::string& command) {
+        EXPECT_NE(text.find(words), std::string::npos)
+            << command << "\nwanted " << words << "\nfound  " << text;
+        EXPECT_EQ(text.empty(), words.empty()) << command << '\n' << text;
+    }
+};
+
+TEST_F(CommandLineTest, FollowsOneConvention) {
+    expect({
+        {"frd2mek --help", 0, "  -V, --version  ", ""},
+        {"frd2mek -h job.frd", 0, "Exit codes:\n  0  ", ""},
+        {"frd2mek --version", 0, "frd2mek " MEKAPI2_VERSION_STRING "\n", ""},
+        {"frd2mek -V", 0, "frd2mek 2.", ""},
+        {"frd2mek", 2, "", "frd2mek: INPUT.frd is required; see frd2mek --help\n"},
+        {"frd2mek --fast job.frd", 2, "", "frd2mek: unknown option --fast; see frd2mek --help\n"},
+        {"frd2mek a.frd b.mek c.mek", 2, "", "frd2mek: too many arguments: c.mek; see"},
+        {"frd2mek --overwrite=no job.frd", 2, "", "overwrite"},
+        {"frd2mek job.frd", 0, "job.mek: 4 nodes, 4 elements, 3 shapes, 8 results, 1 steps, ", ""},
+        {"frd2mek job.frd", 1, "", "frd2mek: job.mek: exists; use --overwrite to replace it\n"},
+        {"frd2mek job.frd --overwrite", 0, " bytes in, ", ""},
+        {"frd2mek --overwrite job.frd", 0, "job.mek: ", ""},
+        {"frd2mek --overwrite job.frd -- -other.mek", 0, "-other.mek: ", ""},
+    });
+    MekReader::check("-other.mek");
+}
+
+TEST_F(CommandLineTest, GivesTheReasonOfTheSystem) {
+    expect({
+        {"frd2mek none.frd", 1, "", "frd2mek: none.frd: No such file or directory\n"},
+        {"frd2mek folder", 1, "", "frd2mek: folder: Is a directory\n"},
+        {"frd2mek -", 1, "", "frd2mek: -: needs a regular file, not standard input\n"},
+        {"frd2mek job.frd -", 1, "", "frd2mek: -: needs a regular file, not standard output\n"},
+        {"frd2mek job.frd folder --overwrite", 1, "", "frd2mek: folder: Is a directory\n"},
+        {"frd2mek job.frd none/a.mek", 1, "", "frd2mek: none/a.mek: No such file or directory\n"},
+        {"frd2mek job.frd job.frd --overwrite", 1, "", "frd2mek: job.frd: is the input itself\n"},
+    });
+}
+
+TEST_F(CommandLineTest, NamesForeignFiles) {
+    using namespace std::string_view_literals;
+    write("a.gz", "\x1F\x8B\x08");
+    write("a.bz2", "BZh91AY&SY");
+    write("a.xz", "\xFD\x37zXZ\0\0"sv);
+    write("a.zip", "PK\x03\x04");
+    write("a.h5", "\x89HDF\r\n\x1A\n");
+    write("a.inp", "** a comment\r\n\r\n*Heading\r\n");
+    expect({
+        {"frd2mek a.gz", 1, "", "frd2mek: a.gz: this is a gzip file; decompress it first\n"},
+        {"frd2mek a.bz2", 1, "", ": this is a bzip2 file; decompress it first\n"},
+        {"frd2mek a.xz", 1, "", ": this is an xz file; decompress it first\n"},
+        {"frd2mek a.zip", 1, "", ": this is a zip archive; extract the file first\n"},
+        {"frd2mek a.h5", 1, "", ": this is an HDF5 file\n"},
+        {"frd2mek a.inp", 1, "", ": this is an input deck; solve it and convert the .frd file\n"},
+        {"frd2mek model.mek a.mek", 1, "", ": this is a model file; mekinfo shows it\n"},
+    });
+}
+
+#if !defined(_WIN32)
+
+TEST_F(CommandLineTest, ReportsWhatCannotBeWritten) {
+    expect({
+        {"frd2mek --help > /dev/full", 1, "",
+         "frd2mek: standard output: No space left on device\n"},
+        {"frd2mek --version > /dev/full", 1, "", ": No space left on device\n"},
+        {"frd2mek --version >&-", 1, "", "frd2mek: standard output: Bad file descriptor\n"},
+        {"frd2mek job.frd /dev/full", 1, "", "frd2mek: /dev/full: needs a regular file\n"},
+        {"mkfifo pipe && frd2mek pipe", 1, "", "frd2mek: pipe: needs a regular file\n"},
+        // standard error must not become the number of the output file
+        {"frd2mek --overwrite job.frd 2>&-", 0, "job.mek: ", ""},
+        // as a full disk: every write behind the first bytes fails
+        {"trap '' XFSZ; ulimit -f 1; frd2mek job.frd full.mek", 1, "",
+         "frd2mek: full.mek: File too large\n"},
+        {"ulimit -f 1; frd2mek job.frd full.mek", 128 + SIGXFSZ, "", ""},
+    });
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(".")) {
+        names.push_back(entry.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names,
+              (std::vector<std::string>{"folder", "job.frd", "job.mek", "model.mek", "pipe"}));
+}
+
+TEST_F(CommandLineTest, EndsQuietlyIfNobodyReads) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    close(ends[0]);
+    const std::string toClosedPipe = " >&" + std::to_string(ends[1]);
+
+    const Testing::Run killed = Testing::run("frd2mek --help" + toClosedPipe);
+    const Testing::Run ignoring = Testing::run("trap '' PIPE; frd2mek --help" + toClosedPipe);
+
+    EXPECT_EQ(killed.exitCode, 128 + SIGPIPE);
+    EXPECT_EQ(ignoring.exitCode, 1);
+    EXPECT_EQ(killed.errors + ignoring.errors, "");
+    close(ends[1]);
+}
+
+#endif
+
+} // namespace

@@ -1,0 +1,134 @@
+#include "console/program.hpp"
+
+#include "console/arguments.hpp"
+#include "console/error.hpp"
+#include "console/unfinishedfiles.hpp"
+
+#include <tyr/version.hpp>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <exception>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <new>
+#include <utility>
+#include <vector>
+
+#if !defined(_WIN32)
+#include <fcntl.h>
+#endif
+
+namespace Console {
+
+namespace {
+
+constexpr std::size_t helpColumn = 22;
+
+/// Otherwise the first file that the program opens gets the number of a closed standard stream, and
+/// messages go into that file. Reads and writes of the replacement fail as those of a closed
+/// stream.
+void occupyStandardStreams() {
+#if !defined(_WIN32)
+    constexpr std::array<int, 3> access{O_WRONLY, O_RDONLY, O_RDONLY};
+    for (int stream = 0; stream < static_cast<int>(access.size()); ++stream) {
+        if (fcntl(stream, F_GETFD) == -1) {
+            open("/dev/null", access[static_cast<std::size_t>(stream)]); // gets the lowest number
+        }
+    }
+#endif
+}
+
+/// Names options as manuals do: "-h, --help".
+class HelpFormatter : public CLI::Formatter {
+public:
+    HelpFormatter() {
+        column_width(helpColumn);
+        label("Positionals", "Operands");
+    }
+
+    std::string make_option_name(const CLI::Option* option, bool isPositional) const override {
+        const std::string name = CLI::Formatter::make_option_name(option, isPositional);
+        const std::size_t comma = name.find(',');
+        return comma == std::string::npos ? name
+                                          : name.substr(0, comma) + ", " + name.substr(comma + 1);
+    }
+};
+
+} // namespace
+
+Program::Program(const std::string& name, const std::string& purpose, const std::string& notes)
+    : app_(purpose, name) {
+    app_.allow_windows_style_options(false); // a path may begin with a slash
+    app_.formatter(std::make_shared<HelpFormatter>());
+    app_.footer(notes);
+    app_.set_help_flag("-h,--help", "show this help");
+    app_.set_version_flag("-V,--version", name + " " MEKAPI2_VERSION_STRING, "show the version");
+}
+
+int Program::run(int count, char** arguments, const std::function<int()>& action) {
+    occupyStandardStreams();
+    removeUnfinishedFilesOnSignals();
+    try {
+        std::cout.exceptions(std::ios::badbit);
+        const int exitCode = parseAndAct(count, arguments, action);
+        std::cout.flush();
+        return exitCode;
+    } catch (const std::ios_base::failure&) {
+        const int reason = errno;
+        std::cout.exceptions(std::ios::goodbit);
+        if (reason != EPIPE) {
+            report("standard output: " + reasonOf(reason));
+        }
+    } catch (const UsageError& error) {
+        return reportUsage(error.what());
+    } catch (const std::filesystem::filesystem_error& error) {
+        report(error.path1().u8string() + ": " + reasonOf(error.code()));
+    } catch (const std::bad_alloc&) {
+        report("not enough memory");
+    } catch (const std::exception& error) {
+        report(error.what());
+    }
+    return exitError;
+}
+
+void Program::report(const std::string& message) const {
+    std::cerr << printable(app_.get_name() + ": " + message) + '\n';
+}
+
+int Program::parseAndAct(int count, char** arguments, const std::function<int()>& action) {
+    std::vector<std::string> reversed = Console::arguments(count, arguments);
+    std::reverse(reversed.begin(), reversed.end());
+    try {
+        app_.parse(std::move(reversed));
+    } catch (const CLI::CallForHelp&) {
+        std::cout << app_.help();
+        return exitDone;
+    } catch (const CLI::CallForVersion& version) {
+        std::cout << version.what() << '\n';
+        return exitDone;
+    } catch (const CLI::ParseError& error) {
+        return reportUsage(messageOf(error));
+    }
+    return action();
+}
+
+int Program::reportUsage(const std::string& message) const {
+    report(message + "; see " + app_.get_name() + " --help");
+    return exitUsage;
+}
+
+std::string Program::messageOf(const CLI::ParseError& error) const {
+    const std::vector<std::string> unexpected = app_.remaining();
+    const auto option = std::find_if(
+        unexpected.begin(), unexpected.end(),
+        [](const std::string& argument) { return argument.size() > 1 && argument.front() == '-'; });
+    if (option != unexpected.end()) {
+        return "unknown option " + *option;
+    }
+    return unexpected.empty() ? error.what() : "too many arguments: " + unexpected.back();
+}
+
+} // namespace Console
