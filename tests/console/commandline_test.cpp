@@ -2,6 +2,7 @@
 #include "support/program.hpp"
 #include "support/testing.hpp"
 
+#include <tyr/mek2/model.hpp>
 #include <tyr/version.hpp>
 
 #include <gtest/gtest.h>
@@ -67,6 +68,13 @@ TEST_F(CommandLineTest, FollowsOneConvention) {
         {"frd2mek -h job.frd", 0, "Exit codes:\n  0  ", ""},
         {"frd2mek --version", 0, "frd2mek " MEKAPI2_VERSION_STRING "\n", ""},
         {"frd2mek -V", 0, "frd2mek 2.", ""},
+        {"mekinfo --help", 0, "  --vtu DIR  ", ""},
+        {"mekinfo -V", 0, "mekinfo " MEKAPI2_VERSION_STRING "\n", ""},
+        {"mekinfo", 2, "", "mekinfo: FILE is required; see mekinfo --help\n"},
+        {"mekinfo model.mek --verbose", 2, "", "mekinfo: unknown option --verbose; see"},
+        {"mekinfo --vtu out --check model.mek", 2, "", "mekinfo: --check excludes --vtu; see"},
+        {"mekinfo --vtu out model.mek folder/model.mek", 2, "",
+         "mekinfo: --vtu: another file has the name of folder/model.mek; see"},
         {"frd2mek", 2, "", "frd2mek: INPUT.frd is required; see frd2mek --help\n"},
         {"frd2mek --fast job.frd", 2, "", "frd2mek: unknown option --fast; see frd2mek --help\n"},
         {"frd2mek a.frd b.mek c.mek", 2, "", "frd2mek: too many arguments: c.mek; see"},
@@ -80,6 +88,58 @@ TEST_F(CommandLineTest, FollowsOneConvention) {
     MekReader::check("-other.mek");
 }
 
+TEST_F(CommandLineTest, InspectsManyFiles) {
+    const std::string bytes = Testing::readFile("model.mek");
+    write("cut.mek", bytes.substr(0, 2000));
+    std::filesystem::copy_file("model.mek", "other.mek");
+    const std::string facts =
+        ": OK, 10 nodes, 39 variables, " + std::to_string(bytes.size()) + " bytes";
+    const std::string valid = "model.mek" + facts + "; meshes not checked, see --lint\n";
+    const std::string invalid =
+        "cut.mek: INVALID, file is unfinished: it ends before the end of its index\n";
+    const std::string twoValid = valid + invalid + "other.mek" + facts;
+    const std::string linted = "model.mek" + facts + "\nmodel.mek: OK, no findings\n";
+    const Testing::Run listing = Testing::run("mekinfo model.mek");
+    const std::string listings =
+        "model.mek:\n" + listing.output + "\nother.mek:\n" + listing.output;
+    expect({
+        {"mekinfo --check model.mek", 0, valid.c_str(), ""},
+        {"mekinfo --check model.mek cut.mek other.mek", 1, twoValid.c_str(), ""},
+        {"mekinfo --check none.mek model.mek", 1, valid.c_str(),
+         "mekinfo: none.mek: No such file or directory\n"},
+        {"mekinfo model.mek --quiet --check", 0, "", ""},
+        {"mekinfo --quiet --check cut.mek", 1, invalid.c_str(), ""},
+        {"mekinfo --lint model.mek", 0, "model.mek: OK, no findings\n", ""},
+        {"mekinfo --lint --check model.mek", 0, linted.c_str(), ""},
+        {"mekinfo --lint cut.mek", 1, "", "mekinfo: cut.mek: file is unfinished: "},
+        {"mekinfo model.mek other.mek", 0, listings.c_str(), ""},
+        {"mekinfo none.mek model.mek", 1, listing.output.c_str(),
+         "mekinfo: none.mek: No such file"},
+        {"mekinfo model.mek -q", 0, "", ""},
+        {"mekinfo --vtu=out other.mek model.mek", 0, " 4 mesh parts, 1 step, 4 files\n", ""},
+        {"mekinfo --vtu out -- model.mek --quiet", 1, "out", "mekinfo: --quiet: No such file"},
+    });
+    EXPECT_TRUE(std::filesystem::exists("out/other.pvd"));
+}
+
+TEST_F(CommandLineTest, PrintsFindings) {
+    Tyr::Mek2::Model model;
+    model.saveTo("odd.mek");
+    model.addNode(Tyr::Mek2::NodeType::RootGroup, "R");
+    const unsigned int id = model.addNode(Tyr::Mek2::NodeType::Shape, "S");
+    model.addArrayProperty(Tyr::Mek2::DatasetType::Coordinates, Tyr::Mek2::Array2d<float>(4, 3), id,
+                           Tyr::Mek2::Step{});
+    model.addArrayProperty("T", Tyr::Mek2::DatasetType::ResultA1, Tyr::Mek2::Array1d<float>(3), id,
+                           Tyr::Mek2::Step{"1"});
+    model.close();
+    expect({
+        {"mekinfo --check odd.mek", 0, "odd.mek: OK, ", ""},
+        {"mekinfo --lint odd.mek model.mek", 1,
+         "odd.mek: node 3 (/R/S), variable \"T\", step \"1\": ", ""},
+        {"mekinfo --lint odd.mek model.mek", 1, "\nmodel.mek: OK, no findings\n", ""},
+    });
+}
+
 TEST_F(CommandLineTest, GivesTheReasonOfTheSystem) {
     expect({
         {"frd2mek none.frd", 1, "", "frd2mek: none.frd: No such file or directory\n"},
@@ -89,6 +149,9 @@ TEST_F(CommandLineTest, GivesTheReasonOfTheSystem) {
         {"frd2mek job.frd folder --overwrite", 1, "", "frd2mek: folder: Is a directory\n"},
         {"frd2mek job.frd none/a.mek", 1, "", "frd2mek: none/a.mek: No such file or directory\n"},
         {"frd2mek job.frd job.frd --overwrite", 1, "", "frd2mek: job.frd: is the input itself\n"},
+        {"mekinfo folder", 1, "", "mekinfo: folder: Is a directory\n"},
+        {"mekinfo -", 1, "", "mekinfo: -: needs a regular file, not standard input\n"},
+        {"mekinfo --vtu model.mek/out model.mek", 1, "", "Not a directory\n"},
     });
 }
 
@@ -108,6 +171,10 @@ TEST_F(CommandLineTest, NamesForeignFiles) {
         {"frd2mek a.h5", 1, "", ": this is an HDF5 file\n"},
         {"frd2mek a.inp", 1, "", ": this is an input deck; solve it and convert the .frd file\n"},
         {"frd2mek model.mek a.mek", 1, "", ": this is a model file; mekinfo shows it\n"},
+        {"mekinfo job.frd", 1, "",
+         "mekinfo: job.frd: this is a result file of the solver; convert it with frd2mek\n"},
+        {"mekinfo --check a.gz", 1, "a.gz: INVALID, this is a gzip file; decompress it first\n",
+         ""},
     });
 }
 
@@ -120,6 +187,8 @@ TEST_F(CommandLineTest, ReportsWhatCannotBeWritten) {
         {"frd2mek --version > /dev/full", 1, "", ": No space left on device\n"},
         {"frd2mek --version >&-", 1, "", "frd2mek: standard output: Bad file descriptor\n"},
         {"frd2mek job.frd /dev/full", 1, "", "frd2mek: /dev/full: needs a regular file\n"},
+        {"mekinfo model.mek > /dev/full", 1, "",
+         "mekinfo: standard output: No space left on device\n"},
         {"mkfifo pipe && frd2mek pipe", 1, "", "frd2mek: pipe: needs a regular file\n"},
         // standard error must not become the number of the output file
         {"frd2mek --overwrite job.frd 2>&-", 0, "job.mek: ", ""},

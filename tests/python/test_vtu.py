@@ -35,7 +35,8 @@ def test_exports_shapes_and_results(tmp_path, capfd, options):
     write(tmp_path / "sample.mek")
     meshes = mekfile.exported(tmp_path / "sample.mek", *options)
     assert capfd.readouterr().err == (
-        'mekinfo: "LOST" of "one & all/HE8" has 2 rows for 12 nodes; written as field data\n'
+        f'mekinfo: {tmp_path / "sample.mek"}: '
+        '"LOST" of "one & all/HE8" has 2 rows for 12 nodes; written as field data\n'
     )
     assert [mesh.name for mesh in meshes] == 2 * ["one & all/HE8", "one & all/placed/TE4"]
     for mesh, time in zip(meshes, [0.1, 0.1, 0.5, 0.5]):

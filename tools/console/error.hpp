@@ -17,6 +17,18 @@ public:
         : std::runtime_error(path.u8string() + ": " + reason) {}
 };
 
+/// A readable file has another format than the expected one.
+class ForeignFile : public FileError {
+public:
+    ForeignFile(const std::filesystem::path& path, const std::string& reason)
+        : FileError(path, reason), reason_(reason) {}
+
+    const std::string& reason() const { return reason_; }
+
+private:
+    std::string reason_;
+};
+
 /// The reason as POSIX words it on every system, such as "No such file or directory".
 /// @{
 std::string reasonOf(const std::error_code& error);

@@ -105,7 +105,7 @@ void checkInputFile(const std::filesystem::path& path, FileFormat expected) {
     }
     const std::string_view foreign = foreignFormat(firstBytes(path), expected);
     if (!foreign.empty()) {
-        throw FileError(path, std::string(foreign));
+        throw ForeignFile(path, std::string(foreign));
     }
 }
 

@@ -11,7 +11,8 @@ enum class FileFormat { Model, ResultFile };
 /// Accepts a readable regular file unless its first bytes belong to another known format: an
 /// archive, HDF5, an input deck of the solver, or the other `FileFormat`. A file of an unknown
 /// format is accepted; the reader of `expected` describes what is wrong with it.
-/// @throws FileError with the reason
+/// @throws FileError the file cannot be read
+/// @throws ForeignFile it has another format
 void checkInputFile(const std::filesystem::path& path, FileFormat expected);
 
 } // namespace Console

@@ -41,7 +41,7 @@ void occupyStandardStreams() {
 #endif
 }
 
-/// Names options as manuals do: "-h, --help".
+/// Shows options as manuals do: "-h, --help" and "--vtu DIR".
 class HelpFormatter : public CLI::Formatter {
 public:
     HelpFormatter() {
@@ -54,6 +54,11 @@ public:
         const std::size_t comma = name.find(',');
         return comma == std::string::npos ? name
                                           : name.substr(0, comma) + ", " + name.substr(comma + 1);
+    }
+
+    std::string make_option_opts(const CLI::Option* option) const override {
+        const bool hasValue = option->nonpositional() && option->get_type_size() != 0;
+        return hasValue ? " " + option->get_type_name() : "";
     }
 };
 
@@ -95,6 +100,7 @@ int Program::run(int count, char** arguments, const std::function<int()>& action
 }
 
 void Program::report(const std::string& message) const {
+    std::cout.flush(); // what was printed before comes first
     std::cerr << printable(app_.get_name() + ": " + message) + '\n';
 }
 

@@ -42,7 +42,7 @@ public:
     /// @return the exit code for `main`
     int run(int count, char** arguments, const std::function<int()>& action);
 
-    /// Writes "program: message" to standard error as one line.
+    /// Flushes standard output, then writes "program: message" to standard error as one line.
     void report(const std::string& message) const;
 
 private:

@@ -21,10 +21,9 @@ std::filesystem::path CommandLine::output() const {
 }
 
 void declareOptions(CLI::App& app, CommandLine& values) {
-    app.add_option("INPUT.frd", values.inputName, "the result file")->required()->option_text(" ");
+    app.add_option("INPUT.frd", values.inputName, "the result file")->required();
     app.add_option("OUTPUT.mek", values.outputName,
-                   "the model file; by default the path of the input with the suffix .mek")
-        ->option_text(" ");
+                   "the model file; by default the path of the input with the suffix .mek");
     app.add_flag("--overwrite", values.overwrite, "replace OUTPUT.mek if it exists")
         ->disable_flag_override();
 }

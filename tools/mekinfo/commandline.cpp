@@ -1,0 +1,37 @@
+#include "mekinfo/commandline.hpp"
+
+namespace MekInfo {
+
+const char* const purpose =
+    "Shows the content of model files, checks them, or exports them for VTK and ParaView. Without\n"
+    "options it shows header, blocks, tree and variables.";
+
+const char* const notes =
+    "Exit codes:\n"
+    "  0  done; with --check and --lint: all files are valid, and nothing was found\n"
+    "  1  a file is invalid or cannot be read, --lint found something, or an output cannot be\n"
+    "     written\n"
+    "  2  the arguments are invalid\n"
+    "\n"
+    "Examples:\n"
+    "  mekinfo beam.mek\n"
+    "  mekinfo --check --lint *.mek\n"
+    "  mekinfo --vtu frames beam.mek    writes frames/beam.pvd";
+
+void declareOptions(CLI::App& app, CommandLine& values) {
+    app.add_option("FILE", values.files, "model files")->required();
+    const auto addFlag = [&app](const char* names, bool& value, const char* description) {
+        return app.add_flag(names, value, description)->disable_flag_override();
+    };
+    CLI::Option* const check = addFlag(
+        "--check", values.check, "verify all rules of the format, but not meshes: see --lint");
+    CLI::Option* const lint =
+        addFlag("--lint", values.lint, "report what the format allows and no viewer can show");
+    app.add_option("--vtu", values.vtuFolder,
+                   "export to this folder as .vtu files and one .pvd file")
+        ->type_name("DIR")
+        ->excludes(check, lint);
+    addFlag("-q,--quiet", values.quiet, "print only what is wrong");
+}
+
+} // namespace MekInfo

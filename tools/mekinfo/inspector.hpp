@@ -1,0 +1,37 @@
+/// @file
+/// What mekinfo does with each file of its command line.
+#pragma once
+
+#include "mekinfo/commandline.hpp"
+
+#include <functional>
+#include <string>
+
+namespace MekInfo {
+
+/// Shows, checks or exports files. Results are printed on standard output.
+class Inspector {
+public:
+    /// @param commandLine must outlive the object
+    /// @param report writes one line to standard error
+    Inspector(const CommandLine& commandLine, std::function<void(const std::string&)> report);
+
+    /// Inspects all files, also after an error in one of them.
+    /// @return whether all files are valid and without findings
+    /// @throws Console::UsageError two exports would write the same files
+    bool inspectAll();
+
+private:
+    bool inspect(const std::string& name);
+    bool checkAndLint(const std::string& name);
+    bool check(const std::string& name);
+    bool lint(const std::string& name);
+    void show(const std::string& name);
+    void exportVtu(const std::string& name);
+    void requireDifferentStems() const;
+
+    const CommandLine& commandLine_;
+    std::function<void(const std::string&)> report_;
+};
+
+} // namespace MekInfo
