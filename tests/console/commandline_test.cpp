@@ -73,6 +73,7 @@ TEST_F(CommandLineTest, FollowsOneConvention) {
         {"mekinfo", 2, "", "mekinfo: FILE is required; see mekinfo --help\n"},
         {"mekinfo model.mek --verbose", 2, "", "mekinfo: unknown option --verbose; see"},
         {"mekinfo --vtu out --check model.mek", 2, "", "mekinfo: --check excludes --vtu; see"},
+        {"mekinfo --raw model.mek", 2, "", "mekinfo: --raw requires --vtu; see"},
         {"mekinfo --vtu out model.mek folder/model.mek", 2, "",
          "mekinfo: --vtu: another file has the name of folder/model.mek; see"},
         {"frd2mek", 2, "", "frd2mek: INPUT.frd is required; see frd2mek --help\n"},
@@ -117,6 +118,7 @@ TEST_F(CommandLineTest, InspectsManyFiles) {
          "mekinfo: none.mek: No such file"},
         {"mekinfo model.mek -q", 0, "", ""},
         {"mekinfo --vtu=out other.mek model.mek", 0, " 4 mesh parts, 1 step, 4 files\n", ""},
+        {"mekinfo --vtu=out --raw model.mek -q", 0, "", ""},
         {"mekinfo --vtu out -- model.mek --quiet", 1, "out", "mekinfo: --quiet: No such file"},
     });
     EXPECT_TRUE(std::filesystem::exists("out/other.pvd"));
@@ -196,14 +198,17 @@ TEST_F(CommandLineTest, ReportsWhatCannotBeWritten) {
         {"trap '' XFSZ; ulimit -f 1; frd2mek job.frd full.mek", 1, "",
          "frd2mek: full.mek: File too large\n"},
         {"ulimit -f 1; frd2mek job.frd full.mek", 128 + SIGXFSZ, "", ""},
+        {"trap '' XFSZ; ulimit -f 1; mekinfo --vtu full model.mek", 1, "",
+         "mekinfo: full/model-0-TR3-0.vtu: File too large\n"},
+        {"ulimit -f 1; mekinfo --vtu killed model.mek", 128 + SIGXFSZ, "", ""},
     });
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(".")) {
         names.push_back(entry.path().filename().string());
     }
     std::sort(names.begin(), names.end());
-    EXPECT_EQ(names,
-              (std::vector<std::string>{"folder", "job.frd", "job.mek", "model.mek", "pipe"}));
+    EXPECT_EQ(names, (std::vector<std::string>{"folder", "job.frd", "job.mek", "killed",
+                                               "model.mek", "pipe"}));
 }
 
 TEST_F(CommandLineTest, EndsQuietlyIfNobodyReads) {

@@ -2,6 +2,7 @@
 
 #include <tyr/mek2/model.hpp>
 
+#include "console/error.hpp"
 #include "mekinfo/print.hpp"
 #include "mekreader/error.hpp"
 #include "mekvtu/base64.hpp"
@@ -204,7 +205,7 @@ TEST_F(ExportTest, LeavesNothingAfterAFailedWrite) {
         model.addArrayProperty(DatasetType::Coordinates, points, id, Step{"b"});
     });
     const auto errorOfExport = [&] {
-        return Testing::messageOf<MekVtu::OutputError>(
+        return Testing::messageOf<Console::FileError>(
             [&] { MekVtu::exportVtu(file, folder / "out", "in"); });
     };
     {

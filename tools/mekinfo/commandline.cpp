@@ -27,10 +27,11 @@ void declareOptions(CLI::App& app, CommandLine& values) {
         "--check", values.check, "verify all rules of the format, but not meshes: see --lint");
     CLI::Option* const lint =
         addFlag("--lint", values.lint, "report what the format allows and no viewer can show");
-    app.add_option("--vtu", values.vtuFolder,
-                   "export to this folder as .vtu files and one .pvd file")
-        ->type_name("DIR")
-        ->excludes(check, lint);
+    CLI::Option* const vtu = app.add_option("--vtu", values.vtuFolder,
+                                            "export to this folder as .vtu files and one .pvd file")
+                                 ->type_name("DIR")
+                                 ->excludes(check, lint);
+    addFlag("--raw", values.raw, "export smaller files, which not every program opens")->needs(vtu);
     addFlag("-q,--quiet", values.quiet, "print only what is wrong");
 }
 

@@ -16,6 +16,7 @@ struct CommandLine {
     bool lint = false;
     bool quiet = false;
     std::string vtuFolder{}; ///< empty without an export
+    bool raw = false;        ///< of the export
 };
 
 extern const char* const purpose;

@@ -3,11 +3,10 @@
 #include "console/error.hpp"
 #include "console/inputfile.hpp"
 #include "console/program.hpp"
+#include "console/progress.hpp"
 #include "mekinfo/print.hpp"
 #include "meklint/lint.hpp"
 #include "mekreader/error.hpp"
-#include "mekreader/model.hpp"
-#include "mekvtu/export.hpp"
 
 #include <filesystem>
 #include <iostream>
@@ -122,11 +121,24 @@ void Inspector::show(const std::string& name) {
     print(std::cout, file);
 }
 
+MekVtu::ExportSummary Inspector::exportedFrom(MekReader::File& file,
+                                              const std::string& name) const {
+    constexpr std::uint64_t hundredPercent = 100;
+    Console::Progress progress("mekinfo", hundredPercent);
+    MekVtu::ExportOptions options;
+    options.raw = commandLine_.raw;
+    if (!commandLine_.quiet) {
+        options.progress = [&progress](std::size_t done, std::size_t all) {
+            progress.show("exporting", done * hundredPercent / all);
+        };
+    }
+    return MekVtu::exportVtu(file, std::filesystem::u8path(commandLine_.vtuFolder),
+                             std::filesystem::u8path(name).stem().u8string(), options);
+}
+
 void Inspector::exportVtu(const std::string& name) {
     MekReader::File file = open(name);
-    const MekVtu::ExportSummary summary =
-        MekVtu::exportVtu(file, std::filesystem::u8path(commandLine_.vtuFolder),
-                          std::filesystem::u8path(name).stem().u8string());
+    const MekVtu::ExportSummary summary = exportedFrom(file, name);
     if (commandLine_.quiet) {
         return;
     }

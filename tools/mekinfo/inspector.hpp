@@ -3,6 +3,8 @@
 #pragma once
 
 #include "mekinfo/commandline.hpp"
+#include "mekreader/model.hpp"
+#include "mekvtu/export.hpp"
 
 #include <functional>
 #include <string>
@@ -28,6 +30,7 @@ private:
     bool lint(const std::string& name);
     void show(const std::string& name);
     void exportVtu(const std::string& name);
+    MekVtu::ExportSummary exportedFrom(MekReader::File& file, const std::string& name) const;
     void requireDifferentStems() const;
 
     const CommandLine& commandLine_;

@@ -19,7 +19,7 @@ struct CollectionEntry {
     std::string fileName{}; ///< relative to the collection
 };
 
-/// @throws OutputError
+/// @throws Console::FileError
 void writeCollection(const std::filesystem::path& path,
                      const std::vector<CollectionEntry>& entries);
 

@@ -1,5 +1,6 @@
 #include "mekvtu/export.hpp"
 
+#include "console/error.hpp"
 #include "mekreader/error.hpp"
 #include "mekvtu/collectionfile.hpp"
 #include "mekvtu/meshpart.hpp"
@@ -100,7 +101,7 @@ public:
         std::error_code error;
         isNew_ = std::filesystem::create_directories(path_, error);
         if (error) {
-            throw OutputError(path_, error.value());
+            throw Console::FileError(path_, Console::reasonOf(error));
         }
     }
     OutputFolder(const OutputFolder&) = delete;

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "mekreader/model.hpp"
-#include "mekvtu/outputfile.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -38,7 +37,7 @@ struct ExportOptions {
 ///
 /// Memory is used for the meshes, the arrays without a step, and one mesh part at one step.
 /// @throws MekReader::Error the file violates the format, or contains no mesh
-/// @throws OutputError an output cannot be written
+/// @throws Console::FileError an output cannot be written
 ExportSummary exportVtu(MekReader::File& file, const std::filesystem::path& directory,
                         const std::string& stem, const ExportOptions& options = {});
 

@@ -1,31 +1,16 @@
 #include "mekvtu/outputfile.hpp"
 
+#include "console/error.hpp"
+
 #include <cerrno>
-#include <system_error>
-#include <utility>
 
 namespace MekVtu {
 
-OutputError::OutputError(const std::filesystem::path& path, int systemError)
-    : std::runtime_error(path.u8string() + ": " + std::generic_category().message(systemError)) {}
-
-OutputFile::OutputFile(std::filesystem::path path) : path_(std::move(path)) {
-    std::error_code ignored; // opening reports what is wrong with the path
-    if (!std::filesystem::is_directory(std::filesystem::symlink_status(path_, ignored))) {
-        std::filesystem::remove(path_, ignored);
-    }
+OutputFile::OutputFile(const std::filesystem::path& path) : path_(path), target_(path, true) {
     errno = 0;
-    stream_.open(path_, std::ios::binary | std::ios::trunc);
+    stream_.open(target_.unfinishedPath(), std::ios::binary | std::ios::trunc);
     if (!stream_) {
         fail();
-    }
-}
-
-OutputFile::~OutputFile() {
-    if (!isFinished_) {
-        stream_.close();
-        std::error_code ignored;
-        std::filesystem::remove(path_, ignored);
     }
 }
 
@@ -43,9 +28,11 @@ void OutputFile::finish() {
     if (!stream_) {
         fail();
     }
-    isFinished_ = true;
+    target_.finish();
 }
 
-void OutputFile::fail() const { throw OutputError(path_, errno != 0 ? errno : EIO); }
+void OutputFile::fail() const {
+    throw Console::FileError(path_, Console::reasonOf(errno != 0 ? errno : EIO));
+}
 
 } // namespace MekVtu

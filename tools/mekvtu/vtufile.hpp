@@ -42,7 +42,7 @@ public:
     /// Whether a section has an array of this name.
     bool has(Section section, std::string_view name) const;
 
-    /// @throws OutputError
+    /// @throws Console::FileError
     void write(const std::filesystem::path& path, Encoding encoding) const;
 
 private:
