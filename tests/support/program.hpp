@@ -29,14 +29,19 @@ inline Run run(const std::string& command) {
     const std::string output = temporaryPath("output").string();
     const std::string errors = temporaryPath("errors").string();
     const std::string programs = std::filesystem::path(programFolder).make_preferred().string();
+    const std::string redirection = " > \"" + output + "\" 2> \"" + errors + '"';
 #if defined(_WIN32)
-    const std::string path = "set \"PATH=" + programs + ";%PATH%\" && ";
+    // a single command: not every shell accepts redirections behind a group
+    const std::string line = "set \"PATH=" + programs + ";%PATH%\" && " + command + redirection;
 #else
-    const std::string path = "PATH='" + programs + "':$PATH; ";
+    const std::string line = "PATH='" + programs + "':$PATH; ( " + command + " )" + redirection;
 #endif
-    const int status = std::system(
-        (path + "( " + command + " ) > \"" + output + "\" 2> \"" + errors + "\"").c_str());
-    Run result{status, readFile(output), readFile(errors)};
+    const int status = std::system(line.c_str());
+    const auto textOf = [](const std::string& path) {
+        std::ifstream stream(path); // as text: Windows ends lines by two characters
+        return std::string(std::istreambuf_iterator<char>(stream), {});
+    };
+    Run result{status, textOf(output), textOf(errors)};
 #if !defined(_WIN32)
     result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 #endif
