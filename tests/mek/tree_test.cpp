@@ -40,10 +40,10 @@ TEST_F(TreeTest, RefusesDatasetsOfImpossibleSize) {
 TEST_F(TreeTest, AttributesAreSplitByKind) {
     using TyrUtil::AttributeValue;
     TyrUtil::AttributeList list;
-    list.values["d"] = AttributeValue::Of(2.0);
-    list.values["c"] = AttributeValue::Of(std::string("x\0y", 3)); // ends at its first NUL
-    list.values["b"] = AttributeValue::Of(1.0F);
-    list.values["a"] = AttributeValue::Of(5U);
+    list.values.Set("d", AttributeValue::Of(2.0));
+    list.values.Set("c", AttributeValue::Of(std::string("x\0y", 3))); // ends at its first NUL
+    list.values.Set("b", AttributeValue::Of(1.0F));
+    list.values.Set("a", AttributeValue::Of(5U));
     Tree tree;
     tree.SetStreamFile(path("out"), false);
     tree.SetRootGroup("r", list);

@@ -79,9 +79,9 @@ TEST(AttributeConversion, AcceptsSixOfTheTwentySixKinds) {
 
     const AttributeMap map = {{"", 2.5}, {"i", -1}, {"s", std::int64_t{0x1FFFFFFFE}}};
     const auto list = Helper::Attributes::toAttributeList(map);
-    EXPECT_EQ(list.values.at("").value.doubleValue, 2.5);
-    EXPECT_EQ(list.values.at("i").value.uintValue, 4294967295U);
-    EXPECT_EQ(list.values.at("s").value.uintValue, 4294967294U);
+    EXPECT_EQ(list.values.Find("")->value.doubleValue, 2.5);
+    EXPECT_EQ(list.values.Find("i")->value.uintValue, 4294967295U);
+    EXPECT_EQ(list.values.Find("s")->value.uintValue, 4294967294U);
 }
 
 } // namespace

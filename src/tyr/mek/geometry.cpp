@@ -26,9 +26,9 @@ bool IsLeftOut(std::string_view key) {
 }
 
 bool IsVibration(const TyrUtil::AttributeList& attributes) {
-    const auto category = attributes.values.find("Category");
-    return category != attributes.values.end() && category->second.type == TyrUtil::StringValue &&
-           category->second.ToString() == "Vibration";
+    const auto category = attributes.values.Find("Category");
+    return category && category->type == TyrUtil::StringValue &&
+           category->ToString() == "Vibration";
 }
 
 /// Puts a name and the fields after it, which have `Size` bytes.
@@ -107,7 +107,7 @@ void Geometry::MakeLink(std::size_t index, std::uint32_t nodeId, std::uint32_t v
     variable.linked = true;
     variable.linkedNodeId = nodeId;
     variable.linkedVariableIndex = variableIndex;
-    variable.attributes.values.clear();
+    variable.attributes = {};
 }
 
 unsigned int Geometry::AddVariable(const std::string& variableName, const VariableType& type,
@@ -120,11 +120,12 @@ unsigned int Geometry::AddVariable(const std::string& variableName, const Variab
     if (known) {
         merged = std::as_const(variables)[*known].attributes;
     }
-    for (const auto& [key, value] : attributes.values) {
-        if (!IsLeftOut(key)) {
-            merged.values.insert_or_assign(key, value);
+    for (const TyrUtil::PackedAttributes::Entry& entry : attributes.values) {
+        if (!IsLeftOut(entry.key)) {
+            merged.values.Set(entry);
         }
     }
+    merged.values.ShrinkToFit();
     const Offsets::iterator next = OffsetFrom(variableName);
     const bool isNewOffset = next == offsets.cend() || next->first != variableName;
     const auto offsetEntry =
@@ -144,7 +145,7 @@ unsigned int Geometry::AddVariable(const std::string& variableName, const Variab
     Variable& variable = variables.items_[index];
     variable.type = type;
     variable.vibration = vibration;
-    variable.attributes.values.swap(merged.values);
+    std::swap(variable.attributes, merged);
     variable.array = array;
     return static_cast<unsigned int>(index);
 }

@@ -16,7 +16,9 @@ TyrUtil::AttributeList withStepAttributes(const TyrUtil::AttributeList& attribut
                                           const StepData& step) {
     const TyrUtil::AttributeList added = Helper::Attributes::toAttributeList(step.attributes);
     TyrUtil::AttributeList merged = attributes;
-    merged.values.insert(added.values.begin(), added.values.end());
+    for (const TyrUtil::PackedAttributes::Entry& entry : added.values) {
+        merged.values.Add(entry);
+    }
     return merged;
 }
 

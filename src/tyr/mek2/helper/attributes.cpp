@@ -33,14 +33,14 @@ AttributeValue Attributes::AttributeValueGetter::operator()(const std::int64_t& 
 TyrUtil::AttributeList Attributes::toAttributeList(const AttributeMap& map) {
     TyrUtil::AttributeList list;
     for (const auto& [key, value] : map) {
-        list.values.emplace_hint(list.values.end(), key, std::visit(AttributeValueGetter(), value));
+        list.values.Set(key, std::visit(AttributeValueGetter(), value));
     }
     return list;
 }
 
 void replaceEntries(TyrUtil::AttributeList& list, const TyrUtil::AttributeList& added) {
-    for (const auto& [key, value] : added.values) {
-        list.values.insert_or_assign(key, value);
+    for (const TyrUtil::PackedAttributes::Entry& entry : added.values) {
+        list.values.Set(entry);
     }
 }
 

@@ -6,7 +6,9 @@
 #include "tyr/mek2/adder/attachment.hpp"
 #include "tyr/mek2/helper/attributes.hpp"
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 #include <memory>
 #include <utility>
 #include <variant>
@@ -24,8 +26,7 @@ constexpr std::size_t callHeadSize = 8;
 // Attributes. Kinds are those of the file. A value that the file cannot hold is left out: a call
 // with one fails, or ignores its attributes.
 
-void put(Encoder& encoder, const std::string& key, const TyrUtil::AttributeValue& value) {
-    encoder.put(key);
+void put(Encoder& encoder, const TyrUtil::AttributeValue& value) {
     encoder.put(static_cast<std::uint8_t>(value.type));
     switch (value.type) {
         case TyrUtil::UnsignedValue:
@@ -40,9 +41,11 @@ void put(Encoder& encoder, const std::string& key, const TyrUtil::AttributeValue
 }
 
 void put(Encoder& encoder, const TyrUtil::AttributeList& list) {
-    encoder.put(static_cast<std::uint32_t>(list.values.size()));
-    for (const auto& [key, value] : list.values) {
-        put(encoder, key, value);
+    const auto count = std::distance(list.values.begin(), list.values.end());
+    encoder.put(static_cast<std::uint32_t>(count));
+    for (const TyrUtil::PackedAttributes::Entry& entry : list.values) {
+        encoder.put(std::string(entry.key));
+        put(encoder, entry.Value());
     }
 }
 
@@ -54,14 +57,15 @@ bool isStored(const AttributeVariant& value) {
 }
 
 void put(Encoder& encoder, const AttributeMap& map) {
-    TyrUtil::AttributeList list;
+    const auto count = std::count_if(map.begin(), map.end(),
+                                     [](const auto& entry) { return isStored(entry.second); });
+    encoder.put(static_cast<std::uint32_t>(count));
     for (const auto& [key, value] : map) {
         if (isStored(value)) {
-            list.values.emplace_hint(list.values.end(), key,
-                                     std::visit(Helper::Attributes::AttributeValueGetter(), value));
+            encoder.put(key);
+            put(encoder, std::visit(Helper::Attributes::AttributeValueGetter(), value));
         }
     }
-    put(encoder, list);
 }
 
 AttributeVariant takeAttribute(Decoder& decoder) {
