@@ -169,7 +169,7 @@ void ModelWriter::describeGroups(const Job& job, const std::string& rootName,
     model_.setNodeData(rootId, {}, attributesOf(job));
     for (const auto& [material, name] : groupNames) {
         Attributes attributes;
-        attributes.set("Material", static_cast<unsigned int>(material));
+        setWhole(attributes, "Material", material);
         const std::vector<std::string> path{rootName, name};
         model_.setNodeData(model_.getNodeId(path), {}, attributes);
     }

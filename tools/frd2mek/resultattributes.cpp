@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <limits>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -77,8 +78,8 @@ void setParameter(Attributes& attributes, const ParameterRule& rule, const std::
     const auto integer = parseInteger(value);
     const auto real = parseFloat(value);
     if (rule.kind == ParameterKind::Integer && integer) {
-        if (*integer >= 0) { // the solver writes -1 for "none"
-            attributes.set(rule.attribute, static_cast<unsigned int>(*integer));
+        if (*integer != -1) { // the solver writes -1 for "none"
+            setWhole(attributes, rule.attribute, *integer);
         }
     } else if (rule.kind == ParameterKind::Real && real) {
         attributes.set(rule.attribute, *real);
@@ -90,12 +91,12 @@ void setParameter(Attributes& attributes, const ParameterRule& rule, const std::
 /// The value has three numbers: result block, increment, step of the deck.
 void setStepParameter(Attributes& attributes, const std::string& value) {
     std::istringstream numbers(value);
-    unsigned int block = 0;
-    unsigned int increment = 0;
-    unsigned int step = 0;
+    std::int64_t block = 0;
+    std::int64_t increment = 0;
+    std::int64_t step = 0;
     if (numbers >> block >> increment >> step) {
-        attributes.set("Increment", increment);
-        attributes.set("DeckStep", step);
+        setWhole(attributes, "Increment", increment);
+        setWhole(attributes, "DeckStep", step);
     } else {
         attributes.set("Parameter STEP", value);
     }
@@ -140,11 +141,22 @@ const char* polarPartOf(const Component& component) {
 
 } // namespace
 
+void setWhole(Attributes& attributes, const std::string& key, std::int64_t value) {
+    constexpr std::int64_t largestExact = std::int64_t{1} << std::numeric_limits<float>::digits;
+    if (value >= 0 && value <= std::numeric_limits<std::uint32_t>::max()) {
+        attributes.set(key, static_cast<unsigned int>(value));
+    } else if (value >= -largestExact && value <= largestExact) {
+        attributes.set(key, static_cast<float>(value));
+    } else {
+        attributes.set(key, std::to_string(value));
+    }
+}
+
 Step stepOf(const ResultHeader& header, const SurveyedResult& survey) {
     const Analysis analysis = analysisOf(header, survey);
     Step step;
     step.name = stepLabel(header) + " " + analysis.symbol + "=" + textOf(header.value);
-    step.attributes.set("Number", static_cast<unsigned int>(header.number));
+    setWhole(step.attributes, "Number", header.number);
     step.attributes.set(analysis.valueName, static_cast<float>(header.value));
     step.attributes.set("Analysis", analysis.name);
     if (!header.analysisText.empty()) {
