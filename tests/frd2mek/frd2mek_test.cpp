@@ -4,9 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <fstream>
 #include <iterator>
+#include <regex>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -44,24 +47,28 @@ protected:
     }
 
     /// Converts a result file with this content and checks the model file.
-    MekReader::File converted(const std::string& text) const {
+    /// @param warning what the program says about the file
+    MekReader::File converted(const std::string& text, const std::string& warning = "") const {
         write("job.frd", text);
-        const Run result = convert("job.frd --overwrite");
+        const Run result = convert("job.frd --overwrite --salvage");
         EXPECT_EQ(result.exitCode, 0) << result.output;
+        EXPECT_EQ(result.output.substr(0, result.output.find("job.mek: ")),
+                  warning.empty() ? "" : "frd2mek: job.frd: warning: " + warning + "\n");
         MekReader::check(path("job.mek"));
         return MekReader::File(path("job.mek"));
     }
 
     /// An existing output file must be unchanged, and no other file may remain.
-    void expectRefused(const std::string& text, std::size_t line, const std::string& expected) {
+    /// @param start of the message
+    void expectRefused(const std::string& text, const std::string& start,
+                       const std::string& options = "") const {
         write("job.frd", text);
         write("job.mek", "earlier");
 
-        const Run result = convert("job.frd --overwrite");
+        const Run result = convert("job.frd --overwrite " + options);
 
-        EXPECT_EQ(result.exitCode, 1) << expected;
-        const std::string start = "frd2mek: job.frd:" + std::to_string(line) + ": expected ";
-        EXPECT_EQ(result.output.substr(0, start.size() + expected.size()), start + expected);
+        EXPECT_EQ(result.exitCode, 1) << start;
+        EXPECT_EQ(result.output.substr(0, start.size() + 17), "frd2mek: job.frd:" + start);
         EXPECT_EQ(Testing::readFile(path("job.mek")), "earlier");
         const auto files = std::distance(std::filesystem::directory_iterator(folder),
                                          std::filesystem::directory_iterator());
@@ -97,12 +104,12 @@ const Variable& variable(const Node& node, std::string_view name, std::string_vi
     throw std::runtime_error("no variable " + wanted);
 }
 
-TEST_F(ConverterTest, ConvertsMeshAndResultsOfTheShortFormat) {
+TEST_F(ConverterTest, ConvertsTheSameModelFromShortTextAndBinaryBlocks) {
     std::string dosText;
     for (const char character : seed("short")) {
         dosText += character == '\n' ? "\r\n" : std::string(1, character);
     }
-    for (const std::string& form : {seed("short"), dosText}) {
+    for (const std::string& form : {seed("short"), dosText, seed("binary"), seed("mixed")}) {
         auto file = converted(form);
         const Node& triangles = geometry(file, "/a/b/STEEL/TR3");
         const Node& rods = geometry(file, "/a/b/STEEL (7)/BE2");
@@ -170,6 +177,28 @@ TEST_F(ConverterTest, NamesStepsAndPartsOfComplexResults) {
     EXPECT_EQ(part("DISP", "Step 2 factor=48.15455528 (2)"), "");
 }
 
+TEST_F(ConverterTest, LeavesOutWhatHasNoCoordinatesAndKeepsNegativeNumbers) {
+    auto file = converted(seed("undefined-nodes"),
+                          "3 values at nodes without coordinates left out: NDTEMP 2, DISP 1; "
+                          "2 elements with nodes without coordinates left out");
+    const Node& rods = geometry(file, "/job/Material -3/BE2");
+    EXPECT_EQ(file.nodes().size(), 4U);
+    EXPECT_EQ(file.nodes()[1].group->attributes, (AttributeList{{"Material", -3.0F}}));
+    EXPECT_EQ(file.words(variable(rods, "Element IDs")), (Words{1}));
+    EXPECT_EQ(file.words(variable(rods, "Connectivity")), (Words{1, 0}));
+    EXPECT_EQ(file.words(variable(rods, "NDTEMP", "Step -1 t=1")), (Words{0x40400000, missing}));
+    const Variable& displacement = variable(rods, "DISP", "Step -1 t=1");
+    EXPECT_EQ(file.words(displacement), (Words{missing, 0x40000000}));
+    EXPECT_EQ(displacement.attributes, (AttributeList{{"Analysis", "Static"},
+                                                      {"Components", "D1"},
+                                                      {"DeckStep", -3.0F},
+                                                      {"Increment", -2.0F},
+                                                      {"Mode", "4294967296"},
+                                                      {"Number", -1.0F},
+                                                      {"Time", 1.0F}}));
+    converted("    1C\n 9999\n", "the file has no nodes");
+}
+
 /// Start of the line of this number, or the end of `text`.
 std::size_t startOf(std::size_t line, const std::string& text) {
     std::size_t start = 0;
@@ -177,6 +206,10 @@ std::size_t startOf(std::size_t line, const std::string& text) {
         start = text.find('\n', start) + 1;
     }
     return start;
+}
+
+std::string bytesOf(const std::vector<std::int32_t>& numbers) {
+    return std::string(reinterpret_cast<const char*>(numbers.data()), numbers.size() * 4);
 }
 
 TEST_F(ConverterTest, ReportsLineAndExpectationOfInvalidRecords) {
@@ -189,19 +222,22 @@ TEST_F(ConverterTest, ReportsLineAndExpectationOfInvalidRecords) {
     const std::string value = " 1.00000E+00";
     const std::vector<Case> cases{
         {1, "NODE", "the first record of a result file"},
-        {1, std::string(3 << 20, 'x'), "a line of text"},
+        {2, std::string(3 << 20, 'x'), "a line of text"},
         {2, "    7X", "a record 1C, 1U, 1P, 2C, 3C, 100C or 9999, found \"    7X\""},
-        {3, line(3).substr(0, 73) + "3", "format code 0 or 1"},
+        {3, line(3).substr(0, 73) + "2", "format code 0, 1 or 3"},
         {4, " -1         0 0.00000E+00 0.00000E+00 0.00000E+00", "a node number from column 4"},
         {4, " -1         1 0.00000E+00 0.0O000E+00 0.00000E+00",
          "a coordinate from column 26 on, found \" 0.0O000E+00\""},
         {5, line(4), "each node once, found node 1 again"},
         {8, " -1         1   13    0    1", "an element type from 1 to 12"},
-        {9, " -2         1         3", "a node of the node block from column 14 on"},
+        {7, line(7).substr(0, 73) + '2' + '\n' + bytesOf({1, 13, 0, 1}),
+         "an element type from 1 to 12 in record 1 of the binary block behind this line, found 13"},
+        {7, line(7).substr(0, 73) + '2' + '\n' + bytesOf({7, 11, 0, 1, 1, 2, 0, 11, 0, 1, 1, 2}),
+         "an element number in record 2 of the binary block behind this line, found 0"},
         {12, " -4  SDV         7    3", "1 for values at nodes"},
         {20, " -1         1 *********** 1.00000E+00", "a value from column 14"},
         {21, line(21) + value, "end of the line from column 26 on"},
-        {22, line(20) + '\n' + line(21), "each node once in a result block"},
+        {22, line(20) + '\n' + line(21) + "\n -3", "each node once in a result block"},
         {23, line(3), "all nodes and elements before the first result"},
         {24, " 9999", "nothing after the record 9999"},
     };
@@ -209,18 +245,104 @@ TEST_F(ConverterTest, ReportsLineAndExpectationOfInvalidRecords) {
         std::string changed = text;
         const std::size_t start = startOf(number, text);
         changed.replace(start, startOf(number + 1, text) - start, record + '\n');
-        expectRefused(changed, number, expected);
+        expectRefused(changed, std::to_string(number) + ": expected " + expected);
+    }
+    expectRefused("*NODE\n", "1: not a result file (.frd)");
+}
+
+TEST_F(ConverterTest, SalvagesCompleteBlocksOfUnfinishedFiles) {
+    using Cut = std::tuple<std::size_t, std::size_t, std::string>; // lines, columns, what is whole
+    const std::string text = seed("continued");
+    const std::string stopped = " the solver stopped before it finished this file; ";
+    const std::string cut = " the file ends inside a record; ";
+    for (const auto& [lines, columns, parts] :
+         std::vector<Cut>{{6, 0, "2 nodes, 0 elements and 0 results are whole"},
+                          {8, 9, "2 nodes, 0 elements and 0 results are whole"},
+                          {9, 0, "2 nodes, 0 elements and 0 results are whole"},
+                          {10, 0, "2 nodes, 1 element and 0 results are whole"},
+                          {13, 0, "2 nodes, 1 element and 0 results are whole"},
+                          {20, 13, "2 nodes, 1 element and 0 results are whole"},
+                          {21, 0, "2 nodes, 1 element and 0 results are whole"},
+                          {22, 0, "2 nodes, 1 element and 1 result are whole"},
+                          {22, 4, "2 nodes, 1 element and 1 result are whole"}}) {
+        const std::string part = text.substr(0, startOf(lines + 1, text) + columns);
+        expectRefused(part, (columns == 0 ? stopped : cut) + parts + "; --salvage converts them");
+        converted(part, "the file is unfinished; " + parts);
+    }
+    const std::string binary = seed("binary");
+    const std::size_t end = binary.find(" 9999");
+    const std::string all = "4 nodes, 4 elements and 2 results are whole";
+    expectRefused(binary.substr(0, end), stopped + all);
+    auto file = converted(binary.substr(0, end - 1),
+                          "the file is unfinished; 4 nodes, 4 elements and 1 result are whole");
+    EXPECT_EQ(geometry(file, "/a/b/STEEL/TR3").variables.back().name, "DISP\x1EStep 1 t=2.5");
+    EXPECT_EQ(converted(text.substr(0, text.size() - 1)).nodes().size(), 4U);
+
+    expectRefused("", " the solver stopped before it wrote the mesh; there is nothing to convert");
+    for (const std::size_t columns : {0U, 25U}) {
+        expectRefused(text.substr(0, startOf(5, text) + columns),
+                      columns == 0
+                          ? " the solver stopped before it wrote the mesh; "
+                          : " the file ends inside a record, before its mesh is complete; ",
+                      "--salvage");
     }
 }
 
-TEST_F(ConverterTest, RefusesEveryTruncation) {
-    const std::string text = seed("continued");
-    for (std::size_t line = 1; startOf(line, text) < text.size(); ++line) {
-        expectRefused(text.substr(0, startOf(line, text)), line, "");
+/// The difference that six digits make.
+bool isNear(float a, float b) {
+    constexpr float tolerance = 5.1e-6F;
+    return std::isnan(a) ? std::isnan(b)
+                         : std::abs(a - b) <= tolerance * std::max(std::abs(a), std::abs(b));
+}
+
+void expectSameVariable(MekReader::File& text, const Variable& a, MekReader::File& binary,
+                        const Variable& b) {
+    EXPECT_EQ(std::tie(a.name, a.type, a.width, a.linked, a.attributes),
+              std::tie(b.name, b.type, b.width, b.linked, b.attributes));
+    if (a.elementType == Variable::floatElements) {
+        const std::vector<float> values = text.floats(a);
+        const std::vector<float> others = binary.floats(b);
+        EXPECT_TRUE(std::equal(values.begin(), values.end(), others.begin(), others.end(), isNear))
+            << a.name;
+    } else {
+        EXPECT_EQ(text.words(a), binary.words(b)) << a.name;
     }
-    using Cut = std::pair<std::size_t, std::size_t>;
-    for (const auto& [line, width] : {Cut{5, 25}, {8, 17}, {9, 20}, {20, 80}, {21, 18}}) {
-        expectRefused(text.substr(0, startOf(line, text) + width), line, "");
+}
+
+/// Solves a deck and converts the result.
+class SolverTest : public ConverterTest {
+protected:
+    MekReader::File solved(const std::string& job, const std::string& deck) const {
+        write(job + ".inp", deck);
+        const std::string command = "cd '" + folder.string() + "' && OMP_NUM_THREADS=1 " CCX " -i ";
+        EXPECT_EQ(std::system((command + job + " > log").c_str()), 0) << job;
+        EXPECT_EQ(convert(job + ".frd").exitCode, 0) << job;
+        MekReader::check(path(job + ".mek"));
+        return MekReader::File(path(job + ".mek"));
+    }
+};
+
+TEST_F(SolverTest, ReadsBinaryResultsAsTheirText) {
+    if (std::string(CCX).empty()) {
+        GTEST_SKIP() << "the solver or its decks are missing";
+    }
+    const std::regex textForm(R"((\n\*)(NODE|EL|CONTACT) *FILE)", std::regex::icase);
+    for (const std::string deck : {"oneel", "section", "sc123", "fricloop", "truss"}) {
+        const std::string source = Testing::readFile(CCX_DECKS "/" + deck + ".inp");
+        std::string binarySource = std::regex_replace(source, textForm, "$1$2 OUTPUT");
+        binarySource = std::regex_replace(binarySource, std::regex("EL OUTPUT"), "ELEMENT OUTPUT");
+        auto text = solved(deck, source);
+        auto binary = solved(deck + "-binary", binarySource);
+        EXPECT_NE(Testing::readFile(path(deck + "-binary.frd")).find('\0'), std::string::npos);
+        ASSERT_EQ(text.nodes().size(), binary.nodes().size());
+        for (std::size_t i = 0; i < text.nodes().size(); ++i) {
+            const Node& a = text.nodes()[i];
+            const Node& b = binary.nodes()[i];
+            ASSERT_EQ(a.variables.size(), b.variables.size()) << deck;
+            for (std::size_t k = 0; k < a.variables.size(); ++k) {
+                expectSameVariable(text, a.variables[k], binary, b.variables[k]);
+            }
+        }
     }
 }
 

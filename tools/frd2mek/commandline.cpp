@@ -13,7 +13,8 @@ const char* const notes =
     "\n"
     "Examples:\n"
     "  frd2mek beam.frd                        writes beam.mek\n"
-    "  frd2mek beam.frd out.mek --overwrite    replaces out.mek";
+    "  frd2mek beam.frd out.mek --overwrite    replaces out.mek\n"
+    "  frd2mek --salvage killed.frd            converts what the solver has finished";
 
 std::filesystem::path CommandLine::output() const {
     return outputName.empty() ? input().replace_extension("mek")
@@ -24,7 +25,10 @@ void declareOptions(CLI::App& app, CommandLine& values) {
     app.add_option("INPUT.frd", values.inputName, "the result file")->required();
     app.add_option("OUTPUT.mek", values.outputName,
                    "the model file; by default the path of the input with the suffix .mek");
-    app.add_flag("--overwrite", values.overwrite, "replace OUTPUT.mek if it exists")
+    app.add_flag("--overwrite", values.options.overwrite, "replace OUTPUT.mek if it exists")
+        ->disable_flag_override();
+    app.add_flag("--salvage", values.options.salvage,
+                 "convert what is complete in an unfinished file")
         ->disable_flag_override();
 }
 

@@ -2,6 +2,8 @@
 /// The command line of the converter.
 #pragma once
 
+#include "converter.hpp"
+
 #include <CLI/CLI.hpp>
 
 #include <filesystem>
@@ -13,7 +15,7 @@ namespace Frd {
 struct CommandLine {
     std::string inputName{};
     std::string outputName{};
-    bool overwrite = false;
+    ConversionOptions options{};
 
     std::filesystem::path input() const { return std::filesystem::u8path(inputName); }
 

@@ -3,23 +3,95 @@
 #include "console/error.hpp"
 #include "console/outputfile.hpp"
 #include "console/progress.hpp"
+#include "frd/formaterror.hpp"
 #include "frd/resultfile.hpp"
 #include "frd/survey.hpp"
 
 #include <tyr/exception/exception.hpp>
 
+#include <algorithm>
 #include <cerrno>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Frd {
 
 namespace {
 
-std::vector<SurveyedResult> survey(const std::filesystem::path& input,
-                                   Console::Progress& progress) {
-    LineReader lines(input, [&](std::uint64_t done) { progress.show("surveying", done); });
-    return surveyResults(lines);
+std::string counted(std::uint64_t count, const std::string& noun) {
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+std::string wholeParts(const ResultFile& file, std::size_t results) {
+    return counted(file.nodes().size(), "node") + ", " + counted(file.elementCount(), "element") +
+           " and " + counted(results, "result") + " are whole";
+}
+
+/// @throws UnfinishedFile the file is not finished and nothing can or may be salvaged
+void expectConvertible(const ResultFile& file, std::size_t results, bool salvage,
+                       const std::string& path) {
+    if (file.ending() == Ending::Finished) {
+        return;
+    }
+    const bool isCut = file.ending() == Ending::InsideRecord;
+    if (file.nodes().size() == 0) {
+        throw UnfinishedFile(path + (isCut ? ": the file ends inside a record, before its mesh is "
+                                             "complete; there is nothing to convert"
+                                           : ": the solver stopped before it wrote the mesh; there "
+                                             "is nothing to convert"));
+    }
+    if (!salvage) {
+        throw UnfinishedFile(path +
+                             (isCut ? ": the file ends inside a record; "
+                                    : ": the solver stopped before it finished this file; ") +
+                             wholeParts(file, results) + "; --salvage converts them");
+    }
+}
+
+/// The results with most values first.
+std::string leftOutResults(const LeftOutValues& values) {
+    constexpr std::size_t mostNames = 10;
+    std::vector<std::pair<std::string, std::uint64_t>> sorted(values.begin(), values.end());
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [](const auto& a, const auto& b) { return a.second > b.second; });
+    std::string text;
+    for (std::size_t i = 0; i < std::min(sorted.size(), mostNames); ++i) {
+        text += (i == 0 ? "" : ", ") + sorted[i].first + " " + std::to_string(sorted[i].second);
+    }
+    return text + (sorted.size() > mostNames ? ", ..." : "");
+}
+
+/// What has no place in the model, in one line; empty if there is nothing.
+std::string leftOutParts(const ResultFile& file) {
+    std::uint64_t values = 0;
+    for (const auto& [result, count] : file.valuesLeftOut()) {
+        values += count;
+    }
+    std::string text;
+    if (values != 0) {
+        text = counted(values, "value") +
+               " at nodes without coordinates left out: " + leftOutResults(file.valuesLeftOut());
+    }
+    if (file.elementsLeftOut() != 0) {
+        text += (text.empty() ? "" : "; ") + counted(file.elementsLeftOut(), "element") +
+                " with nodes without coordinates left out";
+    }
+    return text;
+}
+
+std::vector<std::string> warningsOf(const ResultFile& file, std::size_t results) {
+    std::vector<std::string> warnings;
+    if (file.ending() != Ending::Finished) {
+        warnings.push_back("the file is unfinished; " + wholeParts(file, results));
+    }
+    if (file.nodes().size() == 0) {
+        warnings.emplace_back("the file has no nodes");
+    }
+    if (std::string leftOut = leftOutParts(file); !leftOut.empty()) {
+        warnings.push_back(std::move(leftOut));
+    }
+    return warnings;
 }
 
 void writeModel(ResultFile& file, const std::vector<SurveyedResult>& surveyed,
@@ -27,10 +99,11 @@ void writeModel(ResultFile& file, const std::vector<SurveyedResult>& surveyed,
     writer.writeMesh(file.job(), rootName, file.nodes(), file.takeMesh());
     ResultHeader header;
     std::vector<float> values;
-    for (std::size_t index = 0; file.nextResult(header); ++index) {
-        file.readValues(header, values);
-        writer.writeResult(header, index < surveyed.size() ? surveyed[index] : SurveyedResult{},
-                           values);
+    for (const SurveyedResult& result : surveyed) {
+        if (!file.nextResult(header) || !file.readValues(header, values)) {
+            break; // the file became shorter meanwhile
+        }
+        writer.writeResult(header, result, values);
     }
     writer.close();
 }
@@ -38,13 +111,17 @@ void writeModel(ResultFile& file, const std::vector<SurveyedResult>& surveyed,
 } // namespace
 
 Summary convert(const std::filesystem::path& input, const std::filesystem::path& output,
-                bool overwrite) {
-    Console::OutputFile target(output, overwrite, input);
+                const ConversionOptions& options) {
+    Console::OutputFile target(output, options.overwrite, input);
     const std::uintmax_t bytesIn = std::filesystem::file_size(input);
     Console::Progress progress("frd2mek", bytesIn);
-    const std::vector<SurveyedResult> surveyed = survey(input, progress);
-    ResultFile file(input, [&](std::uint64_t done) { progress.show("converting", done); });
+    const char* phase = "surveying";
+    ResultFile file(input, [&](std::uint64_t done) { progress.show(phase, done); });
+    const std::vector<SurveyedResult> surveyed = surveyResults(file);
+    expectConvertible(file, surveyed.size(), options.salvage, input.u8string());
 
+    phase = "converting";
+    file.rewind();
     ModelWriter writer(target.unfinishedPath());
     try {
         writeModel(file, surveyed, printable(input.stem().u8string()), writer);
@@ -52,6 +129,7 @@ Summary convert(const std::filesystem::path& input, const std::filesystem::path&
         throw Console::FileError(output, errno != 0 ? Console::reasonOf(errno) : error.what());
     }
     Summary summary = writer.summary();
+    summary.warnings = warningsOf(file, surveyed.size());
     summary.bytesIn = bytesIn;
     summary.bytesOut = std::filesystem::file_size(target.unfinishedPath());
     target.finish();

@@ -26,8 +26,12 @@ void print(const std::filesystem::path& output, const Frd::Summary& summary) {
 int convert(const Frd::CommandLine& commandLine) {
     Console::checkInputFile(commandLine.input(), Console::FileFormat::ResultFile);
     try {
-        print(commandLine.output(),
-              Frd::convert(commandLine.input(), commandLine.output(), commandLine.overwrite));
+        const Frd::Summary summary =
+            Frd::convert(commandLine.input(), commandLine.output(), commandLine.options);
+        for (const std::string& warning : summary.warnings) {
+            std::cerr << "frd2mek: " << commandLine.inputName << ": warning: " << warning << '\n';
+        }
+        print(commandLine.output(), summary);
         return Console::exitDone;
     } catch (const Frd::FormatError& error) {
         throw std::runtime_error(commandLine.inputName + ":" + std::to_string(error.line()) + ": " +

@@ -26,6 +26,7 @@ struct Summary {
     std::size_t steps = 0;   ///< names of steps
     std::uintmax_t bytesIn = 0;
     std::uintmax_t bytesOut = 0;
+    std::vector<std::string> warnings{}; ///< each one line, without the path
 };
 
 /// One write cycle. Call `writeMesh` once, `writeResult` for each result, then `close`.

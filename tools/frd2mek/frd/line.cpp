@@ -18,9 +18,14 @@ bool isBlank(std::string_view text) {
     return text.find_first_not_of(' ') == std::string_view::npos;
 }
 
+/// In a message: what is damaged need not be UTF-8.
 std::string quoted(std::string_view text) {
     constexpr std::size_t longest = 80;
-    return "\"" + printable(text.substr(0, longest)) + (text.size() > longest ? "..." : "") + "\"";
+    std::string shown = printable(text.substr(0, longest));
+    std::replace_if(
+        shown.begin(), shown.end(), [](char c) { return static_cast<unsigned char>(c) > 0x7F; },
+        '_');
+    return "\"" + shown + (text.size() > longest ? "..." : "") + "\"";
 }
 
 } // namespace

@@ -20,7 +20,7 @@ struct Columns {
 /// `text` with _ for each character that is not printable.
 std::string printable(std::string_view text);
 
-/// Content and number of a line. The content belongs to the `LineReader` and is valid until it
+/// Content and number of a line. The content belongs to the `InputReader` and is valid until it
 /// reads the next line.
 ///
 /// A missing or invalid value raises `FormatError`; `what` is the expectation in its message. The

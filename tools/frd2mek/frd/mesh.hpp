@@ -18,6 +18,9 @@ class NodeTable {
 public:
     void add(std::uint32_t id) { ids_.push_back(id); }
 
+    /// Forgets the rows from this one on, which the index does not have yet.
+    void resize(std::size_t rows) { ids_.resize(rows); }
+
     /// Updates the index of `rowOf`. Call it after the last `add`.
     /// @return the row of a node whose id was added before, if there is one
     std::optional<std::size_t> buildIndex();

@@ -1,44 +1,50 @@
 #include "frd/record.hpp"
 
+#include "frd/number.hpp"
+
+#include <string>
+
 namespace Frd {
 
-Format formatOf(const Line& header, Columns code) {
-    switch (header.integerOrZero(code, "a format code")) {
-        case 0:
-            return {5, 15};
-        case 1:
-            return {10, 10};
-        default:
-            header.failExpecting(
-                "format code 0 or 1 (text; a binary file has 2 or 3, and results written with "
-                "*NODE FILE and *EL FILE are text)",
-                code);
+namespace {
+
+constexpr Columns countColumns{24, 12};
+
+Format formatOf(const Line& header, Columns columns, std::int64_t binaryCode) {
+    const std::int64_t code = header.integerOrZero(columns, "a format code");
+    if (code == 0) {
+        return {false, 5, 15};
     }
+    if (code == 1) {
+        return {false, 10, 10};
+    }
+    if (code != binaryCode) {
+        header.failExpecting("format code 0, 1 or " + std::to_string(binaryCode), columns);
+    }
+    return {true, 0, 0};
 }
 
-Line requireRecord(LineReader& lines, const char* key, const char* what) {
-    const Line line = lines.require(what);
+} // namespace
+
+BlockHead blockHeadOf(const Line& header, Columns code, std::int64_t binaryCode) {
+    return {header.number(), parseInteger(header.field(countColumns)).value_or(-1),
+            formatOf(header, code, binaryCode)};
+}
+
+Line requireRecord(InputReader& input, const char* key, const char* what) {
+    const Line line = input.require(what);
     if (!line.startsWith(key)) {
         line.failExpecting(what);
     }
     return line;
 }
 
-bool nextInBlock(LineReader& lines, Line& line, const char* what) {
-    line = lines.require(what);
+bool nextInBlock(InputReader& input, Line& line, const char* what) {
+    line = input.require(what);
     if (!line.startsWith(" -1") && !line.startsWith(" -3")) {
         line.failExpecting(what);
     }
     return line.startsWith(" -1");
-}
-
-std::uint32_t definedNode(const Line& line, Columns columns, const NodeTable& nodes,
-                          std::size_t guess) {
-    const auto row = nodes.rowOf(line.id(columns, "a node number"), guess);
-    if (!row) {
-        line.failExpecting("a node of the node block", columns);
-    }
-    return *row;
 }
 
 } // namespace Frd

@@ -2,8 +2,7 @@
 /// Functions for the records of all blocks.
 #pragma once
 
-#include "frd/linereader.hpp"
-#include "frd/mesh.hpp"
+#include "frd/inputreader.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -14,9 +13,10 @@ constexpr std::size_t keyWidth = 3;       // of ' -1', ' -2', ' -3'
 constexpr std::size_t headerKeyWidth = 6; // of '    1C', '    2C', '  100C'
 constexpr std::size_t valueWidth = 12;    // E12.5
 
-/// The differences between the two text formats.
+/// The form of the records of a block.
 struct Format {
-    std::size_t idWidth = 10;
+    bool isBinary = false;
+    std::size_t idWidth = 10;      ///< of text, like the next
     std::size_t nodesPerLine = 10; ///< of an element
 
     Columns idColumns() const { return {keyWidth, idWidth}; }
@@ -27,23 +27,26 @@ struct Format {
     }
 };
 
-/// The format from the header of a block; `code` are the columns of the format code.
-/// @throws FormatError the code is invalid or that of a binary format
-Format formatOf(const Line& header, Columns code);
+/// What the head of a block says about its records.
+struct BlockHead {
+    std::uint64_t line = 0;  ///< number of the last text line before the records
+    std::int64_t count = -1; ///< of the records; negative if it is not given
+    Format format{};
+};
+
+/// @param header the line 2C, 3C or 100C
+/// @param code the columns of the format code: 0 short text, 1 long text
+/// @param binaryCode the code of the binary form
+/// @throws FormatError the code is invalid
+BlockHead blockHeadOf(const Line& header, Columns code, std::int64_t binaryCode);
 
 /// Reads the next line, which must start with `key`.
 /// @throws FormatError it does not, or the file ends; `what` was expected
-Line requireRecord(LineReader& lines, const char* key, const char* what);
+Line requireRecord(InputReader& input, const char* key, const char* what);
 
-/// Reads the next line of a block into `line`.
+/// Reads the next line of a text block into `line`.
 /// @return true for a record -1, false for the -3 that ends the block
 /// @throws FormatError it is neither; `what` was expected
-bool nextInBlock(LineReader& lines, Line& line, const char* what);
-
-/// The row of the node whose number is in these columns.
-/// @param guess the row to try first
-/// @throws FormatError the node block does not define the node
-std::uint32_t definedNode(const Line& line, Columns columns, const NodeTable& nodes,
-                          std::size_t guess);
+bool nextInBlock(InputReader& input, Line& line, const char* what);
 
 } // namespace Frd

@@ -1,5 +1,6 @@
 #include "frd/resultfile.hpp"
 
+#include "frd/binaryblock.hpp"
 #include "frd/formaterror.hpp"
 #include "frd/number.hpp"
 
@@ -46,57 +47,151 @@ constexpr Columns existence{33, 5};
 
 constexpr std::int64_t locatedAtNodes = 1;
 constexpr std::int64_t derivedExistence = 1;
+constexpr std::int64_t binaryResults = 2;
+
+constexpr std::string_view endKey = " 9999";
+constexpr const char* headRecords = "a record 1C, 1U, 1P, 2C, 3C, 100C or 9999";
+constexpr const char* valueRecords = "a record -1 or -3 of a result block";
+constexpr const char* nodeNumber = "a node number";
+constexpr const char* eachNodeOnce = "each node once in a result block";
+
+/// i32 node, a f32 for each component.
+constexpr std::size_t binaryRecordSize(std::size_t components) {
+    return sizeof(std::int32_t) + components * sizeof(float);
+}
 
 } // namespace
 
-ResultFile::ResultFile(const std::filesystem::path& path, LineReader::Watcher watcher)
-    : lines_(path, std::move(watcher)), meshReader_(lines_, job_) {
-    if (!lines_.next(line_)) {
-        throw FormatError(1, "expected a result file (.frd), found an empty one");
+/// The values of one result block, a row for each node of the node block.
+class ResultFile::ValueTable {
+public:
+    ValueTable(const NodeTable& nodes, std::size_t width, std::vector<float>& values)
+        : nodes_(nodes), width_(width), values_(values), hasRow_(nodes.size()), spare_(width) {
+        values_.assign(nodes.size() * width, std::numeric_limits<float>::quiet_NaN());
     }
-    if (!line_.startsWith("    1")) {
-        line_.failExpecting("the first record of a result file (.frd), 1C");
+
+    std::size_t width() const { return width_; }
+
+    /// Where to write the values of a node, or null if the node has values already. Values of a
+    /// node that the node block does not define are left out.
+    float* rowOf(std::uint32_t id) {
+        const auto row = nodes_.rowOf(id, guess_);
+        if (!row) {
+            ++leftOut_;
+            return spare_.data();
+        }
+        if (hasRow_[*row]) {
+            return nullptr;
+        }
+        hasRow_[*row] = true;
+        guess_ = *row + std::size_t{1};
+        return values_.data() + *row * width_;
     }
-    readUpToResult();
+
+    std::uint64_t leftOut() const { return leftOut_; }
+
+private:
+    const NodeTable& nodes_;
+    std::size_t width_;
+    std::vector<float>& values_;
+    std::vector<bool> hasRow_;
+    std::vector<float> spare_;
+    std::size_t guess_ = 0;
+    std::uint64_t leftOut_ = 0;
+};
+
+ResultFile::ResultFile(const std::filesystem::path& path, InputReader::Watcher watcher)
+    : input_(path, std::move(watcher)), meshReader_(input_, job_) {
+    constexpr std::string_view firstKey = "    1";
+    const std::string_view first = input_.peek(firstKey.size());
+    if (first != firstKey.substr(0, first.size())) {
+        throw FormatError(1, "not a result file (.frd): its first line is not a record 1C");
+    }
+    if (unlessCut([&] { readUpToResult(); })) {
+        firstResult_ = lastHead_;
+        firstParameters_ = parameters_;
+    }
 }
 
 bool ResultFile::nextResult(ResultHeader& header) {
-    if (position_ == Position::AfterBlock) {
-        line_ = lines_.require("a record 100C or 9999");
-        readUpToResult();
-    }
-    if (position_ == Position::AtEnd) {
-        return false;
-    }
-    readResultHeader(header);
-    return true;
+    return unlessCut([&] {
+               if (position_ == Position::AfterBlock) {
+                   readUpToResult();
+               }
+               if (position_ == Position::AtResult) {
+                   readResultHeader(header);
+               }
+           }) &&
+           position_ == Position::AtResult;
 }
 
-void ResultFile::readValues(const ResultHeader& header, std::vector<float>& values) {
-    const std::size_t count = header.components.size();
-    const Columns idColumns = resultFormat_.idColumns();
-    values.assign(nodes().size() * count, std::numeric_limits<float>::quiet_NaN());
-    std::vector<bool> hasRow(nodes().size(), false);
-    std::size_t guess = 0;
-    while (nextInBlock(lines_, line_, "a record -1 or -3 of a result block")) {
-        const std::uint32_t row = definedNode(line_, idColumns, nodes(), guess);
-        if (hasRow[row]) {
-            line_.failExpecting("each node once in a result block", idColumns);
+bool ResultFile::readValues(const ResultHeader& header, std::vector<float>& values) {
+    return unlessCut([&] {
+        ValueTable table(nodes(), header.components.size(), values);
+        if (resultHead_.format.isBinary) {
+            readBinaryValues(table);
+        } else {
+            readTextValues(table);
         }
-        hasRow[row] = true;
-        readNodeValues(count, values.data() + row * count);
-        guess = row + std::size_t{1};
+        position_ = Position::AfterBlock;
+        if (table.leftOut() != 0) {
+            valuesLeftOut_[header.name] += table.leftOut();
+        }
+    });
+}
+
+bool ResultFile::skipValues(const ResultHeader& header) {
+    return unlessCut([&] {
+        if (resultHead_.format.isBinary) {
+            const std::size_t size = binaryRecordSize(header.components.size());
+            BinaryBlock block(input_, resultHead_);
+            while (!block.isAtEnd()) {
+                block.take(size);
+            }
+        } else {
+            do {
+                line_ = input_.require(valueRecords);
+            } while (line_.startsWith(" -1") || line_.startsWith(" -2"));
+            if (!line_.startsWith(" -3")) {
+                line_.failExpecting(valueRecords);
+            }
+        }
+        position_ = Position::AfterBlock;
+    });
+}
+
+void ResultFile::rewind() {
+    if (!firstResult_) {
+        return;
     }
+    input_.returnTo(*firstResult_);
+    parameters_ = firstParameters_;
     position_ = Position::AfterBlock;
 }
 
-/// Reads from the current line to the header of a result block, or to the end of the file.
-void ResultFile::readUpToResult() {
-    while (readRecord()) {
-        line_ = lines_.require("a record 1C, 1U, 1P, 2C, 3C, 100C or 9999");
+/// Calls a function, unless the end of the file is reached, and notes how the file ends.
+/// @return false if the end of the file cuts what the function reads
+template <class Read>
+bool ResultFile::unlessCut(Read read) {
+    try {
+        read();
+        return true;
+    } catch (const EndOfFile& end) {
+        position_ = Position::AtEnd;
+        ending_ = end.isInsideRecord() ? Ending::InsideRecord : Ending::BetweenRecords;
+        return false;
     }
+}
+
+/// Reads from the current position to the header of a result block, or to the end of the file.
+void ResultFile::readUpToResult() {
+    do {
+        lastHead_ = input_.mark();
+        line_ = input_.require(headRecords, endKey);
+    } while (readRecord());
     if (position_ == Position::AtEnd) {
         expectEndOfFile();
+        ending_ = Ending::Finished;
     }
 }
 
@@ -107,7 +202,7 @@ bool ResultFile::readRecord() {
         position_ = Position::AtResult;
         return false;
     }
-    if (line_.startsWith(" 9999")) {
+    if (line_.startsWith(endKey)) {
         position_ = Position::AtEnd;
         return false;
     }
@@ -120,7 +215,7 @@ bool ResultFile::readRecord() {
     } else if (line_.startsWith("    2C") || line_.startsWith("    3C")) {
         readMeshBlock();
     } else {
-        line_.failExpecting("a record 1C, 1U, 1P, 2C, 3C, 100C or 9999");
+        line_.failExpecting(headRecords);
     }
     return true;
 }
@@ -161,7 +256,7 @@ void ResultFile::readMeshBlock() {
 
 void ResultFile::readResultHeader(ResultHeader& header) {
     hasSeenResult_ = true;
-    resultFormat_ = formatOf(line_, ResultColumns::format);
+    resultHead_ = blockHeadOf(line_, ResultColumns::format, binaryResults);
     header.value = line_.doubleOrZero(ResultColumns::value, "a time, frequency or factor");
     header.analysisType = line_.integerOrZero(ResultColumns::analysisType, "an analysis type");
     header.number = line_.integerOrZero(ResultColumns::number, "a step number");
@@ -169,7 +264,7 @@ void ResultFile::readResultHeader(ResultHeader& header) {
     header.analysisText = line_.name(ResultColumns::analysisText);
     header.parameters = std::exchange(parameters_, {});
 
-    line_ = requireRecord(lines_, " -4", "a record -4 with the name of the result");
+    line_ = requireRecord(input_, " -4", "a record -4 with the name of the result");
     header.name = line_.name(ComponentColumns::name);
     if (header.name.empty()) {
         line_.failExpecting("the name of the result", ComponentColumns::name);
@@ -179,6 +274,7 @@ void ResultFile::readResultHeader(ResultHeader& header) {
     }
     readComponents(header.components,
                    line_.integer(ComponentColumns::count, "a number of components"));
+    resultHead_.line = line_.number();
 }
 
 void ResultFile::readComponents(std::vector<Component>& components, std::int64_t count) {
@@ -187,7 +283,7 @@ void ResultFile::readComponents(std::vector<Component>& components, std::int64_t
     }
     components.clear();
     for (std::int64_t i = 0; i < count; ++i) {
-        line_ = requireRecord(lines_, " -5", "a record -5 with a component");
+        line_ = requireRecord(input_, " -5", "a record -5 with a component");
         const std::int64_t kind = line_.integer(ComponentColumns::kind, "a kind of component");
         const std::int64_t existence =
             line_.integerOrZero(ComponentColumns::existence, "0, 1 or 2 for existence");
@@ -197,22 +293,50 @@ void ResultFile::readComponents(std::vector<Component>& components, std::int64_t
     }
 }
 
+void ResultFile::readTextValues(ValueTable& table) {
+    const Columns idColumns = resultHead_.format.idColumns();
+    while (nextInBlock(input_, line_, valueRecords)) {
+        float* const row = table.rowOf(line_.id(idColumns, nodeNumber));
+        if (row == nullptr) {
+            line_.failExpecting(eachNodeOnce, idColumns);
+        }
+        readNodeValues(table.width(), row);
+    }
+}
+
+void ResultFile::readBinaryValues(ValueTable& table) {
+    const std::size_t size = binaryRecordSize(table.width());
+    BinaryBlock block(input_, resultHead_);
+    while (!block.isAtEnd()) {
+        const std::string_view record = block.take(size);
+        const std::uint32_t id = block.id(record, 0, nodeNumber);
+        float* const row = table.rowOf(id);
+        if (row == nullptr) {
+            block.failExpecting(eachNodeOnce, id);
+        }
+        for (std::size_t i = 0; i < table.width(); ++i) {
+            row[i] = float32At(record, binaryRecordSize(i));
+        }
+    }
+}
+
 /// Reads the values of one node from the current line and its continuation lines.
 void ResultFile::readNodeValues(std::size_t count, float* values) {
     for (std::size_t i = 0; i < count; ++i) {
         const std::size_t column = i % valuesPerLine;
         if (i != 0 && column == 0) {
-            line_ = requireRecord(lines_, " -2", "a record -2 with further values");
+            line_ = requireRecord(input_, " -2", "a record -2 with further values");
         }
-        values[i] = line_.value(resultFormat_.valueColumns(column), "a value");
+        const Columns columns = resultHead_.format.valueColumns(column);
+        values[i] = line_.value(columns, "a value");
         if (column == valuesPerLine - 1 || i == count - 1) {
-            line_.expectEnd(resultFormat_.valueColumns(column).end());
+            line_.expectEnd(columns.end());
         }
     }
 }
 
 void ResultFile::expectEndOfFile() {
-    while (lines_.next(line_)) {
+    while (input_.next(line_)) {
         if (!line_.content().empty()) {
             line_.failExpecting("nothing after the record 9999");
         }

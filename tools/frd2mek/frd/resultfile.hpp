@@ -1,8 +1,9 @@
 /// @file
-/// Reads the ASCII result file of the solver: header and mesh first, then one result at a time.
+/// Reads the result file of the solver: header and mesh first, then one result at a time.
 ///
 /// Each line is a record that starts with a key. Below, keys are quoted and the other fields are
 /// Fortran formats. Ids are I5 in the short format (format code 0) and I10 in the long one (1).
+/// The format code can change from block to block.
 ///
 ///     '   1' 'C' name, 'U' text, 'P' parameter of the next result
 ///     '   2C'  18X, I12 count, 37X, I1 format
@@ -21,17 +22,27 @@
 ///       ' -3'
 ///     ' 9999'
 ///
-/// The counts of the three blocks are ignored: the solver leaves them blank or writes counts that
-/// do not match its lines.
+/// The solver leaves the counts of the three blocks blank or writes counts that do not match its
+/// records. They are used only for a binary block at the end of an unfinished file.
+///
+/// In a binary block (format code 3 for nodes, otherwise 2) binary records follow the line end of
+/// the header, of a result that of its last record -5. They are little-endian, without padding, and
+/// the next text record follows the last of them directly:
+///
+///     node     i32 node, 3 f64 x y z
+///     element  i32 element, type, group, material, then its nodes in the order of the text
+///     values   i32 node, a f32 for each component that is not derived
 #pragma once
 
+#include "frd/inputreader.hpp"
 #include "frd/job.hpp"
-#include "frd/linereader.hpp"
 #include "frd/meshreader.hpp"
 
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -72,33 +83,63 @@ struct ResultHeader {
     std::vector<Component> components{}; ///< only those with values in the file
 };
 
+/// How the file ends.
+enum class Ending {
+    Unread,         ///< the end was not reached yet
+    Finished,       ///< by record 9999
+    BetweenRecords, ///< without record 9999, like the next
+    InsideRecord
+};
+
+/// Values at nodes that the node block does not define, by the name of the result.
+using LeftOutValues = std::map<std::string, std::uint64_t>;
+
 /// An open result file. Between two calls it keeps only the node table and the job.
 ///
 /// Every operation raises `FormatError` for an invalid line, and `std::runtime_error` if the file
-/// cannot be read.
+/// cannot be read. An unfinished file ends behind its last complete block.
 class ResultFile {
 public:
     /// Reads everything up to the first result.
-    explicit ResultFile(const std::filesystem::path& path, LineReader::Watcher watcher = {});
+    explicit ResultFile(const std::filesystem::path& path, InputReader::Watcher watcher = {});
     ResultFile(const ResultFile&) = delete;
     ResultFile& operator=(const ResultFile&) = delete;
 
     const Job& job() const { return job_; }
     const NodeTable& nodes() const { return meshReader_.nodes(); }
+    std::uint64_t elementCount() const { return meshReader_.elementCount(); }
+    std::uint64_t elementsLeftOut() const { return meshReader_.elementsLeftOut(); }
+    const LeftOutValues& valuesLeftOut() const { return valuesLeftOut_; }
+    Ending ending() const { return ending_; }
 
     /// Moves the mesh out of the reader.
     Mesh takeMesh() { return meshReader_.takeMesh(); }
 
-    /// Reads the header of the next result. The values of the previous result must have been read.
-    /// @return false at the end of a complete file
+    /// Reads the header of the next result. The values of the previous result must have been read
+    /// or skipped.
+    /// @return false at the end of the file
     bool nextResult(ResultHeader& header);
 
     /// Reads the values of the result whose header was read last.
     /// @param values is set to one row for each of `nodes()`, with one column per component; a
     ///     quiet NaN where the file has no value
-    void readValues(const ResultHeader& header, std::vector<float>& values);
+    /// @return false if the end of the file cuts the block
+    bool readValues(const ResultHeader& header, std::vector<float>& values);
+
+    /// Passes the values of the result whose header was read last without checking them.
+    /// @return false if the end of the file cuts the block
+    bool skipValues(const ResultHeader& header);
+
+    /// Returns to the first result.
+    void rewind();
 
 private:
+    enum class Position { AfterBlock, AtResult, AtEnd };
+
+    class ValueTable;
+
+    template <class Read>
+    bool unlessCut(Read read);
     void readUpToResult();
     bool readRecord();
     void readUserText();
@@ -106,16 +147,23 @@ private:
     void readMeshBlock();
     void readResultHeader(ResultHeader& header);
     void readComponents(std::vector<Component>& components, std::int64_t count);
+    void readTextValues(ValueTable& table);
+    void readBinaryValues(ValueTable& table);
     void readNodeValues(std::size_t count, float* values);
     void expectEndOfFile();
 
-    LineReader lines_;
+    InputReader input_;
     Line line_{}; ///< the current line
     Job job_;
     MeshReader meshReader_;
     std::vector<NamedValue> parameters_; ///< of the next result
-    Format resultFormat_{};
-    enum class Position { AfterBlock, AtResult, AtEnd } position_ = Position::AfterBlock;
+    BlockHead resultHead_{};
+    InputReader::Mark lastHead_{}; ///< before the header that was read last
+    std::optional<InputReader::Mark> firstResult_;
+    std::vector<NamedValue> firstParameters_;
+    LeftOutValues valuesLeftOut_;
+    Position position_ = Position::AfterBlock;
+    Ending ending_ = Ending::Unread;
     bool hasSeenResult_ = false;
 };
 

@@ -3,18 +3,17 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <tuple>
 #include <utility>
 
 namespace Frd {
 
 namespace {
 
-constexpr Columns stepValue{12, 12};
-constexpr Columns stepKind{56, 17}; // analysis type, number, text
-constexpr Columns resultName{5, 8};
+constexpr std::size_t longestName = 8;
 
 std::string imaginaryNameOf(const std::string& name) {
-    return name.substr(0, resultName.width - 1) + "I";
+    return name.substr(0, longestName - 1) + "I";
 }
 
 /// Collects the results of one step, and classifies them when the next step begins.
@@ -22,14 +21,14 @@ class StepSurvey {
 public:
     explicit StepSurvey(std::vector<SurveyedResult>& results) : results_(results) {}
 
-    void enter(const std::string& step) {
+    void add(const ResultHeader& header) {
+        Step step{header.value, header.analysisType, header.number, header.analysisText};
         if (step != step_) {
             finish();
-            step_ = step;
+            step_ = std::move(step);
         }
+        names_.push_back(header.name);
     }
-
-    void add(std::string name) { names_.push_back(std::move(name)); }
 
     void finish() {
         std::map<std::string, std::string> realNames; // by the name of the imaginary part
@@ -57,26 +56,21 @@ public:
     }
 
 private:
+    using Step = std::tuple<double, std::int64_t, std::int64_t, std::string>;
+
     std::vector<SurveyedResult>& results_;
-    std::string step_;
+    Step step_;
     std::vector<std::string> names_;
 };
 
 } // namespace
 
-std::vector<SurveyedResult> surveyResults(LineReader& lines) {
+std::vector<SurveyedResult> surveyResults(ResultFile& file) {
     std::vector<SurveyedResult> results;
     StepSurvey step(results);
-    Line line;
-    bool isInHeader = false;
-    while (lines.next(line)) {
-        if (line.startsWith("  100C")) {
-            step.enter(line.name(stepValue) + line.name(stepKind));
-            isInHeader = true;
-        } else if (isInHeader && line.startsWith(" -4")) {
-            step.add(line.name(resultName));
-            isInHeader = false;
-        }
+    ResultHeader header;
+    while (file.nextResult(header) && file.skipValues(header)) {
+        step.add(header);
     }
     step.finish();
     return results;

@@ -6,7 +6,7 @@
 /// Other blocks can come between the two, so a separate pass over the file has to find the pairs.
 #pragma once
 
-#include "frd/linereader.hpp"
+#include "frd/resultfile.hpp"
 
 #include <string>
 #include <vector>
@@ -21,7 +21,8 @@ struct SurveyedResult {
     bool isStepComplex = false; ///< some result of the same step is complex
 };
 
-/// One element for each result block of the file. Errors in the file are not reported here.
-std::vector<SurveyedResult> surveyResults(LineReader& lines);
+/// One element for each complete result block of the file. Reads all headers and skips the values;
+/// the file is at its end afterwards.
+std::vector<SurveyedResult> surveyResults(ResultFile& file);
 
 } // namespace Frd
