@@ -4,6 +4,16 @@
 /// On Windows, define MEKAPI2_STATIC to link the object files instead of the DLL.
 #pragma once
 
+// Every public header with declarations includes this one first. The Microsoft compiler keeps
+// __cplusplus at 199711 unless an option changes it; _MSVC_LANG has the language version.
+#if defined(_MSVC_LANG)
+#if _MSVC_LANG < 201703L
+#error MekApi2 needs C++17
+#endif
+#elif __cplusplus < 201703L
+#error MekApi2 needs C++17
+#endif
+
 /// @def MEKAPI2_API
 /// Marks a class or function that an application links to.
 

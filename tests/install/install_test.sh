@@ -62,13 +62,18 @@ check_readme() {
         "$SOURCE_DIR/examples/first_model.cpp" || fail "README.md and examples/first_model.cpp differ"
 }
 
-# Every public header can be included first, compiles without warnings and includes no Eigen.
+# Every public header can be included first, compiles without warnings and includes no Eigen. With
+# an older language version the first error says what is needed.
 check_headers() {
-    local header used
+    local header used error
     while IFS= read -r header; do
         used=$("${compile[@]}" "${warnings[@]}" -I"$prefix/include" -MD -MF - -o /dev/null -c \
             -x c++ -include "$header" /dev/null) || fail "$header"
         ! grep -qi eigen <<<"$used" || fail "$header includes Eigen"
+        error=$("${compile[@]}" -std=c++14 -I"$prefix/include" -fsyntax-only -x c++ \
+            -include "$header" /dev/null 2>&1 | grep -m 1 'error:' || true)
+        [[ $error == *': '*'MekApi2 needs C++17' || $header == tyr/version.hpp ]] ||
+            fail "$header as C++14: $error"
     done < <(cd "$prefix/include" && find tyr -name '*.hpp')
 }
 

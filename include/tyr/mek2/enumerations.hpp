@@ -16,6 +16,8 @@
 /// @endcode
 #pragma once
 
+#include <tyr/export.hpp>
+
 #include <cstdint>
 
 namespace Tyr::Mek2 {
