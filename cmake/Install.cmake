@@ -7,6 +7,9 @@ install(TARGETS MekApi2 EXPORT MekApi2Targets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+if(MEKAPI2_BUILD_TOOLS)
+    install(TARGETS frd2mek mekinfo RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+endif()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/tyr DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/MekApi2)
@@ -18,17 +21,31 @@ install(FILES
         ${PROJECT_BINARY_DIR}/MekApi2Config.cmake
         ${PROJECT_BINARY_DIR}/MekApi2ConfigVersion.cmake
         cmake/MekApi2Boost.cmake
+        cmake/MekApi2Libdeflate.cmake
     DESTINATION ${package_dir})
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT license)
 
-# The installation can be moved: paths are relative to the .pc file, unless they were configured as
-# absolute paths.
-file(RELATIVE_PATH pc_prefix
-    ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-string(REGEX REPLACE "/$" "" pc_prefix "${pc_prefix}")
+# The installation can be moved: paths are relative to the .pc file. In /usr they are absolute, so that
+# pkg-config leaves out the folders that the compiler searches anyway.
+file(RELATIVE_PATH to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" to_prefix "${to_prefix}")
 set(pc_libdir "\${prefix}")
 cmake_path(APPEND pc_libdir "${CMAKE_INSTALL_LIBDIR}")
 set(pc_includedir "\${prefix}")
 cmake_path(APPEND pc_includedir "${CMAKE_INSTALL_INCLUDEDIR}")
-configure_file(cmake/mekapi2.pc.in mekapi2.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/mekapi2.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+if(NOT BUILD_SHARED_LIBS)
+    set(pc_cflags " -DMEKAPI2_STATIC")
+    set(pc_libs " ${TYR_DEFLATE_FLAG}")
+endif()
+set(pc_prefix "\${pcfiledir}/${to_prefix}")
+configure_file(cmake/mekapi2.pc.in pkgconfig/moved/mekapi2.pc @ONLY)
+set(pc_prefix /usr)
+configure_file(cmake/mekapi2.pc.in pkgconfig/system/mekapi2.pc @ONLY)
+install(CODE "
+    set(kind moved)
+    if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\")
+        set(kind system)
+    endif()
+    file(INSTALL \"${PROJECT_BINARY_DIR}/pkgconfig/\${kind}/mekapi2.pc\"
+        DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/pkgconfig\")
+")

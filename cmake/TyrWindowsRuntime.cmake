@@ -15,5 +15,7 @@ foreach(name libgcc_s_seh-1.dll libstdc++-6.dll libwinpthread-1.dll)
     file(MAKE_DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
     execute_process(COMMAND ${CMAKE_STRIP} -o ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${name} ${runtime_dll}
         COMMAND_ERROR_IS_FATAL ANY)
-    install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${name} DESTINATION ${CMAKE_INSTALL_BINDIR})
+    if(MEKAPI2_INSTALL)
+        install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${name} DESTINATION ${CMAKE_INSTALL_BINDIR})
+    endif()
 endforeach()

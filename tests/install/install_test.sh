@@ -3,10 +3,12 @@
 #   SOURCE_DIR, BUILD_DIR   folders of the project
 #   CXX, CXXFLAGS           compiler of the build and its flags
 #   PREFIX                  (optional) the folder with bin, include and lib of another package
+#   MEKINFO                 (optional) another mekinfo than that of the package
 set -euo pipefail
 
 work=$BUILD_DIR/tests/install/package
 prefix=${PREFIX:-$work/moved}
+mekinfo=${MEKINFO:-$prefix/bin/mekinfo}
 read -r -a compile <<<"$CXX $CXXFLAGS -std=c++17"
 warnings=(-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
 
@@ -28,7 +30,7 @@ run_programs() {
         ./host ./libmodule.so loaded) 2>&1) || fail "$output"
     [ -z "$output" ] || fail "saving is not silent: $output"
     for file in "$1"/{first_model,{linked,loaded}/whole}.mek; do
-        "$prefix/bin/mekinfo" --check "$file" >/dev/null || fail "mekinfo --check $file"
+        "$mekinfo" --check "$file" >/dev/null || fail "mekinfo --check $file"
     done
 }
 
@@ -44,7 +46,7 @@ check_pkg_config() {
     local flags library_dir sources=$SOURCE_DIR/tests/install/application
     export PKG_CONFIG_PATH
     PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name mekapi2.pc)")
-    read -r -a flags < <(pkg-config --cflags --libs mekapi2)
+    read -r -a flags < <(pkg-config --static --cflags --libs mekapi2)
     library_dir=$(pkg-config --variable=libdir mekapi2)
     compile+=(-fvisibility=hidden "${warnings[@]}" -I"$SOURCE_DIR/tests")
     mkdir -p "$work/pkg_config"
@@ -54,6 +56,42 @@ check_pkg_config() {
     "${compile[@]}" -shared -fPIC "$sources/application.cpp" -o libmodule.so "${flags[@]}"
     "${compile[@]}" "$sources/host.cpp" -o host -ldl
     LD_LIBRARY_PATH=$library_dir run_programs "$work/pkg_config"
+}
+
+# In /usr, pkg-config prints no folder that the compiler searches anyway.
+check_system_prefix() {
+    local flags folder=$work/system/usr/lib/pkgconfig
+    DESTDIR=$work/system cmake --install "$BUILD_DIR" --prefix /usr >"$work/system.log"
+    [ -e "$folder/mekapi2.pc" ] || folder=$(dirname "$(find "$work/system" -name mekapi2.pc)")
+    flags=$(PKG_CONFIG_PATH=$folder pkg-config --cflags --libs mekapi2)
+    [ "${flags// /}" = -lMekApi2 ] || fail "flags for /usr: $flags"
+}
+
+# Another project contains this one and asks for a static library, and later for its installation.
+check_static() {
+    local build=$work-static output
+    configure() {
+        cmake -S "$SOURCE_DIR/tests/install/subproject" -B "$build" -DMEKAPI2="$SOURCE_DIR" \
+            -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_CXX_FLAGS="$CXXFLAGS" -DBUILD_SHARED_LIBS=OFF \
+            -DMEKAPI2_DEFLATE="$DEFLATE" "$@"
+    }
+    rm -rf "$build"
+    configure
+    cmake --build "$build"
+    cmake --install "$build" --prefix "$build/prefix"
+    [ ! -e "$build/prefix" ] || fail "an installation was not asked for"
+
+    output=$("$build/handling_failures" "$build/file.mek")
+    grep -q ' from tyr/mek2/database.cpp, line ' <<<"$output" || fail "no location: $output"
+    diff <("$BUILD_DIR/bin/handling_failures" "$build/file.mek") - <<<"$output" ||
+        fail "the exceptions of the static and the shared library differ"
+
+    configure -DMEKAPI2_INSTALL=ON
+    cmake --install "$build" --prefix "$build/prefix"
+    work=$build prefix=$build/prefix mekinfo=$BUILD_DIR/bin/mekinfo
+    check_cmake
+    check_pkg_config
+    ! ldd "$build"/*/{application,libmodule.so} | grep MekApi2 || fail "the library is shared"
 }
 
 # The program in the README is the one that was compiled.

@@ -1,0 +1,11 @@
+# Defines MekApi2::Libdeflate if libdeflate is found. Older versions of it have no CMake package.
+if(NOT TARGET MekApi2::Libdeflate)
+    find_path(MEKAPI2_LIBDEFLATE_INCLUDE_DIR libdeflate.h)
+    find_library(MEKAPI2_LIBDEFLATE_LIBRARY NAMES deflate libdeflate)
+    mark_as_advanced(MEKAPI2_LIBDEFLATE_INCLUDE_DIR MEKAPI2_LIBDEFLATE_LIBRARY)
+    if(MEKAPI2_LIBDEFLATE_INCLUDE_DIR AND MEKAPI2_LIBDEFLATE_LIBRARY)
+        add_library(MekApi2::Libdeflate INTERFACE IMPORTED GLOBAL)
+        target_include_directories(MekApi2::Libdeflate INTERFACE ${MEKAPI2_LIBDEFLATE_INCLUDE_DIR})
+        target_link_libraries(MekApi2::Libdeflate INTERFACE ${MEKAPI2_LIBDEFLATE_LIBRARY})
+    endif()
+endif()
