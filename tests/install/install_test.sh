@@ -3,7 +3,7 @@
 #   SOURCE_DIR, BUILD_DIR   folders of the project
 #   CXX, CXXFLAGS           compiler of the build and its flags
 #   PREFIX                  (optional) the folder with bin, include and lib of another package
-#   MEKINFO                 (optional) another mekinfo than that of the package
+#   MEKINFO, PKG_CONFIG     (optional) commands to use instead of those of package and system
 set -euo pipefail
 
 work=$BUILD_DIR/tests/install/package
@@ -43,11 +43,12 @@ check_cmake() {
 }
 
 check_pkg_config() {
-    local flags library_dir sources=$SOURCE_DIR/tests/install/application
+    local flags library_dir pkg_config sources=$SOURCE_DIR/tests/install/application
+    read -r -a pkg_config <<<"${PKG_CONFIG:-pkg-config}"
     export PKG_CONFIG_PATH
     PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name mekapi2.pc)")
-    read -r -a flags < <(pkg-config --static --cflags --libs mekapi2)
-    library_dir=$(pkg-config --variable=libdir mekapi2)
+    read -r -a flags < <("${pkg_config[@]}" --static --cflags --libs mekapi2)
+    library_dir=$("${pkg_config[@]}" --variable=libdir mekapi2)
     compile+=(-fvisibility=hidden "${warnings[@]}" -I"$SOURCE_DIR/tests")
     mkdir -p "$work/pkg_config"
     cd "$work/pkg_config"

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Unpacks the Debian packages into an empty folder and uses them there as an application does.
+# Checks the Debian packages with lintian, unpacks them into an empty folder, and uses them there as an
+# application does.
 # Usage: package_test.sh FOLDER_OF_PACKAGES
 set -euo pipefail
 packages=$(realpath "$1")
@@ -8,6 +9,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 root=$work/root
 runtime=libmekapi2-2
+names=($runtime libmekapi2-dev mekapi2-doc mekapi2-tools python3-mekapi2)
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
@@ -17,8 +19,12 @@ field_of() { dpkg-deb -f "$packages/$1"_*.deb "$2"; }
 # $1: name; its files, without folders
 files_of() { dpkg-deb -c "$packages/$1"_*.deb | awk '$1 !~ /^d/ {print $6}'; }
 
+check_policy() {
+    lintian --allow-root --fail-on error,warning "$packages"/*.changes || fail "lintian"
+}
+
 check_contents() {
-    local name version
+    local name version documents
     version=$(field_of $runtime Version)
     for name in libmekapi2-dev mekapi2-tools python3-mekapi2; do
         grep -qF "$runtime (= $version)" <<<"$(field_of $name Depends)" ||
@@ -28,15 +34,25 @@ check_contents() {
         grep -qF "$name (>= " <<<"$(field_of $runtime Depends)" ||
             fail "$runtime does not depend on $name"
     done
-    [ "$(files_of $runtime | grep -v '/copyright$' | grep -vc '/libMekApi2\.so\.2')" -eq 0 ] ||
-        fail "$runtime contains more than the library"
-    for name in $runtime libmekapi2-dev mekapi2-tools python3-mekapi2; do
-        cmp "$source/LICENSE" "$root/usr/share/doc/$name/copyright" || fail "$name has no licence"
-        grep -qF '<developers@mekapi2.invalid>' <<<"$(field_of "$name" Maintainer)" ||
-            fail "$name has no contact"
+    for name in $runtime libmekapi2-dev; do
+        [ "$(field_of $name Multi-Arch)" = same ] || fail "$name cannot be installed twice"
+        ! files_of $name | grep '^./usr/lib/[^/]*$' || fail "$name has files of two architectures"
     done
-    [ -z "$(for name in $runtime libmekapi2-dev mekapi2-tools python3-mekapi2; do
-        files_of "$name"; done | sort | uniq -d)" ] || fail "two packages contain the same file"
+    [ "$(files_of $runtime | grep -v '/doc/' | grep -vc '/libMekApi2\.so\.2')" -eq 0 ] ||
+        fail "$runtime contains more than the library"
+    for name in "${names[@]}"; do
+        cmp "$source/LICENSE" "$root/usr/share/doc/$name/copyright" || fail "$name has no licence"
+    done
+    documents=$root/usr/share/doc/mekapi2
+    diff -r --exclude=__pycache__ "$source/examples" "$documents/examples" || fail "examples differ"
+    for name in "$source"/docs/*.md; do
+        cmp "$name" "$documents/docs/${name##*/}" || fail "$name is not installed"
+    done
+    for name in "$root"/usr/bin/*; do
+        zgrep -q -- --help "$root/usr/share/man/man1/${name##*/}.1.gz" || fail "$name: no man page"
+    done
+    [ -z "$(for name in "${names[@]}"; do files_of "$name"; done | sort | uniq -d)" ] ||
+        fail "two packages contain the same file"
 }
 
 # $1: a file that mekinfo of the packages must accept
@@ -44,7 +60,7 @@ check_file() { "$root/usr/bin/mekinfo" --check "$1" >/dev/null || fail "$1 is in
 
 check_cmake() {
     local program
-    cmake -S "$source/examples" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$root/usr"
+    cmake -S "$root/usr/share/doc/mekapi2/examples" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$root/usr"
     cmake --build "$work/cmake"
     for program in first_model steps_and_links assembly_paths handling_failures; do
         grep -qF "$root" <(ldd "$work/cmake/$program") || fail "$program uses another library"
@@ -55,6 +71,7 @@ check_cmake() {
 
 check_pkg_config() {
     SOURCE_DIR=$source BUILD_DIR=$work CXX=c++ CXXFLAGS='' PREFIX=$root/usr \
+        PKG_CONFIG="pkg-config --define-variable=prefix=$root/usr" \
         "$source/tests/install/install_test.sh" pkg_config
 }
 
@@ -77,6 +94,10 @@ check_python() {
 for package in "$packages"/*.deb; do
     dpkg-deb -x "$package" "$root"
 done
+# installed, the programs find the library in a folder of the system
+LD_LIBRARY_PATH=$(dirname "$(find "$root" -name 'libMekApi2.so.2')")
+export LD_LIBRARY_PATH
+check_policy
 check_contents
 check_cmake
 check_pkg_config
