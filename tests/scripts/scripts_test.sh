@@ -34,10 +34,10 @@ expect() {
     [ ! -e "$work/called" ] || fail "$*: installs or builds"
 }
 
-for script in $(find scripts -maxdepth 1 -type f -executable); do
+while IFS= read -r script; do
     expect 0 "Usage: $script" "$script" --help
     expect 2 "'--unknown'" "$script" --unknown
-done
+done < <(find scripts -maxdepth 1 -type f -executable)
 expect 1 "demo: missing.frd: No such file or directory" scripts/demo missing.frd
 expect 1 "demo: scripts: not a regular file" scripts/demo scripts
 expect 2 "more than one file" scripts/demo a.frd b.frd
