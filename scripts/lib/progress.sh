@@ -17,10 +17,10 @@ report_progress() {
     local state start=$SECONDS
     # A closed output lets a reader of this script's output end with the script.
     while sleep 10 >/dev/null 2>&1; do
+        kill -0 $$ 2>/dev/null || exit # the script was stopped
         state=$(describe_progress "$2")
         printf '%s: %s%d:%02d min\n' "$1" "${state:+$state, }" \
             $(((SECONDS - start) / 60)) $(((SECONDS - start) % 60))
-        kill -0 $$ 2>/dev/null || exit
     done
 }
 
