@@ -1,6 +1,7 @@
 /// @file
-/// Reads, checks, lists and exports arbitrary files. The reader must raise `MekReader::Error`; of a
-/// file that the check accepts it must read every array.
+/// Reads, checks, lists, lints and exports arbitrary files. The reader must raise
+/// `MekReader::Error`; of a file that the check accepts it must read every array and look for
+/// findings.
 ///
 /// If the first byte of the input is even, the other bytes are the file. Otherwise they describe a
 /// container, which is written with valid tables and checksums so that the reader reaches its
@@ -8,6 +9,7 @@
 #include "fuzz/bytesource.hpp"
 #include "fuzz/folder.hpp"
 #include "mekinfo/print.hpp"
+#include "meklint/lint.hpp"
 #include "mekreader/error.hpp"
 #include "mekreader/model.hpp"
 #include "mekvtu/export.hpp"
@@ -78,6 +80,11 @@ void readEverything(const std::string& path) {
     }
 }
 
+void lint(const std::string& path) {
+    MekReader::File file(path);
+    MekLint::lint(file, [](const MekLint::Finding& finding) { MekLint::toLine(finding); });
+}
+
 template <class Action>
 bool succeeds(const Action& action) {
     try {
@@ -96,7 +103,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Fuzz::ByteSource source(data, size);
     writeInput(source, path);
     const bool isValid = succeeds([&] { MekReader::check(path); });
-    if (!succeeds([&] { readEverything(path); }) && isValid) {
+    const bool isRead = succeeds([&] { readEverything(path); });
+    const bool isLinted = succeeds([&] { lint(path); });
+    if (isValid && !(isRead && isLinted)) {
         std::abort();
     }
     succeeds([&] {
