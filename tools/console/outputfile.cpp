@@ -2,10 +2,10 @@
 
 #include "console/error.hpp"
 
-#include <array>
 #include <cerrno>
-#include <cstdio>
+#include <iomanip>
 #include <random>
+#include <sstream>
 #include <string>
 #include <system_error>
 
@@ -38,6 +38,7 @@ int createExclusively(const std::filesystem::path& path, [[maybe_unused]] bool i
 #else
     constexpr mode_t ownerOnly = 0600;
     constexpr mode_t byUmask = 0666;
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg): the system's interface
     const int file = open(path.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC,
                           isPrivate ? ownerOnly : byUmask);
     return file < 0 ? errno : (close(file), 0);
@@ -68,9 +69,11 @@ std::error_code renameExclusively(const std::filesystem::path& from,
 }
 
 std::string randomSuffix() {
-    std::array<char, sizeof(".01234567.part")> suffix{};
-    std::snprintf(suffix.data(), suffix.size(), ".%08x.part", std::random_device()());
-    return suffix.data();
+    constexpr int digits = 8;
+    std::ostringstream suffix;
+    suffix << '.' << std::hex << std::setfill('0') << std::setw(digits) << std::random_device()()
+           << ".part";
+    return suffix.str();
 }
 
 constexpr const char* existsMessage = "exists; use --overwrite to replace it";

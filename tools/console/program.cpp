@@ -34,9 +34,11 @@ void occupyStandardStreams() {
 #if !defined(_WIN32)
     constexpr std::array<int, 3> access{O_WRONLY, O_RDONLY, O_RDONLY};
     for (int stream = 0; stream < static_cast<int>(access.size()); ++stream) {
+        // NOLINTBEGIN(cppcoreguidelines-pro-type-vararg): the system's interface
         if (fcntl(stream, F_GETFD) == -1) {
             open("/dev/null", access[static_cast<std::size_t>(stream)]); // gets the lowest number
         }
+        // NOLINTEND(cppcoreguidelines-pro-type-vararg)
     }
 #endif
 }

@@ -25,7 +25,7 @@ namespace {
 
 using Character = std::filesystem::path::value_type;
 
-constexpr int slotCount = 16;
+constexpr std::ptrdiff_t slotCount = 16;
 constexpr std::size_t maximalLength = 4096;
 
 /// A signal handler reads it: no allocation, no lock.
@@ -149,12 +149,13 @@ UnfinishedFile::UnfinishedFile(const std::filesystem::path& path) : slot_(slotCo
     if (name.size() >= maximalLength) {
         return;
     }
-    const auto free = std::find_if(slots.begin(), slots.end(),
-                                   [](const Slot& slot) { return !slot.isUsed.load(); });
-    if (free != slots.end()) {
-        *std::copy(name.begin(), name.end(), free->path.begin()) = Character();
-        free->isUsed.store(true, std::memory_order_release);
-        slot_ = static_cast<int>(free - slots.begin());
+    for (Slot& slot : slots) {
+        if (!slot.isUsed.load()) {
+            *std::copy(name.begin(), name.end(), slot.path.begin()) = Character();
+            slot.isUsed.store(true, std::memory_order_release);
+            slot_ = &slot - slots.data();
+            return;
+        }
     }
 }
 

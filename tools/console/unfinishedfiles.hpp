@@ -2,6 +2,7 @@
 /// Unfinished files, which are removed when a signal or the console ends the process.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 
@@ -27,7 +28,7 @@ public:
     ~UnfinishedFile();
 
 private:
-    int slot_;
+    std::ptrdiff_t slot_;
 };
 
 } // namespace Console

@@ -143,7 +143,7 @@ void Inspector::exportVtu(const std::string& name) {
         return;
     }
     for (const std::string& note : summary.notes) {
-        report_(name + ": " + note);
+        report_(std::string(name).append(": ").append(note));
     }
     std::cout << summary.collection.u8string() << ": " << counted(summary.meshParts, "mesh part")
               << ", " << counted(summary.steps, "step") << ", " << counted(summary.files, "file")
