@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <regex>
@@ -35,7 +36,7 @@ protected:
 
     static Run convert(const std::string& arguments) {
         const Testing::Run run = Testing::run("frd2mek " + arguments);
-        return {run.exitCode, run.output + run.errors};
+        return {run.exitCode, run.errors + run.output};
     }
 
     void write(const std::string& name, const std::string& text) const {
@@ -221,7 +222,6 @@ TEST_F(ConverterTest, ReportsLineAndExpectationOfInvalidRecords) {
     };
     const std::string value = " 1.00000E+00";
     const std::vector<Case> cases{
-        {1, "NODE", "the first record of a result file"},
         {2, std::string(3 << 20, 'x'), "a line of text"},
         {2, "    7X", "a record 1C, 1U, 1P, 2C, 3C, 100C or 9999, found \"    7X\""},
         {3, line(3).substr(0, 73) + "2", "format code 0, 1 or 3"},
@@ -247,7 +247,7 @@ TEST_F(ConverterTest, ReportsLineAndExpectationOfInvalidRecords) {
         changed.replace(start, startOf(number + 1, text) - start, record + '\n');
         expectRefused(changed, std::to_string(number) + ": expected " + expected);
     }
-    expectRefused("*NODE\n", "1: not a result file (.frd)");
+    expectRefused("NODE\n", "1: not a result file (.frd)");
 }
 
 TEST_F(ConverterTest, SalvagesCompleteBlocksOfUnfinishedFiles) {

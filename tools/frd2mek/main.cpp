@@ -23,13 +23,13 @@ void print(const std::filesystem::path& output, const Frd::Summary& summary) {
               << " bytes out\n";
 }
 
-int convert(const Frd::CommandLine& commandLine) {
+int convert(const Frd::CommandLine& commandLine, const Console::Program& program) {
     Console::checkInputFile(commandLine.input(), Console::FileFormat::ResultFile);
     try {
         const Frd::Summary summary =
             Frd::convert(commandLine.input(), commandLine.output(), commandLine.options);
         for (const std::string& warning : summary.warnings) {
-            std::cerr << "frd2mek: " << commandLine.inputName << ": warning: " << warning << '\n';
+            program.report(commandLine.inputName + ": warning: " + warning);
         }
         print(commandLine.output(), summary);
         return Console::exitDone;
@@ -47,5 +47,5 @@ int main(int count, char** arguments) {
     Console::Program program("frd2mek", Frd::purpose, Frd::notes);
     Frd::CommandLine commandLine;
     Frd::declareOptions(program.commandLine(), commandLine);
-    return program.run(count, arguments, [&] { return convert(commandLine); });
+    return program.run(count, arguments, [&] { return convert(commandLine, program); });
 }
