@@ -6,7 +6,7 @@ import contextlib
 import os
 import warnings
 import weakref
-from collections.abc import Iterable, Iterator, Mapping, Sequence
+from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
 from dataclasses import dataclass, field
 from types import TracebackType
 from typing import Any, NoReturn, Optional, Type, Union, overload
@@ -66,6 +66,13 @@ class Model:
         Replace an existing file.
     tool_name, tool_version : str
         Name and version of the writing program, stored in the file if the name is not empty.
+    journal : bool
+        Record what is not in the file yet in the file ``path.journal``, so that `checkpoint` can be
+        called and ``mekrecover`` makes a complete file after a killed run.
+    replace_when_complete : bool
+        Write under a temporary name, which becomes ``path`` when the model is closed. If the
+        ``with`` block raises an exception, the temporary file is removed instead, unless there is a
+        journal.
 
     Attributes
     ----------
@@ -93,6 +100,8 @@ class Model:
         overwrite: bool = False,
         tool_name: str = "",
         tool_version: str = "",
+        journal: bool = False,
+        replace_when_complete: bool = False,
     ) -> None:
         core = _core.Model()
         self.path = os.fspath(path)
@@ -102,10 +111,14 @@ class Model:
                 _plain.flag("overwrite", overwrite),
                 _plain.string("tool_name", tool_name),
                 _plain.string("tool_version", tool_version),
+                _plain.flag("journal", journal),
+                _plain.flag("replace_when_complete", replace_when_complete),
             )
         self._core = core
+        self._replaces_when_complete = replace_when_complete
         self.closed = False
-        self._close_if_forgotten = weakref.finalize(self, _close_forgotten, core, repr(self))
+        forget = core.abandon if replace_when_complete else core.close
+        self._close_if_forgotten = weakref.finalize(self, _close_forgotten, forget, repr(self))
 
     @classmethod
     def create(
@@ -115,9 +128,18 @@ class Model:
         overwrite: bool = False,
         tool_name: str = "",
         tool_version: str = "",
+        journal: bool = False,
+        replace_when_complete: bool = False,
     ) -> Model:
         """Create a file and return its open model, as ``Model(path)`` does."""
-        return cls(path, overwrite=overwrite, tool_name=tool_name, tool_version=tool_version)
+        return cls(
+            path,
+            overwrite=overwrite,
+            tool_name=tool_name,
+            tool_version=tool_version,
+            journal=journal,
+            replace_when_complete=replace_when_complete,
+        )
 
     @contextlib.contextmanager
     def _naming_the_file(self) -> Iterator[None]:
@@ -145,6 +167,32 @@ class Model:
         with self._naming_the_file():
             self._core.close()
 
+    def checkpoint(self, durable: bool = False) -> None:
+        """Make everything so far recoverable by ``mekrecover``, whatever ends the process.
+
+        Compresses and writes the arrays that are still in memory, so the time depends on what was
+        added since the last checkpoint. Frequent checkpoints make a larger file.
+
+        Parameters
+        ----------
+        durable : bool
+            Wait until the device has everything, which then survives a power cut, too.
+
+        Raises
+        ------
+        InvalidObjectState
+            The model was opened without ``journal``, or it is closed.
+        FileWriteException
+            Writing failed. The model can be used further. Also an `OSError`.
+        """
+        with self._naming_the_file():
+            self._core.checkpoint(_plain.flag("durable", durable))
+
+    def _abandon(self) -> None:
+        self.closed = True
+        self._close_if_forgotten.detach()
+        self._core.abandon()
+
     def __enter__(self) -> Model:
         """Return the model. Raises `InvalidObjectState` if it is closed."""
         if self.closed:
@@ -160,8 +208,12 @@ class Model:
         """Close the model.
 
         After an exception in the block the file is complete as well, with everything added before.
-        An error of `close` is then added to that exception as a note.
+        An error of `close` is then added to that exception as a note. With
+        ``replace_when_complete`` the file is not completed after an exception.
         """
+        if error is not None and self._replaces_when_complete:
+            self._abandon()
+            return
         try:
             self.close()
         except Exception as close_error:
@@ -482,6 +534,6 @@ def _steps(steps: Union[None, str, Step, Iterable[Union[str, Step]]]) -> Sequenc
     return result
 
 
-def _close_forgotten(core: _core.Model, description: str) -> None:
+def _close_forgotten(close: Callable[[], None], description: str) -> None:
     warnings.warn(f"unclosed {description}", ResourceWarning)
-    core.close()
+    close()

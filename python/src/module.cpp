@@ -117,9 +117,11 @@ class Model {
 
 public:
     void saveTo(const Path& path, bool overwrite, const std::string& toolName,
-                const std::string& toolVersion) {
+                const std::string& toolVersion, bool journal, bool replaceWhenComplete) {
         Mek2::SaverOptions options{overwrite, toolName, toolVersion};
         options.relinkReplaced = true; // an array given to a variable that was a link is not lost
+        options.journal = journal;
+        options.replaceWhenComplete = replaceWhenComplete;
         runUnchecked([&](Mek2::Model& model) {
             try {
                 model.saveTo(path, options);
@@ -141,6 +143,20 @@ public:
                 model.close(); // drops the write cycle
                 throw;
             }
+        });
+    }
+
+    /// Closes the model and leaves its file unfinished.
+    void abandon() {
+        runUnchecked([this](Mek2::Model& model) {
+            isOpen_ = false;
+            model = Mek2::Model();
+        });
+    }
+
+    void checkpoint(bool durable) {
+        run([durable](Mek2::Model& model) {
+            model.checkpoint(durable ? Mek2::Durability::Device : Mek2::Durability::Process);
         });
     }
 
@@ -262,8 +278,10 @@ PYBIND11_MODULE(_core, module) {
     py::class_<Model>(module, "Model")
         .def(py::init())
         .def("save_to", &Model::saveTo, py::arg("path"), py::arg("overwrite"), py::arg("tool_name"),
-             py::arg("tool_version"))
+             py::arg("tool_version"), py::arg("journal"), py::arg("replace_when_complete"))
         .def("close", &Model::close)
+        .def("abandon", &Model::abandon)
+        .def("checkpoint", &Model::checkpoint, py::arg("durable"))
         .def("node_kind", &Model::nodeKind, py::arg("id"))
         .def("add_node", &Model::addNode, py::arg("type"), py::arg("name"), py::arg("attributes"))
         .def("set_current_node", &Model::setCurrentNode, py::arg("id"))

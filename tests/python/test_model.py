@@ -105,8 +105,8 @@ def test_names_are_those_that_a_user_may_call(path):
     assert not set(mekapi2.__all__) & set(dir(builtins))
     shown = re.findall(r"^ \|  (\w+)\(", pydoc.plain(pydoc.render_doc(Model)), re.MULTILINE)
     special = ["__enter__", "__exit__", "__init__", "__reduce_ex__", "__repr__"]
-    public = ["add_array", "add_assembly_components", "add_node", "close", "get_node_id"]
-    public += ["move_to_parent", "set_current_node", "set_node_data", "create"]
+    public = ["add_array", "add_assembly_components", "add_node", "checkpoint", "close"]
+    public += ["get_node_id", "move_to_parent", "set_current_node", "set_node_data", "create"]
     assert shown == ["Model", *special, *public]
 
 
@@ -128,6 +128,33 @@ def test_the_file_is_complete_after_an_exception_and_without_close(path):
         Model(path, overwrite=True).add_node("RootGroup", "not closed")
         gc.collect()
     assert "not closed" in mekfile.tree(path)
+
+
+def test_a_file_is_replaced_only_by_a_complete_one(path):
+    path.write_bytes(b"old")
+    options = {"overwrite": True, "replace_when_complete": True}
+    with pytest.raises(KeyError), Model(path, **options) as failing:
+        failing.add_node("RootGroup", "new")
+        raise KeyError
+    with pytest.warns(ResourceWarning):
+        Model(path, **options)
+        gc.collect()
+    assert path.read_bytes() == b"old" and os.listdir(path.parent) == [path.name]
+    with Model(path, **options) as model:
+        model.add_node("RootGroup", "new")
+    assert '1 Group "new"' in mekfile.tree(path)
+
+
+def test_a_checkpoint_needs_a_journal_and_close_removes_it(path):
+    with Model(path, journal=True) as model:
+        model.add_node("RootGroup", "root")
+        model.checkpoint()
+        model.checkpoint(durable=True)
+        assert Path(f"{path}.journal").stat().st_size > 0
+    assert os.listdir(path.parent) == [path.name]
+    with Model(path, overwrite=True) as model:
+        with pytest.raises(mekapi2.InvalidObjectState, match="No journal"):
+            model.checkpoint()
 
 
 def test_other_threads_run_while_arrays_are_compressed(path, monkeypatch):
