@@ -76,33 +76,42 @@ std::string randomSuffix() {
     return suffix.str();
 }
 
-constexpr const char* existsMessage = "exists; use --overwrite to replace it";
-
 } // namespace
 
-OutputFile::OutputFile(const std::filesystem::path& target, bool overwrite,
-                       const std::filesystem::path& input)
-    : name_(target), target_(target), overwrite_(overwrite) {
+FileError existsError(const std::filesystem::path& target) {
+    return {target, "exists; use --overwrite to replace it"};
+}
+
+void checkOutputPath(const std::filesystem::path& target, bool overwrite,
+                     const std::filesystem::path& input) {
     if (target == "-") {
-        throw FileError(name_, "needs a regular file, not standard output");
+        throw FileError(target, "needs a regular file, not standard output");
     }
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(target, error);
-    if (std::filesystem::exists(status)) {
-        if (std::filesystem::is_directory(status)) {
-            throw FileError(name_, reasonOf(EISDIR));
-        }
-        if (!std::filesystem::is_regular_file(status)) {
-            throw FileError(name_, "needs a regular file");
-        }
-        if (std::filesystem::equivalent(target, input, error)) {
-            throw FileError(name_, "is the input itself");
-        }
-        if (!overwrite) {
-            throw FileError(name_, existsMessage);
-        }
+    if (!std::filesystem::exists(status)) {
+        return;
+    }
+    if (std::filesystem::is_directory(status)) {
+        throw FileError(target, reasonOf(EISDIR));
+    }
+    if (!std::filesystem::is_regular_file(status)) {
+        throw FileError(target, "needs a regular file");
+    }
+    if (std::filesystem::equivalent(target, input, error)) {
+        throw FileError(target, "is the input itself");
+    }
+    if (!overwrite) {
+        throw existsError(target);
+    }
+}
+
+OutputFile::OutputFile(const std::filesystem::path& target, bool overwrite)
+    : name_(target), target_(target), overwrite_(overwrite) {
+    checkOutputPath(target, overwrite);
+    if (std::filesystem::exists(target)) {
         target_ = std::filesystem::canonical(target);
-        replacedPermissions_ = status.permissions();
+        replacedPermissions_ = std::filesystem::status(target).permissions();
     }
     holdingSignals([this] { create(); });
 }
@@ -138,7 +147,8 @@ void OutputFile::finish() {
         error = renameExclusively(unfinishedPath_, target_);
     }
     if (error) {
-        throw FileError(name_, error == std::errc::file_exists ? existsMessage : reasonOf(error));
+        throw error == std::errc::file_exists ? existsError(name_)
+                                              : FileError(name_, reasonOf(error));
     }
     isFinished_ = true;
     registration_.reset();

@@ -108,11 +108,16 @@ void writeModel(ResultFile& file, const std::vector<SurveyedResult>& surveyed,
     writer.close();
 }
 
+/// An error of the library that a call of the system has caused.
+Console::FileError systemError(const std::filesystem::path& output, const std::exception& error) {
+    return {output, errno != 0 ? Console::reasonOf(errno) : error.what()};
+}
+
 } // namespace
 
 Summary convert(const std::filesystem::path& input, const std::filesystem::path& output,
                 const ConversionOptions& options) {
-    Console::OutputFile target(output, options.overwrite, input);
+    Console::checkOutputPath(output, options.overwrite, input);
     const std::uintmax_t bytesIn = std::filesystem::file_size(input);
     Console::Progress progress("frd2mek", bytesIn);
     const char* phase = "surveying";
@@ -122,17 +127,21 @@ Summary convert(const std::filesystem::path& input, const std::filesystem::path&
 
     phase = "converting";
     file.rewind();
-    ModelWriter writer(target.unfinishedPath());
+    ModelWriter writer;
     try {
+        writer.open(output, options.overwrite);
         writeModel(file, surveyed, printable(input.stem().u8string()), writer);
+    } catch (const Tyr::Exception::FileOpenException&) {
+        throw Console::existsError(output); // another process has created it meanwhile
+    } catch (const Tyr::Exception::MiscelleneousException& error) {
+        throw systemError(output, error);
     } catch (const Tyr::Exception::FileWriteException& error) {
-        throw Console::FileError(output, errno != 0 ? Console::reasonOf(errno) : error.what());
+        throw systemError(output, error);
     }
     Summary summary = writer.summary();
     summary.warnings = warningsOf(file, surveyed.size());
     summary.bytesIn = bytesIn;
-    summary.bytesOut = std::filesystem::file_size(target.unfinishedPath());
-    target.finish();
+    summary.bytesOut = std::filesystem::file_size(output);
     return summary;
 }
 

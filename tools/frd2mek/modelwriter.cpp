@@ -31,9 +31,10 @@ const std::map<std::string, std::string> headerAttributes{
     {"DIR", "Directory"},   {"COMPILETIME", "ProgramCompileTime"},
     {"DBN", "DataBaseName"}};
 
-Tyr::Mek2::SaverOptions saverOptions() {
+Tyr::Mek2::SaverOptions saverOptions(bool overwrite) {
     Tyr::Mek2::SaverOptions options;
-    options.overwrite = true;
+    options.overwrite = overwrite;
+    options.replaceWhenComplete = true;
     options.toolName = "frd2mek";
     options.toolVersion = FRD2MEK_VERSION;
     options.relinkReplaced = true;
@@ -100,8 +101,11 @@ Attributes attributesOf(const Job& job) {
 
 } // namespace
 
-ModelWriter::ModelWriter(const std::filesystem::path& path) {
-    model_.saveTo(path.native(), saverOptions());
+void ModelWriter::open(const std::filesystem::path& path, bool overwrite) {
+    Console::holdingSignals([&] {
+        model_.saveTo(path.native(), saverOptions(overwrite));
+        registration_.emplace(std::filesystem::u8path(model_.temporaryPath()));
+    });
 }
 
 void ModelWriter::writeMesh(const Job& job, const std::string& rootName, const NodeTable& nodes,

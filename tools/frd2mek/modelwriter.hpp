@@ -2,6 +2,7 @@
 /// Writes the content of a result file as a model.
 #pragma once
 
+#include "console/unfinishedfiles.hpp"
 #include "frd/resultfile.hpp"
 #include "frd/survey.hpp"
 
@@ -11,6 +12,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -29,10 +31,12 @@ struct Summary {
     std::vector<std::string> warnings{}; ///< each one line, without the path
 };
 
-/// One write cycle. Call `writeMesh` once, `writeResult` for each result, then `close`.
+/// One write cycle. Call `open` and `writeMesh` once, `writeResult` for each result, then `close`.
 class ModelWriter {
 public:
-    explicit ModelWriter(const std::filesystem::path& path);
+    /// Creates a temporary file, which `close` renames to `path`. The destructor removes it if it
+    /// is unfinished, and so do the signals of `Console::removeUnfinishedFilesOnSignals`.
+    void open(const std::filesystem::path& path, bool overwrite);
 
     /// Builds the tree and writes all nodes and elements.
     /// @param rootName replaces an empty job name
@@ -61,6 +65,7 @@ private:
     std::string uniqueStepName(const std::string& result, const std::string& step);
 
     Tyr::Mek2::Model model_;
+    std::optional<Console::UnfinishedFile> registration_; ///< of the temporary file
     Tyr::Mek2::Array1d<unsigned int> shapes_;
     std::map<std::string, std::map<std::string, unsigned int>>
         stepCounts_; ///< by result, then step

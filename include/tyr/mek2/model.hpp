@@ -137,6 +137,10 @@ public:
     /// @throws FileWriteException the system could not write
     void checkpoint(Durability durability = Durability::Process);
 
+    /// The path of the temporary file of `SaverOptions::replaceWhenComplete`, in UTF-8, for
+    /// programs that remove it when a signal ends them. Empty without a temporary file.
+    std::string temporaryPath();
+
     /// Adds a node below the current node, or the root if there is none yet.
     ///
     /// Names need not be unique. For a shape two nodes are added, the shape and its geometry; the

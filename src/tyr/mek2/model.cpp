@@ -158,6 +158,10 @@ void Model::checkpoint(Durability durability) {
     database_->output->checkpoint(*database_->tree, durability == Durability::Device);
 }
 
+std::string Model::temporaryPath() {
+    return database_->output ? database_->output->temporaryPath() : std::string();
+}
+
 unsigned int Model::addNode(NodeType type, const std::string& name, const Attributes& attributes) {
     Adder::Node adder(type, name, ValueAccess::of(attributes));
     run(*database_, adder);

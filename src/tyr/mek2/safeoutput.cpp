@@ -20,7 +20,7 @@ Platform::NativePath journalPath(const Platform::NativePath& target) {
 }
 
 /// `target` with 8 random hexadecimal digits.
-Platform::NativePath temporaryPath(const Platform::NativePath& target) {
+Platform::NativePath newTemporaryPath(const Platform::NativePath& target) {
     constexpr const char* digits = "0123456789abcdef";
     const Journal::Identity random = Platform::randomIdentity();
     std::string suffix = ".";
@@ -88,7 +88,7 @@ void SafeOutput::open(TyrMek::Tree& tree) {
         stream = Platform::createOrEmptyFile(path_);
     }
     for (int attempt = 0; isReplacement_ && stream == nullptr && attempt < attempts; ++attempt) {
-        path_ = temporaryPath(target_);
+        path_ = newTemporaryPath(target_);
         stream = Platform::createFile(path_);
         if (stream == nullptr && !Platform::fileExists(path_)) {
             break;

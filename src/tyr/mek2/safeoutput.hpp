@@ -9,6 +9,7 @@
 #include "tyr/platform/files.hpp"
 
 #include <memory>
+#include <string>
 
 namespace Tyr::Mek2 {
 
@@ -32,6 +33,11 @@ public:
 
     /// Whether a `Model` that is destroyed leaves the file unfinished.
     bool needsClose() const { return isReplacement_; }
+
+    /// In UTF-8; empty without a temporary file.
+    std::string temporaryPath() const {
+        return isReplacement_ ? Platform::displayPath(path_) : std::string();
+    }
 
     /// Makes everything so far recoverable.
     /// @param onDevice whether that includes a power cut
