@@ -23,10 +23,7 @@ void Database::close() {
         return;
     }
     if (openedForWriting && !tree->saveBegun) {
-        tree->Save(tree->file, "");
-        if (output) {
-            output->complete();
-        }
+        save();
     }
     tree->file.CloseFile();
     for (const auto& [id, node] : std::as_const(tree->nodes)) {
@@ -39,6 +36,21 @@ void Database::close() {
     openState = 1;
     openedForReading = false;
     openedForWriting = false;
+}
+
+void Database::save() {
+    try {
+        tree->Save(tree->file, "");
+        if (output) {
+            output->complete();
+        }
+    } catch (...) {
+        if (output) { // nothing more can be written
+            tree->file.CloseFile();
+            output.reset();
+        }
+        throw;
+    }
 }
 
 void Database::abandon() {

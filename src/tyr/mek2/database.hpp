@@ -45,6 +45,9 @@ public:
     /// Closes a write cycle whose `Model` is destroyed. A file that only `close` completes stays
     /// unfinished.
     void abandon();
+
+private:
+    void save();
 };
 
 } // namespace Tyr::Mek2

@@ -279,7 +279,9 @@ private:
         }
         ++amount.arrays;
         amount.bytes += call.byteSize();
-        for (const StepData& step : call.steps) {
+        const auto reached = std::min<std::uint64_t>(call.attached, call.steps.size());
+        for (std::size_t i = 0; i < reached; ++i) {
+            const StepData& step = call.steps[i];
             if (report_.isComplete()) {
                 savedSteps_.insert(step.name);
             } else if (savedSteps_.count(step.name) == 0) {

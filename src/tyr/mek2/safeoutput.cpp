@@ -63,6 +63,7 @@ SafeOutput::SafeOutput(const Platform::NativePath& path, const SaverOptions& opt
         }
     } catch (...) {
         tree.file.CloseFile();
+        removeJournal();
         if (isReplacement_ && path_ != target_) {
             Platform::removeFile(path_);
         }
@@ -154,6 +155,10 @@ void SafeOutput::complete() {
         }
         path_.clear();
     }
+    removeJournal();
+}
+
+void SafeOutput::removeJournal() {
     if (journal_ != nullptr) {
         const Platform::NativePath path = journal_->path();
         journal_.reset();

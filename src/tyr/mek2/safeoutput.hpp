@@ -53,6 +53,7 @@ private:
     void open(TyrMek::Tree& tree);
     void startJournal(TyrMek::Tree& tree, const SaverOptions& options);
     void refuseExisting() const;
+    void removeJournal();
 
     Platform::NativePath target_;
     Platform::NativePath path_; ///< of the file that is written: temporary, or the target

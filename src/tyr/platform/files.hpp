@@ -41,7 +41,7 @@ NativePath folderOf(const NativePath& path);
 NativePath nameOf(const NativePath& path);
 /// @}
 
-/// The file that a symbolic link leads to; `path` itself if it is no link or leads nowhere.
+/// The file that a symbolic link leads to, which need not exist; `path` itself if it is no link.
 NativePath linkTarget(const NativePath& path);
 
 bool fileExists(const NativePath& path);

@@ -7,8 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <memory>
+#include <climits>
 #include <system_error>
 
 namespace Tyr::Platform {
@@ -52,13 +51,18 @@ NativePath folderOf(const NativePath& path) { return path.substr(0, nameStart(pa
 NativePath nameOf(const NativePath& path) { return path.substr(nameStart(path)); }
 
 NativePath linkTarget(const NativePath& path) {
-    struct stat status {};
-    if (lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
-        return path;
+    constexpr int mostLinks = 40; // as in Linux
+    NativePath target = path;
+    for (int links = 0; links < mostLinks; ++links) {
+        std::array<char, PATH_MAX> content{};
+        const ssize_t length = readlink(target.c_str(), content.data(), content.size());
+        if (length <= 0) {
+            return target;
+        }
+        const NativePath next(content.data(), static_cast<std::size_t>(length));
+        target = next.front() == '/' ? next : folderOf(target) + next;
     }
-    const std::unique_ptr<char, decltype(&std::free)> target(realpath(path.c_str(), nullptr),
-                                                             &std::free);
-    return target != nullptr ? NativePath(target.get()) : path;
+    return path;
 }
 
 bool fileExists(const NativePath& path) { return access(path.c_str(), F_OK) == 0; }

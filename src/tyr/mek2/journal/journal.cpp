@@ -3,7 +3,7 @@
 #include "tyr/exception/raise.hpp"
 #include "tyr/qbf/zlibstream.hpp"
 
-#include <utility>
+#include <algorithm>
 
 namespace Tyr::Mek2::Journal {
 
@@ -17,9 +17,14 @@ constexpr std::size_t blocksPerCall = 4; // a call fills two blocks at most
 
 Writer::Writer(const Platform::NativePath& path, const Identity& identity, const Start& start)
     : file_(path, identity) {
-    Encoder encoder;
-    encode(encoder, start);
-    file_.append(static_cast<std::uint8_t>(RecordKind::Start), encoder.bytes);
+    try {
+        Encoder encoder;
+        encode(encoder, start);
+        file_.append(static_cast<std::uint8_t>(RecordKind::Start), encoder.bytes);
+    } catch (...) {
+        Platform::removeFile(path);
+        throw;
+    }
 }
 
 void Writer::recordBlock(const TyrQbf::StoredBlock& block,
@@ -66,34 +71,37 @@ void Writer::appendCall(unsigned int nextId) noexcept {
 }
 
 void Writer::fail(Database& database, const Modifier::NodeData&) noexcept {
-    recordStates(*database.tree, {database.tree->currentId});
+    recordStates(*database.tree, nullptr, 0);
 }
 
 /// Records the nodes of a failed call: those that it added, those that it had reached, and the one
 /// that it was working on.
-void Writer::recordStates(const TyrMek::Tree& tree, std::vector<unsigned int> ids) noexcept {
+void Writer::recordStates(const TyrMek::Tree& tree, const unsigned int* reached,
+                          std::size_t count) noexcept {
     try {
         if (!hadRoot_ && tree.GetReqNode(1).value != nullptr) {
-            appendState(tree, 1);
+            appendState(tree, 1, firstNewId_);
         }
         for (unsigned int id = firstNewId_; id < tree.nextId; ++id) {
-            appendState(tree, id);
+            appendState(tree, id, id + 1);
         }
-        ids.push_back(tree.currentId);
-        for (const unsigned int id : ids) {
-            if (id != 0 && id < firstNewId_ && tree.GetReqNode(id).value != nullptr) {
-                appendState(tree, id);
-            }
-        }
+        std::for_each(reached, reached + count, [&](unsigned int id) { appendOldState(tree, id); });
+        appendOldState(tree, tree.currentId);
     } catch (...) {
         isIncomplete_ = true;
     }
     writeIfLarge();
 }
 
-void Writer::appendState(const TyrMek::Tree& tree, unsigned int id) {
+void Writer::appendOldState(const TyrMek::Tree& tree, unsigned int id) {
+    if (id != 0 && id < firstNewId_ && tree.GetReqNode(id).value != nullptr) {
+        appendState(tree, id, tree.nextId);
+    }
+}
+
+void Writer::appendState(const TyrMek::Tree& tree, unsigned int id, unsigned int nextIdAfter) {
     Encoder encoder;
-    encode(encoder, CallHead{tree.currentId, id < firstNewId_ ? firstNewId_ : id + 1});
+    encode(encoder, CallHead{tree.currentId, nextIdAfter});
     encodeState(encoder, tree, id);
     file_.append(static_cast<std::uint8_t>(RecordKind::NodeState), encoder.bytes);
 }

@@ -6,7 +6,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 namespace Tyr::Mek2::Journal {
 
@@ -85,15 +84,17 @@ private:
     }
     template <class Container, class Array>
     void fail(Database& database, const Adder::Components<Container, Array>& command) noexcept {
-        std::vector<unsigned int> reached(command.result.begin(), command.result.end());
-        recordStates(*database.tree, std::move(reached));
+        recordStates(*database.tree, command.result.data(),
+                     static_cast<std::size_t>(command.result.size()));
     }
 
     void beginCall(const TyrMek::Tree& tree);
     void reserveForCall();
     void appendCall(unsigned int nextId) noexcept;
-    void recordStates(const TyrMek::Tree& tree, std::vector<unsigned int> ids) noexcept;
-    void appendState(const TyrMek::Tree& tree, unsigned int id);
+    void recordStates(const TyrMek::Tree& tree, const unsigned int* reached,
+                      std::size_t count) noexcept;
+    void appendOldState(const TyrMek::Tree& tree, unsigned int id);
+    void appendState(const TyrMek::Tree& tree, unsigned int id, unsigned int nextIdAfter);
     void writeIfLarge() noexcept;
 
     RecordFile file_;

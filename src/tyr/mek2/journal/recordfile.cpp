@@ -24,6 +24,14 @@ std::uint32_t decode32(const unsigned char* bytes) {
     return TyrQbf::DecodeLittleEndian<std::uint32_t>(bytes);
 }
 
+std::string headOf(const Identity& identity) {
+    Encoder head;
+    head.bytes.append(signature.begin(), signature.end());
+    head.put(formatVersion);
+    head.bytes.append(identity.begin(), identity.end());
+    return head.bytes;
+}
+
 /// Reads `size` bytes in pieces, so that memory is taken for bytes that exist.
 bool readInto(std::FILE* stream, std::string& target, std::size_t size) {
     constexpr std::size_t pieceSize = 1 << 20;
@@ -49,18 +57,13 @@ void Encoder::put(const std::string& string) {
 }
 
 RecordFile::RecordFile(const Platform::NativePath& path, const Identity& identity)
-    : path_(path), stream_(Platform::createFile(path)) {
+    : path_(path), pending_(headOf(identity)), stream_(Platform::createFile(path)) {
     if (stream_ == nullptr) {
         const std::string message =
             "Unable to create journal " + inQuotes(path) + ": " + Platform::lastErrorReason();
         TYR_RAISE(Exception::FileOpenException(message.c_str()));
     }
     std::setvbuf(stream_, nullptr, _IONBF, 0); // `pending_` is the buffer
-    Encoder head;
-    head.bytes.append(signature.begin(), signature.end());
-    head.put(formatVersion);
-    head.bytes.append(identity.begin(), identity.end());
-    pending_ = head.bytes;
 }
 
 RecordFile::~RecordFile() { std::fclose(stream_); }

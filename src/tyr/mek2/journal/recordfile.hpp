@@ -97,9 +97,9 @@ private:
     [[noreturn]] void raiseWriteError() const;
 
     Platform::NativePath path_;
+    std::string pending_; ///< begins with the head
     std::FILE* stream_;
     std::uint64_t written_ = 0;
-    std::string pending_;
 };
 
 /// A record as it is read.
