@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <new>
 
 extern "C" {
@@ -22,6 +23,10 @@ void* __real_calloc(std::size_t count, std::size_t size);
 void* __real_realloc(void* memory, std::size_t size);
 void __real_free(void* memory);
 std::FILE* __real_fopen64(const char* path, const char* mode);
+std::FILE* __real_fdopen(int file, const char* mode);
+int __real_rename(const char* from, const char* to);
+int __real_link(const char* from, const char* to);
+int __real_unlink(const char* path);
 int __real_fflush(std::FILE* stream);
 #if TYR_TEST_HAS_BYTES_OF_ZLIB
 int __real_compress2(Bytef* target, uLongf* targetSize, const Bytef* source, uLong size, int level);
@@ -42,7 +47,7 @@ bool isInLibrary = false;
 bool isInFlush = false;
 std::int64_t allocations = 0;
 std::int64_t bytesOfNew = 0;
-std::vector<Testing::RecordedWrite>* recordedWrites = nullptr;
+std::vector<Testing::RecordedWrite>* recording = nullptr;
 
 /// The reader allocates a large buffer for each block. By default the C library returns its memory
 /// to the system each time, which takes most of the time of a test.
@@ -76,9 +81,12 @@ ssize_t writeFile(void* cookie, const char* bytes, std::size_t size) {
         const ssize_t done = write(fileOf(cookie), bytes, size / 2);
         raise(done >= 0 ? SIGKILL : SIGABRT);
     }
-    if (recordedWrites != nullptr) {
+    if (recording != nullptr) {
         const off_t position = lseek(fileOf(cookie), 0, SEEK_CUR);
-        recordedWrites->push_back({static_cast<std::uint64_t>(position), {bytes, size}});
+        const auto entry = "/proc/self/fd/" + std::to_string(fileOf(cookie));
+        recording->push_back({std::filesystem::read_symlink(entry),
+                              static_cast<std::uint64_t>(position),
+                              {bytes, size}});
     }
     return write(fileOf(cookie), bytes, size);
 }
@@ -97,6 +105,25 @@ int closeFile(void* cookie) {
     return fails(Fault::Close) ? EOF : result;
 }
 
+bool isObserved() { return isInLibrary && (awaitedFault != Fault::None || recording != nullptr); }
+
+std::FILE* observedStream(int file, const char* mode) {
+    return fopencookie(reinterpret_cast<void*>(std::intptr_t{file}), mode,
+                       {nullptr, writeFile, seekFile, closeFile});
+}
+
+bool failsWithError(Fault kind) {
+    const bool isError = fails(kind);
+    errno = isError ? EIO : errno;
+    return isError;
+}
+
+void killIfAwaited() {
+    if (fails(Fault::Kill)) {
+        raise(SIGKILL);
+    }
+}
+
 } // namespace
 
 extern "C" {
@@ -106,16 +133,38 @@ std::FILE* __wrap_fopen64(const char* path, const char* mode) {
         errno = EMFILE;
         return nullptr;
     }
-    if (awaitedFault == Fault::None && recordedWrites == nullptr) {
+    if (!isObserved() || mode[0] != 'w') {
         return __real_fopen64(path, mode);
     }
     const int file = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    if (file < 0) {
+    return file < 0 ? nullptr : observedStream(file, mode);
+}
+
+std::FILE* __wrap_fdopen(int file, const char* mode) {
+    if (fails(Fault::Open)) {
+        errno = EMFILE;
         return nullptr;
     }
-    return fopencookie(reinterpret_cast<void*>(std::intptr_t{file}), mode,
-                       {nullptr, writeFile, seekFile, closeFile});
+    return isObserved() ? observedStream(file, mode) : __real_fdopen(file, mode);
 }
+
+int __wrap_rename(const char* from, const char* to) {
+    killIfAwaited();
+    return failsWithError(Fault::Rename) ? -1 : __real_rename(from, to);
+}
+
+int __wrap_link(const char* from, const char* to) {
+    killIfAwaited();
+    return failsWithError(Fault::Rename) ? -1 : __real_link(from, to);
+}
+
+int __wrap_unlink(const char* path) {
+    killIfAwaited();
+    return failsWithError(Fault::Remove) ? -1 : __real_unlink(path);
+}
+
+/// Does not wait for the device, which takes most of the time of a test.
+int __wrap_fsync(int) { return failsWithError(Fault::Synchronize) ? -1 : 0; }
 
 int __wrap_fflush(std::FILE* stream) {
     isInFlush = true;
@@ -206,11 +255,13 @@ LibraryCall::~LibraryCall() { isInLibrary = false; }
 std::int64_t liveAllocations() { return allocations; }
 std::int64_t allocatedBytes() { return bytesOfNew; }
 
+std::size_t recordedWrites() { return recording->size(); }
+
 std::vector<RecordedWrite> recordWrites(const std::function<void()>& action) {
     std::vector<RecordedWrite> writes;
-    recordedWrites = &writes;
+    recording = &writes;
     action();
-    recordedWrites = nullptr;
+    recording = nullptr;
     return writes;
 }
 

@@ -22,12 +22,15 @@ enum class Fault {
     Seek,           ///< the file position cannot be set
     Flush,          ///< a write within `fflush` fails
     Close,          ///< the system reports an error when the file is closed
+    Rename,         ///< a file cannot be renamed
+    Remove,         ///< a file cannot be removed
+    Synchronize,    ///< the device does not have the bytes
     Malloc,         ///< no memory from `malloc` or `calloc`
     Realloc,        ///< no memory from `realloc`
     New,            ///< no memory from `operator new`
     CompressMemory, ///< no memory inside of the compression
     Compress,       ///< the compression fails for another reason
-    Kill            ///< SIGKILL after half of the bytes of a write
+    Kill            ///< SIGKILL after half of the bytes of a write, or before a file is renamed
 };
 
 /// Makes the `number`-th call of a kind fail while `action` runs, counted from 1. Only calls within
@@ -51,11 +54,15 @@ std::int64_t liveAllocations();
 std::int64_t allocatedBytes();
 
 struct RecordedWrite {
+    std::string path;
     std::uint64_t position; ///< in the file
     std::string bytes;
 };
 
-/// All writes to the file while `action` runs, in the order of time.
+/// Number of writes that `recordWrites` has recorded so far.
+std::size_t recordedWrites();
+
+/// All writes of the library to files while `action` runs, in the order of time.
 std::vector<RecordedWrite> recordWrites(const std::function<void()>& action);
 
 } // namespace Testing

@@ -44,27 +44,6 @@ const FaultKind kinds[] = {
     {"Compress", Fault::Compress, true, false, "|2 Unable to compress block|"},
 };
 
-/// Nodes by their names, and the values of their variables.
-using Content = std::map<std::string, std::vector<std::uint32_t>>;
-
-Content contentOf(const std::string& path) {
-    Content content;
-    MekReader::check(path);
-    MekReader::File file(path);
-    for (const MekReader::Node& node : file.nodes()) {
-        content[node.name];
-        for (const MekReader::Variable& variable : node.variables) {
-            content[node.name + '/' + variable.name] = file.words(variable);
-        }
-    }
-    return content;
-}
-
-std::int64_t openFiles() {
-    const std::filesystem::directory_iterator files("/proc/self/fd");
-    return std::distance(begin(files), end(files));
-}
-
 enum Promise { Reporting, FinishedFile, UnfinishedFile, WholeShape, Resources, NextFile };
 
 /// For each promise, a line for each fault of one kind that broke it.

@@ -28,7 +28,7 @@ TEST_F(UnfinishedFileTest, AfterEachWrittenByte) {
         const std::size_t largestStep = results > 100 ? 7 : 1;
         std::string state;
         std::filesystem::resize_file(path("first"), 0);
-        for (const auto& [start, bytes] : writes) {
+        for (const auto& [file, start, bytes] : writes) {
             for (std::size_t done = 0; done < bytes.size() && !HasFailure(); done += largestStep) {
                 const std::string step = bytes.substr(done, largestStep);
                 state.resize(std::max(state.size(), start + done + step.size()));

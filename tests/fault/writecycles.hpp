@@ -11,8 +11,11 @@
 #include "support/everything.hpp"
 #include "support/testing.hpp"
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <map>
 #include <memory>
 #include <new>
 #include <set>
@@ -21,6 +24,27 @@
 #include <vector>
 
 namespace Testing {
+
+/// Nodes by their names, and the values of their variables.
+using Content = std::map<std::string, std::vector<std::uint32_t>>;
+
+inline Content contentOf(const std::string& path) {
+    Content content;
+    MekReader::check(path);
+    MekReader::File file(path);
+    for (const MekReader::Node& node : file.nodes()) {
+        content[node.name];
+        for (const MekReader::Variable& variable : node.variables) {
+            content[node.name + '/' + variable.name] = file.words(variable);
+        }
+    }
+    return content;
+}
+
+inline std::int64_t openFiles() {
+    const std::filesystem::directory_iterator files("/proc/self/fd");
+    return std::distance(begin(files), end(files));
+}
 
 /// What the application does after an error.
 enum class Reaction {
