@@ -337,11 +337,11 @@ RecoveryReport recoverNative(const std::optional<NativePath>& unfinished,
     database.openedForWriting = true;
     database.relinkReplaced = input.start.relinkReplaced;
     database.tree = std::make_shared<TyrMek::Tree>();
-    database.output = std::make_unique<SafeOutput>(*output, options, *database.tree);
     if (!input.start.toolName.empty()) {
         database.tree->currentModifier.toolName = input.start.toolName;
         database.tree->currentModifier.toolVersion = input.start.toolVersion;
     }
+    database.output = std::make_unique<SafeOutput>(*output, options, *database.tree);
     try {
         RecoveryReport report = Recovery(input, database).run();
         database.close();

@@ -15,10 +15,6 @@ std::string inQuotes(const Platform::NativePath& path) {
     return '"' + Platform::displayPath(path) + '"';
 }
 
-Platform::NativePath journalPath(const Platform::NativePath& target) {
-    return Platform::withSuffix(target, ".journal");
-}
-
 /// `target` with 8 random hexadecimal digits.
 Platform::NativePath newTemporaryPath(const Platform::NativePath& target) {
     constexpr const char* digits = "0123456789abcdef";
@@ -43,13 +39,14 @@ SafeOutput::SafeOutput(const Platform::NativePath& path, const SaverOptions& opt
                        TyrMek::Tree& tree)
     : target_(options.replaceWhenComplete ? Platform::linkTarget(path) : path),
       path_(target_),
+      journalPath_(Platform::withSuffix(target_, ".journal")),
       isReplacement_(options.replaceWhenComplete),
       overwrite_(options.overwrite) {
-    if (options.journal && Platform::fileExists(journalPath(target_))) {
+    if (options.journal && Platform::fileExists(journalPath_)) {
         if (!overwrite_) {
             TYR_RAISE(Exception::FileOpenException("Journal exists."));
         }
-        Platform::removeFile(journalPath(target_));
+        Platform::removeFile(journalPath_);
     }
     refuseExisting();
     if (isReplacement_ && Platform::fileExists(target_) && !Platform::isRegularFile(target_)) {
@@ -109,7 +106,7 @@ void SafeOutput::startJournal(TyrMek::Tree& tree, const SaverOptions& options) {
     const Journal::Identity identity = Platform::randomIdentity();
     tree.file.WriteIdentity(identity);
     journal_ = std::make_unique<Journal::Writer>(
-        journalPath(target_), identity,
+        journalPath_, identity,
         Journal::Start{Platform::displayPath(Platform::nameOf(path_)), options.toolName,
                        options.toolVersion, options.relinkReplaced,
                        TyrQbf::BlockSizeFromEnvironment()});
@@ -160,9 +157,8 @@ void SafeOutput::complete() {
 
 void SafeOutput::removeJournal() {
     if (journal_ != nullptr) {
-        const Platform::NativePath path = journal_->path();
         journal_.reset();
-        Platform::removeFile(path);
+        Platform::removeFile(journalPath_);
     }
 }
 

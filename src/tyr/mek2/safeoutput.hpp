@@ -57,6 +57,7 @@ private:
 
     Platform::NativePath target_;
     Platform::NativePath path_; ///< of the file that is written: temporary, or the target
+    Platform::NativePath journalPath_;
     bool isReplacement_;
     bool overwrite_;
     bool isOnDevice_ = false; ///< a checkpoint has asked for that

@@ -14,16 +14,16 @@ void Saver::save(Database& database) {
     database.openedForWriting = true;
     database.tree = std::make_shared<TyrMek::Tree>();
     database.relinkReplaced = options.relinkReplaced;
+    if (!options.toolName.empty()) {
+        database.tree->currentModifier.toolName = options.toolName;
+        database.tree->currentModifier.toolVersion = options.toolVersion;
+    }
     if (options.journal || options.replaceWhenComplete) {
         openSafely(database);
     } else if (!description.path.empty()) {
         database.tree->SetStreamFile(description.path, options.overwrite);
     } else if (!description.widePath.empty()) {
         database.tree->SetStreamFile(description.widePath, options.overwrite);
-    }
-    if (!options.toolName.empty()) {
-        database.tree->currentModifier.toolName = options.toolName;
-        database.tree->currentModifier.toolVersion = options.toolVersion;
     }
 }
 

@@ -21,7 +21,8 @@ std::size_t nameStart(const NativePath& path) {
 
 bool renameToNew(const NativePath& from, const NativePath& to) {
     if (link(from.c_str(), to.c_str()) == 0) {
-        return unlink(from.c_str()) == 0;
+        unlink(from.c_str()); // the file has its new name; a second one does no harm
+        return true;
     }
     if (errno == EEXIST) {
         return false;

@@ -392,7 +392,7 @@ void Index::WriteBlocksOf(const std::string& name, std::FILE* stream) {
         return;
     }
     const BlockNumber last = limiter->blockNumbers.back();
-    if (!entries[last].frozen && blocks[last].length != 0) {
+    if (!entries[last].frozen) { // empty if memory ran out; `close` would write it as well
         WriteBufferToFileStream(last, stream);
     }
 }

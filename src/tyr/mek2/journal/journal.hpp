@@ -48,8 +48,6 @@ public:
     /// @throws FileWriteException
     void synchronize() { file_.synchronize(); }
 
-    const Platform::NativePath& path() const { return file_.path(); }
-
 private:
     template <class Command>
     void begin(Database& database, const Command& command) {

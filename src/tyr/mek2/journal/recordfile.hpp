@@ -91,8 +91,6 @@ public:
     /// Bytes of a record with a payload of this size.
     static constexpr std::size_t sizeOf(std::size_t payloadSize) { return payloadSize + 9; }
 
-    const Platform::NativePath& path() const { return path_; }
-
 private:
     [[noreturn]] void raiseWriteError() const;
 
