@@ -196,6 +196,15 @@ protected:
         return "";
     }
 
+    /// Frees the memory of the last recovery.
+    void forgetRecovery() {
+        recovered.clear();
+        recoveredBytes.clear();
+        recoveredBytes.shrink_to_fit();
+        report = RecoveryReport();
+        report.reason.shrink_to_fit();
+    }
+
     RecoveryReport report;
     Content complete;          ///< of a run without faults
     std::string completeBytes; ///< of its file
