@@ -152,6 +152,9 @@ void Model::close() {
 
 void Model::checkpoint(Durability durability) {
     database_->assertOpenedForWriting();
+    if (database_->tree->file.stream == nullptr) {
+        TYR_RAISE(Exception::InvalidObjectState("File not open."));
+    }
     if (!database_->output || database_->output->journal() == nullptr) {
         TYR_RAISE(Exception::InvalidObjectState("No journal"));
     }
