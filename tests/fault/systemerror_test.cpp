@@ -1,5 +1,5 @@
 /// Errors of the system itself: a full device, and paths that cannot be opened.
-#include "fault/writecycles.hpp"
+#include "fault/checkpointedrun.hpp"
 
 #include <sched.h>
 #include <sys/mount.h>
@@ -34,20 +34,30 @@ protected:
     }
 };
 
+class FullDeviceTest : public SystemErrorTest {
+protected:
+    /// Only root may mount, except in a user namespace.
+    static bool mayMount() {
+        return (unshare(CLONE_NEWNS) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) &&
+               mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    }
+
+    bool mountPages(long pages) const {
+        const std::string size = "size=" + std::to_string(pages * sysconf(_SC_PAGESIZE));
+        return mount("tmpfs", folder.c_str(), "tmpfs", 0, size.c_str()) == 0;
+    }
+};
+
 /// An index block is not written before the end, so that a device can be full only for the tables
 /// and the last flush.
-TEST_F(SystemErrorTest, AFileThatDoesNotFitIsReportedAndUnfinished) {
-    // only root may mount, except in a user namespace
-    if (unshare(CLONE_NEWNS) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) {
+TEST_F(FullDeviceTest, AFileThatDoesNotFitIsReportedAndUnfinished) {
+    if (!mayMount()) {
         GTEST_SKIP() << "no namespace for a mount";
     }
-    mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
     const BlockSizeVariable blockSize("200");
     std::set<std::string> errors;
-    const auto pageSize = sysconf(_SC_PAGESIZE);
     for (int pages = 1; errors.count("") == 0; ++pages) {
-        const std::string size = "size=" + std::to_string(pages * pageSize);
-        if (mount("tmpfs", folder.c_str(), "tmpfs", 0, size.c_str()) != 0) {
+        if (!mountPages(pages)) {
             GTEST_SKIP() << "no right to mount";
         }
         errors.insert(errorOfWrite());
@@ -55,6 +65,38 @@ TEST_F(SystemErrorTest, AFileThatDoesNotFitIsReportedAndUnfinished) {
     }
     EXPECT_EQ(errors, (std::set<std::string>{"", "array: 7 Saving the buffer failed",
                                              "close: 7 Unable to write to file"}));
+}
+
+/// The application frees space after a checkpoint that failed; the checkpoint before is kept.
+TEST_F(FullDeviceTest, ACheckpointThatDoesNotFitIsMadeUpForByTheNext) {
+    if (!mayMount()) {
+        GTEST_SKIP() << "no namespace for a mount";
+    }
+    const BlockSizeVariable blockSize("200");
+    const fs::path output = temporaryPath("recovered");
+    CheckpointedRun complete(output.string(), 22);
+    ASSERT_TRUE(complete.run());
+    std::size_t failures = 0;
+    for (long free = 1; free <= 4; ++free) {
+        if (!mountPages(free + 40)) {
+            GTEST_SKIP() << "no right to mount";
+        }
+        std::ofstream(path("other"))
+            << std::string(static_cast<std::size_t>(40 * sysconf(_SC_PAGESIZE)), 'o');
+        CheckpointedRun run(path("first"), 22);
+        if (run.start()) {
+            run.addEverything();
+            failures += run.errors.size() - complete.errors.size();
+            fs::remove(path("other"));
+            EXPECT_TRUE(run.checkpoint(Durability::Device));
+            EXPECT_TRUE(recover(path("first"), output.string(), true).isComplete());
+            EXPECT_TRUE(run.close());
+            EXPECT_TRUE(readFile(path("first")) == readFile(output));
+        }
+        umount(folder.c_str());
+    }
+    fs::remove(output);
+    EXPECT_GT(failures, 10U);
 }
 
 TEST_F(SystemErrorTest, APathThatCannotBeOpenedIsNamedAndLeftAsItIs) {
