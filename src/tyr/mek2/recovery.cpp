@@ -161,7 +161,7 @@ Input openUnfinished(const NativePath& path) {
 class Recovery {
 public:
     Recovery(const Input& input, Database& database)
-        : input_(input), database_(database), tree_(*database.tree) {}
+        : input_(input), reader_(input.journal), database_(database), tree_(*database.tree) {}
 
     RecoveryReport run() {
         copyBlocks();
@@ -173,8 +173,7 @@ public:
 
 private:
     void copyBlocks() {
-        Journal::RecordReader reader(input_.journal);
-        while (const std::optional<Journal::Record> record = reader.next()) {
+        while (const std::optional<Journal::Record> record = reader_.next()) {
             if (record->kind != static_cast<std::uint8_t>(Journal::RecordKind::Block)) {
                 continue;
             }
@@ -230,8 +229,8 @@ private:
     }
 
     void makeCalls() {
-        Journal::RecordReader reader(input_.journal);
-        while (const std::optional<Journal::Record> record = reader.next()) {
+        reader_.restart();
+        while (const std::optional<Journal::Record> record = reader_.next()) {
             const auto kind = static_cast<Journal::RecordKind>(record->kind);
             if (kind == Journal::RecordKind::Start || kind == Journal::RecordKind::Block) {
                 continue;
@@ -243,8 +242,11 @@ private:
                 ++report_.lost.calls;
             }
         }
-        if (reader.isTorn()) {
-            end("the journal ends inside a record, at byte " + std::to_string(reader.offset()));
+        if (reader_.remaining() != 0) {
+            report_.reason +=
+                (report_.isComplete() ? "" : "; ") +
+                ("the journal has no whole record at byte " + std::to_string(reader_.offset()) +
+                 ", and its last " + std::to_string(reader_.remaining()) + " bytes are lost");
         }
     }
 
@@ -304,6 +306,7 @@ private:
     static constexpr std::size_t bufferSize = 1 << 20;
 
     const Input& input_;
+    Journal::RecordReader reader_; ///< one for both passes: the writer may append in between
     Database& database_;
     TyrMek::Tree& tree_;
     RecoveryReport report_;

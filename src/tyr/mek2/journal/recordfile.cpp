@@ -132,10 +132,15 @@ RecordReader::RecordReader(const Platform::NativePath& path)
     }
     std::copy(head.end() - static_cast<std::ptrdiff_t>(identity_.size()), head.end(),
               identity_.begin());
-    offset_ = headSize;
 }
 
 RecordReader::~RecordReader() { std::fclose(stream_); }
+
+void RecordReader::restart() {
+    std::clearerr(stream_);
+    Platform::seekTo(stream_, headSize); // if that fails, `next` finds no whole record
+    offset_ = headSize;
+}
 
 std::optional<Record> RecordReader::next() {
     constexpr std::size_t beginSize = 5;

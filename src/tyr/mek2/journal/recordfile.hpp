@@ -118,19 +118,23 @@ public:
 
     const Identity& identity() const { return identity_; }
 
-    /// The next record; none at the end, and at a record that is not whole.
+    /// The next record; none at the end, and at a record that is not whole. Records that were
+    /// appended since the construction are not read.
     std::optional<Record> next();
+
+    /// Continues with the first record.
+    void restart();
 
     /// Offset of the byte after the last record that was read.
     std::uint64_t offset() const { return offset_; }
 
-    /// Whether bytes follow the last record; of a journal that ends with a whole record, none do.
-    bool isTorn() const { return offset_ != size_; }
+    /// Bytes after the last record that was read; 0 at the end if all records are whole.
+    std::uint64_t remaining() const { return size_ - offset_; }
 
 private:
     std::FILE* stream_;
     std::uint64_t size_ = 0;
-    std::uint64_t offset_ = 0;
+    std::uint64_t offset_ = headSize;
     Identity identity_{};
 };
 
