@@ -182,13 +182,12 @@ private:
                 break;
             }
         }
-        datasetsLength_ = tree_.file.index.GetDataLength(TyrMek::Tree::DatasetStream());
     }
 
     /// @return false if the block is not whole; the output does not have it then
     bool copyBlock(const Journal::Block& block) {
         const TyrQbf::StoredBlock& stored = block.stored;
-        if (stored.name != TyrMek::Tree::DatasetStream()) {
+        if (!isExpected(stored)) {
             return false;
         }
         if (!copyBytes(block)) {
@@ -198,7 +197,23 @@ private:
             return false;
         }
         tree_.file.index.AdoptBlock(stored);
+        blockEnds_.push_back((blockEnds_.empty() ? 0 : blockEnds_.back()) + stored.contentLength);
         return true;
+    }
+
+    bool isExpected(const TyrQbf::StoredBlock& stored) const {
+        constexpr std::uint8_t flags = TyrQbf::FlagCompress | TyrQbf::FlagFreeze;
+        return stored.name == TyrMek::Tree::DatasetStream() && stored.flags == flags &&
+               tree_.file.index.CanAdopt(stored) && hasContentLength(stored);
+    }
+
+    /// The stored bytes begin with the content length.
+    bool hasContentLength(const TyrQbf::StoredBlock& stored) const {
+        std::array<unsigned char, sizeof stored.contentLength> field{};
+        return stored.storedLength >= field.size() &&
+               Platform::seekTo(input_.stream.get(), stored.position) &&
+               std::fread(field.data(), field.size(), 1, input_.stream.get()) == 1 &&
+               TyrQbf::DecodeLittleEndian<std::uint32_t>(field.data()) == stored.contentLength;
     }
 
     /// Copies the stored bytes to the same position and compares length and checksum.
@@ -270,9 +285,7 @@ private:
     }
 
     void makeArray(const Journal::ArrayCall& call) {
-        const bool isWhole =
-            call.offset <= datasetsLength_ && call.byteSize() <= datasetsLength_ - call.offset;
-        if (!isWhole) {
+        if (!isWhole(call)) {
             end("the array \"" + call.name + "\" is not whole in the file");
         }
         RecoveryAmount& amount = report_.isComplete() ? report_.saved : report_.lost;
@@ -292,6 +305,12 @@ private:
         }
     }
 
+    /// Whether a copied block contains the array.
+    bool isWhole(const Journal::ArrayCall& call) const {
+        const auto blockEnd = std::upper_bound(blockEnds_.begin(), blockEnds_.end(), call.offset);
+        return blockEnd != blockEnds_.end() && call.byteSize() <= *blockEnd - call.offset;
+    }
+
     /// The first reason counts.
     void end(const std::string& reason) {
         if (report_.isComplete()) {
@@ -303,14 +322,14 @@ private:
         TYR_RAISE(Exception::FileWriteException("Unable to write to file"));
     }
 
-    static constexpr std::size_t bufferSize = 1 << 20;
+    static constexpr std::size_t bufferSize = 1 << 18;
 
     const Input& input_;
     Journal::RecordReader reader_; ///< one for both passes: the writer may append in between
     Database& database_;
     TyrMek::Tree& tree_;
     RecoveryReport report_;
-    std::uint64_t datasetsLength_ = 0;
+    std::vector<std::uint64_t> blockEnds_; ///< in the stream of datasets
     std::set<std::string> savedSteps_;
     std::set<std::string> lostSteps_;
     std::vector<unsigned char> buffer_ = std::vector<unsigned char>(bufferSize);

@@ -4,6 +4,7 @@
 #include "tyr/qbf/blocksize.hpp"
 #include "tyr/qbf/coding.hpp"
 #include "tyr/qbf/encoding.hpp"
+#include "tyr/qbf/unchangedenvironment.hpp"
 
 #include <algorithm>
 #include <cstddef>
@@ -17,12 +18,15 @@ std::atomic<std::uint32_t> defaultBlockSize{10 * 1024 * 1024};
 
 namespace {
 
-/// The current growth step. A valid value of the environment remains the step from then on.
+/// The current growth step. A valid value of the environment remains the step from then on. A value
+/// that replaces it is not one of this process and can only make the step smaller.
 std::uint32_t CurrentDefaultBlockSize() {
-    if (const auto size = BlockSizeFromEnvironment()) {
+    const auto size = BlockSizeFromEnvironment();
+    if (size && !UnchangedEnvironment::IsReplaced()) {
         defaultBlockSize.store(*size, std::memory_order_relaxed);
     }
-    return defaultBlockSize.load(std::memory_order_relaxed);
+    const std::uint32_t step = defaultBlockSize.load(std::memory_order_relaxed);
+    return std::min(size.value_or(step), step);
 }
 
 } // namespace

@@ -397,7 +397,24 @@ void Index::WriteBlocksOf(const std::string& name, std::FILE* stream) {
     }
 }
 
+bool Index::CanAdopt(const StoredBlock& block) const {
+    BlockNumber number = 0;
+    std::uint64_t position = firstTablePosition + lengthFieldSize + TableSize(firstTableEntries);
+    if (!entries.empty()) {
+        number = limiters.find(EmptyBlockName)->second.blockNumbers.back();
+        position = EndOfBlockBelow(number);
+    }
+    if (IsIndexBlockNumber(number)) {
+        ++number;
+        position += indexBlockLimit;
+    }
+    return block.number == number && block.position == position;
+}
+
 void Index::AdoptBlock(const StoredBlock& block) {
+    if (!CanAdopt(block)) {
+        TYR_RAISE(Tyr::Exception::InvalidArguments());
+    }
     const BlockNumber number = AddBlock(block.name);
     IndexEntry& entry = entries[number];
     entry.storedLength = block.storedLength;
@@ -405,9 +422,6 @@ void Index::AdoptBlock(const StoredBlock& block) {
     entry.flags = block.flags;
     entry.frozen = true;
     ComputePosition(number);
-    if (number != block.number || entry.position != block.position) {
-        TYR_RAISE(Tyr::Exception::InvalidArguments());
-    }
 }
 
 void Index::WriteIndexBufferToFileStream(std::uint64_t number, std::FILE* stream) {

@@ -110,6 +110,9 @@ public:
     /// @throws FileWriteException "Saving the buffer failed", "Unable to write to file"
     void WriteBlocksOf(const std::string& name, std::FILE* stream);
 
+    /// Whether `AdoptBlock` accepts the number and the position of the block.
+    bool CanAdopt(const StoredBlock& block) const;
+
     /// Adds a block whose stored bytes are or will be in the file. Blocks must be adopted in the
     /// order of their numbers, before any `Put`.
     /// @throws InvalidArguments the block cannot have this number or position

@@ -4,10 +4,11 @@ namespace TyrQbf {
 
 namespace {
 
-/// State of one thread. `isRead` and `value` have meaning while `scopes` is not 0.
+/// State of one thread. The other members have meaning while `scopes` is not 0.
 struct Reading {
     unsigned scopes = 0;
     bool isRead = false;
+    bool isReplaced = false;
     std::optional<std::uint32_t> value{};
 };
 thread_local Reading reading;
@@ -19,14 +20,18 @@ UnchangedEnvironment::UnchangedEnvironment() { ++reading.scopes; }
 UnchangedEnvironment::UnchangedEnvironment(std::optional<std::uint32_t> value)
     : UnchangedEnvironment() {
     reading.isRead = true;
+    reading.isReplaced = true;
     reading.value = value;
 }
 
 UnchangedEnvironment::~UnchangedEnvironment() {
     if (--reading.scopes == 0) {
         reading.isRead = false;
+        reading.isReplaced = false;
     }
 }
+
+bool UnchangedEnvironment::IsReplaced() { return reading.isReplaced; }
 
 std::optional<std::uint32_t> UnchangedEnvironment::Value(Reader read) {
     if (reading.scopes == 0) {

@@ -29,6 +29,9 @@ public:
     UnchangedEnvironment& operator=(const UnchangedEnvironment&) = delete;
     ~UnchangedEnvironment();
 
+    /// Whether a value takes the place of the variable on this thread.
+    static bool IsReplaced();
+
     /// The value of the variable: within a scope the result of the first `read`, otherwise of a
     /// new one.
     static std::optional<std::uint32_t> Value(Reader read);

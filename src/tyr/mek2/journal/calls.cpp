@@ -232,11 +232,11 @@ void putState(Encoder& encoder, const TyrMek::Group& group) {
     put(encoder, group.attributes);
 }
 
-void takeState(Decoder& decoder, TyrMek::Group& group) {
+void takeState(Decoder& decoder, TyrMek::Group& group, bool isRoot) {
     takeFloats(decoder, group.translation);
     takeFloats(decoder, group.rotation);
     takeFloats(decoder, group.scale);
-    group.rootFlag = decoder.number<std::uint8_t>();
+    group.rootFlag = decoder.number<std::uint8_t>() != 0 && isRoot ? 1 : 0;
     group.attributes = Helper::Attributes::toAttributeList(takeAttributes(decoder));
 }
 
@@ -288,7 +288,7 @@ void makeState(TyrMek::Tree& tree, Decoder& decoder) {
     }
     TyrMek::Node* const node = std::as_const(tree).GetReqNode(id).value;
     if (auto* const group = dynamic_cast<TyrMek::Group*>(node)) {
-        takeState(decoder, *group);
+        takeState(decoder, *group, id == 1);
     } else if (auto* const shape = dynamic_cast<TyrMek::Shape*>(node)) {
         takeState(decoder, shape->material);
     }
@@ -427,7 +427,11 @@ ArrayCall decodeArray(Decoder& decoder) {
     }
     call.attributes = takeAttributes(decoder);
     constexpr std::uint64_t largestCount = 0x7FFFFFFF;
-    if (call.rows > largestCount || call.width == 0 || call.attached == 0 ||
+    const Dataset* const dataset = findDataset(call.type);
+    const bool isNumber = call.elementType == Type::Traits<float>::elementType ||
+                          call.elementType == Type::Traits<unsigned int>::elementType;
+    if (dataset == nullptr || call.width != dataset->width || !isNumber || call.rows == 0 ||
+        call.rows > largestCount || call.attached == 0 ||
         call.attached > std::uint64_t{call.ids.size()} * call.steps.size()) {
         raiseInvalid();
     }

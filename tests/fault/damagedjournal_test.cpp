@@ -1,0 +1,202 @@
+/// A recovery from a damaged journal ends with an exception or makes a valid file, and allocates no
+/// memory for what the journal only claims.
+#include <tyr/mek2/recovery.hpp>
+
+#include "fault/writecycles.hpp"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <iostream>
+#include <map>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace Testing;
+
+constexpr std::size_t headSize = 28;
+constexpr std::size_t payloadStart = 5;
+constexpr std::size_t crcSize = 4;
+
+std::uint32_t numberAt(const std::string& bytes, std::size_t position) {
+    std::uint32_t number = 0;
+    std::memcpy(&number, &bytes[position], sizeof number);
+    return number;
+}
+
+void setNumber(std::string& bytes, std::size_t position, std::uint32_t number) {
+    std::memcpy(&bytes[position], &number, sizeof number);
+}
+
+std::vector<std::string> recordsOf(const std::string& journal) {
+    std::vector<std::string> records;
+    for (std::size_t at = headSize; at < journal.size(); at += records.back().size()) {
+        records.push_back(journal.substr(at, payloadStart + numberAt(journal, at) + crcSize));
+    }
+    return records;
+}
+
+void setCrc(std::string& record) {
+    const std::size_t size = record.size() - crcSize;
+    setNumber(record, size,
+              static_cast<std::uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(record.data()),
+                                               static_cast<uInt>(size))));
+}
+
+/// Its files are in memory, since there are many short ones.
+class MemoryFolder {
+protected:
+    MemoryFolder() { setenv("TMPDIR", "/dev/shm", 0); }
+};
+
+class DamagedJournalTest : private MemoryFolder, public FolderTest {
+protected:
+    using Arrays = std::map<std::pair<std::uint32_t, std::string>, std::vector<std::uint32_t>>;
+
+    /// Leaves an unfinished file with its journal, as a killed process does.
+    DamagedJournalTest() {
+        {
+            const BlockSizeVariable blockSize("1000");
+            SaverOptions options;
+            options.journal = true;
+            Model model;
+            model.saveTo(path("a.mek"), options);
+            Everything(3).addTo(model);
+            failInPart(model);
+            model.checkpoint();
+            file = readFile(path("a.mek"));
+            journal = readFile(path("a.mek.journal"));
+        }
+        write("a.mek", file);
+        write("a.mek.journal", journal);
+        const std::int64_t start = allocatedBytes();
+        EXPECT_EQ(recover(path("a.mek"), path("out"), true).reason, "");
+        limit_ = allocatedBytes() - start + 32 * static_cast<std::int64_t>(journal.size());
+        arrays_ = arraysOf("out");
+        EXPECT_EQ(arrays_.size(), 13U);
+    }
+
+    /// Recovers from a changed journal. @return whether an exception or the report describes damage
+    bool recoverFrom(const std::string& changed, bool isForged) {
+        write("a.mek.journal", changed);
+        bool isFound = true;
+        const std::int64_t start = allocatedBytes();
+        const std::string error = messageOf<Tyr::Exception::Exception>(
+            [&] { isFound = !recover(path("a.mek"), path("out"), true).isComplete(); });
+        EXPECT_LE(allocatedBytes() - start, limit_);
+        EXPECT_NE(error, "");
+        if (error == "no error") {
+            expectValid(isForged);
+            ++recovered;
+        }
+        return isFound;
+    }
+
+    void printCounts(int runs) const {
+        std::cout << recovered << " of " << runs << " journals make a valid file\n";
+        EXPECT_GT(recovered, runs / 2);
+    }
+
+    std::size_t below(std::size_t end) { return random() % end; }
+
+    std::string file;
+    std::string journal;
+    std::mt19937 random{20};
+    int recovered = 0;
+
+private:
+    static void failInPart(Model& model) {
+        NodeProperties properties;
+        properties.set(PropertyType::Scale, std::vector<float>{1, 2, 3});
+        properties.set(PropertyType::DiffuseColor, std::vector<float>{1, 2, 3});
+        EXPECT_THROW(model.setNodeData(1, properties), Tyr::Exception::InvalidArguments);
+        EXPECT_THROW(model.addAssemblyComponents({rootPath + "/new/", "/other"}),
+                     Tyr::Exception::NotYetImplemented);
+    }
+
+    void write(const char* name, const std::string& bytes) const {
+        std::ofstream(path(name), std::ios::binary) << bytes;
+    }
+
+    Arrays arraysOf(const char* name) const {
+        MekReader::File reader(path(name));
+        Arrays arrays;
+        for (const MekReader::Node& node : reader.nodes()) {
+            for (const MekReader::Variable& variable : node.variables) {
+                if (!reader.hasCircularLinks(variable)) {
+                    arrays[{node.id, variable.name}] = reader.words(variable);
+                }
+            }
+        }
+        return arrays;
+    }
+
+    void expectValid(bool isForged) const {
+        EXPECT_EQ(messageOf<MekReader::Error>([&] { MekReader::check(path("out")); }), "no error");
+        const Arrays found = arraysOf("out");
+        EXPECT_TRUE(isForged ||
+                    std::includes(arrays_.begin(), arrays_.end(), found.begin(), found.end()));
+    }
+
+    Arrays arrays_;
+    std::int64_t limit_ = 0;
+};
+
+TEST_F(DamagedJournalTest, FlippedBitsAndCutsAreFound) {
+    int runs = 0;
+    for (; runs < 8000 && !HasFailure(); ++runs) {
+        SCOPED_TRACE(runs);
+        std::string changed = journal;
+        for (std::size_t flips = 1 + below(3); flips > 0; --flips) {
+            const std::size_t bit = below(8 * journal.size());
+            changed[bit / 8] = static_cast<char>(changed[bit / 8] ^ (1 << bit % 8));
+        }
+        EXPECT_TRUE(changed == journal || recoverFrom(changed, false));
+    }
+    for (std::size_t size = 0; size < journal.size() && !HasFailure(); size += 3, ++runs) {
+        SCOPED_TRACE(size);
+        recoverFrom(journal.substr(0, size), false);
+    }
+    printCounts(runs);
+}
+
+/// Records with valid checksums, but in another order or with other content.
+TEST_F(DamagedJournalTest, ForgedRecordsMakeValidFiles) {
+    const std::vector<std::uint32_t> numbers = {0, 1, 0x7F, 0x7FFFFFFF, 0xFFFFFFFF};
+    const std::vector<std::string> records = recordsOf(journal);
+    int runs = 0;
+    for (; runs < 10000 && !HasFailure(); ++runs) {
+        SCOPED_TRACE(runs);
+        std::vector<std::string> changed = records;
+        std::string& record = changed[below(records.size())];
+        const std::size_t at = payloadStart + below(record.size() - payloadStart - crcSize - 3);
+        switch (below(4)) {
+            case 0:
+                record.swap(changed[below(records.size())]);
+                break;
+            case 1:
+                record = records[below(records.size())]; // one is lost, another one repeated
+                break;
+            case 2:
+                record[at] = static_cast<char>(random());
+                break;
+            default:
+                setNumber(record, at, numbers[below(numbers.size())]);
+        }
+        std::string bytes = journal.substr(0, headSize);
+        for (std::string& each : changed) {
+            setCrc(each);
+            bytes += each;
+        }
+        recoverFrom(bytes, true);
+    }
+    printCounts(runs);
+}
+
+} // namespace
