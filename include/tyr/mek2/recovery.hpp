@@ -30,7 +30,7 @@ namespace Tyr::Mek2 {
 struct RecoveryAmount {
     std::uint64_t calls = 0;  ///< calls that changed the model, arrays included
     std::uint64_t arrays = 0; ///< calls that added an array
-    std::uint64_t steps = 0;  ///< different names of steps; lost: those without a saved array
+    std::uint64_t steps = 0;  ///< different step names; lost: those without a saved array
     std::uint64_t bytes = 0;  ///< of the arrays, not compressed
 };
 

@@ -296,12 +296,18 @@ private:
         amount.bytes += call.byteSize();
         const auto reached = std::min<std::uint64_t>(call.attached, call.steps.size());
         for (std::size_t i = 0; i < reached; ++i) {
-            const StepData& step = call.steps[i];
-            if (report_.isComplete()) {
-                savedSteps_.insert(step.name);
-            } else if (savedSteps_.count(step.name) == 0) {
-                lostSteps_.insert(step.name);
-            }
+            countStep(call.steps[i].name);
+        }
+    }
+
+    void countStep(const std::string& name) {
+        if (name.empty()) {
+            return; // the array is that of no step
+        }
+        if (report_.isComplete()) {
+            savedSteps_.insert(name);
+        } else if (savedSteps_.count(name) == 0) {
+            lostSteps_.insert(name);
         }
     }
 
