@@ -59,7 +59,7 @@ check_cmake() {
     local program
     cmake -S "$root/usr/share/doc/mekapi2/examples" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$root/usr"
     cmake --build "$work/cmake"
-    for program in first_model steps_and_links assembly_paths handling_failures; do
+    for program in first_model steps_and_links assembly_paths handling_failures checkpoints; do
         grep -qF "$root" <(ldd "$work/cmake/$program") || fail "$program uses another library"
         "$work/cmake/$program" "$work/$program.mek"
         check_file "$work/$program.mek"
