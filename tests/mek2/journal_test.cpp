@@ -1,0 +1,60 @@
+/// The bytes of a journal. docs/journal.md explains the same example.
+#include <tyr/mek2/model.hpp>
+
+#include "support/testing.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using namespace Tyr::Mek2;
+using Testing::hex;
+
+using JournalTest = Testing::FolderTest;
+
+TEST_F(JournalTest, HasTheBytesOfTheDocumentation) {
+    TYR_NEEDS_BYTES_OF_ZLIB();
+    SaverOptions options;
+    options.journal = true;
+    Model model;
+    model.saveTo(path("a.mek"), options);
+    Attributes attributes;
+    attributes.set("k", 5U);
+    model.addNode(NodeType::RootGroup, "R", attributes);
+    const unsigned int id = model.addNode(NodeType::Shape, "S");
+    model.addArrayProperty("T", DatasetType::ResultA1, Array1d<float>{1, 2}, id, Step{"1"});
+    model.checkpoint();
+
+    const std::string journal = Testing::readFile(path("a.mek.journal"));
+    const std::string identity = journal.substr(12, 16);
+    EXPECT_EQ(hex(journal.substr(0, 12)), "89 4D 45 4A 0D 0A 1A 0A 01 00 00 00");
+    EXPECT_EQ(hex(journal.substr(28)),
+              // start
+              "17 00 00 00 01 05 00 00 00 61 2E 6D 65 6B 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
+              "47 8C A0 C3 "
+              // addNode
+              "1F 00 00 00 03 01 00 00 00 02 00 00 00 02 00 00 00 01 00 00 00 52 01 00 00 00 01 00 "
+              "00 00 6B 00 05 00 00 00 D3 17 4C 86 "
+              "15 00 00 00 03 01 00 00 00 04 00 00 00 04 00 00 00 01 00 00 00 53 00 00 00 00 DC 17 "
+              "EC B5 "
+              // addArrayProperty
+              "47 00 00 00 07 03 00 00 00 04 00 00 00 00 00 00 00 00 00 00 00 01 00 00 00 00 00 00 "
+              "00 01 00 00 00 54 0A 00 00 00 01 00 00 00 02 00 00 00 00 00 00 00 01 01 00 00 00 03 "
+              "00 00 00 01 00 00 00 01 00 00 00 31 00 00 00 00 00 00 00 00 1E E9 ED 48 "
+              // block
+              "2B 00 00 00 02 0A 00 00 00 48 65 61 76 79 20 44 61 74 61 00 00 00 00 00 00 00 00 F0 "
+              "0A 00 00 00 00 00 00 14 00 00 00 08 00 00 00 21 FF C3 F8 B0 AA 42 AE 3B");
+    const std::string file = Testing::readFile(path("a.mek"));
+    EXPECT_EQ(hex(file.substr(0, 16)), "89 51 42 46 0D 0A 1A 0A 31 2E 33 00 00 00 00 00");
+    EXPECT_EQ(hex(file.substr(2784, 16)), hex(identity));
+    EXPECT_EQ(hex(file.substr(2800)),
+              "08 00 00 00 78 9C 63 60 60 60 68 60 B0 77 00 00 02 C6 01 00");
+    EXPECT_NE(identity, std::string(16, '\0'));
+
+    model.close();
+    EXPECT_FALSE(std::filesystem::exists(path("a.mek.journal")));
+}
+
+} // namespace
