@@ -117,7 +117,8 @@ private:
         properties.set(PropertyType::Scale, std::vector<float>{1, 2, 3});
         properties.set(PropertyType::DiffuseColor, std::vector<float>{1, 2, 3});
         EXPECT_THROW(model.setNodeData(1, properties), Tyr::Exception::InvalidArguments);
-        EXPECT_THROW(model.addAssemblyComponents({rootPath + "/new/", "/other"}),
+        EXPECT_THROW(model.addAssemblyComponents(
+                         {rootPath + "/" + groupName + "/", rootPath + "/new/", "/other"}),
                      Tyr::Exception::NotYetImplemented);
     }
 
