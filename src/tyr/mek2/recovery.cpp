@@ -60,7 +60,7 @@ enum class FileState { Foreign, Unfinished, HasIndex };
 /// The first bytes of a model file, up to the end of the first index table.
 class FileHead {
 public:
-    explicit FileHead(std::FILE* stream) { count_ = std::fread(bytes_.data(), 1, size, stream); }
+    explicit FileHead(std::FILE* stream) : count_(std::fread(bytes_.data(), 1, size, stream)) {}
 
     FileState state() const {
         const auto& signature = TyrQbf::FileSignature;
@@ -84,7 +84,7 @@ private:
         TyrQbf::identityPosition + std::tuple_size_v<Journal::Identity>;
 
     std::array<unsigned char, size> bytes_{};
-    std::size_t count_ = 0;
+    std::size_t count_;
 };
 
 [[noreturn]] void raiseNoJournal(const NativePath& path) {

@@ -406,8 +406,9 @@ void encodeArray(Encoder& encoder, const std::string& name, DatasetType type,
 }
 
 void completeArray(Encoder& encoder, std::uint64_t offset, std::uint64_t attached) {
-    encoder.replace(callHeadSize, offset);
-    encoder.replace(callHeadSize + sizeof offset, attached);
+    constexpr std::size_t start = callHeadSize;
+    encoder.replace(start, offset);
+    encoder.replace(start + sizeof offset, attached);
 }
 
 ArrayCall decodeArray(Decoder& decoder) {

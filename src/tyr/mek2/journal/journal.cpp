@@ -9,7 +9,7 @@ namespace Tyr::Mek2::Journal {
 
 namespace {
 
-constexpr std::size_t pieceSize = 64 * 1024;
+constexpr std::size_t pieceSize = std::size_t{64} * 1024;
 constexpr std::size_t blockRecordSize = 256;
 constexpr std::size_t blocksPerCall = 4; // a call fills two blocks at most
 
