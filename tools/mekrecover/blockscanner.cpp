@@ -21,8 +21,8 @@ constexpr std::uint64_t firstIndexBlock = 19;
 constexpr std::uint64_t indexBlockDistance = 200;
 constexpr std::uint64_t indexBlockLength = 27804;
 constexpr std::size_t lengthFieldSize = 4;
-constexpr std::size_t inputSize = 64 * 1024;
-constexpr std::size_t outputSize = 256 * 1024;
+constexpr std::size_t inputSize = std::size_t{64} * 1024;
+constexpr std::size_t outputSize = std::size_t{256} * 1024;
 
 bool isIndexBlock(std::uint64_t number) { return number % indexBlockDistance == firstIndexBlock; }
 
