@@ -60,8 +60,8 @@ NativePath linkTarget(const NativePath& path) {
         if (length <= 0) {
             return target;
         }
-        const NativePath next(content.data(), static_cast<std::size_t>(length));
-        target = next.front() == '/' ? next : folderOf(target) + next;
+        target = content.front() == '/' ? NativePath() : folderOf(target);
+        target.append(content.data(), static_cast<std::size_t>(length));
     }
     return path;
 }
@@ -74,6 +74,7 @@ bool isRegularFile(const NativePath& path) {
 }
 
 std::FILE* createFile(const NativePath& path) {
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg): the call of the system
     const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (descriptor < 0) {
         return nullptr;
@@ -126,7 +127,7 @@ bool synchronizeFile(const NativePath& path) {
 
 bool synchronizeFolderOf(const NativePath& path) {
     const NativePath folder = folderOf(path);
-    const int descriptor =
+    const int descriptor = // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg)
         open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0) {
         return false;

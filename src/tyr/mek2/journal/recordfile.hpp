@@ -46,10 +46,10 @@ public:
     /// Appends a 32-bit length and the bytes.
     void put(const std::string& string);
 
-    /// Replaces a number that was put at an offset.
+    /// Replaces a number that was put at a position.
     template <class T>
-    void replace(std::size_t offset, T value) {
-        TyrQbf::EncodeLittleEndian(value, reinterpret_cast<unsigned char*>(&bytes[offset]));
+    void replace(std::size_t position, T value) {
+        TyrQbf::EncodeLittleEndian(value, reinterpret_cast<unsigned char*>(&bytes[position]));
     }
 
     std::string bytes;
