@@ -1,0 +1,318 @@
+"""Decodes the streams of the model: nodes, variables, attributes, materials, information."""
+
+from __future__ import annotations
+
+import struct
+from collections.abc import Iterator
+from typing import Any, NamedTuple, NoReturn, Optional, Union
+
+import numpy as np
+
+from ._container import ATTRIBUTES, INFORMATION, LIGHT, RESOURCES, TREE, Container
+from .errors import FormatError
+
+AttributeValue = Union[int, np.float32, float, str]
+
+_U32 = struct.Struct("<I")
+_LINKS = struct.Struct("<6I")
+_OFFSET = struct.Struct("<Q")
+_PLACEMENT = struct.Struct("<10fB")
+_TYPE = struct.Struct("<IB")
+_LINK = struct.Struct("<IIB")
+_OWNER = struct.Struct("<IBBBIIBQB")
+_MATERIAL = struct.Struct("<II3s18fB")
+
+_SMALLEST_NODE = _LINKS.size + 3 * _U32.size + _OFFSET.size
+_SMALLEST_VARIABLE = _U32.size + _TYPE.size + _LINK.size
+_EMPTY_ATTRIBUTES = bytes(24)
+_LONGEST_STRING = 256
+_MATERIAL_VERSION = b"0.3"
+_INFORMATION_VERSION = "0.1"
+
+
+class Cursor:
+    """Takes values from the start of a stream. All counts are checked against its length."""
+
+    def __init__(self, data: bytes, stream: str) -> None:
+        self._data = data
+        self._stream = stream
+        self.position = 0
+
+    def fail(self, reason: str) -> NoReturn:
+        raise FormatError(reason, stream=self._stream, offset=self.position)
+
+    def unpack(self, layout: struct.Struct, what: str) -> tuple[Any, ...]:
+        try:
+            values = layout.unpack_from(self._data, self.position)
+        except struct.error:
+            self.fail(f"the stream ends within {what}")
+        self.position += layout.size
+        return values
+
+    def count(self, what: str, smallest: int) -> int:
+        """Take the number of elements that follow, each of at least ``smallest`` bytes."""
+        (count,) = self.unpack(_U32, what)
+        if count * smallest > len(self._data) - self.position:
+            self.fail(f"{count} {what} exceed the remaining bytes")
+        return int(count)
+
+    def string(self, what: str) -> str:
+        """Take a string. Bytes that are not UTF-8 become surrogates, which encode to them again."""
+        length = self.count(what, 1)
+        start = self.position
+        self.position += length
+        return self._data[start : self.position].decode("utf-8", "surrogateescape")
+
+    def skip(self, expected: bytes) -> bool:
+        """Skip these bytes if they are next."""
+        is_next = self._data.startswith(expected, self.position)
+        if is_next:
+            self.position += len(expected)
+        return is_next
+
+    def expect_end(self) -> None:
+        if self.position != len(self._data):
+            self.fail(f"{len(self._data) - self.position} bytes remain")
+
+
+class VariableRecord(NamedTuple):
+    """A variable as it is stored. ``target`` is None for an owner; a link has no dataset."""
+
+    name: str
+    type: int
+    element_type: int
+    target: Optional[tuple[int, int]]
+    """Id of the geometry and index of the variable."""
+    byte_size: int
+    width: int
+    offset: int
+    is_vibration: bool
+    attributes: int
+    """Number of the attribute list."""
+
+
+class NodeRecord(NamedTuple):
+    """A node as it is stored."""
+
+    id: int
+    parent: int
+    links: tuple[int, ...]
+    """Ids of previous and next sibling, first and last child; 0 for none."""
+    name: str
+    type: str
+    version: str
+    placement: tuple[float, ...]
+    """Of a group: translation, rotation, scale, root flag."""
+    attributes: int
+    """Number of the attribute list of a group."""
+    material: int
+    """Number of the material of a shape."""
+    variables: list[VariableRecord]
+
+
+class Material(NamedTuple):
+    """The material of a shape. Colours are red, green, blue and a fourth channel."""
+
+    diffuse_color: tuple[float, ...]
+    specular_color: tuple[float, ...]
+    emissive_color: tuple[float, ...]
+    ambient_color: tuple[float, ...]
+    transparency: float
+    shininess: float
+    flag: bool
+
+
+class Info(NamedTuple):
+    """The program that wrote the file, and when.
+
+    Strings are empty if the writer did not set them. ``date`` is local time as the writer's system
+    formats it, such as "Sat Mar 01 12:00:00 2025 UTC".
+    """
+
+    tool: str
+    tool_version: str
+    version: str
+    """Of the format."""
+    date: str
+    computer: str
+    user: str
+    comment: str
+
+
+def _flag(cursor: Cursor, value: int, what: str) -> bool:
+    if value > 1:
+        cursor.fail(f"{what} is {value}, expected 0 or 1")
+    return value == 1
+
+
+def _variable(light: Cursor, attributes: int) -> VariableRecord:
+    name = light.string("the name of a variable")
+    type_word, linked = light.unpack(_TYPE, "a variable")
+    element_type, kind = type_word >> 24, type_word & 0xFFFFFF
+    if _flag(light, linked, "the link flag"):
+        node, index, vibration = light.unpack(_LINK, "a link")
+        is_vibration = _flag(light, vibration, "the vibration flag")
+        return VariableRecord(
+            name, kind, element_type, (node, index), 0, 0, 0, is_vibration, attributes
+        )
+    fields = light.unpack(_OWNER, "a variable")
+    size, width, *reserved, offset, vibration = fields
+    if any(reserved):
+        light.fail("a reserved field of a variable is not 0")
+    is_vibration = _flag(light, vibration, "the vibration flag")
+    return VariableRecord(
+        name, kind, element_type, None, size, width, offset, is_vibration, attributes
+    )
+
+
+def read_nodes(container: Container) -> list[NodeRecord]:
+    """Read tree and light data.
+
+    Raises
+    ------
+    FormatError
+        A record is invalid, or the parent of a node does not precede it.
+    """
+    tree = Cursor(container.stream(TREE), TREE)
+    light = Cursor(container.stream(LIGHT), LIGHT)
+    lists = materials = 0
+    nodes: list[NodeRecord] = []
+    for number in range(1, tree.count("nodes", _SMALLEST_NODE) + 1):
+        node, parent, *links = tree.unpack(_LINKS, "a node")
+        name, kind, version = (tree.string(what) for what in ("a name", "a type", "a version"))
+        (light_offset,) = tree.unpack(_OFFSET, "a light offset")
+        if node != number or parent >= number or (parent == 0) != (number == 1):
+            tree.fail(f"node {number} has the id {node} and the parent {parent}")
+        if light_offset != light.position:
+            tree.fail(f"the light offset {light_offset} of node {number} is invalid")
+        first_list, material = lists, materials
+        placement: tuple[float, ...] = ()
+        variables: list[VariableRecord] = []
+        if kind == "Group":
+            placement = light.unpack(_PLACEMENT, "a placement")
+            lists += 1
+        elif kind == "Shape":
+            materials += 1
+        elif kind == "Geometry":
+            count = light.count("variables", _SMALLEST_VARIABLE)
+            variables = [_variable(light, lists + index) for index in range(count)]
+            lists += count
+        nodes.append(
+            NodeRecord(
+                node, parent, tuple(links), name, kind, version, placement,
+                first_list, material, variables,
+            )
+        )
+    if not nodes:
+        tree.fail("there is no root")
+    tree.expect_end()
+    light.expect_end()
+    return nodes
+
+
+class AttributeLists:
+    """The attribute lists, which are decoded as far as they are asked for."""
+
+    def __init__(self, container: Container) -> None:
+        self._container = container
+        self._cursor: Optional[Cursor] = None
+        self._lists: list[dict[str, AttributeValue]] = []
+
+    def __getitem__(self, number: int) -> dict[str, AttributeValue]:
+        if self._cursor is None:
+            self._cursor = Cursor(self._container.stream(ATTRIBUTES), ATTRIBUTES)
+        while len(self._lists) <= number:
+            self._lists.append(_attributes(self._cursor))
+        return self._lists[number]
+
+    def check(self, count: int) -> None:
+        """Decode the remaining lists; ``count`` is the number of all lists."""
+        if count > 0:
+            self[count - 1]
+        elif self._cursor is None:
+            self._cursor = Cursor(self._container.stream(ATTRIBUTES), ATTRIBUTES)
+        assert self._cursor is not None
+        self._cursor.expect_end()
+
+
+def _numbers(cursor: Cursor, code: str, size: int, what: str) -> Iterator[Any]:
+    count = cursor.count(what, size)
+    return iter(cursor.unpack(struct.Struct(f"<{count}{code}"), what))
+
+
+def _strings(cursor: Cursor, what: str) -> list[str]:
+    return [cursor.string(what) for _ in range(cursor.count(what, _U32.size))]
+
+
+def _attributes(cursor: Cursor) -> dict[str, AttributeValue]:
+    if cursor.skip(_EMPTY_ATTRIBUTES):
+        return {}
+    keys = _strings(cursor, "attribute keys")
+    types = list(_numbers(cursor, "B", 1, "attribute types"))
+    words = _numbers(cursor, "I", 4, "unsigned values")
+    floats = map(np.float32, _numbers(cursor, "f", 4, "floats"))
+    doubles = _numbers(cursor, "d", 8, "doubles")
+    strings = _strings(cursor, "strings")
+    for text in strings:
+        if "\0" in text or len(text.encode("utf-8", "surrogateescape")) > _LONGEST_STRING:
+            cursor.fail("a string is longer than 256 bytes or contains NUL")
+    by_type = (words, floats, iter(strings), doubles)
+    if len(keys) != len(types) or any(kind >= len(by_type) for kind in types):
+        cursor.fail("the types of an attribute list are invalid")
+    encoded = [key.encode("utf-8", "surrogateescape") for key in keys]
+    if any(left >= right for left, right in zip(encoded, encoded[1:])):
+        cursor.fail("the keys of an attribute list are not in ascending order")
+    values = [next(by_type[kind], None) for kind in types]
+    if None in values or any(next(rest, None) is not None for rest in by_type):
+        cursor.fail("the numbers of types and values of an attribute list differ")
+    return dict(zip(keys, values))  # type: ignore[arg-type]
+
+
+class Materials:
+    """The materials, which all have the same size."""
+
+    def __init__(self, container: Container) -> None:
+        self._container = container
+        self._data: Optional[bytes] = None
+
+    def __getitem__(self, number: int) -> Material:
+        if self._data is None:
+            self._data = self._container.stream(RESOURCES)
+        cursor = Cursor(self._data, RESOURCES)
+        cursor.position = number * _MATERIAL.size
+        size, length, version, *numbers, flag = cursor.unpack(_MATERIAL, "a material")
+        if (size, length, version) != (_MATERIAL.size, len(_MATERIAL_VERSION), _MATERIAL_VERSION):
+            cursor.fail("the size or version of a material is invalid")
+        colors = [tuple(numbers[first : first + 4]) for first in range(0, 16, 4)]
+        is_set = _flag(cursor, flag, "the material flag")
+        return Material(colors[0], colors[1], colors[2], colors[3], numbers[16], numbers[17], is_set)
+
+    def check(self, count: int) -> None:
+        for number in range(count):
+            self[number]
+        if self._container.stream_length(RESOURCES) != count * _MATERIAL.size:
+            raise FormatError(f"it does not hold {count} materials", stream=RESOURCES)
+
+
+def read_info(container: Container) -> Info:
+    """Read the global information.
+
+    Raises
+    ------
+    FormatError
+        It is invalid.
+    """
+    cursor = Cursor(container.stream(INFORMATION), INFORMATION)
+    if cursor.count("modifiers", _U32.size) != 1:
+        cursor.fail("the number of modifiers is not 1")
+    start = cursor.position
+    (size,) = cursor.unpack(_U32, "a size")
+    if cursor.string("a version") != _INFORMATION_VERSION:
+        cursor.fail(f"the version of the modifier is not {_INFORMATION_VERSION}")
+    info = Info(*(cursor.string(f"the {name}") for name in Info._fields))
+    if cursor.position - start != size:
+        cursor.fail("the size of the modifier is invalid")
+    if cursor.unpack(_U32, "results") != (0,):
+        cursor.fail("the list of results is not empty")
+    cursor.expect_end()
+    return info
