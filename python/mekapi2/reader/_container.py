@@ -12,9 +12,13 @@ from collections import OrderedDict
 from collections.abc import Iterator
 from typing import BinaryIO, NamedTuple, Union
 
+import numpy as np
+from numpy.typing import NDArray
+
 from .errors import FormatError, UnfinishedError
 
 Path = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
+Bytes = NDArray[np.uint8]
 
 HEAVY = "Heavy Data"
 TREE = "Mek Tree"
@@ -40,7 +44,8 @@ _NAME_IN_ENTRY = 5
 _FLAGS_IN_ENTRY = 137
 _HEADER_SIZE = len(_SIGNATURE) + len(_VERSION)
 _SMALLEST_COMPRESSED = 12  # content length, and a zlib stream without content
-_PIECE = 16 * 1024  # compressed bytes that are processed at a time
+_PIECE = 16 * 1024  # compressed bytes at a time, so that their content stays in the cache
+_USUAL_RATIO = 4  # of content and stored bytes; memory for more is allocated when it is needed
 
 
 def _table_size(entries: int) -> int:
@@ -83,6 +88,26 @@ class _Stream:
         self.length += block.length
 
 
+class _Growing:
+    """Bytes that are appended to. Memory follows from their number, not from an expected one."""
+
+    def __init__(self, capacity: int) -> None:
+        self._bytes = np.empty(capacity, np.uint8)
+        self.length = 0
+
+    def append(self, piece: bytes) -> None:
+        end = self.length + len(piece)
+        if end > len(self._bytes):
+            grown = np.empty(max(end, 2 * len(self._bytes)), np.uint8)
+            grown[: self.length] = self._bytes[: self.length]
+            self._bytes = grown
+        self._bytes[self.length : end] = np.frombuffer(piece, np.uint8)
+        self.length = end
+
+    def bytes(self) -> Bytes:
+        return self._bytes[: self.length]
+
+
 class Container:
     """An open file with valid header and tables.
 
@@ -109,7 +134,7 @@ class Container:
             raise FormatError("it is no regular file")
         self._file: BinaryIO = open(path, "rb", buffering=0)
         self._lock = threading.Lock()
-        self._cache: OrderedDict[int, bytearray] = OrderedDict()
+        self._cache: OrderedDict[int, Bytes] = OrderedDict()
         self._cache_size = cache_size
         self.blocks: list[Block] = []
         self._streams: dict[str, _Stream] = {}
@@ -259,7 +284,7 @@ class Container:
 
     # Content
 
-    def content(self, block: Block) -> bytearray:
+    def content(self, block: Block) -> Bytes:
         """Return the content of a block, without the cache.
 
         Raises
@@ -268,16 +293,16 @@ class Container:
             The block cannot be decompressed, or its checksum or length is invalid.
         """
         if not block.is_compressed:
-            return bytearray(self._read(block.position, block.stored_length))
-        content = bytearray()
+            return np.frombuffer(self._read(block.position, block.stored_length), np.uint8)
+        content = _Growing(min(block.length, _USUAL_RATIO * block.stored_length))
         inflater = zlib.decompressobj()
         position, end = block.position + _COUNT.size, block.position + block.stored_length
         try:
             while position < end and not inflater.eof:
                 piece = self._read(position, min(_PIECE, end - position))
                 position += len(piece)
-                content += inflater.decompress(piece)
-                if len(content) > block.length:
+                content.append(inflater.decompress(piece))
+                if content.length > block.length:
                     raise block.error("it has more content than its length says")
         except zlib.error as error:
             raise block.error(f"it cannot be decompressed: {error}") from None
@@ -285,11 +310,11 @@ class Container:
             raise block.error("its compressed data end early")
         if inflater.unused_data or position < end:
             raise block.error("bytes follow its compressed data")
-        if len(content) != block.length:
+        if content.length < block.length:
             raise block.error("it has less content than its length says")
-        return content
+        return content.bytes()
 
-    def cached_content(self, block: Block) -> bytearray:
+    def cached_content(self, block: Block) -> Bytes:
         """Return the content of a block. Blocks that were used recently are kept."""
         with self._lock:
             content = self._cache.get(block.number)
@@ -312,7 +337,9 @@ class Container:
     def stream(self, name: str) -> bytes:
         """Return a whole stream; empty if there is none."""
         stream = self._streams.get(name)
-        return b"".join(map(self.content, stream.blocks)) if stream is not None else b""
+        if stream is None:
+            return b""
+        return b"".join(self.content(block).tobytes() for block in stream.blocks)
 
     def find(self, name: str, offset: int, size: int) -> tuple[Block, int]:
         """Return the block that holds bytes of a stream, and their offset in its content.
