@@ -4,7 +4,6 @@ import os
 import pydoc
 import subprocess
 import sys
-import time
 from concurrent.futures import ThreadPoolExecutor
 
 import mekapi2
@@ -13,7 +12,7 @@ import oracle
 import pytest
 from mekapi2 import DatasetType, Model, Step
 
-MODELS = int(os.environ.get("READER_MODELS", "150"))  # 2000 take a few minutes
+MODELS = int(os.environ.get("READER_MODELS", "100"))  # 2000 take a few minutes
 WORDS = ["", "a", "b", "a b", "ä/ö", "模型", "x" * 200, "\U0001f642"]
 
 

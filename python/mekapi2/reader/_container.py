@@ -198,7 +198,7 @@ class Container:
                     position, is_last = block.position, False
                 else:
                     self._add(block)
-                    uncompressed = block if block.flags == 0 else None
+                    uncompressed = block if block.flags == 0 < block.stored_length else None
             first += entries
             entries = _FURTHER_TABLE
         if end < self.size:

@@ -1,0 +1,172 @@
+"""The reader finds damage as the C++ reader does, in bounded memory and time."""
+
+import os
+import struct
+import tracemalloc
+import zlib
+
+import mekapi2
+import numpy as np
+import oracle
+import pytest
+from mekapi2 import CircularLinkError, FormatError, Model, UnfinishedError
+
+EVERY = int(os.environ.get("READER_DAMAGE_STEP", "61"))  # 1 flips every bit, which takes minutes
+HEAVY, TREE, LIGHT = "Heavy Data", "Mek Tree", "Light Data"
+STREAMS = [HEAVY, TREE, LIGHT, "Attributes", "Resources", "Global Information"]
+
+
+@pytest.fixture(scope="module")
+def ask():
+    return oracle.Oracle()
+
+
+@pytest.fixture
+def path(tmp_path):
+    return tmp_path / "model.mek"
+
+
+def everything(ask, path, results, monkeypatch):
+    """Return the file of a model with 1, 22 or 230 results: one, two or three index tables."""
+    monkeypatch.setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", "200" if results > 1 else "10000000")
+    oracle.Oracle()(f"everything {results} {path}")
+    return path.read_bytes()
+
+
+def content(path):
+    with mekapi2.open(path) as file:
+        return {name: file._container.stream(name) for name in STREAMS}
+
+
+def container(streams):
+    """Return a container with one block for each stream, which has valid checksums."""
+    entries = blocks = b""
+    for number, (name, data) in enumerate([*streams.items(), *[(None, b"")] * 14][:20]):
+        block = struct.pack("<I", len(data)) + zlib.compress(data) if name else b""
+        field = name.encode() if name else b"\x0bEmpty Block "
+        entries += struct.pack("<BI128sIBB", number + 1, 128, field, len(block), bool(name), 0)
+        blocks += block
+    return b"\x89QBF\r\n\x1a\n1.3\0" + struct.pack("<II", 2784, 20) + entries + blocks
+
+
+def test_each_flipped_bit_has_the_same_verdict(path, ask, monkeypatch):
+    for results, step in ((1, EVERY), (22, 41 * EVERY), (230, 997 * EVERY)):
+        undamaged = everything(ask, path, results, monkeypatch)
+        verdicts = []
+        for bit in range(results % 7, 8 * len(undamaged), step):
+            damaged = bytearray(undamaged)
+            damaged[bit // 8] ^= 1 << bit % 8
+            path.write_bytes(damaged)
+            verdicts.append(ask(f"read {path}"))
+            assert oracle.read(path) == verdicts[-1], (results, bit)
+        assert verdicts.count("damaged\n") > len(verdicts) / 2
+
+
+def test_unfinished_files_are_recognized(path, ask, monkeypatch):
+    for results in (1, 22, 230):
+        finished = everything(ask, path, results, monkeypatch)
+        sizes = range(1, len(finished), 7 * EVERY + 4)
+        states = [finished[:size] for size in sizes]
+        states += [finished[:size] + bytes(len(finished) - size) for size in sizes if 12 < size < 2600]
+        states.append(finished + b"x")
+        for state in states:
+            path.write_bytes(state)
+            assert oracle.read(path) == ask(f"read {path}") == "unfinished\n", (results, len(state))
+    path.write_bytes(finished[:5000])
+    with pytest.raises(UnfinishedError, match="^file is unfinished: .* mekrecover"):
+        mekapi2.open(path)
+
+
+def test_changes_below_valid_checksums_have_the_same_verdict(path, ask, monkeypatch):
+    everything(ask, path, 1, monkeypatch)
+    streams = content(path)
+    random, verdicts = np.random.default_rng(1), set()
+    for _ in range(12_000 // EVERY):
+        name = random.choice(STREAMS[1:])
+        data = bytearray(streams[name])
+        at = random.integers(len(data))
+        if random.random() < 0.5:
+            data[at] = random.choice([0, 1, 5, 0x7F, 0xFF, data[at] ^ 1])
+        else:
+            data[at : at + 4] = random.choice([b"\xff\xff\xff\xff", b"\xff\xff\xff\x7f", b"", b"12345"])
+        path.write_bytes(container({**streams, name: bytes(data)}))
+        tracemalloc.start()
+        found = oracle.read(path)
+        assert tracemalloc.get_traced_memory()[1] < 2_000_000
+        tracemalloc.stop()
+        assert found == ask(f"read {path}"), (name, at, data[at : at + 4])
+        verdicts.add(found.split()[0])
+    assert verdicts == {"valid", "damaged"}
+
+
+@pytest.mark.parametrize(
+    "position, bytes_, error, place",
+    [
+        (0, b"X", "not a model file", (None, None, 0)),
+        (20, b"\7", "block 0: its id is 7", (0, None, None)),
+        (157, b"\2", "block 0: it has the unknown flags 0x02", (0, None, None)),
+        (2800, b"\xff\xff\xff\xff", "less content than its length says", (0, HEAVY, None)),
+        (2800, b"\0\0\0\0", "more content than its length says", (0, HEAVY, None)),
+        (2804, b"\x79", "incorrect header check", (0, HEAVY, None)),
+    ],
+)
+def test_the_error_says_what_and_where(path, ask, monkeypatch, position, bytes_, error, place):
+    data = everything(ask, path, 1, monkeypatch)
+    path.write_bytes(data[:position] + bytes_ + data[position + len(bytes_) :])
+    tracemalloc.start()
+    with pytest.raises(FormatError, match=error) as caught, mekapi2.open(path) as file:
+        file.check()
+    assert tracemalloc.get_traced_memory()[1] < 2_000_000
+    tracemalloc.stop()
+    assert (caught.value.block, caught.value.stream, caught.value.offset) == place
+
+
+def linked(path, count, target):
+    """Write a shape with ``count`` links; ``target`` gives the index of the target of each."""
+    with Model(path, overwrite=True) as model:
+        model.add_node("RootGroup", "r")
+        model.add_array("ResultA1", [1.5], model.add_node("Shape", "s"), name="0")
+    streams = content(path)
+    light = streams[LIGHT][:41] + struct.pack("<I", count + 1) + streams[LIGHT][45:]
+    for index in range(1, count + 1):
+        name = str(index).encode()
+        light += struct.pack(f"<I{len(name)}sIBIIB", len(name), name, 0x100000C, 1, 3, target(index), 0)
+    attributes = streams["Attributes"] + bytes(24 * count)
+    path.write_bytes(container({**streams, LIGHT: light, "Attributes": attributes}))
+
+
+def test_circles_and_long_chains_of_links(path, ask):
+    linked(path, 4, lambda index: {1: 0, 2: 3, 3: 2, 4: 2}[index])
+    assert oracle.read(path) == ask(f"read {path}") and "circle" in oracle.read(path)
+    with mekapi2.open(path) as file:
+        file.check()
+        variables = file["/r/s"].variables
+        assert variables["1"].array() == [1.5] and len(file.read_all()) == 2
+        for name in "234":
+            assert not variables[name].has_array() and "no array" in repr(variables[name])
+            for method in ("array", "owner"):
+                with pytest.raises(CircularLinkError, match=f"variable '{name}' of node 3 .*circle"):
+                    getattr(variables[name], method)()
+    linked(path, 1, lambda index: 9)
+    with mekapi2.open(path) as file, pytest.raises(FormatError, match="variable 9 of node 3"):
+        file.read_all()
+
+    # a chain of links, each of them to the next: following it for each variable would take hours
+    count = 200_000
+    linked(path, count, lambda index: index + 1 if index < count else 0)
+    with mekapi2.open(path) as file:
+        file.check()
+        assert file["/r/s"].variables["1"].array() == [1.5]
+
+
+def test_a_deep_tree_and_pipes(path, tmp_path):
+    with Model(path) as model:
+        for _ in range(3000):
+            model.add_node("Group", "/")
+    with mekapi2.open(path) as file:
+        file.check()
+        deepest = file.nodes[-1]
+        assert file[deepest.path] is deepest and deepest.world_placement.tolist() == np.eye(4).tolist()
+    os.mkfifo(tmp_path / "pipe")
+    with pytest.raises(FormatError, match="no regular file"):
+        mekapi2.open(tmp_path / "pipe")
