@@ -22,7 +22,7 @@ from __future__ import annotations
 import importlib
 from typing import TYPE_CHECKING, Any
 
-from . import errors
+from . import _meshiohook, errors
 from .enumerations import DatasetType, NodeType, PropertyType
 from .errors import *
 from .errors import OverflowError as OverflowError  # not in __all__: it hides a builtin
@@ -48,6 +48,8 @@ __all__ = [
     "__version__",
     *errors.__all__,
 ]
+
+_meshiohook.register()
 
 _OF_WRITER = {
     "Model": (".model", "Model"),

@@ -1,6 +1,6 @@
-"""Converts mesh files of all formats that meshio reads.
+"""Converts mesh files of all formats that meshio reads, and models to formats that it writes.
 
-Use ``python3 -m mekapi2.convert INPUT [OUTPUT.mek]`` on the command line, `convert` in a program.
+Use ``python3 -m mekapi2.convert INPUT [OUTPUT]`` on the command line, `convert` in a program.
 """
 
 from __future__ import annotations
@@ -16,9 +16,13 @@ from ._output import replaced_when_complete
 from ._source import ConversionError
 
 if TYPE_CHECKING:
+    import meshio
+
     from ._writing import Counts, Progress
 
-__all__ = ["ConversionError", "Summary", "convert"]
+__all__ = ["ConversionError", "Summary", "convert", "write_mesh"]
+
+_SUFFIX = ".mek"
 
 
 @dataclass
@@ -31,7 +35,7 @@ class Summary:
     counts : Counts
         Numbers of nodes, elements, shapes, results, steps and rounded arrays, and the warnings.
     bytes_in, bytes_out : int
-        Sizes of the input, including all files that it refers to, and of the output.
+        Sizes of input and output, including all files that they refer to.
     """
 
     input: Path
@@ -48,25 +52,28 @@ def convert(
     overwrite: bool = False,
     file_format: Optional[str] = None,
     keep_blocks: bool = False,
+    step: Optional[str] = None,
     progress: Optional[Progress] = None,
 ) -> Summary:
-    """Convert a mesh file of any format that meshio reads.
+    """Convert a mesh file of any format that meshio reads, or a model to one that it writes.
 
-    The output is written under a temporary name and renamed when it is complete. If an exception is
+    An input with the suffix ``.mek`` is a model. The output is written under a temporary name and renamed when it is complete. If an exception is
     raised, ``OUTPUT`` is unchanged.
 
     Parameters
     ----------
     input : str or path-like
     output : str or path-like, optional
-        By default the input with the suffix ``.mek``.
+        By default the input with the suffix ``.mek``; required for a model.
     overwrite : bool
         Replace an existing output; its permission bits are kept.
     file_format : str, optional
-        meshio's name of the input format. By default it follows from the suffix.
+        meshio's name of the format of the mesh file. By default it follows from the suffix.
     keep_blocks : bool
         Write one shape for each cell block of meshio, such as each entity of Gmsh, instead of one
         for each region and element type.
+    step : str, optional
+        The step of a model to write. By default the last one; all steps if the output is XDMF.
     progress : callable, optional
         Called after each step with the number of steps written and the total.
 
@@ -88,6 +95,8 @@ def convert(
 
     source_path = Path(input)
     check_readable(source_path)
+    if source_path.suffix.lower() == _SUFFIX:
+        return _convert_model(source_path, output, overwrite, file_format, step)
     target = Path(output) if output is not None else source_path.with_suffix(".mek")
     with replaced_when_complete(target, source_path, overwrite) as unfinished:
         source = read(source_path, file_format, keep_blocks)
@@ -96,3 +105,44 @@ def convert(
         ) as model:
             counts = write(model, source, progress)
     return Summary(source_path, target, counts, source.byte_count, target.stat().st_size)
+
+
+def _convert_model(
+    source: Path,
+    output: Union[None, str, os.PathLike[str]],
+    overwrite: bool,
+    file_format: Optional[str],
+    step: Optional[str],
+) -> Summary:
+    from ._exporting import export
+
+    if output is None:
+        raise ConversionError("the input is a model; give the output")
+    target = Path(output)
+    counts, byte_count = export(source, target, overwrite, file_format, step)
+    return Summary(source, target, counts, source.stat().st_size, byte_count)
+
+
+def write_mesh(path: Path, mesh: meshio.Mesh) -> None:
+    """Write a mesh of meshio as `convert` does. An existing file is replaced.
+
+    Parameters
+    ----------
+    path : Path
+    mesh : meshio.Mesh
+
+    Raises
+    ------
+    ConversionError
+        The mesh is inconsistent or cannot be represented.
+    Error
+        The file cannot be written.
+    """
+    from ._reading import source_of_mesh
+    from ._writing import write
+
+    source = source_of_mesh(path, mesh)
+    with Model(
+        path, overwrite=True, tool_name="mekapi2.convert", tool_version=_core.version
+    ) as model:
+        write(model, source)

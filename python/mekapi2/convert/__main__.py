@@ -26,6 +26,7 @@ exit codes:
 examples:
   python3 -m {_program} part.msh                      writes part.mek
   python3 -m {_program} part.msh out.mek --overwrite  replaces out.mek
+  python3 -m {_program} part.mek part.vtu             writes the last step of a model
 """
 
 
@@ -53,26 +54,32 @@ class _Killed(BaseException):
 def _parse(arguments: Optional[list[str]]) -> argparse.Namespace:
     parser = _Parser(
         prog=f"python3 -m {_program}",
-        description="Convert a mesh file of any format that meshio reads to a .mek file.",
+        description="Convert a mesh file of any format that meshio reads to a .mek file, "
+        "or a .mek file to a format that meshio writes.",
         epilog=_notes,
         formatter_class=argparse.RawDescriptionHelpFormatter,
         allow_abbrev=False,
     )
     parser.add_argument("input", metavar="INPUT", help="mesh file, time series or collection")
     parser.add_argument(
-        "output", metavar="OUTPUT.mek", nargs="?", help="default: INPUT with the suffix .mek"
+        "output", metavar="OUTPUT", nargs="?", help="default: INPUT with the suffix .mek"
     )
     parser.add_argument(
-        "--overwrite", action="store_true", help="replace OUTPUT.mek if it exists"
+        "--overwrite", action="store_true", help="replace OUTPUT if it exists"
     )
     parser.add_argument(
-        "--format", metavar="NAME", help="input format by meshio's name (default: by suffix)"
+        "--format", metavar="NAME", help="format of the mesh file by meshio's name (default: by suffix)"
     )
     parser.add_argument(
         "--keep-blocks",
         action="store_true",
         help="one shape for each cell block of meshio, such as each entity of Gmsh, "
         "instead of one for each region and element type",
+    )
+    parser.add_argument(
+        "--step",
+        metavar="NAME",
+        help="step of a .mek file to write (default: the last one; all steps for XDMF)",
     )
     parser.add_argument("-V", "--version", action=_Version, nargs=0, help="show the version")
     parsed, unexpected = parser.parse_known_intermixed_args(arguments)
@@ -109,6 +116,7 @@ def _convert(arguments: argparse.Namespace) -> Summary:
             overwrite=arguments.overwrite,
             file_format=arguments.format,
             keep_blocks=arguments.keep_blocks,
+            step=arguments.step,
             progress=progress,
         )
 

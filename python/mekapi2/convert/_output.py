@@ -32,7 +32,7 @@ def replaced_when_complete(path: Path, source: Path, overwrite: bool) -> Iterato
     if str(path) == "-":
         raise ConversionError("needs a regular file, not standard output", path)
     target = path.resolve()
-    mode = _mode_of_replaced(path, target, source, overwrite)
+    mode = check_replaceable(path, source, overwrite)
     unfinished = target.with_name(f"{target.name}.{secrets.token_hex(4)}.part")
     try:
         os.close(os.open(unfinished, os.O_CREAT | os.O_EXCL | os.O_WRONLY, 0o666))
@@ -53,7 +53,18 @@ def replaced_when_complete(path: Path, source: Path, overwrite: bool) -> Iterato
         raise
 
 
-def _mode_of_replaced(path: Path, target: Path, source: Path, overwrite: bool) -> Optional[int]:
+def check_replaceable(path: Path, source: Path, overwrite: bool) -> Optional[int]:
+    """Return the permission bits of the file at ``path``, or None if there is none.
+
+    Raises
+    ------
+    ConversionError
+        ``path`` is not a regular file, is the same file as ``source``, or exists and ``overwrite``
+        is false.
+    OSError
+        ``path`` is a folder.
+    """
+    target = path.resolve()
     try:
         status = target.stat()
     except FileNotFoundError:

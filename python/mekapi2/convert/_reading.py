@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import contextlib
+import copy
 import errno
 import glob
 import io
@@ -117,6 +118,13 @@ def _part_of(path: Path, mesh: meshio.Mesh, file_format: str, keep_blocks: bool)
     return part_without_steps(mesh, regions)
 
 
+def source_of_mesh(path: Path, mesh: meshio.Mesh) -> Source:
+    """Return the contents of a mesh in memory, which is not changed."""
+    copied = copy.copy(mesh)
+    copied.cells = list(mesh.cells)
+    return Source(path, "meshio", [part_without_steps(copied, divide(copied, "", True))], 0)
+
+
 # Single mesh files
 
 
@@ -142,9 +150,8 @@ def _read_mesh(
             reasons.append((candidate, f"{type(error).__name__}: {error}"))
         else:
             if candidate.startswith(_vtk_prefix):
-                _reverse_wedges(mesh)
-            printed = _one_line(output.getvalue()).split("Warning: ")
-            warnings += [each.strip() for each in printed if each.strip()]
+                reverse_wedges(mesh)
+            warnings += warnings_of(output.getvalue())
             return mesh, candidate
     raise ConversionError(_failure(reasons))
 
@@ -207,8 +214,32 @@ def _unknown_format(path: Path) -> str:
     return f"unknown suffix {path.suffix!r}; give the format with --format"
 
 
-def _reverse_wedges(mesh: meshio.Mesh) -> None:
-    """Convert second-order wedges from VTK's node order to that of all other formats.
+def warnings_of(output: str) -> list[str]:
+    """Return the warnings in the output of meshio, one line for each."""
+    printed = _one_line(output).split("Warning: ")
+    return [each.strip() for each in printed if each.strip()]
+
+
+def format_for_writing(path: Path) -> str:
+    """Return meshio's name of the format in which ``path`` is written.
+
+    Raises
+    ------
+    ConversionError
+        The suffix is unknown, or meshio cannot write the format.
+    """
+    suffix = path.suffix.lower()
+    formats = ["gmsh"] if suffix == ".msh" else meshio.extension_to_filetypes.get(suffix, [])
+    writable = [each for each in formats if each in meshio._helpers._writer_map and each != "mek"]
+    if not writable:
+        raise ConversionError(
+            f"meshio writes no files with the suffix {suffix!r}; give the format with --format"
+        )
+    return str(writable[0])
+
+
+def reverse_wedges(mesh: meshio.Mesh) -> None:
+    """Convert second-order wedges between VTK's node order and that of all other formats.
 
     VTK orders the nodes of the first face the other way round. meshio converts linear wedges only.
     """
@@ -286,7 +317,7 @@ def _series_frames(
 ) -> Iterator[Frame]:
     for file in files:
         mesh = first if file is files[0] else _read_member(file, warnings)
-        if mesh is not first and not _is_same(mesh, first):
+        if mesh is not first and not is_same(mesh, first):
             raise ConversionError(
                 f"the mesh differs from that of {files[0].path}; only results can change with time",
                 file.path,
@@ -301,7 +332,8 @@ def _read_member(file: _Member, warnings: list[str]) -> meshio.Mesh:
         raise ConversionError(error.reason, file.path) from error
 
 
-def _is_same(one: meshio.Mesh, other: meshio.Mesh) -> bool:
+def is_same(one: meshio.Mesh, other: meshio.Mesh) -> bool:
+    """Return whether points and cells are equal."""
     return (
         np.array_equal(one.points, other.points)
         and [block.type for block in one.cells] == [block.type for block in other.cells]

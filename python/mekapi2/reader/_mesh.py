@@ -103,7 +103,8 @@ class Part:
         place = "field"
         if kind in _POINT_RESULTS and len(values) == len(self.points):
             place = "point"
-            if variable.name in _DISPLACEMENTS and (values.dtype, values.shape[1:]) == ("f4", (3,)):
+            is_vector = values.dtype == np.float32 and values.shape[1:] == (3,)
+            if is_vector and variable.name in _DISPLACEMENTS:
                 values = _placed(values, self.placement, 0)
         elif kind in _CELL_RESULTS and len(values) == self.element_count:
             place = "cell"

@@ -167,7 +167,7 @@ def _set_name(result: Result) -> str:
 
 def _names_below_root(node: Node) -> str:
     """Return the path of a shape below the root, without names that converters add."""
-    names = node.path[1:].split(node._file.root.name + "/", 1)[-1].split("/")
+    names = node.path[len(node._file.root.path) + 1 :].split("/")
     if is_element_name(node.name):
         names.pop()
     return "" if names == [_DEFAULT_GROUP] else "/".join(names)
