@@ -5,13 +5,14 @@ from __future__ import annotations
 import contextlib
 import io
 import tempfile
-from collections.abc import Iterator
+from collections.abc import Callable, Iterator
 from pathlib import Path
 from typing import Any, Optional
 
 import meshio
 import numpy as np
 from meshio.xdmf import TimeSeriesWriter
+from numpy.typing import NDArray
 
 from ..reader import File, FormatError
 from ..reader import open as open_file
@@ -84,12 +85,22 @@ def _adapt(mesh: meshio.Mesh, file_format: str) -> None:
         reverse_wedges(mesh)
     if file_format.startswith("gmsh"):
         _name_physical_groups(mesh)
+        _change_values(mesh, _full_tensors)
     if file_format == "med":  # has no arrays of other types
-        for data in (mesh.point_data, mesh.cell_data):
-            for name, values in data.items():
-                blocks = values if isinstance(values, list) else [values]
-                wide = [np.asarray(block, np.float64) for block in blocks]
-                data[name] = wide if isinstance(values, list) else wide[0]
+        _change_values(mesh, lambda values: np.asarray(values, np.float64))
+
+
+def _change_values(mesh: meshio.Mesh, change: Callable[[NDArray[Any]], NDArray[Any]]) -> None:
+    for name, values in mesh.point_data.items():
+        mesh.point_data[name] = change(values)
+    for name, blocks in mesh.cell_data.items():
+        mesh.cell_data[name] = [change(values) for values in blocks]
+
+
+def _full_tensors(values: NDArray[Any]) -> NDArray[Any]:
+    """Return all nine components of symmetric tensors, row by row; Gmsh has no others."""
+    is_symmetric = values.shape[1:] == (6,)
+    return values[:, [0, 3, 5, 3, 1, 4, 5, 4, 2]] if is_symmetric else values
 
 
 def _name_physical_groups(mesh: meshio.Mesh) -> None:

@@ -229,7 +229,7 @@ def format_for_writing(path: Path) -> str:
         The suffix is unknown, or meshio cannot write the format.
     """
     suffix = path.suffix.lower()
-    formats = ["gmsh"] if suffix == ".msh" else meshio.extension_to_filetypes.get(suffix, [])
+    formats = ["gmsh22"] if suffix == ".msh" else meshio.extension_to_filetypes.get(suffix, [])
     writable = [each for each in formats if each in meshio._helpers._writer_map and each != "mek"]
     if not writable:
         raise ConversionError(
