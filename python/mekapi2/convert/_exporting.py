@@ -22,6 +22,19 @@ from ._source import ConversionError
 from ._writing import Counts
 
 
+# What the writers of meshio leave out without a word.
+_LEFT_OUT = {
+    "abaqus": ("point data", "cell data"),
+    "exodus": ("cell data", "cell sets"),
+    "med": ("point sets", "cell sets"),
+    "medit": ("point data", "cell data", "point sets", "cell sets"),
+    "nastran": ("point data", "cell data", "point sets", "cell sets"),
+    "gmsh22": ("point sets",),
+    "xdmf": ("point sets", "cell sets"),
+}
+_ONLY_CELLS = {"cgns": "tetra"}
+
+
 def export(
     source: Path,
     target: Path,
@@ -62,6 +75,7 @@ def _write(file: File, target: Path, file_format: str, step: Optional[str]) -> C
         warnings.append(f"only the last of {len(steps)} steps is written: {steps[-1]!r}")
         steps = steps[-1:]
     mesh = file.to_meshio(steps[-1] if steps else None)
+    warnings += _losses(mesh, file_format)
     results = len(mesh.point_data) + len(mesh.cell_data)
     elements = sum(len(block) for block in mesh.cells)
     _adapt(mesh, file_format)
@@ -77,6 +91,26 @@ def _write(file: File, target: Path, file_format: str, step: Optional[str]) -> C
         raise ConversionError(f"meshio cannot write this mesh as {file_format} ({words})") from error
     shapes = len(file.shapes)
     return Counts(len(mesh.points), elements, shapes, results, len(steps), 0, warnings)
+
+
+def _losses(mesh: meshio.Mesh, file_format: str) -> list[str]:
+    """Return a warning for each kind of data that the format does not hold.
+
+    Raises
+    ------
+    ConversionError
+        The writer would leave out cells.
+    """
+    only = _ONLY_CELLS.get(file_format)
+    other = [block.type for block in mesh.cells if only is not None and block.type != only]
+    if other:
+        raise ConversionError(f"meshio cannot write cells of type {other[0]} as {file_format}")
+    found = {kind: getattr(mesh, kind.replace(" ", "_")) for kind in _LEFT_OUT.get(file_format, ())}
+    return [
+        f"{kind} left out, which {file_format} does not hold: {', '.join(map(repr, names))}"
+        for kind, names in found.items()
+        if names
+    ]
 
 
 def _adapt(mesh: meshio.Mesh, file_format: str) -> None:
