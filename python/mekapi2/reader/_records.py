@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import struct
-from collections.abc import Iterator
+import threading
 from typing import Any, NamedTuple, NoReturn, Optional, Union
 
 import numpy as np
@@ -69,6 +69,10 @@ class Cursor:
         if is_next:
             self.position += len(expected)
         return is_next
+
+    def taken(self, start: int) -> bytes:
+        """Return the bytes from ``start`` to the position."""
+        return self._data[start : self.position]
 
     def expect_end(self) -> None:
         if self.position != len(self._data):
@@ -217,55 +221,82 @@ class AttributeLists:
         self._container = container
         self._cursor: Optional[Cursor] = None
         self._lists: list[dict[str, AttributeValue]] = []
+        self._layout: Optional[_Layout] = None
+        self._lock = threading.Lock()
 
     def __getitem__(self, number: int) -> dict[str, AttributeValue]:
+        with self._lock:
+            cursor = self._opened()
+            while len(self._lists) <= number:
+                self._lists.append(self._next(cursor))
+        return self._lists[number]
+
+    def _opened(self) -> Cursor:
         if self._cursor is None:
             self._cursor = Cursor(self._container.stream(ATTRIBUTES), ATTRIBUTES)
-        while len(self._lists) <= number:
-            self._lists.append(_attributes(self._cursor))
-        return self._lists[number]
+        return self._cursor
+
+    def _next(self, cursor: Cursor) -> dict[str, AttributeValue]:
+        if cursor.skip(_EMPTY_ATTRIBUTES):
+            return {}
+        if self._layout is None or not cursor.skip(self._layout.head):
+            self._layout = _Layout(cursor)
+        return dict(zip(self._layout.keys, self._layout.values(cursor)))
 
     def check(self, count: int) -> None:
         """Decode the remaining lists; ``count`` is the number of all lists."""
         if count > 0:
             self[count - 1]
-        elif self._cursor is None:
-            self._cursor = Cursor(self._container.stream(ATTRIBUTES), ATTRIBUTES)
-        assert self._cursor is not None
-        self._cursor.expect_end()
-
-
-def _numbers(cursor: Cursor, code: str, size: int, what: str) -> Iterator[Any]:
-    count = cursor.count(what, size)
-    return iter(cursor.unpack(struct.Struct(f"<{count}{code}"), what))
+        self._opened().expect_end()
 
 
 def _strings(cursor: Cursor, what: str) -> list[str]:
     return [cursor.string(what) for _ in range(cursor.count(what, _U32.size))]
 
 
-def _attributes(cursor: Cursor) -> dict[str, AttributeValue]:
-    if cursor.skip(_EMPTY_ATTRIBUTES):
-        return {}
-    keys = _strings(cursor, "attribute keys")
-    types = list(_numbers(cursor, "B", 1, "attribute types"))
-    words = _numbers(cursor, "I", 4, "unsigned values")
-    floats = map(np.float32, _numbers(cursor, "f", 4, "floats"))
-    doubles = _numbers(cursor, "d", 8, "doubles")
-    strings = _strings(cursor, "strings")
-    for text in strings:
-        if "\0" in text or len(text.encode("utf-8", "surrogateescape")) > _LONGEST_STRING:
-            cursor.fail("a string is longer than 256 bytes or contains NUL")
-    by_type = (words, floats, iter(strings), doubles)
-    if len(keys) != len(types) or any(kind >= len(by_type) for kind in types):
-        cursor.fail("the types of an attribute list are invalid")
-    encoded = [key.encode("utf-8", "surrogateescape") for key in keys]
-    if any(left >= right for left, right in zip(encoded, encoded[1:])):
-        cursor.fail("the keys of an attribute list are not in ascending order")
-    values = [next(by_type[kind], None) for kind in types]
-    if None in values or any(next(rest, None) is not None for rest in by_type):
-        cursor.fail("the numbers of types and values of an attribute list differ")
-    return dict(zip(keys, values))  # type: ignore[arg-type]
+class _Layout:
+    """Keys and types of an attribute list, from which the layout of its numbers follows.
+
+    Most lists have the keys of the list before, so that they are not decoded again.
+    """
+
+    def __init__(self, cursor: Cursor) -> None:
+        start = cursor.position
+        self.keys = _strings(cursor, "attribute keys")
+        (self._types,) = cursor.unpack(
+            struct.Struct(f"{cursor.count('attribute types', 1)}s"), "attribute types"
+        )
+        self.head = cursor.taken(start)
+        self._counts = [self._types.count(kind) for kind in range(4)]
+        words, floats, strings, doubles = self._counts
+        if not len(self._types) == len(self.keys) == sum(self._counts):
+            cursor.fail("the types of an attribute list are invalid")
+        encoded = [key.encode("utf-8", "surrogateescape") for key in self.keys]
+        if any(left >= right for left, right in zip(encoded, encoded[1:])):
+            cursor.fail("the keys of an attribute list are not in ascending order")
+        self._numbers = struct.Struct(f"<I{words}II{floats}fI{doubles}dI")
+        positions = np.argsort(np.frombuffer(self._types, np.uint8), kind="stable")
+        self._order = np.argsort(positions).tolist()
+
+    def values(self, cursor: Cursor) -> list[AttributeValue]:
+        numbers = list(cursor.unpack(self._numbers, "the numbers of an attribute list"))
+        words, floats, strings, doubles = self._counts
+        of_floats, of_doubles = words + 1, words + floats + 2  # positions of the counts
+        found = [numbers[0], numbers[of_floats], numbers[-1], numbers[of_doubles]]
+        if found != self._counts:
+            cursor.fail("the numbers of types and values of an attribute list differ")
+        by_type: list[AttributeValue] = numbers[1:of_floats]
+        by_type += map(np.float32, numbers[of_floats + 1 : of_doubles])
+        by_type += [_short_string(cursor) for _ in range(strings)]
+        by_type += numbers[of_doubles + 1 : -1]
+        return [by_type[position] for position in self._order]
+
+
+def _short_string(cursor: Cursor) -> str:
+    text = cursor.string("a string")
+    if "\0" in text or len(text.encode("utf-8", "surrogateescape")) > _LONGEST_STRING:
+        cursor.fail("a string is longer than 256 bytes or contains NUL")
+    return text
 
 
 class Materials:
