@@ -127,12 +127,13 @@ def linked(path, count, target):
         model.add_node("RootGroup", "r")
         model.add_array("ResultA1", [1.5], model.add_node("Shape", "s"), name="0")
     streams = content(path)
-    light = streams[LIGHT][:41] + struct.pack("<I", count + 1) + streams[LIGHT][45:]
+    light = [streams[LIGHT][:41], struct.pack("<I", count + 1), streams[LIGHT][45:]]
     for index in range(1, count + 1):
         name = str(index).encode()
-        light += struct.pack(f"<I{len(name)}sIBIIB", len(name), name, 0x100000C, 1, 3, target(index), 0)
+        light.append(struct.pack(f"<I{len(name)}sI", len(name), name, 0x100000C))
+        light.append(struct.pack("<BIIB", 1, 3, target(index), 0))
     attributes = streams["Attributes"] + bytes(24 * count)
-    path.write_bytes(container({**streams, LIGHT: light, "Attributes": attributes}))
+    path.write_bytes(container({**streams, LIGHT: b"".join(light), "Attributes": attributes}))
 
 
 def test_circles_and_long_chains_of_links(path, ask):

@@ -44,7 +44,7 @@ _NAME_IN_ENTRY = 5
 _FLAGS_IN_ENTRY = 137
 _HEADER_SIZE = len(_SIGNATURE) + len(_VERSION)
 _SMALLEST_COMPRESSED = 12  # content length, and a zlib stream without content
-_PIECE = 16 * 1024  # compressed bytes at a time, so that their content stays in the cache
+_PIECE = 64 * 1024  # compressed bytes at a time, so that their content stays in the cache
 _USUAL_RATIO = 4  # of content and stored bytes; memory for more is allocated when it is needed
 
 
@@ -159,15 +159,20 @@ class Container:
     def _read(self, position: int, size: int) -> bytes:
         if position + size > self.size:
             raise FormatError(f"the file ends before byte {position + size}")
-        with self._lock:
-            self._file.seek(position)
-            data = self._file.read(size)
-            while len(data) < size:  # a signal, or the file became shorter
-                more = self._file.read(size - len(data))
-                if not more:
-                    raise FormatError("the file became shorter", offset=position + len(data))
-                data += more
+        data = self._read_some(position, size)
+        while len(data) < size:  # a signal, or the file became shorter
+            more = self._read_some(position + len(data), size - len(data))
+            if not more:
+                raise FormatError("the file became shorter", offset=position + len(data))
+            data += more
         return data
+
+    def _read_some(self, position: int, size: int) -> bytes:
+        if hasattr(os, "pread"):
+            return os.pread(self._file.fileno(), size, position)
+        with self._lock:  # Windows
+            self._file.seek(position)
+            return self._file.read(size)
 
     def _read_header(self) -> None:
         header = self._read(0, min(self.size, _HEADER_SIZE))
