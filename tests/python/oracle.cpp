@@ -4,7 +4,8 @@
 /// Each line of standard input is a command; each answer ends with an empty line.
 ///
 ///     everything RESULTS PATH    writes the model of all operations with RESULTS results
-///     read PATH                  prints "valid", "unfinished" or "damaged", and what a valid file has
+///     read PATH                  prints "valid", "unfinished" or "damaged", and what a valid file
+///     has
 #include "mekreader/error.hpp"
 #include "mekreader/model.hpp"
 #include "support/everything.hpp"
