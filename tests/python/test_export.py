@@ -143,9 +143,11 @@ def test_vtk_has_what_mekinfo_exports(tmp_path):
         steps = sorted(file.steps, key=file.times.get)
         collections = [file.to_vtk(step) for step in steps]
         few = file.to_vtk(steps[0], arrays=["Displacement"]).GetPartition(0, 0)
-    assert few.GetCellData().GetNumberOfArrays() == 0 and few.GetPointData().HasArray("Displacement")
+    assert few.GetCellData().GetNumberOfArrays() == 0
+    assert few.GetPointData().HasArray("Displacement")
     grids = [each.GetPartition(part, 0) for each in collections for part in range(2)]
-    names = [each.GetMetaData(n).Get(vtkCompositeDataSet.NAME()) for each in collections for n in (0, 1)]
+    name = vtkCompositeDataSet.NAME()
+    names = [each.GetMetaData(part).Get(name) for each in collections for part in range(2)]
     assert names == [mesh.name for mesh in exported]
     for grid, mesh in zip(grids, exported):
         np.testing.assert_allclose(vtk_to_numpy(grid.GetPoints().GetData()), mesh.points, atol=1e-5)

@@ -31,7 +31,8 @@ class RandomModel:
 
     def __init__(self, path, seed, monkeypatch):
         self.random = np.random.default_rng(seed)
-        monkeypatch.setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", str(self.random.choice([50, 999, 10**6])))
+        size = self.random.choice([50, 999, 10**6])
+        monkeypatch.setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", str(size))
         self.written, self.shapes = {}, []
         with Model(path, tool_name=self.word(), tool_version="1") as self.model:
             self.groups = [self.model.add_node("RootGroup", self.word(), self.attributes())]
@@ -88,27 +89,28 @@ def test_reads_random_models_as_the_reader_in_cpp(path, ask, monkeypatch):
             found = file.read_all(threads=1 + seed % 2)
         arrays += len(found)
         for key, array in written.items():
-            assert found[key].dtype == array.dtype and np.array_equal(found[key], array), (seed, key)
+            is_equal = found[key].dtype == array.dtype and np.array_equal(found[key], array)
+            assert is_equal, (seed, key)
     assert arrays > 5 * MODELS
 
 
 @pytest.mark.parametrize("size", ["200", "209715200"])
 def test_reads_every_feature_and_several_index_tables(path, ask, monkeypatch, size):
-    ask = oracle.Oracle() if monkeypatch.setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", size) is None else 0
-    ask(f"everything 260 {path}")
+    monkeypatch.setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", size)
+    oracle.Oracle()(f"everything 260 {path}")  # a new process, which has the block size
     found = oracle.read(path)
     assert found == ask(f"read {path}") and found.startswith("valid") and len(found) > 50_000
     with mekapi2.open(path) as file:
         assert (len(file._container.blocks) > 220) == (size == "200")
-        assert (file.info.tool, file.info.tool_version, file.info.version) == ("a tool", "a version", "1.3")
+        assert file.info[:3] == ("a tool", "a version", "1.3")
 
 
 def write_plate(path):
     with Model(path, tool_name="solver") as model:
         model.add_node("RootGroup", "plate", {"Mass": 0.1, "Parts": 2, "Note": "ä"})
         part = model.add_node("Group", "part")
-        quarter = [0, 0, 2, np.pi / 2]
-        model.set_node_data(part, {"Translation": [1, 2, 3], "Rotation": quarter, "Scale": [2, 1, 1]})
+        quarter = {"Rotation": [0, 0, 2, np.pi / 2], "Scale": [2, 1, 1]}
+        model.set_node_data(part, {"Translation": [1, 2, 3], **quarter})
         outer = model.add_node("Group", "a/b")
         model.set_node_data(outer, {"Translation": [10, 0, 0]})
         mesh = model.add_node("Shape", "surface")
@@ -129,7 +131,8 @@ def test_names_nodes_steps_and_variables(path):
         assert file["/plate/part/a/b/surface"] is shape is file["plate/part/a/b/surface"]
         assert [node.kind for node in file] == ["group", "group", "group", "shape", "geometry"]
         assert shape.path in file and "/plate/other" not in file and shape.parent.name == "a/b"
-        assert (shape.path, shape.id, shape.children) == ("/plate/part/a/b/surface", 4, [file.nodes[4]])
+        assert (shape.path, shape.id) == ("/plate/part/a/b/surface", 4)
+        assert shape.children == [file.nodes[4]] == [shape.geometry]
         assert file.root.parent is None and file.root.attributes["Parts"] == 2
         assert file.root.attributes == {"Mass": np.float32(0.1), "Parts": 2, "Note": "ä"}
         expected = [[0, -1, 0, 1], [2, 0, 0, 22], [0, 0, 1, 3], [0, 0, 0, 1]]
@@ -141,7 +144,8 @@ def test_names_nodes_steps_and_variables(path):
             "<mekapi2 variable 'T', type 12: float32 (3,), 2 steps: 't=0.5' ... 't=0.1'>"
         )
         assert (variable.steps, variable.name, variable.node) == (file.steps, "T", file.nodes[4])
-        assert variable.attributes() == {"Unit": "K"} and not variable.attributes("t=0.5").keys() ^ {"Time"}
+        assert variable.attributes() == {"Unit": "K"}
+        assert list(variable.attributes("t=0.5")) == ["Time"]
         assert [variable.is_link(step) for step in (None, *file.steps)] == [False, False, True]
         assert variable.owner("t=0.1") == (variable, "t=0.5")
         np.testing.assert_array_equal(variable.array(), np.float32([range(6)]))

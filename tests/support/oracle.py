@@ -54,7 +54,8 @@ def _variable(variable, step):
 
 
 def _node(node):
-    yield f"node {node.id} {node.parent.id if node.parent else 0} {_hex(node.name)}{node._record.type}"
+    record = node._record
+    yield f"node {record.id} {record.parent} {_hex(record.name)}{record.type}"
     if node.kind == "group":
         placement = node._record.placement
         yield f"placement {_bits(*placement[:3])}{_bits(*placement[3:7])}{_bits(*placement[7:10])}"

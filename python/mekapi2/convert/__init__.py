@@ -57,8 +57,8 @@ def convert(
 ) -> Summary:
     """Convert a mesh file of any format that meshio reads, or a model to one that it writes.
 
-    An input with the suffix ``.mek`` is a model. The output is written under a temporary name and renamed when it is complete. If an exception is
-    raised, ``OUTPUT`` is unchanged.
+    An input with the suffix ``.mek`` is a model. The output is written under a temporary name and
+    renamed when it is complete. If an exception is raised, ``OUTPUT`` is unchanged.
 
     Parameters
     ----------

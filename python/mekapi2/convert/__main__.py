@@ -68,7 +68,9 @@ def _parse(arguments: Optional[list[str]]) -> argparse.Namespace:
         "--overwrite", action="store_true", help="replace OUTPUT if it exists"
     )
     parser.add_argument(
-        "--format", metavar="NAME", help="format of the mesh file by meshio's name (default: by suffix)"
+        "--format",
+        metavar="NAME",
+        help="format of the mesh file by meshio's name (default: by suffix)",
     )
     parser.add_argument(
         "--keep-blocks",

@@ -88,7 +88,8 @@ def _write(file: File, target: Path, file_format: str, step: Optional[str]) -> C
         raise
     except Exception as error:  # each writer has its own ways to refuse a mesh
         words = f"{type(error).__name__}: {error}"
-        raise ConversionError(f"meshio cannot write this mesh as {file_format} ({words})") from error
+        reason = f"meshio cannot write this mesh as {file_format} ({words})"
+        raise ConversionError(reason) from error
     shapes = len(file.shapes)
     return Counts(len(mesh.points), elements, shapes, results, len(steps), 0, warnings)
 

@@ -27,7 +27,7 @@ def dtype_of(owner: VariableRecord) -> np.dtype[Any]:
     """Return the type of the elements. Raises `FormatError` if it is unknown."""
     dtype = _DTYPES.get(owner.element_type)
     if dtype is None:
-        raise FormatError(f"variable {owner.name!r} has the unknown element type {owner.element_type}")
+        raise FormatError(f"variable {owner.name!r}: unknown element type {owner.element_type}")
     return dtype
 
 

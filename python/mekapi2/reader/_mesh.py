@@ -204,7 +204,8 @@ def _blocks(
         raise _error(node, f"an element uses row {rows.max()} of {points} coordinates")
     lengths = _lengths(node, polylength, dimension, len(rows))
     if lengths.sum() != len(rows):
-        raise _error(node, f"polylengths of {lengths.sum()} nodes for a connectivity of {len(rows)}")
+        reason = f"polylengths of {lengths.sum()} nodes for a connectivity of {len(rows)}"
+        raise _error(node, reason)
     starts = np.cumsum(lengths) - lengths
     for nodes in dict.fromkeys(lengths.tolist()):
         kind = element_type(node.name, dimension, nodes)

@@ -314,9 +314,9 @@ class Materials:
         size, length, version, *numbers, flag = cursor.unpack(_MATERIAL, "a material")
         if (size, length, version) != (_MATERIAL.size, len(_MATERIAL_VERSION), _MATERIAL_VERSION):
             cursor.fail("the size or version of a material is invalid")
-        colors = [tuple(numbers[first : first + 4]) for first in range(0, 16, 4)]
+        diffuse, specular, emissive, ambient = (tuple(numbers[i : i + 4]) for i in range(0, 16, 4))
         is_set = _flag(cursor, flag, "the material flag")
-        return Material(colors[0], colors[1], colors[2], colors[3], numbers[16], numbers[17], is_set)
+        return Material(diffuse, specular, emissive, ambient, numbers[16], numbers[17], is_set)
 
     def check(self, count: int) -> None:
         for number in range(count):
