@@ -15,6 +15,8 @@
 #include <csignal>
 #include <filesystem>
 #include <functional>
+#include <iterator>
+#include <map>
 #include <random>
 #include <sstream>
 #include <stdexcept>
@@ -52,6 +54,14 @@ protected:
 
     bool exported(const std::string& name, const std::string& content) const {
         return Testing::readFile(folder / "out" / name).find(content) != std::string::npos;
+    }
+
+    static std::map<std::string, std::string> contents(const std::filesystem::path& directory) {
+        std::map<std::string, std::string> contents;
+        for (const auto& entry : std::filesystem::directory_iterator(directory)) {
+            contents[entry.path().filename().string()] = Testing::readFile(entry.path());
+        }
+        return contents;
     }
 
     /// Names and times of the steps "a", "b", ... that have these attributes.
@@ -196,7 +206,7 @@ private:
     void (*previousAction_)(int);
 };
 
-TEST_F(ExportTest, LeavesNothingAfterAFailedWrite) {
+TEST_F(ExportTest, LeavesTheEarlierExportAfterAFailure) {
     MekReader::File file = written([](Model& model, unsigned int id) {
         model.addArrayProperty(DatasetType::Coordinates, Array2d<float>(1, 3), id, Step{"a"});
         Array2d<float> points(20000, 3); // too many for the limit
@@ -204,27 +214,30 @@ TEST_F(ExportTest, LeavesNothingAfterAFailedWrite) {
         std::generate(points.begin(), points.end(), [&] { return static_cast<float>(random()); });
         model.addArrayProperty(DatasetType::Coordinates, points, id, Step{"b"});
     });
-    const auto errorOfExport = [&] {
+    const auto errorOfExport = [&](const char* name) {
         return Testing::messageOf<Console::FileError>(
-            [&] { MekVtu::exportVtu(file, folder / "out", "in"); });
+            [&] { MekVtu::exportVtu(file, folder / name, "in"); });
     };
     {
         const FileSizeLimit limit(100000);
-        EXPECT_EQ(errorOfExport(), path("out/in-0-S-1.vtu: File too large"));
+        EXPECT_EQ(errorOfExport("deep/new"), path("deep/new/in-0-S-1.vtu: File too large"));
     }
-    EXPECT_FALSE(std::filesystem::exists(path("out")));
-    EXPECT_EQ(errorOfExport(), "no error");
+    EXPECT_FALSE(std::filesystem::exists(path("deep")));
+    EXPECT_EQ(errorOfExport("out"), "no error");
     MekVtu::ExportOptions stopped;
     stopped.progress = [](std::size_t done, std::size_t) {
         if (done > 0) {
             throw std::runtime_error("stopped");
         }
     };
+    stopped.raw = true; // other bytes than those of the earlier export
+    const auto earlier = contents(folder / "out");
+    EXPECT_EQ(earlier.size(), 3U);
     EXPECT_THROW(MekVtu::exportVtu(file, folder / "out", "in", stopped), std::runtime_error);
-    EXPECT_FALSE(std::filesystem::exists(path("out/in.pvd")));
-    EXPECT_FALSE(std::filesystem::exists(path("out/in-0-S-0.vtu")));
-    std::filesystem::create_directories(path("out/in-0-S-0.vtu/full"));
-    EXPECT_EQ(errorOfExport(), path("out/in-0-S-0.vtu: Is a directory"));
+    EXPECT_EQ(contents(folder / "out"), earlier);
+    std::filesystem::create_directories(path("other/in-0-S-1.vtu/full"));
+    EXPECT_EQ(errorOfExport("other"), path("other/in-0-S-1.vtu: Is a directory"));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder / "other"), {}), 1);
 }
 #endif
 

@@ -1,9 +1,7 @@
 #include "console/unfinishedfiles.hpp"
 
-#include <algorithm>
 #include <array>
-#include <atomic>
-#include <cstddef>
+#include <utility>
 
 #if defined(_WIN32)
 #include <io.h>
@@ -21,50 +19,36 @@
 
 namespace Console {
 
-namespace {
+UnfinishedFile* UnfinishedFile::newest_ = nullptr;
 
-using Character = std::filesystem::path::value_type;
-
-constexpr std::ptrdiff_t slotCount = 16;
-constexpr std::size_t maximalLength = 4096;
-
-/// A signal handler reads it: no allocation, no lock.
-struct Slot {
-    std::atomic<bool> isUsed{false};
-    std::array<Character, maximalLength> path{};
-};
-static_assert(std::atomic<bool>::is_always_lock_free);
-
-std::array<Slot, slotCount> slots;
-
-void removeAll() {
-    for (const Slot& slot : slots) {
-        if (slot.isUsed.load(std::memory_order_acquire)) {
+void UnfinishedFile::removeAll() {
+    for (const UnfinishedFile* file = newest_; file != nullptr; file = file->older_) {
 #if defined(_WIN32)
-            DeleteFileW(slot.path.data());
-#else
-            unlink(slot.path.data());
-#endif
+        if (DeleteFileW(file->path_.c_str()) == 0) {
+            RemoveDirectoryW(file->path_.c_str());
         }
+#else
+        if (unlink(file->path_.c_str()) != 0) {
+            rmdir(file->path_.c_str());
+        }
+#endif
     }
 }
 
-} // namespace
-
 #if defined(_WIN32)
 
 namespace {
 
-/// The console runs its handler in a thread of its own.
-std::mutex& mutex() {
-    static std::mutex instance;
+/// The console runs its handler in a separate thread.
+std::recursive_mutex& mutex() {
+    static std::recursive_mutex instance;
     return instance;
 }
 
 /// Windows removes no file that is open. Other threads may still use these handles; their calls
 /// fail, and the process ends.
 void closeAllFiles() {
-    constexpr int firstFile = 3; // behind the standard streams
+    constexpr int firstFile = 3; // after the standard streams
     constexpr int lastFile = 64;
     for (int file = firstFile; file <= lastFile; ++file) {
         const std::intptr_t handle = _get_osfhandle(file);
@@ -75,9 +59,9 @@ void closeAllFiles() {
 }
 
 BOOL WINAPI handleConsole(DWORD) {
-    const std::lock_guard<std::mutex> lock(mutex());
+    const std::lock_guard<std::recursive_mutex> lock(mutex());
     closeAllFiles();
-    removeAll();
+    UnfinishedFile::removeAll();
     ExitProcess(static_cast<UINT>(STATUS_CONTROL_C_EXIT));
 }
 
@@ -86,7 +70,7 @@ BOOL WINAPI handleConsole(DWORD) {
 void removeUnfinishedFilesOnSignals() { SetConsoleCtrlHandler(handleConsole, TRUE); }
 
 void holdingSignals(const std::function<void()>& action) {
-    const std::lock_guard<std::mutex> lock(mutex());
+    const std::lock_guard<std::recursive_mutex> lock(mutex());
     action();
 }
 
@@ -106,7 +90,7 @@ sigset_t endingSignalSet() {
 }
 
 extern "C" void removeAllAndDie(int number) {
-    removeAll();
+    UnfinishedFile::removeAll();
     std::signal(number, SIG_DFL);
     std::raise(number); // takes effect when this handler returns
 }
@@ -144,25 +128,23 @@ void holdingSignals(const std::function<void()>& action) {
 
 #endif
 
-UnfinishedFile::UnfinishedFile(const std::filesystem::path& path) : slot_(slotCount) {
-    const auto& name = path.native();
-    if (name.size() >= maximalLength) {
-        return;
-    }
-    for (Slot& slot : slots) {
-        if (!slot.isUsed.load()) {
-            *std::copy(name.begin(), name.end(), slot.path.begin()) = Character();
-            slot.isUsed.store(true, std::memory_order_release);
-            slot_ = &slot - slots.data();
-            return;
+UnfinishedFile::UnfinishedFile(std::filesystem::path path) : path_(std::move(path)) {
+    holdingSignals([this] {
+        older_ = newest_;
+        if (older_ != nullptr) {
+            older_->newer_ = this;
         }
-    }
+        newest_ = this;
+    });
 }
 
 UnfinishedFile::~UnfinishedFile() {
-    if (slot_ < slotCount) {
-        slots[static_cast<std::size_t>(slot_)].isUsed.store(false, std::memory_order_release);
-    }
+    holdingSignals([this] {
+        (newer_ != nullptr ? newer_->older_ : newest_) = older_;
+        if (older_ != nullptr) {
+            older_->newer_ = newer_;
+        }
+    });
 }
 
 } // namespace Console

@@ -2,7 +2,6 @@
 /// Unfinished files, which are removed when a signal or the console ends the process.
 #pragma once
 
-#include <cstddef>
 #include <filesystem>
 #include <functional>
 
@@ -13,22 +12,33 @@ namespace Console {
 /// ignored. On Windows this applies to Ctrl-C, Ctrl-Break and the end of console or session.
 void removeUnfinishedFilesOnSignals();
 
-/// Runs `action` while those signals wait: a file is created and registered in one step.
+/// Runs `action` while those signals wait: a file is created and registered in one step. Calls may
+/// be nested.
 void holdingSignals(const std::function<void()>& action);
 
-/// Registers one file while it lives. At most 16 files are registered at a time; further ones, and
-/// those with a path of 4096 characters or more, are not removed by signals. The process must not
-/// change its working directory while a relative path is registered.
+/// Registers one file, or one folder, while it lives. A folder is removed only if it is empty,
+/// after the files that were registered later. The process must not change its working directory
+/// while a relative path is registered.
 class UnfinishedFile {
 public:
-    /// @param path of a file that this process created
-    explicit UnfinishedFile(const std::filesystem::path& path);
+    /// @param path of a file or folder that this process created
+    explicit UnfinishedFile(std::filesystem::path path);
     UnfinishedFile(const UnfinishedFile&) = delete;
     UnfinishedFile& operator=(const UnfinishedFile&) = delete;
     ~UnfinishedFile();
 
+    const std::filesystem::path& path() const { return path_; }
+
+    /// Removes everything that is registered, the newest first. A signal handler calls it: it
+    /// allocates nothing and locks nothing.
+    static void removeAll();
+
 private:
-    std::ptrdiff_t slot_;
+    static UnfinishedFile* newest_;
+
+    std::filesystem::path path_;
+    UnfinishedFile* older_ = nullptr;
+    UnfinishedFile* newer_ = nullptr;
 };
 
 } // namespace Console

@@ -1,13 +1,10 @@
 #include "mekvtu/collectionfile.hpp"
 
-#include "mekvtu/outputfile.hpp"
 #include "mekvtu/xmlescape.hpp"
 
 namespace MekVtu {
 
-void writeCollection(const std::filesystem::path& path,
-                     const std::vector<CollectionEntry>& entries) {
-    OutputFile file(path);
+void writeCollection(OutputFile& file, const std::vector<CollectionEntry>& entries) {
     file.write(
         "<?xml version=\"1.0\"?>\n<VTKFile type=\"Collection\" version=\"1.0\">\n"
         "<Collection>\n");
@@ -18,7 +15,6 @@ void writeCollection(const std::filesystem::path& path,
                    "\" file=\"" + escapeXml(entry.fileName) + "\"/>\n");
     }
     file.write("</Collection>\n</VTKFile>\n");
-    file.finish();
 }
 
 } // namespace MekVtu

@@ -2,10 +2,10 @@
 /// The .pvd file, which lists the .vtu file of each mesh part and step.
 #pragma once
 
+#include "mekvtu/outputfile.hpp"
 #include "mekvtu/timeline.hpp"
 
 #include <cstdint>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -20,7 +20,6 @@ struct CollectionEntry {
 };
 
 /// @throws Console::FileError
-void writeCollection(const std::filesystem::path& path,
-                     const std::vector<CollectionEntry>& entries);
+void writeCollection(OutputFile& file, const std::vector<CollectionEntry>& entries);
 
 } // namespace MekVtu

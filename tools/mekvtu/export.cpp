@@ -1,9 +1,9 @@
 #include "mekvtu/export.hpp"
 
-#include "console/error.hpp"
 #include "mekreader/error.hpp"
 #include "mekvtu/collectionfile.hpp"
 #include "mekvtu/meshpart.hpp"
+#include "mekvtu/outputfolder.hpp"
 #include "mekvtu/results.hpp"
 #include "mekvtu/timeline.hpp"
 #include "mekvtu/vtufile.hpp"
@@ -13,7 +13,6 @@
 #include <cctype>
 #include <set>
 #include <string_view>
-#include <system_error>
 
 namespace MekVtu {
 
@@ -93,48 +92,6 @@ std::set<std::string> notesOnCircles(const MekReader::File& file) {
     return notes;
 }
 
-/// The files of an export. The destructor removes them, and a folder that was created for them,
-/// unless the export is complete.
-class OutputFolder {
-public:
-    explicit OutputFolder(const std::filesystem::path& path) : path_(path) {
-        std::error_code error;
-        isNew_ = std::filesystem::create_directories(path_, error);
-        if (error) {
-            throw Console::FileError(path_, Console::reasonOf(error));
-        }
-    }
-    OutputFolder(const OutputFolder&) = delete;
-    OutputFolder& operator=(const OutputFolder&) = delete;
-    ~OutputFolder() {
-        if (isComplete_) {
-            return;
-        }
-        std::error_code ignored;
-        for (const std::filesystem::path& file : files_) {
-            std::filesystem::remove(file, ignored);
-        }
-        if (isNew_) {
-            std::filesystem::remove(path_, ignored); // fails if others have added files
-        }
-    }
-
-    std::filesystem::path pathOf(const std::string& name) const {
-        return path_ / std::filesystem::u8path(name);
-    }
-
-    /// Notes a file that is written.
-    void add(const std::filesystem::path& file) { files_.push_back(file); }
-
-    void setComplete() { isComplete_ = true; }
-
-private:
-    std::filesystem::path path_;
-    std::vector<std::filesystem::path> files_;
-    bool isNew_ = false;
-    bool isComplete_ = false;
-};
-
 class Export {
 public:
     Export(MekReader::File& file, const std::filesystem::path& directory, const std::string& stem,
@@ -149,10 +106,6 @@ public:
 
     ExportSummary run() {
         OutputFolder folder(directory_);
-        const std::filesystem::path collection = folder.pathOf(stem_ + ".pvd");
-        // that of an earlier export: it exists only if all files do
-        std::error_code ignored;
-        std::filesystem::remove(collection, ignored);
         for (std::size_t step = 0; step < timeline_.steps.size(); ++step) {
             const std::vector<MeshPart>& parts = meshParts_.at(timeline_.steps[step].name);
             for (std::size_t part = 0; part < parts.size(); ++part) {
@@ -163,10 +116,11 @@ public:
         if (entries_.empty()) {
             throw MekReader::Error("no geometry has coordinates");
         }
-        writeCollection(collection, entries_);
-        folder.setComplete();
+        const std::string collection = stem_ + ".pvd";
+        folder.add(collection, [this](OutputFile& file) { writeCollection(file, entries_); });
+        folder.finish();
         reportProgress(1, 1);
-        return summaryOf(collection);
+        return summaryOf(folder.pathOf(collection));
     }
 
 private:
@@ -209,9 +163,9 @@ private:
         results_.addTo(output, part, step.name);
         addRows(output, part.mesh);
         const std::string name = nameFor(part, stepNumber);
-        const std::filesystem::path path = folder.pathOf(name);
-        output.write(path, options_.raw ? Encoding::Raw : Encoding::Base64);
-        folder.add(path);
+        folder.add(name, [&](OutputFile& file) {
+            output.write(file, options_.raw ? Encoding::Raw : Encoding::Base64);
+        });
         entries_.push_back({step.time, step.name, part.number, part.name, name});
     }
 

@@ -22,13 +22,12 @@ void OutputFile::write(std::string_view bytes) {
     }
 }
 
-void OutputFile::finish() {
+void OutputFile::close() {
     errno = 0;
     stream_.close();
     if (!stream_) {
         fail();
     }
-    target_.finish();
 }
 
 void OutputFile::fail() const {

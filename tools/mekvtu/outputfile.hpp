@@ -10,7 +10,7 @@
 
 namespace MekVtu {
 
-/// Replaces a file when it is complete; until then it has a temporary name.
+/// Replaces a file at `finish`; until then it has a temporary name.
 class OutputFile {
 public:
     /// @throws Console::FileError
@@ -22,9 +22,13 @@ public:
     /// @throws Console::FileError
     void write(std::string_view bytes);
 
-    /// Closes the complete file and gives it its name.
+    /// Writes what is buffered and closes the file, which keeps its temporary name.
     /// @throws Console::FileError
-    void finish();
+    void close();
+
+    /// Gives the closed file its name.
+    /// @throws Console::FileError
+    void finish() { target_.finish(); }
 
 private:
     [[noreturn]] void fail() const;

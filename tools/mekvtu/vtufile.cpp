@@ -160,8 +160,7 @@ void VtuFile::writeSection(OutputFile& file, Section section, const char* tag,
     file.write("</" + std::string(tag) + ">\n");
 }
 
-void VtuFile::write(const std::filesystem::path& path, Encoding encoding) const {
-    OutputFile file(path);
+void VtuFile::write(OutputFile& file, Encoding encoding) const {
     file.write(std::string("<?xml version=\"1.0\"?>\n"
                            "<VTKFile type=\"UnstructuredGrid\" version=\"1.0\" byte_order=\"") +
                (isLittleEndian() ? "LittleEndian" : "BigEndian") +
@@ -184,7 +183,6 @@ void VtuFile::write(const std::filesystem::path& path, Encoding encoding) const 
         file.write("\n</AppendedData>\n");
     }
     file.write("</VTKFile>\n");
-    file.finish();
 }
 
 } // namespace MekVtu

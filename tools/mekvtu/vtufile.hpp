@@ -7,7 +7,6 @@
 #include "mekvtu/outputfile.hpp"
 
 #include <cstdint>
-#include <filesystem>
 #include <set>
 #include <string>
 #include <string_view>
@@ -19,7 +18,7 @@ namespace MekVtu {
 /// Where the arrays are stored.
 enum class Encoding {
     Base64, ///< in their XML elements
-    Raw     ///< behind all elements, without an encoding; this is no valid XML
+    Raw     ///< after all elements, without an encoding; this is no valid XML
 };
 
 /// In the order of a file.
@@ -43,7 +42,7 @@ public:
     bool has(Section section, std::string_view name) const;
 
     /// @throws Console::FileError
-    void write(const std::filesystem::path& path, Encoding encoding) const;
+    void write(OutputFile& file, Encoding encoding) const;
 
 private:
     struct Array {
