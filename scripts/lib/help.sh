@@ -1,14 +1,20 @@
 # shellcheck shell=bash
 # Sourced by the scripts: their first comment is their help.
 
-# print_help: the first comment of the script
-print_help() { sed -n '2,/^[^#]/s/^#\( \|$\)//p' "$0"; }
+# print_first_comment: that of the script
+print_first_comment() { sed -n '2,/^[^#]/s/^#\( \|$\)//p' "$0"; }
 
-# help_if_asked ARGUMENT...: prints the help and exits if the first argument asks for it
+# print_help: a script may define its own
+print_help() { print_first_comment; }
+
+# help_if_asked ARGUMENT...: prints the help and exits if an argument asks for it
 help_if_asked() {
-    case ${1:-} in
-        -h | --help) print_help; exit 0 ;;
-    esac
+    local argument
+    for argument in "$@"; do
+        case $argument in
+            -h | --help) print_help; exit 0 ;;
+        esac
+    done
 }
 
 # usage_error MESSAGE
