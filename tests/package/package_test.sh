@@ -48,6 +48,9 @@ check_contents() {
     for name in "$source"/docs/*.md; do
         cmp "$name" "$documents/docs/${name##*/}" || fail "$name is not installed"
     done
+    for name in CHANGELOG.md LICENSE README.md; do
+        cmp "$source/$name" "$documents/$name" || fail "$name is not installed"
+    done
     [ -z "$(for name in "${names[@]}"; do files_of "$name"; done | sort | uniq -d)" ] ||
         fail "two packages contain the same file"
 }
