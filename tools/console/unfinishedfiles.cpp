@@ -19,10 +19,10 @@
 
 namespace Console {
 
-UnfinishedFile* UnfinishedFile::newest_ = nullptr;
+UnfinishedFile* UnfinishedFile::newest = nullptr;
 
 void UnfinishedFile::removeAll() {
-    for (const UnfinishedFile* file = newest_; file != nullptr; file = file->older_) {
+    for (const UnfinishedFile* file = newest; file != nullptr; file = file->older_) {
 #if defined(_WIN32)
         if (DeleteFileW(file->path_.c_str()) == 0) {
             RemoveDirectoryW(file->path_.c_str());
@@ -130,17 +130,17 @@ void holdingSignals(const std::function<void()>& action) {
 
 UnfinishedFile::UnfinishedFile(std::filesystem::path path) : path_(std::move(path)) {
     holdingSignals([this] {
-        older_ = newest_;
+        older_ = newest;
         if (older_ != nullptr) {
             older_->newer_ = this;
         }
-        newest_ = this;
+        newest = this;
     });
 }
 
 UnfinishedFile::~UnfinishedFile() {
     holdingSignals([this] {
-        (newer_ != nullptr ? newer_->older_ : newest_) = older_;
+        (newer_ != nullptr ? newer_->older_ : newest) = older_;
         if (older_ != nullptr) {
             older_->newer_ = newer_;
         }

@@ -34,7 +34,7 @@ public:
     static void removeAll();
 
 private:
-    static UnfinishedFile* newest_;
+    static UnfinishedFile* newest;
 
     std::filesystem::path path_;
     UnfinishedFile* older_ = nullptr;
