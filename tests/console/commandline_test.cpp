@@ -79,8 +79,17 @@ TEST_F(CommandLineTest, FollowsOneConvention) {
         {"frd2mek", 2, "", "frd2mek: INPUT.frd is required; see frd2mek --help\n"},
         {"frd2mek --fast job.frd", 2, "", "frd2mek: unknown option --fast; see frd2mek --help\n"},
         {"frd2mek a.frd b.mek c.mek", 2, "", "frd2mek: too many arguments: c.mek; see"},
-        {"frd2mek --overwrite=no job.frd", 2, "", "overwrite"},
-        {"frd2mek job.frd", 0, "job.mek: 4 nodes, 4 elements, 3 shapes, 8 results, 1 steps, ", ""},
+        {"frd2mek -- a.frd b.mek --overwrite", 2, "", "frd2mek: too many arguments: --overwrite; "},
+        {"frd2mek -- a b c", 2, "", "frd2mek: too many arguments: c; see"},
+        {"frd2mek --overwrite=no job.frd", 2, "", "frd2mek: --overwrite takes no value; see"},
+        {"frd2mek --help=3", 2, "", "frd2mek: --help takes no value; see"},
+        {"mekinfo --version=3", 2, "", "mekinfo: --version takes no value; see"},
+        {"mekinfo --vtu", 2, "", "mekinfo: --vtu needs a value DIR; see"},
+        {"mekinfo --vtu a --vtu b model.mek", 2, "", "mekinfo: --vtu is given twice; see"},
+        {"mekinfo --vtu \"\" model.mek", 2, "", "mekinfo: an argument is empty; see"},
+        {"mekinfo --vtu= model.mek", 2, "", "mekinfo: --vtu= has an empty value; see"},
+        {"frd2mek job.frd \"\"", 2, "", "frd2mek: an argument is empty; see"},
+        {"frd2mek job.frd", 0, "job.mek: 4 nodes, 4 elements, 3 shapes, 8 results, 1 step, ", ""},
         {"frd2mek job.frd", 1, "", "frd2mek: job.mek: exists; use --overwrite to replace it\n"},
         {"frd2mek job.frd --overwrite", 0, " bytes in, ", ""},
         {"frd2mek --overwrite job.frd", 0, "job.mek: ", ""},
@@ -164,6 +173,13 @@ TEST_F(CommandLineTest, NamesForeignFiles) {
     write("a.xz", "\xFD\x37zXZ\0\0"sv);
     write("a.zip", "PK\x03\x04");
     write("a.h5", "\x89HDF\r\n\x1A\n");
+    write("a.tar", std::string(257, 'a') + "ustar");
+    write("a.so", "\x7F\x45LF\x02");
+    write("a.vtk", "# vtk DataFile Version 3.0\n");
+    write("a.vtu", "<?xml version=\"1.0\"?>\n<VTKFile type=\"UnstructuredGrid\">\n");
+    write("a.msh", "$MeshFormat\n4.1 0 8\n");
+    write("a.txt", "notes\n");
+    write("empty", "");
     write("a.inp", "** a comment\r\n\r\n*Heading\r\n");
     expect({
         {"frd2mek a.gz", 1, "", "frd2mek: a.gz: this is a gzip file; decompress it first\n"},
@@ -175,6 +191,14 @@ TEST_F(CommandLineTest, NamesForeignFiles) {
         {"frd2mek model.mek a.mek", 1, "", ": this is a model file; mekinfo shows it\n"},
         {"mekinfo job.frd", 1, "",
          "mekinfo: job.frd: this is a result file of the solver; convert it with frd2mek\n"},
+        {"mekinfo a.tar", 1, "", ": this is a tar archive; extract the file first\n"},
+        {"mekinfo a.so", 1, "", ": this is a program or library (ELF)\n"},
+        {"mekinfo a.vtk", 1, "", ": this is a legacy VTK file\n"},
+        {"frd2mek a.vtu", 1, "", ": this is a VTK XML file\n"},
+        {"mekinfo a.msh", 1, "", ": this is a Gmsh mesh\n"},
+        {"mekinfo a.txt", 1, "", "mekinfo: a.txt: not a model file\n"},
+        {"frd2mek empty", 1, "", "frd2mek: empty: the file is empty\n"},
+        {"mekinfo --check empty", 1, "empty: INVALID, the file is empty\n", ""},
         {"mekinfo --check a.gz", 1, "a.gz: INVALID, this is a gzip file; decompress it first\n",
          ""},
     });

@@ -69,8 +69,8 @@ protected:
 };
 
 const std::string noVariable =
-    " of \"Heavy Data\" belong to no variable: the array was replaced, was given to the id of a "
-    "group or shape, or its call failed";
+    " of \"Heavy Data\": no variable uses these bytes; their array was replaced, was given to the "
+    "id of a group or shape, or its call failed";
 
 constexpr auto solid = DatasetType::Connectivity2;
 constexpr auto ofNodes = DatasetType::ResultA1;

@@ -21,9 +21,13 @@ struct Signature {
     std::string_view bytes;
     std::string_view description;
     std::optional<FileFormat> format{};
+    std::size_t position = 0;
 };
 
-constexpr std::array<Signature, 12> signatures{{
+constexpr std::string_view modelSignature("\x89QBF\r\n\x1A\n");
+constexpr std::size_t tarMagicPosition = 257;
+
+constexpr std::array<Signature, 16> signatures{{
     {"\x1F\x8B"sv, "this is a gzip file; decompress it first"},
     {"\x1F\x9D"sv, "this is a compress (.Z) file; decompress it first"},
     {"BZh"sv, "this is a bzip2 file; decompress it first"},
@@ -36,7 +40,13 @@ constexpr std::array<Signature, 12> signatures{{
     {"7z\xBC\xAF\x27\x1C"sv, "this is a 7z archive; extract the file first"},
     {"\x89HDF\r\n\x1A\n"sv, "this is an HDF5 file"},
     {"CDF\x01"sv, "this is a netCDF file"},
-    {"\x89QBF\r\n\x1A\n"sv, "this is a model file; mekinfo shows it", FileFormat::Model},
+    {"ustar"sv, "this is a tar archive; extract the file first", {}, tarMagicPosition},
+    {"\x7F"
+     "ELF"sv,
+     "this is a program or library (ELF)"},
+    {"# vtk DataFile"sv, "this is a legacy VTK file"},
+    {"$MeshFormat"sv, "this is a Gmsh mesh"},
+    {modelSignature, "this is a model file; mekinfo shows it", FileFormat::Model},
     {"    1C"sv, "this is a result file of the solver; convert it with frd2mek",
      FileFormat::ResultFile},
 }};
@@ -63,15 +73,32 @@ bool isInputDeck(std::string_view text) {
     return hasComment;
 }
 
-/// Empty if the format is unknown or the expected one.
+bool isVtkXml(std::string_view text) {
+    return startsWith(text, "<") && text.find("<VTKFile") != std::string_view::npos;
+}
+
+/// Whether the bytes can begin a model file; a cut file may have only a part of the signature.
+bool canBeModel(std::string_view bytes) {
+    return startsWith(bytes, modelSignature.substr(0, bytes.size()));
+}
+
+/// Empty if the bytes may be of the expected format.
 std::string_view foreignFormat(std::string_view bytes, FileFormat expected) {
+    if (bytes.empty()) {
+        return "the file is empty"sv;
+    }
     for (const Signature& signature : signatures) {
-        if (startsWith(bytes, signature.bytes)) {
+        if (startsWith(bytes.substr(std::min(signature.position, bytes.size())), signature.bytes)) {
             return signature.format == expected ? ""sv : signature.description;
         }
     }
-    return isInputDeck(bytes) ? "this is an input deck; solve it and convert the .frd file"sv
-                              : ""sv;
+    if (isVtkXml(bytes)) {
+        return "this is a VTK XML file"sv;
+    }
+    if (isInputDeck(bytes)) {
+        return "this is an input deck; solve it and convert the .frd file"sv;
+    }
+    return expected == FileFormat::Model && !canBeModel(bytes) ? "not a model file"sv : ""sv;
 }
 
 std::string firstBytes(const std::filesystem::path& path) {

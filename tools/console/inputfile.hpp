@@ -8,11 +8,12 @@ namespace Console {
 
 enum class FileFormat { Model, ResultFile };
 
-/// Accepts a readable regular file unless its first bytes belong to another known format: an
-/// archive, HDF5, an input deck of the solver, or the other `FileFormat`. A file of an unknown
-/// format is accepted; the reader of `expected` describes what is wrong with it.
+/// Accepts a readable regular file unless it is empty or its first bytes belong to another known
+/// format: an archive, a mesh, an input deck of the solver, or the other `FileFormat`. A model file
+/// must also begin with the signature of model files. The reader of a result file describes what is
+/// wrong with one of an unknown format.
 /// @throws FileError the file cannot be read
-/// @throws ForeignFile it has another format
+/// @throws ForeignFile it is empty or has another format
 void checkInputFile(const std::filesystem::path& path, FileFormat expected);
 
 } // namespace Console

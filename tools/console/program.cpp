@@ -64,6 +64,25 @@ public:
     }
 };
 
+/// No option or operand takes an empty string. CLI11 takes the argument after "--name=" as the
+/// value.
+void requireValues(const std::vector<std::string>& arguments) {
+    bool areOptions = true;
+    for (const std::string& argument : arguments) {
+        areOptions = areOptions && argument != "--";
+        if (argument.empty()) {
+            throw UsageError("an argument is empty");
+        }
+        if (areOptions && argument.substr(0, 2) == "--" && argument.back() == '=') {
+            throw UsageError(argument + " has an empty value");
+        }
+    }
+}
+
+bool startsWith(const std::string& text, const std::string& start) {
+    return text.compare(0, start.size(), start) == 0;
+}
+
 } // namespace
 
 Program::Program(const std::string& name, const std::string& purpose, const std::string& notes)
@@ -71,8 +90,9 @@ Program::Program(const std::string& name, const std::string& purpose, const std:
     app_.allow_windows_style_options(false); // a path may begin with a slash
     app_.formatter(std::make_shared<HelpFormatter>());
     app_.footer(notes);
-    app_.set_help_flag("-h,--help", "show this help");
-    app_.set_version_flag("-V,--version", name + " " MEKAPI2_VERSION_STRING, "show the version");
+    app_.set_help_flag("-h,--help", "show this help")->disable_flag_override();
+    app_.set_version_flag("-V,--version", name + " " MEKAPI2_VERSION_STRING, "show the version")
+        ->disable_flag_override();
 }
 
 int Program::run(int count, char** arguments, const std::function<int()>& action) {
@@ -108,6 +128,7 @@ void Program::report(const std::string& message) const {
 
 int Program::parseAndAct(int count, char** arguments, const std::function<int()>& action) {
     std::vector<std::string> reversed = Console::arguments(count, arguments);
+    requireValues(reversed);
     std::reverse(reversed.begin(), reversed.end());
     try {
         app_.parse(std::move(reversed));
@@ -117,6 +138,8 @@ int Program::parseAndAct(int count, char** arguments, const std::function<int()>
     } catch (const CLI::CallForVersion& version) {
         std::cout << version.what() << '\n';
         return exitDone;
+    } catch (const CLI::ArgumentMismatch& error) {
+        return reportUsage(messageOf(error));
     } catch (const CLI::ParseError& error) {
         return reportUsage(messageOf(error));
     }
@@ -129,14 +152,41 @@ int Program::reportUsage(const std::string& message) const {
 }
 
 std::string Program::messageOf(const CLI::ParseError& error) const {
-    const std::vector<std::string> unexpected = app_.remaining();
-    const auto option = std::find_if(
-        unexpected.begin(), unexpected.end(),
-        [](const std::string& argument) { return argument.size() > 1 && argument.front() == '-'; });
-    if (option != unexpected.end()) {
-        return "unknown option " + *option;
+    const std::string unexpected = unexpectedArgument();
+    return unexpected.empty() ? error.what() : unexpected;
+}
+
+/// CLI11's message begins with the name of the option, without dashes if it is a flag.
+std::string Program::messageOf(const CLI::ArgumentMismatch& error) const {
+    constexpr std::size_t dashes = 2;
+    std::string message = error.what();
+    for (const CLI::Option* const option : app_.get_options()) {
+        const std::string name = option->get_name();
+        if (startsWith(message, name + ": ")) {
+            return option->count() > 1 ? name + " is given twice"
+                                       : name + " needs a value " + option->get_type_name();
+        }
+        if (option->nonpositional() && startsWith(message, name.substr(dashes) + " ")) {
+            return name + " takes no value";
+        }
     }
-    return unexpected.empty() ? error.what() : "too many arguments: " + unexpected.back();
+    return message;
+}
+
+/// An argument that is no known option and no operand; empty if there is none.
+std::string Program::unexpectedArgument() const {
+    std::string operand;
+    bool areOptions = true;
+    for (const std::string& argument : app_.remaining()) {
+        if (areOptions && argument == "--") {
+            areOptions = false;
+        } else if (areOptions && argument.size() > 1 && argument.front() == '-') {
+            return "unknown option " + argument;
+        } else {
+            operand = argument;
+        }
+    }
+    return operand.empty() ? "" : "too many arguments: " + operand;
 }
 
 } // namespace Console

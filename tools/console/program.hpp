@@ -49,6 +49,8 @@ private:
     int parseAndAct(int count, char** arguments, const std::function<int()>& action);
     int reportUsage(const std::string& message) const;
     std::string messageOf(const CLI::ParseError& error) const;
+    std::string messageOf(const CLI::ArgumentMismatch& error) const;
+    std::string unexpectedArgument() const;
 
     CLI::App app_;
 };

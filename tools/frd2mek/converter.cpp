@@ -1,5 +1,6 @@
 #include "converter.hpp"
 
+#include "console/count.hpp"
 #include "console/error.hpp"
 #include "console/outputfile.hpp"
 #include "console/progress.hpp"
@@ -19,9 +20,7 @@ namespace Frd {
 
 namespace {
 
-std::string counted(std::uint64_t count, const std::string& noun) {
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
+using Console::counted;
 
 std::string wholeParts(const ResultFile& file, std::size_t results) {
     return counted(file.nodes().size(), "node") + ", " + counted(file.elementCount(), "element") +

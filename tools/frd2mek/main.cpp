@@ -2,6 +2,7 @@
 /// frd2mek: converts a result file of the solver to a model file.
 
 #include "commandline.hpp"
+#include "console/count.hpp"
 #include "console/error.hpp"
 #include "console/inputfile.hpp"
 #include "console/program.hpp"
@@ -17,10 +18,12 @@
 namespace {
 
 void print(const std::filesystem::path& output, const Frd::Summary& summary) {
-    std::cout << output.u8string() << ": " << summary.nodes << " nodes, " << summary.elements
-              << " elements, " << summary.shapes << " shapes, " << summary.results << " results, "
-              << summary.steps << " steps, " << summary.bytesIn << " bytes in, " << summary.bytesOut
-              << " bytes out\n";
+    using Console::counted;
+    std::cout << output.u8string() << ": " << counted(summary.nodes, "node") << ", "
+              << counted(summary.elements, "element") << ", " << counted(summary.shapes, "shape")
+              << ", " << counted(summary.results, "result") << ", "
+              << counted(summary.steps, "step") << ", " << counted(summary.bytesIn, "byte")
+              << " in, " << counted(summary.bytesOut, "byte") << " out\n";
 }
 
 int convert(const Frd::CommandLine& commandLine, const Console::Program& program) {

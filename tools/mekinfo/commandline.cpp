@@ -14,24 +14,26 @@ const char* const notes =
     "  2  the arguments are invalid\n"
     "\n"
     "Examples:\n"
-    "  mekinfo beam.mek\n"
-    "  mekinfo --check --lint *.mek\n"
-    "  mekinfo --vtu frames beam.mek    writes frames/beam.pvd";
+    "  mekinfo beam.mek                 shows the content of beam.mek\n"
+    "  mekinfo --check --lint *.mek     verifies the files and checks their meshes\n"
+    "  mekinfo --vtu frames beam.mek    writes frames/beam.pvd for ParaView";
 
 void declareOptions(CLI::App& app, CommandLine& values) {
     app.add_option("FILE", values.files, "model files")->required();
     const auto addFlag = [&app](const char* names, bool& value, const char* description) {
         return app.add_flag(names, value, description)->disable_flag_override();
     };
-    CLI::Option* const check = addFlag(
-        "--check", values.check, "verify all rules of the format, but not meshes: see --lint");
+    CLI::Option* const check =
+        addFlag("--check", values.check, "verify the format; --lint checks the meshes");
     CLI::Option* const lint =
         addFlag("--lint", values.lint, "report what the format allows and no viewer can show");
     CLI::Option* const vtu = app.add_option("--vtu", values.vtuFolder,
                                             "export to this folder as .vtu files and one .pvd file")
                                  ->type_name("DIR")
                                  ->excludes(check, lint);
-    addFlag("--raw", values.raw, "export smaller files, which not every program opens")->needs(vtu);
+    addFlag("--raw", values.raw,
+            "with --vtu: smaller files; ParaView of Debian 12 cannot open them")
+        ->needs(vtu);
     addFlag("-q,--quiet", values.quiet, "print only what is wrong");
 }
 

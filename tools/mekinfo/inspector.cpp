@@ -1,5 +1,6 @@
 #include "mekinfo/inspector.hpp"
 
+#include "console/count.hpp"
 #include "console/error.hpp"
 #include "console/inputfile.hpp"
 #include "console/program.hpp"
@@ -17,9 +18,7 @@ namespace MekInfo {
 
 namespace {
 
-std::string counted(std::uint64_t count, const std::string& noun) {
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
+using Console::counted;
 
 std::uint64_t countVariables(const MekReader::File& file) {
     std::uint64_t count = 0;

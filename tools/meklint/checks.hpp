@@ -17,7 +17,8 @@ void checkMeshes(MekReader::File& file, const Reporter& reporter);
 /// Finds results with another number of rows than their mesh has nodes or elements.
 void checkResults(const MekReader::File& file, const Reporter& reporter);
 
-/// Finds names that stand for two steps or two variables.
+/// Finds variable names with two steps, two variables of one name, and steps of one name that have
+/// different values.
 void checkSteps(const MekReader::File& file, const Reporter& reporter);
 
 /// Finds attributes with as many bytes as the format stores of a string.

@@ -36,8 +36,8 @@ void checkDatasets(const MekReader::File& file, const Reporter& reporter) {
         if (begin > covered) {
             reporter.add(std::to_string(begin - covered) + " bytes at offset " +
                          std::to_string(covered) +
-                         " of \"Heavy Data\" belong to no variable: the array was replaced, was "
-                         "given to the id of a group or shape, or its call failed");
+                         " of \"Heavy Data\": no variable uses these bytes; their array was "
+                         "replaced, was given to the id of a group or shape, or its call failed");
         }
         covered = std::max(covered, end);
     }

@@ -15,7 +15,7 @@ namespace MekLint {
 /// | links | variables without an array, links of another type than their owner |
 /// | meshes | arrays that do not form a mesh: element types, rows out of range, lengths |
 /// | results | numbers of rows that differ from the nodes or elements of the mesh |
-/// | steps | names that stand for two steps or two variables |
+/// | steps | names with two steps, and two variables of one name |
 /// | strings | attributes that reach the limit of 256 bytes, where longer ones are truncated |
 /// | datasets | bytes of "Heavy Data" that no variable refers to |
 ///

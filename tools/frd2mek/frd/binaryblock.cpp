@@ -71,7 +71,7 @@ std::string_view BinaryBlock::peek(std::size_t size) {
     if (record.size() < size) {
         throw EndOfFile(
             head_.line,
-            "record " + std::to_string(records_ + 1) + " of the binary block behind this line",
+            "record " + std::to_string(records_ + 1) + " of the binary block after this line",
             !record.empty());
     }
     return record;
@@ -86,7 +86,7 @@ std::string_view BinaryBlock::take(std::size_t size) {
 
 void BinaryBlock::failExpecting(const std::string& what, std::int64_t found) const {
     throw FormatError(head_.line, "expected " + what + " in record " + std::to_string(records_) +
-                                      " of the binary block behind this line, found " +
+                                      " of the binary block after this line, found " +
                                       std::to_string(found));
 }
 

@@ -58,7 +58,7 @@ void MeshReader::readNodes(const Line& header) {
         const std::uint64_t record = *row - firstRow + 1;
         throw head.format.isBinary
             ? FormatError(head.line, found + " in record " + std::to_string(record) +
-                                         " of the binary block behind this line")
+                                         " of the binary block after this line")
             : FormatError(head.line + record, found);
     }
 }
