@@ -56,6 +56,8 @@ def _type_of(given: object) -> str:
 
 def _shown(given: object) -> str:
     """Return a value for a message of one line, or its type if it is long."""
+    if isinstance(given, int) and given.bit_length() > 128:  # Python refuses to print some
+        return f"an integer of {given.bit_length()} bits"
     text = repr(given)
     return text if len(text) <= 60 and "\n" not in text else _type_of(given)
 
@@ -95,11 +97,26 @@ def string(what: str, given: str) -> str:
     return given
 
 
-def strings(what: str, given: Iterable[str]) -> list[str]:
+def variable_name(what: str, given: str) -> str:
+    """Return the name of an array or step. The exceptions are those of `string`.
+
+    Raises
+    ------
+    ValueError
+        The name is empty or contains the character 0x1E, which separates both names in the file.
+    """
+    if not string(what, given):
+        raise ValueError(f"{what} is empty")
+    if "\x1e" in given:
+        raise ValueError(f"{what} {given!r} contains the character 0x1E")
+    return given
+
+
+def strings(what: str, each: str, given: Iterable[str]) -> list[str]:
     """Return strings as a list. Raises `TypeError` for a single string and for other values."""
     if isinstance(given, str) or not isinstance(given, Iterable):
         raise TypeError(f"{what} must be a list of strings, not {_type_of(given)}")
-    return [string(f"each of the {what}", each) for each in given]
+    return [string(each, element) for element in given]
 
 
 def flag(what: str, given: bool) -> bool:
@@ -153,17 +170,27 @@ def node_id(given: SupportsIndex) -> int:
         raise TypeError(f"a node id must be an integer, not {_type_of(given)}")
     number = operator.index(given)
     if not 0 <= number <= _largest_word:
-        raise ValueError(f"node id {number} is not in 0 to {_largest_word}")
+        raise ValueError(f"node id {_shown(number)} is not in 0 to {_largest_word}")
     return number
 
 
 def node_ids(given: Union[SupportsIndex, Iterable[SupportsIndex]]) -> list[int]:
-    """Return one id or several as a list. The exceptions are those of `node_id`."""
+    """Return one id or several as a list. The exceptions are those of `node_id`.
+
+    Raises
+    ------
+    ValueError
+        There are no ids.
+    """
     if isinstance(given, SupportsIndex) and not isinstance(given, np.ndarray):
         return [node_id(given)]
     if isinstance(given, (str, bytes)) or not isinstance(given, Iterable):
-        raise TypeError(f"ids must be integers, not {_type_of(given)}")
-    return [node_id(number) for number in given]
+        what = "None" if given is None else _type_of(given)
+        raise TypeError(f"ids must be integers, the ids of shapes, not {what}")
+    ids = [node_id(number) for number in given]
+    if not ids:
+        raise ValueError("ids is empty; the array would belong to nothing")
+    return ids
 
 
 def attributes(given: Optional[Mapping[str, AttributeValue]]) -> dict[str, Union[int, float, str]]:
@@ -206,7 +233,7 @@ def _attribute(key: str, value: AttributeValue) -> Union[int, float, str]:
     if isinstance(value, (numbers.Integral, np.bool_)):
         number = int(value)
         if not 0 <= number <= _largest_word:
-            raise ValueError(f"{what}: {number} is not in 0 to {_largest_word}")
+            raise ValueError(f"{what}: {_shown(number)} is not in 0 to {_largest_word}")
         return number
     if isinstance(value, numbers.Real):
         return _real(what, value)
@@ -281,6 +308,8 @@ def refusal(
 ) -> InexactConversion:
     """Return the exception for the first value that the file cannot hold."""
     value, where = values[index], f"at {list(index)}"
+    if isinstance(value, int):
+        value = _shown(value)
     if element_type(kind) is ElementType.Unsigned:
         reason = f"{kind.name} takes whole numbers from 0 to {_largest_word}, got {value} {where}"
     elif exact:
@@ -306,12 +335,22 @@ def array(kind: DatasetType, given: ArrayLike) -> NDArray[Any]:
         The elements are not integers, booleans or real floating-point numbers.
     ValueError
         The shape does not fit ``kind``, or values are masked.
+    InexactConversion
+        An integer of Python does not fit in 64 bits.
     """
     if isinstance(given, np.ma.MaskedArray) and np.any(given.mask):
         raise ValueError("the array has masked values; replace them first, for example by NaN")
-    values = np.asarray(given)
+    try:
+        values = np.asarray(given)
+    except ValueError:
+        if not isinstance(given, (list, tuple)):
+            raise
+        shape = _expected_shape(kind)
+        raise ValueError(
+            f"{kind.name} takes an array of shape {shape}; the rows differ in length"
+        ) from None
     if values.dtype.kind not in "biuf":
-        raise TypeError(f"{kind.name} takes real numbers, not {values.dtype}")
+        raise _not_numbers(kind, values)
     _check_shape(kind, values)
     if values.dtype == np.float16:
         return values.astype(np.float32)
@@ -323,10 +362,31 @@ def _check_shape(kind: DatasetType, values: NDArray[Any]) -> None:
     is_column = values.ndim == 1 and kind.width == 1
     is_empty = values.ndim in (1, 2) and len(values) == 0
     if not (is_table or is_column or is_empty):
-        expected = f"(n, {kind.width})"
-        if kind.width == 1:
-            expected = "(n,) or (n, k)" if is_connectivity(kind) else "(n,)"
+        expected = _expected_shape(kind)
         raise ValueError(f"{kind.name} takes an array of shape {expected}, not {values.shape}")
+
+
+def _expected_shape(kind: DatasetType) -> str:
+    if is_connectivity(kind):
+        return "(n,) or (n, k)"
+    return "(n,)" if kind.width == 1 else f"(n, {kind.width})"
+
+
+def _not_numbers(kind: DatasetType, values: NDArray[Any]) -> Exception:
+    """Return the exception for an array that NumPy does not store as real numbers."""
+    if values.dtype.kind in "SU":
+        return TypeError(f"{kind.name} takes numbers, not strings")
+    if values.dtype != object:
+        return TypeError(f"{kind.name} takes real numbers, not {values.dtype}")
+    for index, value in np.ndenumerate(values):
+        if not isinstance(value, (numbers.Real, np.bool_)):
+            return TypeError(f"{kind.name} takes real numbers, not {_shown(value)} at {list(index)}")
+        if isinstance(value, int) and not -(2**63) <= value < 2**64:
+            if element_type(kind) is ElementType.Unsigned or abs(value) > _largest_float:
+                return refusal(kind, values, index, False)
+            reason = f"{_shown(value)} at {list(index)} does not fit in 64 bits; pass it as float"
+            return InexactConversion(f"{kind.name}: {reason}", index)
+    return TypeError(f"{kind.name} takes real numbers, not Python objects")
 
 
 def is_connectivity(kind: DatasetType) -> bool:

@@ -34,10 +34,23 @@ class Step:
     name : str
     attributes : dict
         Attributes of the variables of this step.
+
+    Raises
+    ------
+    TypeError
+        The name is not a string, or the attributes are not a dict.
+    ValueError
+        The name is empty or contains the character 0x1E.
     """
 
     name: str
     attributes: Attributes = field(default_factory=dict)
+
+    def __post_init__(self) -> None:
+        _plain.variable_name("a step's name", self.name)
+        if not isinstance(self.attributes, Mapping):
+            given = type(self.attributes).__name__
+            raise TypeError(f"a step's attributes must be a dict, not {given}")
 
 
 class Model:
@@ -309,7 +322,7 @@ class Model:
         separator = _plain.string("separator", separator)
         if isinstance(path, str):
             return self._core.node_id_of_path(_plain.string("path", path), separator)
-        return self._core.node_id_of_names(_plain.strings("path", path))
+        return self._core.node_id_of_names(_plain.strings("path", "each name of the path", path))
 
     def set_node_data(
         self,
@@ -399,9 +412,9 @@ class Model:
         """
         separator = _plain.string("separator", separator)
         if not isinstance(paths, Mapping):
-            plain = _plain.strings("paths", paths)
+            plain = _plain.strings("paths", "each of the paths", paths)
             return self._add_paths([(path, None) for path in plain], separator)
-        ordered = sorted(_plain.strings("paths", list(paths)))
+        ordered = sorted(_plain.strings("paths", "each of the paths", list(paths)))
         ids = self._add_paths([(path, paths[path]) for path in ordered], separator)
         by_path = dict(zip(ordered, ids))
         return {path: by_path[path] for path in paths}
@@ -442,7 +455,7 @@ class Model:
         2**32 - 1 as unsigned integers. All other arrays are stored as unsigned integers and take
         whole numbers from 0 to 2**32 - 1.
 
-        Does nothing if there are no rows or no ids. The geometry of the last id is the current node
+        Does nothing if there are no rows. The geometry of the last id is the current node
         afterwards.
 
         Parameters
@@ -455,7 +468,8 @@ class Model:
             Shapes, by their own id or that of their geometry, which `add_node` and
             `add_assembly_components` return.
         name : str, optional
-            Required for results; the other types have a default name.
+            Required for results; the other types have a default name. It must not be empty or
+            contain the character 0x1E.
         steps : str, Step, or iterable of both, optional
             By default the array belongs to no step, like a mesh. The names must differ.
         attributes : dict, optional
@@ -474,7 +488,7 @@ class Model:
             one is required, or is not exact and ``exact`` is true. Also a `ValueError`. Nothing is
             written.
         TypeError, ValueError
-            The array has an invalid type or shape.
+            The array has an invalid type or shape, or ``ids`` or ``steps`` is empty.
         InvalidArguments
             The type has no default name, and ``name`` is missing; one of the ids is a group; or an
             attribute is not stored.
@@ -496,12 +510,13 @@ class Model:
             raise ValueError("polylength=True takes connectivity of shape (m, k)")
         with self._naming_the_file():
             refused = self._core.add_array(
-                None if name is None else _plain.string("name", name),
+                None if name is None else _plain.variable_name("name", name),
                 kind,
                 _plain.element_type(kind),
                 rows,
                 nodes,
-                [(step.name, _plain.array_attributes(step.attributes)) for step in all_steps],
+                [(step.name, _plain.array_attributes(step.attributes)) for step in all_steps]
+                or [("", {})],
                 _plain.array_attributes(attributes),
                 _plain.flag("exact", exact),
             )
@@ -513,12 +528,13 @@ class Model:
         if polylength:
             lengths = np.full(len(values), values.shape[1], np.uint32)
             lengths_of = DatasetType(kind + DatasetType.Polylength0)
-            self.add_array(lengths_of, lengths, nodes, steps=all_steps)
+            self.add_array(lengths_of, lengths, nodes, steps=all_steps or None)
 
 
 def _steps(steps: Union[None, str, Step, Iterable[Union[str, Step]]]) -> Sequence[Step]:
+    """Return the steps of an array; none if it belongs to no step."""
     if steps is None:
-        return [Step("")]
+        return []
     if isinstance(steps, (str, Step)):
         steps = [steps]
     if not isinstance(steps, Iterable):
@@ -528,7 +544,7 @@ def _steps(steps: Union[None, str, Step, Iterable[Union[str, Step]]]) -> Sequenc
         raise ValueError("steps is empty; the array would belong to nothing")
     seen: set[str] = set()
     for step in result:
-        if _plain.string("a step's name", step.name) in seen:
+        if step.name in seen:
             raise ValueError(f"the step {step.name!r} is given twice")
         seen.add(step.name)
     return result
