@@ -12,7 +12,7 @@ from typing import TYPE_CHECKING, Optional, Union
 
 from .. import _core
 from ..model import Model
-from ._output import replaced_when_complete
+from ._output import check_replaceable
 from ._source import ConversionError
 
 if TYPE_CHECKING:
@@ -98,12 +98,16 @@ def convert(
     if source_path.suffix.lower() == _SUFFIX:
         return _convert_model(source_path, output, overwrite, file_format, step)
     target = Path(output) if output is not None else source_path.with_suffix(".mek")
-    with replaced_when_complete(target, source_path, overwrite) as unfinished:
+    check_replaceable(target, source_path, overwrite)
+    with Model(
+        target,
+        overwrite=overwrite,
+        tool_name="mekapi2.convert",
+        tool_version=_core.version,
+        replace_when_complete=True,
+    ) as model:
         source = read(source_path, file_format, keep_blocks)
-        with Model(
-            unfinished, overwrite=True, tool_name="mekapi2.convert", tool_version=_core.version
-        ) as model:
-            counts = write(model, source, progress)
+        counts = write(model, source, progress)
     return Summary(source_path, target, counts, source.byte_count, target.stat().st_size)
 
 
