@@ -352,7 +352,9 @@ COMMANDS = [  # arguments, exit code, what standard output or standard error beg
     ("cut.msh", 1, "cut.msh: the file ends early or is damaged (as ansys: ", "as gmsh: "),
     ("S8.inp", 1, "S8.inp: the file ends early or is damaged, or meshio does not read such decks (",
      "as abaqus: Element type not available: S8); convert the solver's .frd file with frd2mek"),
-    ("valid.vtu --format nothing", 1, "valid.vtu: meshio does not read this file (as nothing: "),
+    ("valid.vtu --format nothing", 2, "unknown format nothing; see python3 -m"),
+    ("lost.xdmf", 1, "lost.h5: No such file or directory"),
+    ("lost.node", 1, "lost.ele: No such file or directory"),
     ("x.unknown", 1, "x.unknown: unknown suffix '.unknown'; give the format with --format"),
     ("x.frd", 1, "x.frd: this is a result file of the solver; convert it with frd2mek"),
     ("valid.vtu.gz", 1, "valid.vtu.gz: this is a gzip file; decompress it first"),
@@ -368,6 +370,7 @@ COMMANDS = [  # arguments, exit code, what standard output or standard error beg
     ("valid.vtu -", 1, "-: needs a regular file, not standard output"),
     ("valid.vtu . --overwrite", 1, ".: Is a directory"),
     ("valid.vtu none/x.mek", 1, "none/x.mek: No such file or directory"),
+    ("valid.vtu kept.mek/x.mek", 1, "kept.mek/x.mek: Not a directory"),
 ]  # fmt: skip
 
 
@@ -385,6 +388,8 @@ def write_inputs(folder):
     texts = {
         "cut.xdmf": "<Xdmf", "x.unknown": "", "x.frd": "    1C",
         "lost.pvd": '<V><C><DataSet file="none.vtu"/></C></V>',
+        "lost.xdmf": '<Xdmf><DataItem Format="HDF">lost.h5:/data0</DataItem></Xdmf>',
+        "lost.node": "",
         "bad.pvd": '<V><C><DataSet file="cut.vtu"/></C></V>',
         "far.obj": "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 9\n",
         "S8.inp": "*NODE\n1,0,0\n*ELEMENT,TYPE=S8\n1,1,1,1,1,1,1,1,1\n",

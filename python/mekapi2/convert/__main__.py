@@ -89,6 +89,11 @@ def _parse(arguments: Optional[list[str]]) -> argparse.Namespace:
         if argument.startswith("-") and argument != "-":
             parser.error(f"unknown option {argument}")
         parser.error(f"too many arguments: {argument}")
+    if parsed.format is not None:
+        from ._reading import is_format  # not at the top: it needs meshio
+
+        if not is_format(parsed.format):
+            parser.error(f"unknown format {parsed.format}")
     return parsed
 
 

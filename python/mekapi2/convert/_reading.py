@@ -57,6 +57,11 @@ for _type, _dimension in _missing_dimensions.items():
     topological_dimension.setdefault(_type, _dimension)
 
 
+def is_format(name: str) -> bool:
+    """Return whether meshio reads or writes a format of this name."""
+    return name in meshio._helpers.reader_map or name in meshio._helpers._writer_map
+
+
 def check_readable(path: Path) -> None:
     """Raise an exception unless ``path`` is a regular file that can be opened.
 
@@ -94,10 +99,13 @@ def read(
     ------
     ConversionError
         The file is damaged or has an unknown format.
+    FileNotFoundError
+        A file that it refers to is missing.
     """
     suffix = path.suffix.lower()
     if file_format is None and suffix in _collections:
         return _read_collection(path, suffix)
+    _check_companions(path)
     may_be_xdmf = suffix in _xdmf_suffixes if file_format is None else file_format == "xdmf"
     if may_be_xdmf and is_temporal(path):
         return Source(path, "xdmf", [xdmf_part(path)], _byte_count([path]))
@@ -175,6 +183,13 @@ def _failure(reasons: list[tuple[str, str]]) -> str:
     return f"{damaged} ({words})"
 
 
+def _check_companions(path: Path) -> None:
+    """Raise `FileNotFoundError` if a file is missing that meshio reads in addition to ``path``."""
+    for file in _companions(path):
+        if not file.exists():
+            raise FileNotFoundError(errno.ENOENT, os.strerror(errno.ENOENT), str(file))
+
+
 def _byte_count(paths: list[Path]) -> int:
     files = {file.resolve() for path in paths for file in (path, *_companions(path))}
     return sum(file.stat().st_size for file in files if file.is_file())
@@ -184,7 +199,8 @@ def _companions(path: Path) -> list[Path]:
     """Return the files that meshio reads in addition to ``path``."""
     suffix = path.suffix.lower()
     if suffix in _xdmf_suffixes:
-        items = ElementTree.parse(path).getroot().iter("DataItem")
+        with conversion_errors("as xdmf"):
+            items = ElementTree.parse(path).getroot().iter("DataItem")
         texts = [(item.get("Format"), (item.text or "").strip()) for item in items]
         return [path.parent / text.split(":")[0] for form, text in texts if form == "HDF"]
     if suffix in (".node", ".ele"):  # TetGen
@@ -326,6 +342,7 @@ def _series_frames(
 
 
 def _read_member(file: _Member, warnings: list[str]) -> meshio.Mesh:
+    _check_companions(file.path)
     try:
         return _read_mesh(file.path, None, warnings)[0]
     except ConversionError as error:
