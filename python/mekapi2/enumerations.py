@@ -21,30 +21,35 @@ class NodeType(enum.IntEnum):
 
 
 class PropertyType(enum.IntEnum):
-    """The key of a node property. 0 to 2 belong to groups, 3 to 10 to shapes (the material)."""
+    """The key of a node property.
+
+    Groups have a placement:
+
+    - ``Translation``: 3 numbers x, y, z, in the unit of the coordinates
+    - ``Rotation``: 4 numbers, the axis x, y, z and the angle in radians
+    - ``Scale``: 3 factors in x, y, z
+
+    Shapes have a material:
+
+    - ``DiffuseColor``, ``SpecularColor``: 3 or 4 numbers, red, green, blue; a fourth is ignored
+    - ``EmissiveColor``, ``AmbientColor``: 3 numbers, red, green, blue
+    - ``Transparency``: 1 number; 0 by default
+    - ``AmbientIntensity``: 1 number; sets the ambient colour to its product with the diffuse colour
+    - ``Shininess``: 1 number; 0.2 by default
+    - ``MaterialFlag``: True or False
+    """
 
     Translation = 0
-    """Three numbers x, y, z, in the unit of the coordinates."""
     Rotation = 1
-    """Four numbers: the axis x, y, z and the angle in radians."""
     Scale = 2
-    """Three factors in x, y, z."""
     DiffuseColor = 3
-    """Red, green, blue; a fourth number is ignored."""
     SpecularColor = 4
-    """Red, green, blue; a fourth number is ignored."""
     EmissiveColor = 5
-    """Red, green, blue."""
     AmbientColor = 6
-    """Red, green, blue."""
     Transparency = 7
-    """Number; 0 by default."""
     AmbientIntensity = 8
-    """Number; sets the ambient colour to its product with the diffuse colour."""
     Shininess = 9
-    """Number; 0.2 by default."""
     MaterialFlag = 10
-    """True or False."""
 
 
 class DatasetType(enum.IntEnum):

@@ -103,9 +103,6 @@ class Model:
         The path is empty or contains a zero character.
     """
 
-    path: Union[str, bytes]
-    closed: bool
-
     def __init__(
         self,
         path: Path,
@@ -117,7 +114,7 @@ class Model:
         replace_when_complete: bool = False,
     ) -> None:
         core = _core.Model()
-        self.path = os.fspath(path)
+        self.path: Union[str, bytes] = os.fspath(path)
         with self._naming_the_file():
             core.save_to(
                 _plain.path(self.path),
@@ -129,7 +126,7 @@ class Model:
             )
         self._core = core
         self._replaces_when_complete = replace_when_complete
-        self.closed = False
+        self.closed: bool = False
         forget = core.abandon if replace_when_complete else core.close
         self._close_if_forgotten = weakref.finalize(self, _close_forgotten, forget, repr(self))
 
