@@ -38,7 +38,7 @@ def test_snippets_of_the_documentation(tmp_path):
     command = [sys.executable, "-W", "error", "-c", "\n".join(snippets)]
     run = subprocess.run(command, cwd=tmp_path, capture_output=True, text=True)
     printed = "<mekapi2 variable 'Temperature', type 12: float32 (4,), 1 step: 't=0.5'>\n"
-    assert (run.returncode, run.stdout, run.stderr) == (0, printed, "") and len(snippets) == 8
+    assert (run.returncode, run.stdout, run.stderr) == (0, printed, "") and len(snippets) == 10
     assert printed.strip() in text
     assert '"Strain" type 12: 2 x 1 float, 0.1 to 0.5' in mekfile.tree(tmp_path / "strain.mek")
     first = [sys.executable, "-c", snippets[0]]
