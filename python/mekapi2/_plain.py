@@ -379,12 +379,13 @@ def _not_numbers(kind: DatasetType, values: NDArray[Any]) -> Exception:
     if values.dtype != object:
         return TypeError(f"{kind.name} takes real numbers, not {values.dtype}")
     for index, value in np.ndenumerate(values):
+        where = f"at {list(index)}"
         if not isinstance(value, (numbers.Real, np.bool_)):
-            return TypeError(f"{kind.name} takes real numbers, not {_shown(value)} at {list(index)}")
+            return TypeError(f"{kind.name} takes real numbers, not {_shown(value)} {where}")
         if isinstance(value, int) and not -(2**63) <= value < 2**64:
             if element_type(kind) is ElementType.Unsigned or abs(value) > _largest_float:
                 return refusal(kind, values, index, False)
-            reason = f"{_shown(value)} at {list(index)} does not fit in 64 bits; pass it as float"
+            reason = f"{_shown(value)} {where} does not fit in 64 bits; pass it as float"
             return InexactConversion(f"{kind.name}: {reason}", index)
     return TypeError(f"{kind.name} takes real numbers, not Python objects")
 

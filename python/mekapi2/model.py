@@ -436,7 +436,7 @@ class Model:
         ids: Union[int, Iterable[int]],
         *,
         name: Optional[str] = None,
-        steps: Union[None, str, Step, Iterable[Union[str, Step]]] = None,
+        steps: Union[None, str, Step, Iterable[Union[None, str, Step]]] = None,
         attributes: Optional[Attributes] = None,
         polylength: bool = False,
         exact: bool = False,
@@ -468,7 +468,8 @@ class Model:
             Required for results; the other types have a default name. It must not be empty or
             contain the character 0x1E.
         steps : str, Step, or iterable of both, optional
-            By default the array belongs to no step, like a mesh. The names must differ.
+            By default the array belongs to no step, like a mesh. In an iterable, None means no
+            step. The names must differ.
         attributes : dict, optional
             Attributes of the variable. They override those of the step. The keys ``Complex``,
             ``Contents``, ``DataSource``, ``DataType``, ``Structure`` and those that start with
@@ -512,8 +513,10 @@ class Model:
                 _plain.element_type(kind),
                 rows,
                 nodes,
-                [(step.name, _plain.array_attributes(step.attributes)) for step in all_steps]
-                or [("", {})],
+                [
+                    (step.name, _plain.array_attributes(step.attributes)) if step else ("", {})
+                    for step in all_steps
+                ],
                 _plain.array_attributes(attributes),
                 _plain.flag("exact", exact),
             )
@@ -525,25 +528,27 @@ class Model:
         if polylength:
             lengths = np.full(len(values), values.shape[1], np.uint32)
             lengths_of = DatasetType(kind + DatasetType.Polylength0)
-            self.add_array(lengths_of, lengths, nodes, steps=all_steps or None)
+            self.add_array(lengths_of, lengths, nodes, steps=all_steps)
 
 
-def _steps(steps: Union[None, str, Step, Iterable[Union[str, Step]]]) -> Sequence[Step]:
-    """Return the steps of an array; none if it belongs to no step."""
-    if steps is None:
-        return []
-    if isinstance(steps, (str, Step)):
+def _steps(
+    steps: Union[None, str, Step, Iterable[Union[None, str, Step]]]
+) -> Sequence[Optional[Step]]:
+    if steps is None or isinstance(steps, (str, Step)):
         steps = [steps]
     if not isinstance(steps, Iterable):
         raise TypeError(f"steps must be names or Steps, not {type(steps).__name__}")
-    result = [step if isinstance(step, Step) else Step(step) for step in steps]
+    result = [
+        step if step is None or isinstance(step, Step) else Step(step) for step in steps
+    ]
     if not result:
         raise ValueError("steps is empty; the array would belong to nothing")
-    seen: set[str] = set()
+    seen: set[Optional[str]] = set()
     for step in result:
-        if step.name in seen:
-            raise ValueError(f"the step {step.name!r} is given twice")
-        seen.add(step.name)
+        name = step.name if step else None
+        if name in seen:
+            raise ValueError(f"the step {name!r} is given twice")
+        seen.add(name)
     return result
 
 

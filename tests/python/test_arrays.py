@@ -76,7 +76,7 @@ def test_meshes_are_stored_as_viewers_read_them(tmp_path):
         shape = model.add_node("Shape", "TR3")
         model.add_array("Coordinates", [[0, 0, 0], [1, 0, 0], [0, 1, 0], [1, 1, 0]], shape)
         triangles = np.array([[0.0, 1, 2], [1, 3, 2]]).T.copy().T
-        model.add_array("Connectivity1", triangles, shape, polylength=True, steps=iter(["", "t"]))
+        model.add_array("Connectivity1", triangles, shape, polylength=True, steps=iter([None, "t"]))
         model.add_array("NodeIds", np.array([1.0, 4294967295, 3, -0.0]), shape)
         model.add_array("Displacement3", np.ones((4, 3), int), shape)
     (mesh, *_) = mekfile.exported(tmp_path / "mesh.mek")
