@@ -108,11 +108,11 @@ TEST_F(MekRecoverTest, RefusesEachKindOfUnsuitableInput) {
     expectError("run.mek", "run.recovered.mek: exists; use --overwrite to replace it");
     expectError("run.mek --overwrite --output run.mek", "run.mek: is an input");
     expectError("alone.mek", "alone.mek: has no journal; --blocks shows what is whole");
-    expectError("text.mek", "text.mek: is not a model file");
+    expectError("text.mek", "text.mek: not a model file");
     expectError("a.mek", "a.mek.journal: is not a journal");
     expectError("run.recovered.mek", "run.recovered.mek: is complete; mekinfo shows it");
     expectError("--blocks run.recovered.mek", "run.recovered.mek: is complete; mekinfo shows it");
-    expectError("--blocks text.mek", "text.mek: is not a model file");
+    expectError("--blocks text.mek", "text.mek: not a model file");
     change("run.mek", 2790, "other");
     expectError("--overwrite run.mek", "run.mek.journal: is the journal of another file");
     change("run.mek.journal", 8, std::string(1, '\x02'));

@@ -128,7 +128,7 @@ def test_time_series_and_choice_of_steps(tmp_path, capsys, monkeypatch):
         (["a.mek", "e.vtu", "--step", "t"], "no step 't'"),
         (["a.mek"], "give the output"),
         (["a.mek", "e.frd"], "meshio writes no files with the suffix '.frd'"),
-        (["a.mek", "e.stl"], "meshio cannot write"),
+        (["a.mek", "e.svg"], "meshio cannot write"),
         (["damaged.mek", "e.vtu"], "file is unfinished"),
     ):
         (tmp_path / "damaged.mek").write_bytes(path.read_bytes()[:3000])

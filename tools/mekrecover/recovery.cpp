@@ -22,10 +22,13 @@ bool fileExists(const std::filesystem::path& path) {
     return std::filesystem::exists(path, error);
 }
 
-/// With `SaverOptions::replaceWhenComplete`, only the journal may exist.
+/// The operand can be a journal, and with `SaverOptions::replaceWhenComplete` only that may exist.
 void checkInput(const std::filesystem::path& unfinished) {
     std::filesystem::path journal = unfinished;
     journal += ".journal";
+    if (unfinished.extension() == ".journal") {
+        return; // the library checks it
+    }
     if (fileExists(unfinished) || !fileExists(journal)) {
         Console::checkInputFile(unfinished, Console::FileFormat::Model);
     }
