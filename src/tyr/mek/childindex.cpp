@@ -14,8 +14,8 @@ ChildIndex::Child::Child(const TyrAdt::TreeNode<Node*>& node)
         std::copy(name.begin(), name.end(), name_.begin());
         length_ = static_cast<unsigned char>(name.size());
     } else {
-        static_assert(sizeof name <= sizeof name_);
-        std::memcpy(name_.data(), &name, sizeof name);
+        static_assert(sizeof(std::string_view) <= nameSize);
+        std::memcpy(name_.data(), &name, sizeof(std::string_view));
         length_ = longName;
     }
 }
@@ -25,7 +25,7 @@ bool ChildIndex::Child::IsNamed(const std::string& name) const {
         return name == std::string_view(name_.data(), length_);
     }
     std::string_view ownName;
-    std::memcpy(&ownName, name_.data(), sizeof ownName);
+    std::memcpy(&ownName, name_.data(), sizeof(std::string_view));
     return name == ownName;
 }
 

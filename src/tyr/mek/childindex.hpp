@@ -49,9 +49,10 @@ private:
 
     private:
         static constexpr unsigned char longName = 255;
+        static constexpr std::size_t nameSize = 19;
 
-        std::array<char, 19> name_{}; ///< of a long name: the bytes of a `std::string_view`
-        unsigned char length_ = 0;    ///< of a short name, or `longName`
+        std::array<char, nameSize> name_{}; ///< of a long name: the bytes of a `std::string_view`
+        unsigned char length_ = 0;          ///< of a short name, or `longName`
     };
 
     static std::size_t HashOf(unsigned int parentId, const std::string& name);

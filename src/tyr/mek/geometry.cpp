@@ -33,10 +33,10 @@ bool IsVibration(const TyrUtil::AttributeList& attributes) {
 
 /// Puts a name and the fields after it, which have `Size` bytes.
 template <std::uint32_t Size, class... Fields>
-void PutNamed(TyrQbf::Index& index, const std::string& stream, const std::string& name,
+void PutNamed(TyrQbf::Index& index, const std::string& lightName, const std::string& variableName,
               const Fields&... fields) {
     static_assert((sizeof(Fields) + ...) == Size, "the fields are the record");
-    index.PutEach(stream, name, fields...);
+    index.PutEach(lightName, variableName, fields...);
 }
 
 } // namespace
