@@ -44,7 +44,8 @@ protected:
     template <class Ids>
     void addResult(DatasetType type, const std::string& name, int rows, const Ids& ids,
                    const Step& step = {}) {
-        model.addArrayProperty(name, type, Array1d<float>(rows), ids, step);
+        model.addArrayProperty(name, type, Array1d<float>(static_cast<std::size_t>(rows)), ids,
+                               step);
     }
 
     std::vector<std::string> findings() {

@@ -36,7 +36,7 @@ struct RecoveryAmount {
 
 /// The result of a recovery.
 struct RecoveryReport {
-    RecoveryAmount saved{};
+    RecoveryAmount saved{}; ///< in the output
     RecoveryAmount lost{}; ///< recorded, but not saved
     std::string reason{};  ///< why the recovery ended early; empty: it did not
 

@@ -1,11 +1,22 @@
 #include "tyr/mek/childindex.hpp"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <functional>
 #include <string_view>
 
 namespace TyrMek {
+
+namespace {
+
+/// Where a name is that a node holds.
+struct LongName {
+    const char* bytes = nullptr;
+    std::size_t size = 0;
+};
+
+} // namespace
 
 ChildIndex::Child::Child(const TyrAdt::TreeNode<Node*>& node)
     : id(node.id), parentId(node.parentId) {
@@ -14,8 +25,9 @@ ChildIndex::Child::Child(const TyrAdt::TreeNode<Node*>& node)
         std::copy(name.begin(), name.end(), name_.begin());
         length_ = static_cast<unsigned char>(name.size());
     } else {
-        static_assert(sizeof(std::string_view) <= nameSize);
-        std::memcpy(name_.data(), &name, sizeof(std::string_view));
+        const LongName place{name.data(), name.size()};
+        static_assert(sizeof place <= nameSize);
+        std::memcpy(name_.data(), &place, sizeof place);
         length_ = longName;
     }
 }
@@ -24,9 +36,9 @@ bool ChildIndex::Child::IsNamed(const std::string& name) const {
     if (length_ != longName) {
         return name == std::string_view(name_.data(), length_);
     }
-    std::string_view ownName;
-    std::memcpy(&ownName, name_.data(), sizeof(std::string_view));
-    return name == ownName;
+    LongName place;
+    std::memcpy(&place, name_.data(), sizeof place);
+    return name == std::string_view(place.bytes, place.size);
 }
 
 std::size_t ChildIndex::HashOf(unsigned int parentId, const std::string& name) {

@@ -51,7 +51,7 @@ private:
         static constexpr unsigned char longName = 255;
         static constexpr std::size_t nameSize = 19;
 
-        std::array<char, nameSize> name_{}; ///< of a long name: the bytes of a `std::string_view`
+        std::array<char, nameSize> name_{}; ///< of a long name: its address and length
         unsigned char length_ = 0;          ///< of a short name, or `longName`
     };
 

@@ -70,7 +70,7 @@ void Writer::appendCall(unsigned int nextId) noexcept {
     writeIfLarge();
 }
 
-void Writer::fail(Database& database, const Modifier::NodeData&) noexcept {
+void Writer::fail(const Database& database, const Modifier::NodeData&) noexcept {
     recordStates(*database.tree, nullptr, 0);
 }
 

@@ -74,7 +74,7 @@ private:
     }
 
     void fail(Database&, const Adder::Node&) noexcept {} // has changed nothing
-    void fail(Database& database, const Modifier::NodeData&) noexcept;
+    void fail(const Database& database, const Modifier::NodeData&) noexcept;
     template <class Property, class Ids, class Steps>
     void fail(Database& database,
               const Adder::ArrayProperty<Property, Ids, Steps>& command) noexcept {
