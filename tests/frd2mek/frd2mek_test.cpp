@@ -179,6 +179,7 @@ TEST_F(ConverterTest, NamesStepsAndPartsOfComplexResults) {
 }
 
 TEST_F(ConverterTest, LeavesOutWhatHasNoCoordinatesAndKeepsNegativeNumbers) {
+    converted("    1C\n 9999\n", "the file has no nodes");
     auto file = converted(seed("undefined-nodes"),
                           "3 values at nodes without coordinates left out: NDTEMP 2, DISP 1; "
                           "2 elements with nodes without coordinates left out");
@@ -197,7 +198,6 @@ TEST_F(ConverterTest, LeavesOutWhatHasNoCoordinatesAndKeepsNegativeNumbers) {
                                                       {"Mode", "4294967296"},
                                                       {"Number", -1.0F},
                                                       {"Time", 1.0F}}));
-    converted("    1C\n 9999\n", "the file has no nodes");
 }
 
 /// Start of the line of this number, or the end of `text`.
@@ -273,10 +273,10 @@ TEST_F(ConverterTest, SalvagesCompleteBlocksOfUnfinishedFiles) {
     const std::size_t end = binary.find(" 9999");
     const std::string all = "4 nodes, 4 elements and 2 results are whole";
     expectRefused(binary.substr(0, end), stopped + all);
+    EXPECT_EQ(converted(text.substr(0, text.size() - 1)).nodes().size(), 4U);
     auto file = converted(binary.substr(0, end - 1),
                           "the file is unfinished; 4 nodes, 4 elements and 1 result are whole");
     EXPECT_EQ(geometry(file, "/a/b/STEEL/TR3").variables.back().name, "DISP\x1EStep 1 t=2.5");
-    EXPECT_EQ(converted(text.substr(0, text.size() - 1)).nodes().size(), 4U);
 
     expectRefused("", " the file is empty");
     for (const std::size_t columns : {0U, 25U}) {

@@ -68,7 +68,7 @@ TEST_F(MekRecoverTest, SavesWhatIsWholeAndReportsTheRest) {
 
     std::filesystem::create_directory("cut");
     for (const char* name : {"run.mek", "run.mek.journal"}) {
-        std::filesystem::copy_file(name, std::string("cut/") + name);
+        std::ofstream(std::string("cut/") + name, std::ios::binary) << Testing::readFile(name);
     }
     change("cut/run.mek", std::filesystem::file_size("run.mek") - 1, "");
     expectRun("cut/run.mek", 1,
@@ -79,8 +79,7 @@ TEST_F(MekRecoverTest, SavesWhatIsWholeAndReportsTheRest) {
     MekReader::File file("cut/run.recovered.mek");
     EXPECT_EQ(file.floats(file.nodes()[2].variables[1]), values);
 
-    std::filesystem::copy_file("run.mek", "cut/run.mek",
-                               std::filesystem::copy_options::overwrite_existing);
+    std::ofstream("cut/run.mek", std::ios::binary) << Testing::readFile("run.mek");
     const std::size_t journalLength = Testing::readFile("run.mek.journal").size();
     change("cut/run.mek.journal", journalLength - 1, "");
     expectRun(
