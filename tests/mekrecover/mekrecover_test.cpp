@@ -76,8 +76,10 @@ TEST_F(MekRecoverTest, SavesWhatIsWholeAndReportsTheRest) {
               "cut/run.recovered.mek: lost 1 calls, 1 arrays, 1 steps, 24 bytes of arrays\n",
               "mekrecover: cut/run.mek: the array \"T\" is not whole in the file\n");
     MekReader::check("cut/run.recovered.mek");
-    MekReader::File file("cut/run.recovered.mek");
-    EXPECT_EQ(file.floats(file.nodes()[2].variables[1]), values);
+    {
+        MekReader::File file("cut/run.recovered.mek"); // Windows replaces no open file
+        EXPECT_EQ(file.floats(file.nodes()[2].variables[1]), values);
+    }
 
     std::ofstream("cut/run.mek", std::ios::binary) << Testing::readFile("run.mek");
     const std::size_t journalLength = Testing::readFile("run.mek.journal").size();
