@@ -37,8 +37,8 @@ struct RecoveryAmount {
 /// The result of a recovery.
 struct RecoveryReport {
     RecoveryAmount saved{}; ///< in the output
-    RecoveryAmount lost{}; ///< recorded, but not saved
-    std::string reason{};  ///< why the recovery ended early; empty: it did not
+    RecoveryAmount lost{};  ///< recorded, but not saved
+    std::string reason{};   ///< why the recovery ended early; empty: it did not
 
     /// Whether everything that the journal records was saved.
     bool isComplete() const { return reason.empty(); }
