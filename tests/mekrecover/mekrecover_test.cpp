@@ -186,6 +186,17 @@ TEST_F(MekRecoverTest, PassesOverTablesOfTheIndex) {
     EXPECT_EQ(blocks.exitCode, 0) << blocks.errors;
     EXPECT_NE(blocks.output.find(": 240 whole blocks, 1920 bytes"), std::string::npos);
     EXPECT_EQ(blocks.output.find("block 219:"), std::string::npos);
+
+    // as if the process ended in `close`, after the file had its name
+    std::filesystem::copy_file("many.mek.journal", "journal");
+    model.close();
+    std::filesystem::rename("journal", "many.mek.journal");
+    expectError("--overwrite many.mek", "many.mek: is complete, and the file of its journal, \"" +
+                                            temporary + "\", is missing");
+    std::ofstream(temporary).flush(); // as if it ended before
+    options.overwrite = true;
+    Model().saveTo("many.mek", options);
+    EXPECT_FALSE(std::filesystem::exists(temporary));
 }
 
 } // namespace

@@ -2,12 +2,14 @@
 
 #include "console/error.hpp"
 #include "console/inputfile.hpp"
+#include "console/unfinishedfiles.hpp"
 
 #include <tyr/exception/exception.hpp>
 #include <tyr/mek2/recovery.hpp>
 
 #include <cerrno>
 #include <iostream>
+#include <optional>
 #include <stdexcept>
 #include <string_view>
 
@@ -68,9 +70,13 @@ std::string messageOf(const CommandLine& commandLine, const std::string& what) {
 
 Tyr::Mek2::RecoveryReport recover(const CommandLine& commandLine) {
     const std::filesystem::path output = commandLine.output();
+    std::optional<Console::UnfinishedFile> registration;
+    const auto removeOnSignals = [&](const std::string& temporaryPath) {
+        registration.emplace(std::filesystem::u8path(temporaryPath));
+    };
     try {
         return Tyr::Mek2::recover(commandLine.unfinished().native(), output.native(),
-                                  commandLine.overwrite);
+                                  commandLine.overwrite, removeOnSignals);
     } catch (const Tyr::Exception::FileWriteException& error) {
         throw Console::FileError(output, error.what());
     } catch (const Tyr::Exception::MiscelleneousException& error) { // it cannot be created

@@ -22,6 +22,7 @@
 #include <tyr/export.hpp>
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace Tyr::Mek2 {
@@ -44,6 +45,8 @@ struct RecoveryReport {
     bool isComplete() const { return reason.empty(); }
 };
 
+using TemporaryFileObserver = std::function<void(const std::string& path)>;
+
 /// Makes a complete model file of an unfinished one that was written with `SaverOptions::journal`.
 ///
 /// Makes the recorded calls again, up to the first whose record or array is not whole, and copies
@@ -55,15 +58,19 @@ struct RecoveryReport {
 ///     that `SaverOptions::replaceWhenComplete` makes
 /// @param output path of the new file; it appears when it is complete
 /// @param overwrite false: an existing `output` is an error
+/// @param onTemporaryFile if not empty, called once with the path, in UTF-8, of the temporary file
+///     that becomes `output`: a signal handler can remove it. An exception ends the recovery.
 /// @throws FileOpenException there is no journal; a file cannot be opened; or "File exists."
 /// @throws InvalidArguments the journal or the file is of another kind, or the two do not belong
 ///     together; `output` is one of them
 /// @throws FileWriteException the system could not write the output
 /// @{
 MEKAPI2_API RecoveryReport recover(const std::string& unfinished, const std::string& output,
-                                   bool overwrite = false);
+                                   bool overwrite = false,
+                                   const TemporaryFileObserver& onTemporaryFile = {});
 MEKAPI2_API RecoveryReport recover(const std::wstring& unfinished, const std::wstring& output,
-                                   bool overwrite = false);
+                                   bool overwrite = false,
+                                   const TemporaryFileObserver& onTemporaryFile = {});
 /// @}
 
 } // namespace Tyr::Mek2

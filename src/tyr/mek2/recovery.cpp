@@ -2,6 +2,7 @@
 
 #include "tyr/exception/raise.hpp"
 #include "tyr/mek2/database.hpp"
+#include "tyr/mek2/filenames.hpp"
 #include "tyr/mek2/journal/calls.hpp"
 #include "tyr/mek2/safeoutput.hpp"
 #include "tyr/platform/files.hpp"
@@ -46,12 +47,6 @@ Stream openInput(const NativePath& path) {
 [[noreturn]] void raiseInvalid(const NativePath& path, const char* what) {
     const std::string message = inQuotes(path) + what;
     TYR_RAISE(Exception::InvalidArguments(message.c_str()));
-}
-
-bool endsWith(const NativePath& path, const char* suffix) {
-    const NativePath wanted = Platform::withSuffix(NativePath(), suffix);
-    return path.size() >= wanted.size() &&
-           path.compare(path.size() - wanted.size(), wanted.size(), wanted) == 0;
 }
 
 /// What the first bytes of a model file show.
@@ -101,30 +96,18 @@ private:
 
 /// The journal of an unfinished file; the path can be that of the journal.
 NativePath findJournal(const NativePath& path) {
-    constexpr const char* suffix = ".journal";
-    constexpr std::size_t temporarySuffixLength = 14; // ".01234567.part"
-    if (endsWith(path, suffix)) {
+    if (targetOfJournal(path)) {
         return path;
     }
-    NativePath journal = Platform::withSuffix(path, suffix);
-    if (!Platform::fileExists(journal) && endsWith(path, ".part") &&
-        path.size() > temporarySuffixLength) {
-        journal = Platform::withSuffix(path.substr(0, path.size() - temporarySuffixLength), suffix);
+    NativePath journal = journalPathOf(path);
+    const std::optional<NativePath> target = targetOfTemporary(path);
+    if (!Platform::fileExists(journal) && target) {
+        journal = journalPathOf(*target);
     }
     if (!Platform::fileExists(journal)) {
         raiseNoJournal(path);
     }
     return journal;
-}
-
-Journal::Start readStart(const NativePath& journal) {
-    Journal::RecordReader reader(journal);
-    const std::optional<Journal::Record> record = reader.next();
-    if (!record || record->kind != static_cast<std::uint8_t>(Journal::RecordKind::Start)) {
-        raiseInvalid(journal, " has no valid first record");
-    }
-    Journal::Decoder decoder(record->payload);
-    return Journal::decodeStart(decoder);
 }
 
 /// The unfinished file and its journal, proved to belong together.
@@ -135,14 +118,27 @@ struct Input {
     Stream stream;
 };
 
+/// A journal without its file: the process ended between the last two steps of a `close`, or the
+/// file was moved.
+void refuseLeftover(const Input& input) {
+    const NativePath target = targetOfJournal(input.journal).value_or(input.file);
+    if (!Platform::fileExists(input.file) && Platform::fileExists(target) &&
+        FileHead(openInput(target).get()).state() == FileState::HasIndex) {
+        const std::string what =
+            " is complete, and the file of its journal, " + inQuotes(input.file) + ", is missing";
+        raiseInvalid(target, what.c_str());
+    }
+}
+
 Input openUnfinished(const NativePath& path) {
     Input input{findJournal(path), {}, {}, nullptr};
-    input.start = readStart(input.journal);
+    input.start = Journal::readStart(input.journal);
     const std::optional<NativePath> name = Platform::nativeName(input.start.fileName);
     if (!name || Platform::nameOf(*name) != *name) {
         raiseInvalid(input.journal, " has no valid first record");
     }
     input.file = Platform::folderOf(input.journal) + *name;
+    refuseLeftover(input);
     input.stream = openInput(input.file);
     const FileHead head(input.stream.get());
     const FileState state = head.state();
@@ -351,7 +347,8 @@ void refuseInputAsOutput(const Input& input, const NativePath& output) {
 }
 
 RecoveryReport recoverNative(const std::optional<NativePath>& unfinished,
-                             const std::optional<NativePath>& output, bool overwrite) {
+                             const std::optional<NativePath>& output, bool overwrite,
+                             const TemporaryFileObserver& onTemporaryFile) {
     if (!unfinished || !output) {
         TYR_RAISE(Exception::InvalidArguments("a path is invalid"));
     }
@@ -371,6 +368,9 @@ RecoveryReport recoverNative(const std::optional<NativePath>& unfinished,
     }
     database.output = std::make_unique<SafeOutput>(*output, options, *database.tree);
     try {
+        if (onTemporaryFile) {
+            onTemporaryFile(database.output->temporaryPath());
+        }
         RecoveryReport report = Recovery(input, database).run();
         database.close();
         return report;
@@ -382,12 +382,16 @@ RecoveryReport recoverNative(const std::optional<NativePath>& unfinished,
 
 } // namespace
 
-RecoveryReport recover(const std::string& unfinished, const std::string& output, bool overwrite) {
-    return recoverNative(Platform::nativePath(unfinished), Platform::nativePath(output), overwrite);
+RecoveryReport recover(const std::string& unfinished, const std::string& output, bool overwrite,
+                       const TemporaryFileObserver& onTemporaryFile) {
+    return recoverNative(Platform::nativePath(unfinished), Platform::nativePath(output), overwrite,
+                         onTemporaryFile);
 }
 
-RecoveryReport recover(const std::wstring& unfinished, const std::wstring& output, bool overwrite) {
-    return recoverNative(Platform::nativePath(unfinished), Platform::nativePath(output), overwrite);
+RecoveryReport recover(const std::wstring& unfinished, const std::wstring& output, bool overwrite,
+                       const TemporaryFileObserver& onTemporaryFile) {
+    return recoverNative(Platform::nativePath(unfinished), Platform::nativePath(output), overwrite,
+                         onTemporaryFile);
 }
 
 } // namespace Tyr::Mek2

@@ -1,6 +1,7 @@
 #include "tyr/mek2/safeoutput.hpp"
 
 #include "tyr/exception/raise.hpp"
+#include "tyr/mek2/filenames.hpp"
 #include "tyr/qbf/blocksize.hpp"
 
 #include <string>
@@ -15,16 +16,19 @@ std::string inQuotes(const Platform::NativePath& path) {
     return '"' + Platform::displayPath(path) + '"';
 }
 
-/// `target` with 8 random hexadecimal digits.
-Platform::NativePath newTemporaryPath(const Platform::NativePath& target) {
-    constexpr const char* digits = "0123456789abcdef";
-    const Journal::Identity random = Platform::randomIdentity();
-    std::string suffix = ".";
-    for (std::size_t i = 0; i < 4; ++i) {
-        suffix += digits[random[i] >> 4];
-        suffix += digits[random[i] & 0xF];
+/// Removes the temporary file of a run that was killed, as its journal names it.
+void removeTemporaryFileOf(const Platform::NativePath& journal,
+                           const Platform::NativePath& target) {
+    try {
+        const std::string name = Journal::readStart(journal).fileName;
+        const auto path = Platform::folderOf(target) +
+                          Platform::nameOf(Platform::nativeName(name).value_or(target));
+        if (targetOfTemporary(path) == target) {
+            Platform::removeFile(path);
+        }
+    } catch (const Exception::Exception&) {
+        // a damaged journal names no file
     }
-    return Platform::withSuffix(target, suffix + ".part");
 }
 
 [[noreturn]] void raiseUnableToOpen(const Platform::NativePath& path) {
@@ -39,19 +43,21 @@ SafeOutput::SafeOutput(const Platform::NativePath& path, const SaverOptions& opt
                        TyrMek::Tree& tree)
     : target_(options.replaceWhenComplete ? Platform::linkTarget(path) : path),
       path_(target_),
-      journalPath_(Platform::withSuffix(target_, ".journal")),
+      journalPath_(journalPathOf(target_)),
       isReplacement_(options.replaceWhenComplete),
       overwrite_(options.overwrite) {
-    if (options.journal && Platform::fileExists(journalPath_)) {
-        if (!overwrite_) {
-            TYR_RAISE(Exception::FileOpenException("Journal exists."));
-        }
-        Platform::removeFile(journalPath_);
+    const bool isStale = options.journal && Platform::fileExists(journalPath_);
+    if (isStale && !overwrite_) {
+        TYR_RAISE(Exception::FileOpenException("Journal exists."));
     }
     refuseExisting();
     if (isReplacement_ && Platform::fileExists(target_) && !Platform::isRegularFile(target_)) {
         const std::string message = inQuotes(target_) + " is not a regular file";
         TYR_RAISE(Exception::FileOpenException(message.c_str()));
+    }
+    if (isStale) {
+        removeTemporaryFileOf(journalPath_, target_);
+        Platform::removeFile(journalPath_);
     }
     try {
         open(tree);

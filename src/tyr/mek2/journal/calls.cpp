@@ -305,7 +305,15 @@ void encode(Encoder& encoder, const Start& start) {
     encoder.put(start.blockSize.value_or(0));
 }
 
-Start decodeStart(Decoder& decoder) {
+Start readStart(const Platform::NativePath& journal) {
+    RecordReader reader(journal);
+    const std::optional<Record> record = reader.next();
+    if (!record || record->kind != static_cast<std::uint8_t>(RecordKind::Start)) {
+        const std::string message =
+            '"' + Platform::displayPath(journal) + "\" has no valid first record";
+        TYR_RAISE(Exception::InvalidArguments(message.c_str()));
+    }
+    Decoder decoder(record->payload);
     Start start;
     start.fileName = decoder.string();
     start.toolName = decoder.string();

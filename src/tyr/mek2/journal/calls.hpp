@@ -43,7 +43,11 @@ struct Start {
 };
 
 void encode(Encoder& encoder, const Start& start);
-Start decodeStart(Decoder& decoder);
+
+/// Reads the first record of a journal.
+/// @throws FileOpenException the system cannot open the file
+/// @throws InvalidArguments it is not a journal, or has no valid first record
+Start readStart(const Platform::NativePath& journal);
 
 /// A block with the CRC-32 of its stored bytes.
 struct Block {
