@@ -6,11 +6,13 @@
 #include "support/testing.hpp"
 #include "support/withoutdate.hpp"
 
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <set>
 #include <string>
+#include <thread>
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -235,6 +237,24 @@ protected:
         kill();
     }
 
+    static void replace(const std::string& target, unsigned int parts) {
+        Model model;
+        model.saveTo(target, safeOptions(true, true));
+        add(model, parts);
+        model.close();
+    }
+
+    /// Replaces a file again and again, until another thread ends the process.
+    static void replaceUntilKilled(const std::string& target, std::chrono::microseconds delay) {
+        std::thread([delay] {
+            std::this_thread::sleep_for(delay);
+            kill();
+        }).detach();
+        for (;;) {
+            replace(target, 19);
+        }
+    }
+
     static void kill() {
 #if defined(_WIN32)
         TerminateProcess(GetCurrentProcess(), 9);
@@ -272,6 +292,23 @@ TEST_F(KilledProcessTest, TheCheckpointIsRecoveredAndTheOldFileStays) {
         add(model, parts);
         model.close();
         EXPECT_EQ(withoutDate(path("recovered")), withoutDate(name));
+    }
+}
+
+TEST_F(KilledProcessTest, TheOldFileOrTheNewOneIsComplete) {
+    replace(path("old"), 5);
+    replace(path("new"), 19);
+    const std::string oldBytes = withoutDate(path("old"));
+    const std::string newBytes = withoutDate(path("new"));
+    for (unsigned int number = 0; number < 24; ++number) {
+        const std::string target = path("target" + std::to_string(number));
+        if (!fs::exists(target)) { // the child runs the loop from its start
+            fs::copy_file(path("old"), target);
+        }
+        const std::chrono::microseconds delay(number * 289);
+        EXPECT_EXIT(replaceUntilKilled(target, delay), wasKilled, "");
+        const std::string bytes = withoutDate(target);
+        EXPECT_TRUE(bytes == oldBytes || bytes == newBytes) << number;
     }
 }
 
