@@ -47,7 +47,8 @@ class Database;
 ///   what the environment variable MEKWRITER_DEFAULT_BLOCK_SIZE sets), its compressed form while it
 ///   is written, and a copy of the array.
 /// - Names, attributes, materials and the tree are written at `close`. Until then the file is
-///   unfinished: it has no index and cannot be read.
+///   unfinished: it has no index, and readers refuse it. With `SaverOptions::journal`, `recover`
+///   makes a complete file of it.
 ///
 /// Every node has an id. The root is 1, the others are numbered from 2 in order of creation; 0 is
 /// no node. The tree has a current node, below which `addNode` adds. The documentation of each
