@@ -3,13 +3,14 @@
 from __future__ import annotations
 
 import contextlib
+import copyreg
 import os
 import warnings
 import weakref
 from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
 from dataclasses import dataclass, field
 from types import TracebackType
-from typing import Any, NoReturn, Optional, Type, Union, overload
+from typing import NoReturn, Optional, Type, Union, overload
 
 import numpy as np
 from numpy.typing import ArrayLike
@@ -58,7 +59,7 @@ class Model:
 
     ``Model(path)`` creates the file; use it in a ``with`` block. Arrays are written when they are
     added; the tree, names, attributes and materials are written at the end of the block. Until then
-    the file is unfinished and cannot be read.
+    the file is unfinished, and readers refuse it.
 
     Nodes have ids: 1 is the root, the others are numbered from 2, and 0 means no node. The tree has
     a current node; `add_node` adds below it.
@@ -129,6 +130,7 @@ class Model:
         self.closed: bool = False
         forget = core.abandon if replace_when_complete else core.close
         self._close_if_forgotten = weakref.finalize(self, _close_forgotten, forget, repr(self))
+        copyreg.pickle(type(self), _refuse_copy)  # `help` would list a method for it
 
     @classmethod
     def create(
@@ -168,7 +170,8 @@ class Model:
         Raises
         ------
         FileWriteException
-            Writing failed. The file is unfinished and cannot be read. Also an `OSError`.
+            Writing failed. The file is unfinished; with a journal, ``mekrecover`` makes a complete
+            file of it. Also an `OSError`.
         OverflowError
             The names, attributes and other data of one kind exceed 2**32 - 1 bytes.
         """
@@ -231,10 +234,6 @@ class Model:
                 raise
             if hasattr(error, "add_note"):
                 error.add_note(f"Closing {os.fsdecode(self.path)!r} failed as well: {close_error}")
-
-    def __reduce_ex__(self, protocol: Any) -> NoReturn:
-        """Refuse `copy` and `pickle`: one file has one model."""
-        raise TypeError("a Model cannot be copied or pickled")
 
     def __repr__(self) -> str:
         return f"<mekapi2.Model {self.path!r}, {'closed' if self.closed else 'open'}>"
@@ -550,6 +549,11 @@ def _steps(
             raise ValueError(f"the step {name!r} is given twice")
         seen.add(name)
     return result
+
+
+def _refuse_copy(_: Model) -> NoReturn:
+    """Refuse `copy` and `pickle`: one file has one model."""
+    raise TypeError("a Model cannot be copied or pickled")
 
 
 def _close_forgotten(close: Callable[[], None], description: str) -> None:
