@@ -81,7 +81,7 @@ TEST_F(CommandLineTest, FollowsOneConvention) {
         {"frd2mek a.frd b.mek c.mek", 2, "", "frd2mek: too many arguments: c.mek; see"},
         {"frd2mek -- a.frd b.mek --overwrite", 2, "", "frd2mek: too many arguments: --overwrite; "},
         {"frd2mek -- a b c", 2, "", "frd2mek: too many arguments: c; see"},
-        {"frd2mek --overwrite=no job.frd", 2, "", "frd2mek: --overwrite takes no value; see"},
+        {"frd2mek --overwrite=true job.frd", 2, "", "frd2mek: --overwrite takes no value; see"},
         {"frd2mek --help=3", 2, "", "frd2mek: --help takes no value; see"},
         {"mekinfo --version=3", 2, "", "mekinfo: --version takes no value; see"},
         {"mekinfo --vtu", 2, "", "mekinfo: --vtu needs a value DIR; see"},

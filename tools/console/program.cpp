@@ -64,23 +64,34 @@ public:
     }
 };
 
-/// No option or operand takes an empty string. CLI11 takes the argument after "--name=" as the
-/// value.
-void requireValues(const std::vector<std::string>& arguments) {
-    bool areOptions = true;
-    for (const std::string& argument : arguments) {
-        areOptions = areOptions && argument != "--";
-        if (argument.empty()) {
-            throw UsageError("an argument is empty");
-        }
-        if (areOptions && argument.substr(0, 2) == "--" && argument.back() == '=') {
-            throw UsageError(argument + " has an empty value");
-        }
-    }
-}
-
 bool startsWith(const std::string& text, const std::string& start) {
     return text.compare(0, start.size(), start) == 0;
+}
+
+bool isFlag(const CLI::Option* option) {
+    return option != nullptr && option->get_items_expected_max() == 0;
+}
+
+/// Refuses what CLI11 accepts: an empty argument, the argument after "--name=" as the value, and
+/// "--flag=true".
+void checkValues(const CLI::App& app, const std::vector<std::string>& arguments) {
+    const auto end = std::find(arguments.begin(), arguments.end(), "--");
+    if (std::find(arguments.begin(), arguments.end(), "") != arguments.end()) {
+        throw UsageError("an argument is empty");
+    }
+    for (auto argument = arguments.begin(); argument != end; ++argument) {
+        const std::size_t equals = argument->find('=');
+        if (!startsWith(*argument, "-") || equals == std::string::npos) {
+            continue;
+        }
+        const std::string name = argument->substr(0, equals);
+        if (isFlag(app.get_option_no_throw(name))) {
+            throw UsageError(name + " takes no value");
+        }
+        if (startsWith(name, "--") && equals + 1 == argument->size()) {
+            throw UsageError(*argument + " has an empty value");
+        }
+    }
 }
 
 } // namespace
@@ -90,9 +101,8 @@ Program::Program(const std::string& name, const std::string& purpose, const std:
     app_.allow_windows_style_options(false); // a path may begin with a slash
     app_.formatter(std::make_shared<HelpFormatter>());
     app_.footer(notes);
-    app_.set_help_flag("-h,--help", "show this help")->disable_flag_override();
-    app_.set_version_flag("-V,--version", name + " " MEKAPI2_VERSION_STRING, "show the version")
-        ->disable_flag_override();
+    app_.set_help_flag("-h,--help", "show this help");
+    app_.set_version_flag("-V,--version", name + " " MEKAPI2_VERSION_STRING, "show the version");
 }
 
 int Program::run(int count, char** arguments, const std::function<int()>& action) {
@@ -128,7 +138,7 @@ void Program::report(const std::string& message) const {
 
 int Program::parseAndAct(int count, char** arguments, const std::function<int()>& action) {
     std::vector<std::string> reversed = Console::arguments(count, arguments);
-    requireValues(reversed);
+    checkValues(app_, reversed);
     std::reverse(reversed.begin(), reversed.end());
     try {
         app_.parse(std::move(reversed));
@@ -156,18 +166,14 @@ std::string Program::messageOf(const CLI::ParseError& error) const {
     return unexpected.empty() ? error.what() : unexpected;
 }
 
-/// CLI11's message begins with the name of the option, without dashes if it is a flag.
+/// CLI11's message begins with the name of the option.
 std::string Program::messageOf(const CLI::ArgumentMismatch& error) const {
-    constexpr std::size_t dashes = 2;
     std::string message = error.what();
     for (const CLI::Option* const option : app_.get_options()) {
         const std::string name = option->get_name();
         if (startsWith(message, name + ": ")) {
             return option->count() > 1 ? name + " is given twice"
                                        : name + " needs a value " + option->get_type_name();
-        }
-        if (option->nonpositional() && startsWith(message, name.substr(dashes) + " ")) {
-            return name + " takes no value";
         }
     }
     return message;

@@ -25,11 +25,9 @@ void declareOptions(CLI::App& app, CommandLine& values) {
     app.add_option("INPUT.frd", values.inputName, "the result file")->required();
     app.add_option("OUTPUT.mek", values.outputName,
                    "the model file; by default the path of the input with the suffix .mek");
-    app.add_flag("--overwrite", values.options.overwrite, "replace OUTPUT.mek if it exists")
-        ->disable_flag_override();
+    app.add_flag("--overwrite", values.options.overwrite, "replace OUTPUT.mek if it exists");
     app.add_flag("--salvage", values.options.salvage,
-                 "convert what is complete in an unfinished file")
-        ->disable_flag_override();
+                 "convert what is complete in an unfinished file");
 }
 
 } // namespace Frd

@@ -20,21 +20,18 @@ const char* const notes =
 
 void declareOptions(CLI::App& app, CommandLine& values) {
     app.add_option("FILE", values.files, "model files")->required();
-    const auto addFlag = [&app](const char* names, bool& value, const char* description) {
-        return app.add_flag(names, value, description)->disable_flag_override();
-    };
     CLI::Option* const check =
-        addFlag("--check", values.check, "verify the format; --lint checks the meshes");
+        app.add_flag("--check", values.check, "verify the format; --lint checks the meshes");
     CLI::Option* const lint =
-        addFlag("--lint", values.lint, "report what the format allows and no viewer can show");
+        app.add_flag("--lint", values.lint, "report what the format allows and no viewer can show");
     CLI::Option* const vtu = app.add_option("--vtu", values.vtuFolder,
                                             "export to this folder as .vtu files and one .pvd file")
                                  ->type_name("DIR")
                                  ->excludes(check, lint);
-    addFlag("--raw", values.raw,
-            "with --vtu: smaller files; ParaView of Debian 12 cannot open them")
+    app.add_flag("--raw", values.raw,
+                 "with --vtu: smaller files; ParaView of Debian 12 cannot open them")
         ->needs(vtu);
-    addFlag("-q,--quiet", values.quiet, "print only what is wrong");
+    app.add_flag("-q,--quiet", values.quiet, "print only what is wrong");
 }
 
 } // namespace MekInfo

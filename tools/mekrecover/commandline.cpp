@@ -55,12 +55,10 @@ void declareOptions(CLI::App& app, CommandLine& values) {
         app.add_option("--output", values.outputName,
                        "the new file; by default, next to NAME.mek: NAME.recovered.mek")
             ->type_name("FILE");
-    app.add_flag("--overwrite", values.overwrite, "replace files that exist")
-        ->disable_flag_override();
+    app.add_flag("--overwrite", values.overwrite, "replace files that exist");
     CLI::Option* const blocks =
         app.add_flag("--blocks", values.blocks,
                      "without a journal: list the blocks that are whole; their names are lost")
-            ->disable_flag_override()
             ->excludes(output);
     app.add_option("--extract", values.extractFolder,
                    "with --blocks: write the content of each block to this folder")
