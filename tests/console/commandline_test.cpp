@@ -101,6 +101,8 @@ TEST_F(CommandLineTest, FollowsOneConvention) {
 TEST_F(CommandLineTest, InspectsManyFiles) {
     const std::string bytes = Testing::readFile("model.mek");
     write("cut.mek", bytes.substr(0, 2000));
+    write("run.mek", bytes.substr(0, 2000));
+    write("run.mek.journal", "");
     std::filesystem::copy_file("model.mek", "other.mek");
     const std::string facts =
         ": OK, 10 nodes, 39 variables, " + std::to_string(bytes.size()) + " bytes";
@@ -122,6 +124,7 @@ TEST_F(CommandLineTest, InspectsManyFiles) {
         {"mekinfo --lint model.mek", 0, "model.mek: OK, no findings\n", ""},
         {"mekinfo --lint --check model.mek", 0, linted.c_str(), ""},
         {"mekinfo --lint cut.mek", 1, "", "mekinfo: cut.mek: file is unfinished: "},
+        {"mekinfo run.mek", 1, "", "its index; mekrecover makes a complete file\n"},
         {"mekinfo model.mek other.mek", 0, listings.c_str(), ""},
         {"mekinfo none.mek model.mek", 1, listing.output.c_str(),
          "mekinfo: none.mek: No such file"},

@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <iostream>
 #include <set>
+#include <system_error>
 #include <utility>
 
 namespace MekInfo {
@@ -34,6 +35,15 @@ MekReader::File open(const std::string& name) {
     return MekReader::File(path);
 }
 
+/// With the next step, if the writer of the file had a journal.
+std::string reasonOf(const MekReader::Error& error, const std::string& name) {
+    std::error_code ignored;
+    const bool isRecoverable =
+        dynamic_cast<const MekReader::Unfinished*>(&error) != nullptr &&
+        std::filesystem::exists(std::filesystem::u8path(name + ".journal"), ignored);
+    return std::string(error.what()) + (isRecoverable ? "; mekrecover makes a complete file" : "");
+}
+
 } // namespace
 
 Inspector::Inspector(const CommandLine& commandLine, std::function<void(const std::string&)> report)
@@ -46,7 +56,7 @@ bool Inspector::inspectAll() {
         try {
             areAllGood = inspect(name) && areAllGood;
         } catch (const MekReader::Error& error) {
-            report_(name + ": " + error.what());
+            report_(name + ": " + reasonOf(error, name));
             areAllGood = false;
         } catch (const Console::FileError& error) {
             report_(error.what());
@@ -88,7 +98,7 @@ bool Inspector::check(const std::string& name) {
         }
         return true;
     } catch (const MekReader::Error& error) {
-        return printInvalid(error.what());
+        return printInvalid(reasonOf(error, name));
     } catch (const Console::ForeignFile& error) {
         return printInvalid(error.reason());
     }
