@@ -171,8 +171,8 @@ TEST_F(ExportTest, NamesFilesAndReportsProgress) {
     MekReader::File file = written([&](Model& model, unsigned int id) {
         const Array2d<float> points(1, 3);
         const unsigned int other = model.addNode(NodeType::Shape, longName);
-        model.addArrayProperty(DatasetType::Coordinates, points, Array1d<unsigned int>({id, other}),
-                               Step{});
+        const Array1d<unsigned int> ids{id, other, model.addNode(NodeType::Shape, "C")};
+        model.addArrayProperty(DatasetType::Coordinates, points, ids, Step{});
     });
     std::string progress;
     MekVtu::ExportOptions options;
@@ -180,8 +180,19 @@ TEST_F(ExportTest, NamesFilesAndReportsProgress) {
         progress += std::to_string(done) + "/" + std::to_string(all) + " ";
     };
     MekVtu::exportVtu(file, folder / "out", "in", options);
-    EXPECT_EQ(progress, "0/2 1/2 1/1 ");
-    EXPECT_TRUE(exported("in-1-" + std::string(63, 'n') + "-0.vtu", "</VTKFile>"));
+    EXPECT_EQ(progress, "0/3 1/3 2/3 1/1 ");
+    const std::string name = "in-1-" + std::string(63, 'n') + "-0.vtu";
+    EXPECT_TRUE(exported(name, "</VTKFile>"));
+    options.progress = [&](std::size_t done, std::size_t) {
+        if (done == 2) { // after file 1 was written, before it gets its name
+            std::filesystem::remove(folder / "out" / name);
+            std::filesystem::create_directory(folder / "out" / name);
+        }
+    };
+    EXPECT_NE(Testing::messageOf<Console::FileError>([&] {
+                  MekVtu::exportVtu(file, folder / "out", "in", options);
+              }).find("; 1 of 4 files are new, the last one in-0-S-0.vtu, and there is no in.pvd"),
+              std::string::npos);
 }
 
 #if defined(__linux__)

@@ -14,19 +14,18 @@ namespace Console {
 class FileError : public std::runtime_error {
 public:
     FileError(const std::filesystem::path& path, const std::string& reason)
-        : std::runtime_error(path.u8string() + ": " + reason) {}
-};
-
-/// A readable file has another format than the expected one.
-class ForeignFile : public FileError {
-public:
-    ForeignFile(const std::filesystem::path& path, const std::string& reason)
-        : FileError(path, reason), reason_(reason) {}
+        : std::runtime_error(path.u8string() + ": " + reason), reason_(reason) {}
 
     const std::string& reason() const { return reason_; }
 
 private:
     std::string reason_;
+};
+
+/// A readable file has another format than the expected one.
+class ForeignFile : public FileError {
+public:
+    using FileError::FileError;
 };
 
 /// The reason as POSIX words it on every system, such as "No such file or directory".

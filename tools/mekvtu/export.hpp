@@ -33,8 +33,8 @@ struct ExportOptions {
 
 /// Writes one `.vtu` file for each mesh part and step, then the collection `STEM.pvd`, which lists
 /// them. Creates folders as needed. All files have temporary names until the last is complete; then
-/// they replace files of the same names, so a failure leaves an earlier export as it was. A
-/// variable whose links form a circle is left out, with a note.
+/// they replace files of the same names, so a failure leaves an earlier export as it was, unless
+/// renaming fails. A variable whose links form a circle is left out, with a note.
 ///
 /// Memory is used for the meshes, the arrays without a step, and one mesh part at one step.
 /// @throws MekReader::Error the file violates the format, or contains no mesh

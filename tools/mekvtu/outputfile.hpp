@@ -26,6 +26,8 @@ public:
     /// @throws Console::FileError
     void close();
 
+    const std::filesystem::path& path() const { return path_; }
+
     /// Gives the closed file its name.
     /// @throws Console::FileError
     void finish() { target_.finish(); }

@@ -48,10 +48,24 @@ void OutputFolder::finish() {
     Console::holdingSignals([this] {
         std::error_code ignored;
         std::filesystem::remove(std::filesystem::canonical(last_, ignored), ignored);
-        for (OutputFile& file : files_) {
-            file.finish();
+        for (std::size_t i = 0; i < files_.size(); ++i) {
+            try {
+                files_[i].finish();
+            } catch (const Console::FileError& error) {
+                throw Console::FileError(files_[i].path(), error.reason() + progressOfFinish(i));
+            }
         }
     });
+}
+
+std::string OutputFolder::progressOfFinish(std::size_t finished) const {
+    const auto nameOf = [](const std::filesystem::path& path) {
+        return path.filename().u8string();
+    };
+    return "; " + std::to_string(finished) + " of " + std::to_string(files_.size()) +
+           " files are new" +
+           (finished == 0 ? "" : ", the last one " + nameOf(files_[finished - 1].path())) +
+           ", and there is no " + nameOf(last_);
 }
 
 } // namespace MekVtu

@@ -35,11 +35,12 @@ public:
     /// Gives all files their names, in the order in which they were added. The last file lists the
     /// others: an earlier one is removed first, so that it never lists files of two exports.
     /// Signals wait meanwhile.
-    /// @throws Console::FileError
+    /// @throws Console::FileError also with the number of files that have got their names
     void finish();
 
 private:
     void createFolder(const std::filesystem::path& path);
+    std::string progressOfFinish(std::size_t finished) const;
 
     std::filesystem::path path_;
     std::deque<Console::UnfinishedFile> created_; ///< the outermost first
