@@ -5,6 +5,7 @@ from __future__ import annotations
 import argparse
 import contextlib
 import os
+import re
 import signal
 import sys
 import threading
@@ -34,6 +35,10 @@ class _Parser(argparse.ArgumentParser):
     """Reports errors in one line, and raises `OSError` if the help cannot be written."""
 
     def error(self, message: str) -> NoReturn:
+        invalid = re.match(r"argument (?:-\w/)?(\S+): (ignored|expected)", message)
+        if invalid:  # the words of the other programs
+            problem = "takes no value" if invalid[2] == "ignored" else "needs a value"
+            message = f"{invalid[1]} {problem}"
         _report(f"{message}; see {self.prog} --help")
         raise SystemExit(2)
 
@@ -54,7 +59,7 @@ class _Killed(BaseException):
 def _parse(arguments: Optional[list[str]]) -> argparse.Namespace:
     parser = _Parser(
         prog=f"python3 -m {_program}",
-        description="Convert a mesh file of any format that meshio reads to a .mek file, "
+        description="Convert a mesh file of any format that meshio reads to a .mek file,\n"
         "or a .mek file to a format that meshio writes.",
         epilog=_notes,
         formatter_class=argparse.RawDescriptionHelpFormatter,
@@ -84,6 +89,9 @@ def _parse(arguments: Optional[list[str]]) -> argparse.Namespace:
         help="step of a .mek file to write (default: the last one; all steps for XDMF)",
     )
     parser.add_argument("-V", "--version", action=_Version, nargs=0, help="show the version")
+    arguments = sys.argv[1:] if arguments is None else arguments
+    if "" in arguments or "--format=" in arguments or "--step=" in arguments:
+        parser.error("an argument is empty")
     parsed, unexpected = parser.parse_known_intermixed_args(arguments)
     for argument in unexpected:
         if argument.startswith("-") and argument != "-":
@@ -132,12 +140,17 @@ def _print_summary(summary: Summary) -> None:
     counts = summary.counts
     for warning in dict.fromkeys(counts.warnings):
         _report(f"{summary.input}: warning: {warning}")
-    rounded = f", {counts.rounded} arrays rounded to 32 bits" if counts.rounded else ""
+    rounded = f", {_counted(counts.rounded, 'array')} rounded to 32 bits" if counts.rounded else ""
     _print(
-        f"{summary.output}: {counts.nodes} nodes, {counts.elements} elements, "
-        f"{counts.shapes} shapes, {counts.results} results, {counts.steps} steps{rounded}, "
+        f"{summary.output}: {_counted(counts.nodes, 'node')}, "
+        f"{_counted(counts.elements, 'element')}, {_counted(counts.shapes, 'shape')}, "
+        f"{_counted(counts.results, 'result')}, {_counted(counts.steps, 'step')}{rounded}, "
         f"{summary.bytes_in} bytes in, {summary.bytes_out} bytes out\n"
     )
+
+
+def _counted(count: int, noun: str) -> str:
+    return f"{count} {noun}" if count == 1 else f"{count} {noun}s"
 
 
 def _print(text: str) -> None:

@@ -232,7 +232,7 @@ def _unknown_format(path: Path) -> str:
 
 def warnings_of(output: str) -> list[str]:
     """Return the warnings in the output of meshio, one line for each."""
-    printed = _one_line(output).split("Warning: ")
+    printed = re.split("Warning: |Info: ", _one_line(output))
     return [each.strip() for each in printed if each.strip()]
 
 
