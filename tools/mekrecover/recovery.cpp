@@ -2,12 +2,12 @@
 
 #include "console/error.hpp"
 #include "console/inputfile.hpp"
+#include "console/outputfile.hpp"
 #include "console/unfinishedfiles.hpp"
 
 #include <tyr/exception/exception.hpp>
 #include <tyr/mek2/recovery.hpp>
 
-#include <cerrno>
 #include <iostream>
 #include <optional>
 #include <stdexcept>
@@ -16,8 +16,6 @@
 namespace MekRecover {
 
 namespace {
-
-constexpr const char* existsMessage = "exists; use --overwrite to replace it";
 
 bool fileExists(const std::filesystem::path& path) {
     std::error_code error;
@@ -33,19 +31,6 @@ void checkInput(const std::filesystem::path& unfinished) {
     }
     if (fileExists(unfinished) || !fileExists(journal)) {
         Console::checkInputFile(unfinished, Console::FileFormat::Model);
-    }
-}
-
-void checkOutput(const CommandLine& commandLine) {
-    const std::filesystem::path output = commandLine.output();
-    if (commandLine.outputName == "-") {
-        throw Console::FileError(output, "needs a regular file, not standard output");
-    }
-    if (std::filesystem::is_directory(output)) {
-        throw Console::FileError(output, Console::reasonOf(EISDIR));
-    }
-    if (!commandLine.overwrite && fileExists(output)) {
-        throw Console::FileError(output, existsMessage);
     }
 }
 
@@ -83,7 +68,7 @@ Tyr::Mek2::RecoveryReport recover(const CommandLine& commandLine) {
         throw Console::FileError(output, error.what());
     } catch (const Tyr::Exception::Exception& error) {
         if (error.what() == std::string_view("File exists.")) { // since it was checked
-            throw Console::FileError(output, existsMessage);
+            throw Console::existsError(output);
         }
         throw std::runtime_error(messageOf(commandLine, error.what()));
     }
@@ -101,7 +86,7 @@ void print(const std::filesystem::path& output, const char* what,
 bool recoverModel(const CommandLine& commandLine,
                   const std::function<void(const std::string&)>& warn) {
     checkInput(commandLine.unfinished());
-    checkOutput(commandLine);
+    Console::checkOutputPath(commandLine.output(), commandLine.overwrite);
     const Tyr::Mek2::RecoveryReport report = recover(commandLine);
     print(commandLine.output(), "saved", report.saved);
     if (report.lost.calls != 0) {
