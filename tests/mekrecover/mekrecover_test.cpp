@@ -157,7 +157,7 @@ TEST_F(MekRecoverTest, ExtractsWholeBlocksWithoutAJournal) {
               "mekrecover: alone.mek: has no block\n");
 }
 
-TEST_F(MekRecoverTest, PassesOverTablesOfTheIndex) {
+TEST_F(MekRecoverTest, SkipsTablesOfTheIndex) {
     const Testing::BlockSizeVariable blockSize("4");
     SaverOptions options;
     options.journal = true;
