@@ -62,8 +62,8 @@ protected:
 };
 
 TEST_F(DamagedFileTest, EachFlippedBitIsFoundOrHarmless) {
-    flipBits(1, 1);
-    flipBits(22, 41);
+    flipBits(1, stateStride());
+    flipBits(22, 41 * stateStride());
 }
 
 TEST_F(DamagedFileTest, TheErrorNamesTheDamage) {

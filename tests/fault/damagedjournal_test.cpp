@@ -49,13 +49,7 @@ void setCrc(std::string& record) {
                                                static_cast<uInt>(size))));
 }
 
-/// Its files are in memory, since there are many short ones.
-class MemoryFolder {
-protected:
-    MemoryFolder() { setenv("TMPDIR", "/dev/shm", 0); }
-};
-
-class DamagedJournalTest : private MemoryFolder, public FolderTest {
+class DamagedJournalTest : public FolderTest {
 protected:
     using Arrays = std::map<std::pair<std::uint32_t, std::string>, std::vector<std::uint32_t>>;
 
@@ -104,6 +98,7 @@ protected:
         EXPECT_GT(recovered, runs / 2);
     }
 
+    const int stride = static_cast<int>(stateStride());
     std::size_t below(std::size_t end) { return random() % end; }
 
     std::string file;
@@ -152,7 +147,7 @@ private:
 
 TEST_F(DamagedJournalTest, FlippedBitsAndCutsAreFound) {
     int runs = 0;
-    for (; runs < 8000 && !HasFailure(); ++runs) {
+    for (; runs < 8000 / stride && !HasFailure(); ++runs) {
         SCOPED_TRACE(runs);
         std::string changed = journal;
         for (std::size_t flips = 1 + below(3); flips > 0; --flips) {
@@ -161,7 +156,8 @@ TEST_F(DamagedJournalTest, FlippedBitsAndCutsAreFound) {
         }
         EXPECT_TRUE(changed == journal || recoverFrom(changed, false));
     }
-    for (std::size_t size = 0; size < journal.size() && !HasFailure(); size += 3, ++runs) {
+    for (std::size_t size = 0; size < journal.size() && !HasFailure();
+         size += 3 * stateStride(), ++runs) {
         SCOPED_TRACE(size);
         recoverFrom(journal.substr(0, size), false);
     }
@@ -173,7 +169,7 @@ TEST_F(DamagedJournalTest, ForgedRecordsMakeValidFiles) {
     const std::vector<std::uint32_t> numbers = {0, 1, 0x7F, 0x7FFFFFFF, 0xFFFFFFFF};
     const std::vector<std::string> records = recordsOf(journal);
     int runs = 0;
-    for (; runs < 10000 && !HasFailure(); ++runs) {
+    for (; runs < 10000 / stride && !HasFailure(); ++runs) {
         SCOPED_TRACE(runs);
         std::vector<std::string> changed = records;
         std::string& record = changed[below(records.size())];

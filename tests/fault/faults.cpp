@@ -54,6 +54,9 @@ std::vector<Testing::RecordedWrite>* recording = nullptr;
 [[maybe_unused]] const int keepsFreedMemory =
     mallopt(M_MMAP_THRESHOLD, 1 << 25) + mallopt(M_TRIM_THRESHOLD, 1 << 28);
 
+/// The files are in memory, since there are many short ones.
+[[maybe_unused]] const int isInMemory = setenv("TMPDIR", "/dev/shm", 0);
+
 /// Whether this call of the kind is the one that fails.
 bool fails(Fault kind) {
     const bool counts = isInLibrary && awaitedFault == kind;
@@ -248,6 +251,13 @@ bool injectFault(Fault kind, std::uint64_t number, const std::function<void()>& 
     awaitedFault = Fault::None;
     return callsUntilFault == 0;
 }
+
+std::size_t stateStride() {
+    const char* const stride = std::getenv("MEKAPI2_TEST_STRIDE");
+    return stride == nullptr ? 1 : std::stoul(stride);
+}
+
+std::uint64_t nextCall(std::uint64_t number) { return number + (number < 32 ? 1 : stateStride()); }
 
 LibraryCall::LibraryCall() { isInLibrary = true; }
 LibraryCall::~LibraryCall() { isInLibrary = false; }

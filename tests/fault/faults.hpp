@@ -7,6 +7,7 @@
 /// it does not advance.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -37,6 +38,13 @@ enum class Fault {
 /// a `LibraryCall` count.
 /// @return false if there are fewer calls
 bool injectFault(Fault kind, std::uint64_t number, const std::function<void()>& action);
+
+/// The distance between the states that an exhaustive test takes: 1, or the number in the
+/// environment variable `MEKAPI2_TEST_STRIDE`.
+std::size_t stateStride();
+
+/// The call that fails after that of this number. The first 32 calls fail one after the other.
+std::uint64_t nextCall(std::uint64_t number);
 
 /// While it lives, calls are those of the library and not of the test.
 class LibraryCall {

@@ -128,12 +128,12 @@ TEST_P(JournalFaultTest, TheCheckpointsKeepTheirPromises) {
     const BlockSizeVariable blockSize("200");
     std::uint64_t number = 1;
     while (!HasFailure() && inject(number)) {
-        ++number;
+        number = nextCall(number);
     }
     EXPECT_FALSE(HasFailure()) << "in call " << number;
     EXPECT_GE(number, 2U);
     EXPECT_LE(20 * incompleteJournals, number);
-    std::cout << number - 1 << " faults, " << incompleteJournals << " incomplete journals\n";
+    std::cout << number - 1 << " calls, " << incompleteJournals << " incomplete journals\n";
 }
 
 TEST_P(JournalFaultTest, ARecoveryThatFailsLeavesNothing) {
@@ -154,7 +154,8 @@ TEST_P(JournalFaultTest, ARecoveryThatFailsLeavesNothing) {
         run.errors.clear();
     };
     std::uint64_t number = 1;
-    for (; !HasFailure() && injectFault(GetParam().fault, number, recoverAgain); ++number) {
+    for (; !HasFailure() && injectFault(GetParam().fault, number, recoverAgain);
+         number = nextCall(number)) {
         EXPECT_EQ(fs::exists(path("recovered")), isDone);
         EXPECT_TRUE(!isDone || readFile(path("recovered")) == expected);
         fs::remove(path("recovered"));

@@ -141,7 +141,7 @@ TEST_F(KilledRunTest, KeepsThePromisesAfterEachWrittenByte) {
         const BlockSizeVariable blockSize(blockSizeFor(results));
         runWithoutFault(results);
         std::size_t promised = 0;
-        replay(results, step, [&](const std::set<std::string>& promise) {
+        replay(results, step * stateStride(), [&](const std::set<std::string>& promise) {
             EXPECT_EQ(recoveryError(promise), "");
             promised = promise.size();
             ++states;
