@@ -67,32 +67,24 @@ TEST_F(CommandLineTest, FollowsOneConvention) {
         {"frd2mek --help", 0, "  -V, --version  ", ""},
         {"frd2mek -h job.frd", 0, "Exit codes:\n  0  ", ""},
         {"frd2mek --version", 0, "frd2mek " MEKAPI2_VERSION_STRING "\n", ""},
-        {"frd2mek -V", 0, "frd2mek 2.", ""},
-        {"mekinfo --help", 0, "  --vtu DIR  ", ""},
         {"mekinfo -V", 0, "mekinfo " MEKAPI2_VERSION_STRING "\n", ""},
-        {"mekinfo", 2, "", "mekinfo: FILE is required; see mekinfo --help\n"},
         {"mekinfo model.mek --verbose", 2, "", "mekinfo: unknown option --verbose; see"},
         {"mekinfo --vtu out --check model.mek", 2, "", "mekinfo: --check excludes --vtu; see"},
         {"mekinfo --raw model.mek", 2, "", "mekinfo: --raw requires --vtu; see"},
         {"mekinfo --vtu out model.mek folder/model.mek", 2, "",
          "mekinfo: --vtu: another file has the name of folder/model.mek; see"},
         {"frd2mek", 2, "", "frd2mek: INPUT.frd is required; see frd2mek --help\n"},
-        {"frd2mek --fast job.frd", 2, "", "frd2mek: unknown option --fast; see frd2mek --help\n"},
         {"frd2mek a.frd b.mek c.mek", 2, "", "frd2mek: too many arguments: c.mek; see"},
         {"frd2mek -- a.frd b.mek --overwrite", 2, "", "frd2mek: too many arguments: --overwrite; "},
-        {"frd2mek -- a b c", 2, "", "frd2mek: too many arguments: c; see"},
         {"frd2mek --overwrite=true job.frd", 2, "", "frd2mek: --overwrite takes no value; see"},
         {"frd2mek --help=3", 2, "", "frd2mek: --help takes no value; see"},
-        {"mekinfo --version=3", 2, "", "mekinfo: --version takes no value; see"},
         {"mekinfo --vtu", 2, "", "mekinfo: --vtu needs a value DIR; see"},
         {"mekinfo --vtu a --vtu b model.mek", 2, "", "mekinfo: --vtu is given twice; see"},
         {"mekinfo --vtu \"\" model.mek", 2, "", "mekinfo: an argument is empty; see"},
         {"mekinfo --vtu= model.mek", 2, "", "mekinfo: --vtu= has an empty value; see"},
-        {"frd2mek job.frd \"\"", 2, "", "frd2mek: an argument is empty; see"},
         {"frd2mek job.frd", 0, "job.mek: 4 nodes, 4 elements, 3 shapes, 8 results, 1 step, ", ""},
         {"frd2mek job.frd", 1, "", "frd2mek: job.mek: exists; use --overwrite to replace it\n"},
         {"frd2mek job.frd --overwrite", 0, " bytes in, ", ""},
-        {"frd2mek --overwrite job.frd", 0, "job.mek: ", ""},
         {"frd2mek --overwrite job.frd -- -other.mek", 0, "-other.mek: ", ""},
     });
     MekReader::check("-other.mek");
@@ -115,20 +107,14 @@ TEST_F(CommandLineTest, InspectsManyFiles) {
     const std::string listings =
         "model.mek:\n" + listing.output + "\nother.mek:\n" + listing.output;
     expect({
-        {"mekinfo --check model.mek", 0, valid.c_str(), ""},
         {"mekinfo --check model.mek cut.mek other.mek", 1, twoValid.c_str(), ""},
         {"mekinfo --check none.mek model.mek", 1, valid.c_str(),
          "mekinfo: none.mek: No such file or directory\n"},
-        {"mekinfo model.mek --quiet --check", 0, "", ""},
         {"mekinfo --quiet --check cut.mek", 1, invalid.c_str(), ""},
-        {"mekinfo --lint model.mek", 0, "model.mek: OK, no findings\n", ""},
         {"mekinfo --lint --check model.mek", 0, linted.c_str(), ""},
         {"mekinfo --lint cut.mek", 1, "", "mekinfo: cut.mek: file is unfinished: "},
         {"mekinfo run.mek", 1, "", "its index; mekrecover makes a complete file\n"},
         {"mekinfo model.mek other.mek", 0, listings.c_str(), ""},
-        {"mekinfo none.mek model.mek", 1, listing.output.c_str(),
-         "mekinfo: none.mek: No such file"},
-        {"mekinfo model.mek -q", 0, "", ""},
         {"mekinfo --vtu=out other.mek model.mek", 0, " 4 mesh parts, 1 step, 4 files\n", ""},
         {"mekinfo --vtu=out --raw model.mek -q", 0, "", ""},
         {"mekinfo --vtu out -- model.mek --quiet", 1, "out", "mekinfo: --quiet: No such file"},
@@ -147,7 +133,6 @@ TEST_F(CommandLineTest, PrintsFindings) {
                            Tyr::Mek2::Step{"1"});
     model.close();
     expect({
-        {"mekinfo --check odd.mek", 0, "odd.mek: OK, ", ""},
         {"mekinfo --lint odd.mek model.mek", 1,
          "odd.mek: node 3 (/R/S), variable \"T\", step \"1\": ", ""},
         {"mekinfo --lint odd.mek model.mek", 1, "\nmodel.mek: OK, no findings\n", ""},
@@ -157,51 +142,50 @@ TEST_F(CommandLineTest, PrintsFindings) {
 TEST_F(CommandLineTest, GivesTheReasonOfTheSystem) {
     expect({
         {"frd2mek none.frd", 1, "", "frd2mek: none.frd: No such file or directory\n"},
-        {"frd2mek folder", 1, "", "frd2mek: folder: Is a directory\n"},
         {"frd2mek -", 1, "", "frd2mek: -: needs a regular file, not standard input\n"},
         {"frd2mek job.frd -", 1, "", "frd2mek: -: needs a regular file, not standard output\n"},
         {"frd2mek job.frd folder --overwrite", 1, "", "frd2mek: folder: Is a directory\n"},
         {"frd2mek job.frd none/a.mek", 1, "", "frd2mek: none/a.mek: No such file or directory\n"},
         {"frd2mek job.frd job.frd --overwrite", 1, "", "frd2mek: job.frd: is the input itself\n"},
         {"mekinfo folder", 1, "", "mekinfo: folder: Is a directory\n"},
-        {"mekinfo -", 1, "", "mekinfo: -: needs a regular file, not standard input\n"},
         {"mekinfo --vtu model.mek/out model.mek", 1, "", "Not a directory\n"},
     });
 }
 
 TEST_F(CommandLineTest, NamesForeignFiles) {
     using namespace std::string_view_literals;
-    write("a.gz", "\x1F\x8B\x08");
-    write("a.bz2", "BZh91AY&SY");
-    write("a.xz", "\xFD\x37zXZ\0\0"sv);
-    write("a.zip", "PK\x03\x04");
-    write("a.h5", "\x89HDF\r\n\x1A\n");
-    write("a.tar", std::string(257, 'a') + "ustar");
-    write("a.so", "\x7F\x45LF\x02");
-    write("a.vtk", "# vtk DataFile Version 3.0\n");
-    write("a.vtu", "<?xml version=\"1.0\"?>\n<VTKFile type=\"UnstructuredGrid\">\n");
-    write("a.msh", "$MeshFormat\n4.1 0 8\n");
+    struct Foreign {
+        const char* name;
+        std::string_view bytes;
+        const char* error;
+    };
+    const std::string tar = std::string(257, 'a') + "ustar";
+    for (const auto& [name, bytes, error] :
+         {Foreign{"a.gz", "\x1F\x8B\x08", "this is a gzip file; decompress it first"},
+          {"a.bz2", "BZh91AY&SY", "this is a bzip2 file; decompress it first"},
+          {"a.xz", "\xFD\x37zXZ\0\0"sv, "this is an xz file; decompress it first"},
+          {"a.zip", "PK\x03\x04", "this is a zip archive; extract the file first"},
+          {"a.h5", "\x89HDF\r\n\x1A\n", "this is an HDF5 file"},
+          {"a.tar", tar, "this is a tar archive; extract the file first"},
+          {"a.so", "\x7F\x45LF\x02", "this is a program or library (ELF)"},
+          {"a.vtk", "# vtk DataFile Version 3.0\n", "this is a legacy VTK file"},
+          {"a.vtu", "<?xml version=\"1.0\"?>\n<VTKFile type=\"UnstructuredGrid\">\n",
+           "this is a VTK XML file"},
+          {"a.msh", "$MeshFormat\n4.1 0 8\n", "this is a Gmsh mesh"},
+          {"a.inp", "** a comment\r\n\r\n*Heading\r\n",
+           "this is an input deck; solve it and convert the .frd file"},
+          {"empty", "", "the file is empty"}}) {
+        write(name, bytes);
+        const std::string message = std::string(": ") + error + '\n';
+        const std::string command = "frd2mek " + std::string(name);
+        expect({{command.c_str(), 1, "", message.c_str()}});
+    }
     write("a.txt", "notes\n");
-    write("empty", "");
-    write("a.inp", "** a comment\r\n\r\n*Heading\r\n");
     expect({
-        {"frd2mek a.gz", 1, "", "frd2mek: a.gz: this is a gzip file; decompress it first\n"},
-        {"frd2mek a.bz2", 1, "", ": this is a bzip2 file; decompress it first\n"},
-        {"frd2mek a.xz", 1, "", ": this is an xz file; decompress it first\n"},
-        {"frd2mek a.zip", 1, "", ": this is a zip archive; extract the file first\n"},
-        {"frd2mek a.h5", 1, "", ": this is an HDF5 file\n"},
-        {"frd2mek a.inp", 1, "", ": this is an input deck; solve it and convert the .frd file\n"},
         {"frd2mek model.mek a.mek", 1, "", ": this is a model file; mekinfo shows it\n"},
         {"mekinfo job.frd", 1, "",
          "mekinfo: job.frd: this is a result file of the solver; convert it with frd2mek\n"},
-        {"mekinfo a.tar", 1, "", ": this is a tar archive; extract the file first\n"},
-        {"mekinfo a.so", 1, "", ": this is a program or library (ELF)\n"},
-        {"mekinfo a.vtk", 1, "", ": this is a legacy VTK file\n"},
-        {"frd2mek a.vtu", 1, "", ": this is a VTK XML file\n"},
-        {"mekinfo a.msh", 1, "", ": this is a Gmsh mesh\n"},
         {"mekinfo a.txt", 1, "", "mekinfo: a.txt: not a model file\n"},
-        {"frd2mek empty", 1, "", "frd2mek: empty: the file is empty\n"},
-        {"mekinfo --check empty", 1, "empty: INVALID, the file is empty\n", ""},
         {"mekinfo --check a.gz", 1, "a.gz: INVALID, this is a gzip file; decompress it first\n",
          ""},
     });
@@ -213,7 +197,6 @@ TEST_F(CommandLineTest, ReportsWhatCannotBeWritten) {
     expect({
         {"frd2mek --help > /dev/full", 1, "",
          "frd2mek: standard output: No space left on device\n"},
-        {"frd2mek --version > /dev/full", 1, "", ": No space left on device\n"},
         {"frd2mek --version >&-", 1, "", "frd2mek: standard output: Bad file descriptor\n"},
         {"frd2mek job.frd /dev/full", 1, "", "frd2mek: /dev/full: needs a regular file\n"},
         {"mekinfo model.mek > /dev/full", 1, "",

@@ -19,7 +19,7 @@
 namespace Testing {
 
 /// One write cycle. Goes on after each error.
-class CheckpointedRun {
+class CheckpointedRun : public Application {
 public:
     CheckpointedRun(std::string path, unsigned int results, bool replaces = false)
         : path_(std::move(path)), results_(results) {
@@ -69,23 +69,8 @@ public:
         return close();
     }
 
-    template <class Action>
-    bool attempt(const std::string& operation, const Action& action) {
-        try {
-            const LibraryCall call;
-            action();
-            return true;
-        } catch (const Tyr::Exception::Exception& error) {
-            errors.push_back({operation, std::to_string(error.code()) + ' ' + error.what()});
-        } catch (const std::bad_alloc&) {
-            errors.push_back({operation, "0 "});
-        }
-        return false;
-    }
-
     SaverOptions options;
     std::unique_ptr<Model> model;
-    std::vector<ReportedError> errors;
     std::set<std::string> given;    ///< content of operations that returned
     std::set<std::string> promised; ///< at the last checkpoint
     std::function<void()> onCheckpoint = [] {};

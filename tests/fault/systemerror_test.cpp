@@ -122,15 +122,4 @@ TEST_F(SystemErrorTest, APathThatCannotBeOpenedIsNamedAndLeftAsItIs) {
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 2);
 }
 
-TEST_F(SystemErrorTest, ADanglingLinkCreatesItsTarget) {
-    fs::create_symlink(path("first"), path("link"));
-    Model model;
-    model.saveTo(path("link")); // no file exists yet
-    model.close();
-    EXPECT_EQ(checkError(), "no error");
-    EXPECT_TRUE(fs::is_symlink(path("link")));
-    EXPECT_EQ(messageOf<Tyr::Exception::FileOpenException>([&] { model.saveTo(path("link")); }),
-              "File exists.");
-}
-
 } // namespace

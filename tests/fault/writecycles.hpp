@@ -58,6 +58,26 @@ struct ReportedError {
     std::string message; ///< code and message of the exception; "0 " for `std::bad_alloc`
 };
 
+/// Calls the library and keeps its errors.
+class Application {
+public:
+    template <class Action>
+    bool attempt(const std::string& operation, const Action& action) {
+        try {
+            const LibraryCall call;
+            action();
+            return true;
+        } catch (const Tyr::Exception::Exception& error) {
+            errors.push_back({operation, std::to_string(error.code()) + ' ' + error.what()});
+        } catch (const std::bad_alloc&) {
+            errors.push_back({operation, "0 "});
+        }
+        return false;
+    }
+
+    std::vector<ReportedError> errors;
+};
+
 /// One write cycle as the application saw it.
 struct Cycle {
     std::string path;
@@ -68,7 +88,7 @@ struct Cycle {
 };
 
 /// Write cycles of one model.
-class WriteCycles {
+class WriteCycles : public Application {
 public:
     /// With blocks of 200 bytes each array has a block, and 22 results need an index block.
     WriteCycles(const std::string& folder, Reaction reaction, unsigned int results = 22)
@@ -102,26 +122,14 @@ public:
         model_.reset();
     }
 
-    std::vector<ReportedError> errors;
     std::vector<Cycle> cycles;
 
 private:
     template <class Action>
     bool attempt(const std::string& operation, const Action& action) {
-        if (hasStopped_) {
-            return false;
-        }
-        try {
-            const LibraryCall call;
-            action();
-            return true;
-        } catch (const Tyr::Exception::Exception& error) {
-            errors.push_back({operation, std::to_string(error.code()) + ' ' + error.what()});
-        } catch (const std::bad_alloc&) {
-            errors.push_back({operation, "0 "});
-        }
-        hasStopped_ = reaction_ != Reaction::GoOn;
-        return false;
+        const bool hasReturned = !hasStopped_ && Application::attempt(operation, action);
+        hasStopped_ = hasStopped_ || (!hasReturned && reaction_ != Reaction::GoOn);
+        return hasReturned;
     }
 
     void addEverything(Cycle& cycle) {

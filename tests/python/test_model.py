@@ -1,9 +1,7 @@
 """The methods of Model that the examples do not cover."""
 
-import builtins
 import gc
 import os
-import pydoc
 import re
 import sys
 import threading
