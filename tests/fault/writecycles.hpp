@@ -41,6 +41,23 @@ inline Content contentOf(const std::string& path) {
     return content;
 }
 
+/// Repeats recorded writes, and calls `check` with the number of the write after each `step` bytes
+/// until a check fails.
+template <class Check>
+void replay(const std::vector<RecordedWrite>& writes, std::size_t step, const Check& check) {
+    for (std::size_t number = 0; number < writes.size(); ++number) {
+        const auto& [file, start, bytes] = writes[number];
+        std::ofstream(file, std::ios::app).flush();
+        std::fstream stream(file, std::ios::binary | std::ios::in | std::ios::out);
+        for (std::size_t done = 0; done < bytes.size() && !::testing::Test::HasFailure();
+             done += step) {
+            stream.seekp(static_cast<std::streamoff>(start + done));
+            stream << bytes.substr(done, step) << std::flush;
+            check(number);
+        }
+    }
+}
+
 inline std::int64_t openFiles() {
     const std::filesystem::directory_iterator files("/proc/self/fd");
     return std::distance(begin(files), end(files));

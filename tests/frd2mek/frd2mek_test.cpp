@@ -4,13 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -29,16 +25,6 @@ constexpr std::uint32_t missing = 0x7FC00000;
 /// Runs the program on result files from the corpus of the fuzz target.
 class ConverterTest : public Testing::ProgramTest {
 protected:
-    struct Run {
-        int exitCode;
-        std::string output; ///< standard output and standard error
-    };
-
-    static Run convert(const std::string& arguments) {
-        const Testing::Run run = Testing::run("frd2mek " + arguments);
-        return {run.exitCode, run.errors + run.output};
-    }
-
     void write(const std::string& name, const std::string& text) const {
         std::ofstream(path(name), std::ios::binary) << text;
     }
@@ -51,9 +37,9 @@ protected:
     /// @param warning what the program says about the file
     MekReader::File converted(const std::string& text, const std::string& warning = "") const {
         write("job.frd", text);
-        const Run result = convert("job.frd --overwrite --salvage");
-        EXPECT_EQ(result.exitCode, 0) << result.output;
-        EXPECT_EQ(result.output.substr(0, result.output.find("job.mek: ")),
+        const Testing::Run result = Testing::run("frd2mek job.frd --overwrite --salvage");
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_EQ(result.errors,
                   warning.empty() ? "" : "frd2mek: job.frd: warning: " + warning + "\n");
         MekReader::check(path("job.mek"));
         return MekReader::File(path("job.mek"));
@@ -66,14 +52,14 @@ protected:
         write("job.frd", text);
         write("job.mek", "earlier");
 
-        const Run result = convert("job.frd --overwrite " + options);
+        const Testing::Run result = Testing::run("frd2mek job.frd --overwrite " + options);
 
         EXPECT_EQ(result.exitCode, 1) << start;
-        EXPECT_EQ(result.output.substr(0, start.size() + 17), "frd2mek: job.frd:" + start);
+        EXPECT_EQ(result.errors.substr(0, start.size() + 17), "frd2mek: job.frd:" + start);
         EXPECT_EQ(Testing::readFile(path("job.mek")), "earlier");
         const auto files = std::distance(std::filesystem::directory_iterator(folder),
                                          std::filesystem::directory_iterator());
-        EXPECT_EQ(files, 2) << result.output;
+        EXPECT_EQ(files, 2) << result.errors;
     }
 };
 
@@ -285,64 +271,6 @@ TEST_F(ConverterTest, SalvagesCompleteBlocksOfUnfinishedFiles) {
                           ? " the solver stopped before it wrote the mesh; "
                           : " the file ends inside a record, before its mesh is complete; ",
                       "--salvage");
-    }
-}
-
-/// The difference that six digits make.
-bool isNear(float a, float b) {
-    constexpr float tolerance = 5.1e-6F;
-    return std::isnan(a) ? std::isnan(b)
-                         : std::abs(a - b) <= tolerance * std::max(std::abs(a), std::abs(b));
-}
-
-void expectSameVariable(MekReader::File& text, const Variable& a, MekReader::File& binary,
-                        const Variable& b) {
-    EXPECT_EQ(std::tie(a.name, a.type, a.width, a.linked, a.attributes),
-              std::tie(b.name, b.type, b.width, b.linked, b.attributes));
-    if (a.elementType == Variable::floatElements) {
-        const std::vector<float> values = text.floats(a);
-        const std::vector<float> others = binary.floats(b);
-        EXPECT_TRUE(std::equal(values.begin(), values.end(), others.begin(), others.end(), isNear))
-            << a.name;
-    } else {
-        EXPECT_EQ(text.words(a), binary.words(b)) << a.name;
-    }
-}
-
-/// Solves a deck and converts the result.
-class SolverTest : public ConverterTest {
-protected:
-    MekReader::File solved(const std::string& job, const std::string& deck) const {
-        write(job + ".inp", deck);
-        const std::string command = "cd '" + folder.string() + "' && OMP_NUM_THREADS=1 " CCX " -i ";
-        EXPECT_EQ(std::system((command + job + " > log").c_str()), 0) << job;
-        EXPECT_EQ(convert(job + ".frd").exitCode, 0) << job;
-        MekReader::check(path(job + ".mek"));
-        return MekReader::File(path(job + ".mek"));
-    }
-};
-
-TEST_F(SolverTest, ReadsBinaryResultsAsTheirText) {
-    if (std::string(CCX).empty()) {
-        GTEST_SKIP() << "the solver or its decks are missing";
-    }
-    const std::regex textForm(R"((\n\*)(NODE|EL|CONTACT) *FILE)", std::regex::icase);
-    for (const std::string deck : {"oneel", "section", "sc123", "fricloop", "truss"}) {
-        const std::string source = Testing::readFile(CCX_DECKS "/" + deck + ".inp");
-        std::string binarySource = std::regex_replace(source, textForm, "$1$2 OUTPUT");
-        binarySource = std::regex_replace(binarySource, std::regex("EL OUTPUT"), "ELEMENT OUTPUT");
-        auto text = solved(deck, source);
-        auto binary = solved(deck + "-binary", binarySource);
-        EXPECT_NE(Testing::readFile(path(deck + "-binary.frd")).find('\0'), std::string::npos);
-        ASSERT_EQ(text.nodes().size(), binary.nodes().size());
-        for (std::size_t i = 0; i < text.nodes().size(); ++i) {
-            const Node& a = text.nodes()[i];
-            const Node& b = binary.nodes()[i];
-            ASSERT_EQ(a.variables.size(), b.variables.size()) << deck;
-            for (std::size_t k = 0; k < a.variables.size(); ++k) {
-                expectSameVariable(text, a.variables[k], binary, b.variables[k]);
-            }
-        }
     }
 }
 

@@ -45,13 +45,6 @@ def mesh(point_widths=None, cell_data=None, **more):
     return meshio.Mesh(POINTS, CELLS, points, cell_data or {}, **more)
 
 
-def cell_fields():
-    return {
-        "q": [RANDOM.random(len(nodes)) for _, nodes in CELLS],
-        "material": [np.arange(len(nodes)) for _, nodes in CELLS],
-    }
-
-
 def check_bits(written, expected, name=""):
     written, expected = (np.ascontiguousarray(each, np.float32) for each in (written, expected))
     bits = written.view(np.uint32).reshape(expected.shape)
@@ -157,8 +150,9 @@ def test_gmsh_has_one_shape_for_each_group_and_type(tmp_path):
     assert shapes(tmp_path / "g.mek") == ["Mesh", "TR3"]
     assert '"Element IDs" type 16: 3 x 1 unsigned, 1 to 3' in mekfile.tree(tmp_path / "g.mek")
 
+    cells = [RANDOM.random(len(nodes)) for _, nodes in CELLS]
     tags = [np.full(2, 7), np.array([7, 9]), np.full(1, 9)]  # a block of cells of two groups
-    written = mesh({}, {"gmsh:physical": tags, "gmsh:geometrical": tags, **cell_fields()})
+    written = mesh({}, {"gmsh:physical": tags, "gmsh:geometrical": tags, "q": cells})
     written.field_data = {"steel": np.array([7, 3]), "skin": np.array([7, 2])}
     meshio.write(path, written, file_format="gmsh22", binary=False)
     convert(path, overwrite=True)

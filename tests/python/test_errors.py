@@ -123,19 +123,6 @@ def test_invalid_calls_change_nothing_and_name_the_culprit(tmp_path):
     assert len(trees) == 1
 
 
-@pytest.mark.skipif(not hasattr(os, "geteuid"), reason="POSIX permissions")
-def test_a_protected_folder_is_a_permission_error(tmp_path):
-    tmp_path.chmod(0o500)
-    user = os.geteuid()
-    os.seteuid(user or 65534)  # root may write everywhere
-    try:
-        with pytest.raises(PermissionError, match="Permission denied: ") as caught:
-            Model(tmp_path / "x.mek")
-    finally:
-        os.seteuid(user)
-    assert (caught.value.errno, caught.value.filename) == (13, str(tmp_path / "x.mek"))
-
-
 def test_errors_of_the_library_have_code_and_location(tmp_path):
     with pytest.raises(mekapi2.MiscelleneousException) as caught:
         Model(tmp_path / "none" / "x.mek")

@@ -82,18 +82,6 @@ TEST_F(IndexTest, ChainsTablesPastNineteenBlocks) {
     EXPECT_EQ(hex(lastEntry.substr(133)), "00 00 00 00 00 00");
 }
 
-TEST_F(IndexTest, EndsABlockWithTheFirstPutThatReachesItsLimit) {
-    const BlockSizeVariable limit("10");
-    for (const char* bytes : {"123456789", "0123456789", "0123456789", "x"}) {
-        put("Heavy Data", bytes);
-    }
-    const std::string bytes = finish();
-
-    EXPECT_EQ(hex(bytes.substr(153, 4)), "13 00 00 00");
-    EXPECT_EQ(hex(bytes.substr(153 + entrySize, 4)), "0A 00 00 00");
-    EXPECT_EQ(hex(bytes.substr(153 + 2 * entrySize, 4)), "01 00 00 00");
-}
-
 TEST_F(IndexTest, PutsARecordAsItsValuesOneAfterTheOther) {
     const std::pair<const char*, const char*> lengthsByLimit[] = {{"0", "04 01 07"},
                                                                   {"5", "05 07 05"},
