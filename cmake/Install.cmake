@@ -15,6 +15,14 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/tyr DESTINATION ${CMAKE_INSTALL_
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/MekApi2)
 install(EXPORT MekApi2Targets NAMESPACE MekApi2:: DESTINATION ${package_dir})
+if(MEKAPI2_BUILD_READER)
+    install(TARGETS MekApi2Reader EXPORT MekApi2ReaderTargets
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT reader)
+    install(DIRECTORY ${PROJECT_SOURCE_DIR}/reader/include/mekreader
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT reader)
+    install(EXPORT MekApi2ReaderTargets NAMESPACE MekApi2:: DESTINATION ${package_dir}
+        COMPONENT reader)
+endif()
 configure_package_config_file(cmake/MekApi2Config.cmake.in MekApi2Config.cmake
     INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(MekApi2ConfigVersion.cmake COMPATIBILITY SameMajorVersion)
@@ -38,15 +46,24 @@ if(NOT BUILD_SHARED_LIBS)
     set(pc_cflags " -DMEKAPI2_STATIC")
     set(pc_libs " ${TYR_DEFLATE_FLAG}")
 endif()
-set(pc_prefix "\${pcfiledir}/${to_prefix}")
-configure_file(cmake/mekapi2.pc.in pkgconfig/moved/mekapi2.pc @ONLY)
-set(pc_prefix /usr)
-configure_file(cmake/mekapi2.pc.in pkgconfig/system/mekapi2.pc @ONLY)
-install(CODE "
-    set(kind moved)
-    if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\")
-        set(kind system)
-    endif()
-    file(INSTALL \"${PROJECT_BINARY_DIR}/pkgconfig/\${kind}/mekapi2.pc\"
-        DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/pkgconfig\")
-")
+
+# install_pkg_config(NAME COMPONENT): installs NAME.pc from cmake/NAME.pc.in.
+function(install_pkg_config name component)
+    set(pc_prefix "\${pcfiledir}/${to_prefix}")
+    configure_file(cmake/${name}.pc.in pkgconfig/moved/${name}.pc @ONLY)
+    set(pc_prefix /usr)
+    configure_file(cmake/${name}.pc.in pkgconfig/system/${name}.pc @ONLY)
+    install(CODE "
+        set(kind moved)
+        if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\")
+            set(kind system)
+        endif()
+        file(INSTALL \"${PROJECT_BINARY_DIR}/pkgconfig/\${kind}/${name}.pc\"
+            DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/pkgconfig\")
+    " COMPONENT ${component})
+endfunction()
+
+install_pkg_config(mekapi2 dev)
+if(MEKAPI2_BUILD_READER)
+    install_pkg_config(mekapi2-reader reader)
+endif()

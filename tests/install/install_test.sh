@@ -42,6 +42,22 @@ check_cmake() {
     run_programs "$work/cmake"
 }
 
+# The examples build from the package, and one of them reads what another has written.
+check_reader() {
+    local flags
+    cmake -S "$SOURCE_DIR/examples" -B "$work/examples" -DCMAKE_PREFIX_PATH="$prefix" \
+        -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_CXX_FLAGS="$CXXFLAGS"
+    cmake --build "$work/examples" --target first_model --target maximum_of_results
+    read -r -a flags < <(PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name mekapi2-reader.pc)") \
+        pkg-config --cflags --libs mekapi2-reader)
+    cd "$work/examples"
+    "${compile[@]}" "${warnings[@]}" "$SOURCE_DIR/examples/maximum_of_results.cpp" -o maximum \
+        "${flags[@]}"
+    ./first_model model.mek
+    diff <(./maximum model.mek) <(./maximum_of_results model.mek) || fail "the programs differ"
+    [ "$(./maximum model.mek)" = "/bar/HE8 Temperature: 70" ] || fail "$(./maximum model.mek)"
+}
+
 check_pkg_config() {
     local flags library_dir pkg_config sources=$SOURCE_DIR/tests/install/application
     read -r -a pkg_config <<<"${PKG_CONFIG:-pkg-config}"

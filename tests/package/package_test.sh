@@ -9,7 +9,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 root=$work/root
 runtime=libmekapi2-2
-names=("$runtime" libmekapi2-dev mekapi2-doc mekapi2-tools python3-mekapi2)
+names=("$runtime" libmekapi2-dev libmekapi2-reader-dev mekapi2-doc mekapi2-tools python3-mekapi2)
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
@@ -34,7 +34,7 @@ check_contents() {
         grep -qF "$name (>= " <<<"$(field_of $runtime Depends)" ||
             fail "$runtime does not depend on $name"
     done
-    for name in $runtime libmekapi2-dev; do
+    for name in $runtime libmekapi2-dev libmekapi2-reader-dev; do
         [ "$(field_of "$name" Multi-Arch)" = same ] || fail "$name cannot be installed twice"
         ! files_of "$name" | grep '^./usr/lib/[^/]*$' || fail "$name has files of two architectures"
     done
@@ -67,6 +67,7 @@ check_cmake() {
         "$work/cmake/$program" "$work/$program.mek"
         check_file "$work/$program.mek"
     done
+    "$work/cmake/maximum_of_results" "$work/first_model.mek" >/dev/null
 }
 
 check_pkg_config() {

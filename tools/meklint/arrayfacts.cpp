@@ -1,6 +1,6 @@
 #include "meklint/arrayfacts.hpp"
 
-#include "mekvtu/variables.hpp"
+#include "mekreader/variables.hpp"
 
 #include <algorithm>
 #include <vector>
@@ -37,9 +37,9 @@ ArrayFacts::ArrayFacts(MekReader::File& file) {
             if (ownerOf(variable) == nullptr || isFloat(variable)) {
                 continue;
             }
-            if (MekVtu::isConnectivity(variable)) {
+            if (MekReader::isConnectivity(variable)) {
                 largestEntries_.try_emplace(ownerOf(variable));
-            } else if (MekVtu::isPolylength(variable)) {
+            } else if (MekReader::isPolylength(variable)) {
                 lengths_.try_emplace(ownerOf(variable));
             }
         }

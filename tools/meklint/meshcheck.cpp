@@ -1,8 +1,8 @@
 #include "meklint/arrayfacts.hpp"
 #include "meklint/checks.hpp"
 #include "meklint/meshes.hpp"
+#include "mekreader/variables.hpp"
 #include "mekvtu/celltype.hpp"
-#include "mekvtu/variables.hpp"
 
 namespace MekLint {
 
@@ -43,11 +43,11 @@ private:
                 continue;
             }
             const bool hasFloats = isFloat(variable);
-            if (MekVtu::isCoordinates(variable) && !hasFloats) {
+            if (MekReader::isCoordinates(variable) && !hasFloats) {
                 add(variable, "coordinates of unsigned numbers; viewers expect floats");
-            } else if (MekVtu::isConnectivity(variable) && hasFloats) {
+            } else if (MekReader::isConnectivity(variable) && hasFloats) {
                 add(variable, "connectivity of floats; viewers expect unsigned numbers");
-            } else if (MekVtu::isPolylength(variable) && hasFloats) {
+            } else if (MekReader::isPolylength(variable) && hasFloats) {
                 add(variable, "polylength of floats; viewers expect unsigned numbers");
             }
         }

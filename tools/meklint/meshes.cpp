@@ -1,7 +1,7 @@
 #include "meklint/meshes.hpp"
 
+#include "mekreader/variables.hpp"
 #include "mekvtu/celltype.hpp"
-#include "mekvtu/variables.hpp"
 
 #include <algorithm>
 
@@ -13,19 +13,19 @@ using MekReader::Variable;
 
 /// The place of a variable in a mesh; null if it is not a mesh array.
 const Variable** placeOf(MeshVariables& mesh, const Variable& variable) {
-    if (MekVtu::isCoordinates(variable)) {
+    if (MekReader::isCoordinates(variable)) {
         return &mesh.coordinates;
     }
-    if (MekVtu::isConnectivity(variable)) {
+    if (MekReader::isConnectivity(variable)) {
         return &mesh.connectivity;
     }
-    return MekVtu::isPolylength(variable) ? &mesh.polylength : nullptr;
+    return MekReader::isPolylength(variable) ? &mesh.polylength : nullptr;
 }
 
 } // namespace
 
 unsigned dimensionOf(const Variable& connectivity) {
-    return connectivity.type - MekVtu::VariableType::firstConnectivity + 1;
+    return connectivity.type - MekReader::VariableType::firstConnectivity + 1;
 }
 
 Meshes::Meshes(const MekReader::Node& geometry) {
@@ -35,7 +35,7 @@ Meshes::Meshes(const MekReader::Node& geometry) {
             continue;
         }
         const Variable** const place =
-            placeOf(meshes_[MekVtu::splitName(variable.name).step], variable);
+            placeOf(meshes_[MekReader::splitName(variable.name).step], variable);
         if (*place == nullptr) {
             *place = &variable;
         } else {

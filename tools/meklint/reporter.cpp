@@ -1,7 +1,7 @@
 #include "meklint/reporter.hpp"
 
-#include "mekvtu/ancestors.hpp"
-#include "mekvtu/variables.hpp"
+#include "mekreader/navigation.hpp"
+#include "mekreader/variables.hpp"
 
 namespace MekLint {
 
@@ -13,14 +13,14 @@ void Reporter::add(const MekReader::Node& node, const std::string& message) cons
 
 void Reporter::add(const MekReader::Node& node, const MekReader::Variable& variable,
                    const std::string& message) const {
-    const MekVtu::VariableName name = MekVtu::splitName(variable.name);
+    const MekReader::VariableName name = MekReader::splitName(variable.name);
     report_({placeOf(node), std::string(name.result), std::string(name.step), message});
 }
 
 /// The path of a geometry is that of its shape, which has the same name.
 std::string Reporter::placeOf(const MekReader::Node& node) const {
     std::string path = node.type == "Geometry" ? "" : "/" + node.name;
-    for (const MekReader::Node* const ancestor : MekVtu::ancestorsOf(file_, node)) {
+    for (const MekReader::Node* const ancestor : MekReader::ancestorsOf(file_, node)) {
         path.insert(0, "/" + ancestor->name);
     }
     return std::to_string(node.id) + " (" + path + ")";

@@ -1,7 +1,7 @@
 #include "meklint/arrayfacts.hpp"
 #include "meklint/checks.hpp"
 #include "meklint/meshes.hpp"
-#include "mekvtu/variables.hpp"
+#include "mekreader/variables.hpp"
 
 #include <optional>
 
@@ -22,7 +22,7 @@ std::string problemOf(const Variable& result, const MeshVariables& mesh, const N
     if (mesh.coordinates == nullptr) {
         return "there are no coordinates for it";
     }
-    if (MekVtu::isNodeResult(result)) {
+    if (MekReader::isNodeResult(result)) {
         const std::uint64_t nodes = rowsOf(*mesh.coordinates);
         return rowsOf(result) != nodes ? mismatch(result, nodes, "nodes") : "";
     }
@@ -32,7 +32,7 @@ std::string problemOf(const Variable& result, const MeshVariables& mesh, const N
 
 /// The meshes that a result applies to: that of its step; without a step all meshes.
 std::vector<std::string_view> stepsOf(const Variable& result, const Meshes& meshes) {
-    const std::string_view step = MekVtu::splitName(result.name).step;
+    const std::string_view step = MekReader::splitName(result.name).step;
     std::vector<std::string_view> steps;
     if (step.empty()) {
         steps = meshes.steps();
@@ -43,7 +43,8 @@ std::vector<std::string_view> stepsOf(const Variable& result, const Meshes& mesh
 void checkGeometry(const Reporter& reporter, const Node& geometry) {
     const Meshes meshes(geometry);
     for (const Variable& variable : geometry.variables) {
-        const bool isResult = MekVtu::isNodeResult(variable) || MekVtu::isElementResult(variable);
+        const bool isResult =
+            MekReader::isNodeResult(variable) || MekReader::isElementResult(variable);
         if (!isResult || ownerOf(variable) == nullptr) {
             continue;
         }

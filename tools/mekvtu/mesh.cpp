@@ -22,7 +22,7 @@ const Variable* find(const File& file, const MekReader::Node& geometry, std::str
                      const Predicate& isWanted) {
     const Variable* withoutStep = nullptr;
     for (const Variable& variable : geometry.variables) {
-        const std::string_view ofStep = splitName(variable.name).step;
+        const std::string_view ofStep = MekReader::splitName(variable.name).step;
         if (!isWanted(variable) || (!ofStep.empty() && ofStep != step) ||
             file.hasCircularLinks(variable)) {
             continue;
@@ -45,7 +45,7 @@ public:
         : file_(file), source_(source), name_(std::move(name)) {}
 
     Mesh mesh() {
-        const Values coordinates = readCoordinates();
+        const MekReader::Values coordinates = readCoordinates();
         Mesh mesh;
         mesh.coordinateRows = coordinates.rows();
         const std::vector<std::uint32_t> connectivity = words(*source_.connectivity);
@@ -65,7 +65,7 @@ public:
     }
 
     Mesh points(std::optional<std::vector<std::uint32_t>> rows) {
-        const Values coordinates = readCoordinates();
+        const MekReader::Values coordinates = readCoordinates();
         Mesh mesh;
         mesh.coordinateRows = coordinates.rows();
         if (rows) {
@@ -88,8 +88,8 @@ private:
         throw MekReader::Error("shape \"" + name_ + "\": " + reason);
     }
 
-    Values readCoordinates() const {
-        Values values = readValues(file_, *source_.coordinates);
+    MekReader::Values readCoordinates() const {
+        MekReader::Values values = readValues(file_, *source_.coordinates);
         if (!values.isFloat || values.width != 3) {
             fail("its coordinates do not have three floats per row");
         }
@@ -97,7 +97,7 @@ private:
     }
 
     std::vector<std::uint32_t> words(const Variable& variable) const {
-        Values values = readValues(file_, variable);
+        MekReader::Values values = readValues(file_, variable);
         if (values.isFloat || values.width != 1) {
             fail("\"" + variable.name + "\" does not have one unsigned number per row");
         }
@@ -164,7 +164,7 @@ private:
         }
     }
 
-    static void takePoints(Mesh& mesh, const Values& coordinates) {
+    static void takePoints(Mesh& mesh, const MekReader::Values& coordinates) {
         mesh.points.resize(3 * mesh.rows.size());
         for (std::size_t point = 0; point < mesh.rows.size(); ++point) {
             std::memcpy(&mesh.points[3 * point],
@@ -180,14 +180,15 @@ private:
 } // namespace
 
 MeshSource meshSource(const File& file, const MekReader::Node& geometry, std::string_view step) {
-    const Variable* const connectivity = find(file, geometry, step, isConnectivity);
+    const Variable* const connectivity = find(file, geometry, step, MekReader::isConnectivity);
     MeshSource source;
-    source.coordinates = ownerOf(file, find(file, geometry, step, isCoordinates));
+    source.coordinates = ownerOf(file, find(file, geometry, step, MekReader::isCoordinates));
     source.connectivity = ownerOf(file, connectivity);
-    source.polylength = ownerOf(file, find(file, geometry, step, isPolylength));
+    source.polylength = ownerOf(file, find(file, geometry, step, MekReader::isPolylength));
     // the type of a link may differ from that of its owner
-    source.dimension =
-        connectivity != nullptr ? connectivity->type - VariableType::firstConnectivity + 1 : 0;
+    source.dimension = connectivity != nullptr
+                           ? connectivity->type - MekReader::VariableType::firstConnectivity + 1
+                           : 0;
     return source;
 }
 

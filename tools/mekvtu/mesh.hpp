@@ -7,7 +7,7 @@
 #pragma once
 
 #include "mekreader/model.hpp"
-#include "mekvtu/variables.hpp"
+#include "mekreader/variables.hpp"
 
 #include <cstdint>
 #include <string>

@@ -1,6 +1,6 @@
 #include "mekvtu/meshpart.hpp"
 
-#include "mekvtu/ancestors.hpp"
+#include "mekreader/navigation.hpp"
 
 #include <algorithm>
 #include <iterator>

@@ -1,6 +1,6 @@
 #include "mekvtu/placement.hpp"
 
-#include "mekvtu/ancestors.hpp"
+#include "mekreader/navigation.hpp"
 
 #include <cmath>
 #include <cstddef>

@@ -15,7 +15,8 @@ constexpr unsigned vectorWidth = 3;
 /// the library, or the name that the solver uses.
 bool isDisplacement(std::string_view name) { return name == "Displacement" || name == "DISP"; }
 
-std::vector<std::uint32_t> rowsOf(const Values& values, const std::vector<std::uint32_t>& rows) {
+std::vector<std::uint32_t> rowsOf(const MekReader::Values& values,
+                                  const std::vector<std::uint32_t>& rows) {
     if (rows.size() == values.rows()) {
         return values.words; // the rows ascend, so these are all
     }
@@ -48,13 +49,13 @@ void Results::addTo(VtuFile& output, const MeshPart& part, std::string_view step
             continue;
         }
         variables.push_back(&variable);
-        const VariableName name = splitName(variable.name);
+        const MekReader::VariableName name = MekReader::splitName(variable.name);
         if (!name.step.empty() && name.step == step) {
             ofThisStep.insert(name.result);
         }
     }
     for (const Variable* const variable : variables) {
-        const VariableName name = splitName(variable->name);
+        const MekReader::VariableName name = MekReader::splitName(variable->name);
         const bool isShown =
             name.step.empty() ? ofThisStep.count(name.result) == 0 : name.step == step;
         if (isShown && !part.source.holds(&file_.owner(*variable))) {
@@ -64,8 +65,8 @@ void Results::addTo(VtuFile& output, const MeshPart& part, std::string_view step
 }
 
 void Results::add(VtuFile& output, const MeshPart& part, const Variable& variable) {
-    const Values& values = valuesOf(variable);
-    const std::string_view name = splitName(variable.name).result;
+    const MekReader::Values& values = valuesOf(variable);
+    const std::string_view name = MekReader::splitName(variable.name).result;
     const bool isOfNodes = isNodeResult(variable);
     if (isOfNodes && values.rows() == part.mesh.coordinateRows) {
         addToPoints(output, part, name, values);
@@ -90,7 +91,7 @@ void Results::add(VtuFile& output, const MeshPart& part, const Variable& variabl
 }
 
 void Results::addToPoints(VtuFile& output, const MeshPart& part, std::string_view name,
-                          const Values& values) {
+                          const MekReader::Values& values) {
     std::vector<std::uint32_t> words = rowsOf(values, part.mesh.rows);
     if (isDisplacement(name) && values.width == vectorWidth && values.isFloat) {
         placeVectors(part.placement, words);
@@ -98,8 +99,8 @@ void Results::addToPoints(VtuFile& output, const MeshPart& part, std::string_vie
     output.addWords(Section::PointData, name, values.width, words, values.isFloat);
 }
 
-const Values& Results::valuesOf(const Variable& variable) {
-    if (!splitName(variable.name).step.empty()) {
+const MekReader::Values& Results::valuesOf(const Variable& variable) {
+    if (!MekReader::splitName(variable.name).step.empty()) {
         ofStep_ = readValues(file_, variable);
         return ofStep_;
     }

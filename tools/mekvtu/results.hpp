@@ -3,8 +3,8 @@
 #pragma once
 
 #include "mekreader/model.hpp"
+#include "mekreader/variables.hpp"
 #include "mekvtu/meshpart.hpp"
-#include "mekvtu/variables.hpp"
 #include "mekvtu/vtufile.hpp"
 
 #include <map>
@@ -33,12 +33,13 @@ public:
 private:
     void add(VtuFile& output, const MeshPart& part, const MekReader::Variable& variable);
     static void addToPoints(VtuFile& output, const MeshPart& part, std::string_view name,
-                            const Values& values);
-    const Values& valuesOf(const MekReader::Variable& variable);
+                            const MekReader::Values& values);
+    const MekReader::Values& valuesOf(const MekReader::Variable& variable);
 
     MekReader::File& file_;
-    std::map<const MekReader::Variable*, Values> withoutStep_; ///< by owner; kept for all steps
-    Values ofStep_;
+    std::map<const MekReader::Variable*, MekReader::Values>
+        withoutStep_; ///< by owner; kept for all steps
+    MekReader::Values ofStep_;
     std::set<std::string> notes_;
 };
 

@@ -1,6 +1,6 @@
 #include "mekvtu/timeline.hpp"
 
-#include "mekvtu/variables.hpp"
+#include "mekreader/variables.hpp"
 
 #include <algorithm>
 #include <array>
@@ -50,7 +50,7 @@ std::vector<FoundStep> stepsOf(const MekReader::File& file) {
     std::map<std::string, std::size_t, std::less<>> indexes;
     for (const MekReader::Node& node : file.nodes()) {
         for (const MekReader::Variable& variable : node.variables) {
-            const std::string_view name = splitName(variable.name).step;
+            const std::string_view name = MekReader::splitName(variable.name).step;
             if (name.empty()) {
                 continue;
             }

@@ -8,14 +8,15 @@
 #include <string_view>
 #include <vector>
 
-namespace MekVtu {
+namespace MekReader {
 
-/// The name of a result and its step. A variable without a step applies to all steps.
+/// The name of a quantity and its step. A variable without a step applies to all steps.
 struct VariableName {
     std::string_view result;
     std::string_view step;
 };
 
+/// Splits the name of a variable at the first byte 1E.
 inline VariableName splitName(std::string_view name) {
     constexpr char stepSeparator = 0x1E;
     const std::size_t end = name.find(stepSeparator);
@@ -35,27 +36,27 @@ constexpr std::uint32_t firstElementResult = 16;
 constexpr std::uint32_t lastElementResult = 19;
 } // namespace VariableType
 
-inline bool isCoordinates(const MekReader::Variable& variable) {
+inline bool isCoordinates(const Variable& variable) {
     return variable.type == VariableType::coordinates;
 }
 
-inline bool isPolylength(const MekReader::Variable& variable) {
+inline bool isPolylength(const Variable& variable) {
     return variable.type == VariableType::polylength;
 }
 
 /// "Part Elements" have the same variable types; only the name differs.
-inline bool isConnectivity(const MekReader::Variable& variable) {
+inline bool isConnectivity(const Variable& variable) {
     return variable.type >= VariableType::firstConnectivity &&
            variable.type <= VariableType::lastConnectivity &&
            splitName(variable.name).result != "Part Elements";
 }
 
-inline bool isNodeResult(const MekReader::Variable& variable) {
+inline bool isNodeResult(const Variable& variable) {
     return variable.type >= VariableType::firstNodeResult &&
            variable.type <= VariableType::lastNodeResult;
 }
 
-inline bool isElementResult(const MekReader::Variable& variable) {
+inline bool isElementResult(const Variable& variable) {
     return variable.type >= VariableType::firstElementResult &&
            variable.type <= VariableType::lastElementResult;
 }
@@ -70,11 +71,10 @@ struct Values {
 };
 
 /// Reads the values of a variable or of its owner.
-/// @throws MekReader::Error as `MekReader::File::words`
-inline Values readValues(MekReader::File& file, const MekReader::Variable& variable) {
-    const MekReader::Variable& owner = file.owner(variable);
-    return {file.words(owner), owner.width,
-            owner.elementType == MekReader::Variable::floatElements};
+/// @throws Error as `File::words`
+inline Values readValues(File& file, const Variable& variable) {
+    const Variable& owner = file.owner(variable);
+    return {file.words(owner), owner.width, owner.elementType == Variable::floatElements};
 }
 
-} // namespace MekVtu
+} // namespace MekReader

@@ -1,0 +1,21 @@
+/// @file
+/// Ancestors and paths of nodes.
+#pragma once
+
+#include "mekreader/model.hpp"
+
+#include <string>
+#include <vector>
+
+namespace MekReader {
+
+/// The parent, its parent and so on; the root last.
+/// @throws Error a parent does not have a smaller id than its child
+std::vector<const Node*> ancestorsOf(const File& file, const Node& node);
+
+/// The names from the root down to the node, each after a '/'. Names are not escaped. The path of a
+/// geometry is that of its shape.
+/// @throws Error as `ancestorsOf`
+std::string pathOf(const File& file, const Node& node);
+
+} // namespace MekReader
