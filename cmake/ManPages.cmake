@@ -19,5 +19,6 @@ function(tyr_add_man_page target summary)
 endfunction()
 
 tyr_add_man_page(frd2mek "convert result files of the solver CalculiX to model files")
+tyr_add_man_page(mekdiff "compare two model files")
 tyr_add_man_page(mekinfo "show, check and export model files")
 tyr_add_man_page(mekrecover "make a complete model file of an unfinished one")

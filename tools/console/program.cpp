@@ -96,8 +96,9 @@ void checkValues(const CLI::App& app, const std::vector<std::string>& arguments)
 
 } // namespace
 
-Program::Program(const std::string& name, const std::string& purpose, const std::string& notes)
-    : app_(purpose, name) {
+Program::Program(const std::string& name, const std::string& purpose, const std::string& notes,
+                 int errorCode)
+    : app_(purpose, name), errorCode_(errorCode) {
     app_.allow_windows_style_options(false); // a path may begin with a slash
     app_.formatter(std::make_shared<HelpFormatter>());
     app_.footer(notes);
@@ -128,7 +129,7 @@ int Program::run(int count, char** arguments, const std::function<int()>& action
     } catch (const std::exception& error) {
         report(error.what());
     }
-    return exitError;
+    return errorCode_;
 }
 
 void Program::report(const std::string& message) const {

@@ -31,7 +31,9 @@ public:
     /// @param name of the program
     /// @param purpose one sentence, which `--help` shows first
     /// @param notes what `--help` shows last: exit codes and an example
-    Program(const std::string& name, const std::string& purpose, const std::string& notes);
+    /// @param errorCode the exit code of errors
+    Program(const std::string& name, const std::string& purpose, const std::string& notes,
+            int errorCode = exitError);
 
     /// For the options and operands of the program. Their values are UTF-8.
     CLI::App& commandLine() { return app_; }
@@ -53,6 +55,7 @@ private:
     std::string unexpectedArgument() const;
 
     CLI::App app_;
+    int errorCode_;
 };
 
 } // namespace Console

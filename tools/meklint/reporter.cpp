@@ -17,13 +17,8 @@ void Reporter::add(const MekReader::Node& node, const MekReader::Variable& varia
     report_({placeOf(node), std::string(name.result), std::string(name.step), message});
 }
 
-/// The path of a geometry is that of its shape, which has the same name.
 std::string Reporter::placeOf(const MekReader::Node& node) const {
-    std::string path = node.type == "Geometry" ? "" : "/" + node.name;
-    for (const MekReader::Node* const ancestor : MekReader::ancestorsOf(file_, node)) {
-        path.insert(0, "/" + ancestor->name);
-    }
-    return std::to_string(node.id) + " (" + path + ")";
+    return std::to_string(node.id) + " (" + MekReader::pathOf(file_, node) + ")";
 }
 
 } // namespace MekLint

@@ -13,6 +13,10 @@ namespace MekReader {
 /// @throws Error a parent does not have a smaller id than its child
 std::vector<const Node*> ancestorsOf(const File& file, const Node& node);
 
+/// The children in their order.
+/// @throws Error a child does not have a larger id than the one before it, or has another parent
+std::vector<const Node*> childrenOf(const File& file, const Node& node);
+
 /// The names from the root down to the node, each after a '/'. Names are not escaped. The path of a
 /// geometry is that of its shape.
 /// @throws Error as `ancestorsOf`

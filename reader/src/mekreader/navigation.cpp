@@ -20,6 +20,21 @@ std::vector<const Node*> ancestorsOf(const File& file, const Node& node) {
     return ancestors;
 }
 
+std::vector<const Node*> childrenOf(const File& file, const Node& node) {
+    std::vector<const Node*> children;
+    std::uint32_t previous = node.id;
+    for (std::uint32_t id = node.firstChild; id != 0; id = children.back()->nextSibling) {
+        // ids that increase cannot form a circle
+        if (id <= previous || id > file.nodes().size() || file.nodes()[id - 1].parent != node.id) {
+            throw Error("node " + std::to_string(node.id) + ": invalid child " +
+                        std::to_string(id));
+        }
+        children.push_back(&file.nodes()[id - 1]);
+        previous = id;
+    }
+    return children;
+}
+
 std::string pathOf(const File& file, const Node& node) {
     std::string path = node.type == "Geometry" ? std::string() : '/' + node.name;
     for (const Node* const ancestor : ancestorsOf(file, node)) {
