@@ -134,9 +134,18 @@ def test_vtk_has_what_mekinfo_exports(tmp_path):
     with mekapi2.open(tmp_path / "a.mek") as file:
         steps = sorted(file.steps, key=file.times.get)
         collections = [file.to_vtk(step) for step in steps]
-        few = file.to_vtk(steps[0], arrays=["Displacement"]).GetPartition(0, 0)
+        few = file.to_vtk(steps[0], ["Displacement"]).GetPartition(0, 0)
+        blocks = file.to_vtk(steps[0], (), cell_arrays=["E\x01<"], multiblock=True)
+        assert file.quantities("point") == ["Displacement", "LOST"]
+        assert (file.quantities("cell"), file.quantities("field")[0]) == (["E\x01<"], "Connectivity")
     assert few.GetCellData().GetNumberOfArrays() == 0
     assert few.GetPointData().HasArray("Displacement")
+    placed = blocks.GetBlock(1)
+    for above, number, name in ((blocks, 0, "HE8"), (blocks, 1, "placed"), (placed, 0, "TE4")):
+        assert above.GetMetaData(number).Get(vtkCompositeDataSet.NAME()) == name
+    found = [data.GetNumberOfArrays() for data in (
+        placed.GetBlock(0).GetCellData(), placed.GetBlock(0).GetPointData())]
+    assert (found, blocks.GetFieldData().GetAbstractArray("Step").GetValue(0)) == ([1, 1], steps[0])
     grids = [each.GetPartition(part, 0) for each in collections for part in range(2)]
     name = vtkCompositeDataSet.NAME()
     names = [each.GetMetaData(part).Get(name) for each in collections for part in range(2)]

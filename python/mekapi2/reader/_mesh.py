@@ -23,6 +23,26 @@ _PART_ELEMENTS = "Part Elements"
 _DISPLACEMENTS = ("Displacement", "DISP")
 
 
+@dataclass(frozen=True)
+class Selection:
+    """Names of the quantities to include by family: "point", "cell" or "field". None means all."""
+
+    point: Optional[Collection[str]] = None
+    cell: Optional[Collection[str]] = None
+    field: Optional[Collection[str]] = None
+
+    def has(self, variable: Variable) -> bool:
+        names: Optional[Collection[str]] = getattr(self, family(variable.type))
+        return names is None or variable.name in names
+
+
+def family(kind: int) -> str:
+    """Return where variables of a type have their values, if the number of rows is right."""
+    if kind in _POINT_RESULTS:
+        return "point"
+    return "cell" if kind in _CELL_RESULTS else "field"
+
+
 @dataclass
 class CellBlock:
     """Cells of one type.
@@ -88,26 +108,23 @@ class Part:
     def element_count(self) -> int:
         return sum(len(block.cells) for block in self.blocks)
 
-    def results(self, step: Optional[str], arrays: Optional[Collection[str]]) -> Iterator[Result]:
+    def results(self, step: Optional[str], selection: Selection) -> Iterator[Result]:
         """Yield the arrays of a step and those without a step, except those of the mesh."""
         for variable in self.node.variables.values():
             of_step = step if step is not None and variable.has_array(step) else None
-            if not variable.has_array(of_step) or not (arrays is None or variable.name in arrays):
+            if not variable.has_array(of_step) or not selection.has(variable):
                 continue
             if variable._file._datasets.owner(variable._key(of_step)) not in self.used:
                 yield self._result(variable, of_step)
 
     def _result(self, variable: Variable, step: Optional[str]) -> Result:
         values = variable.array(step)
-        kind = variable._record(step).type
-        place = "field"
-        if kind in _POINT_RESULTS and len(values) == len(self.points):
-            place = "point"
-            is_vector = values.dtype == np.float32 and values.shape[1:] == (3,)
-            if is_vector and variable.name in _DISPLACEMENTS:
-                values = _placed(values, self.placement, 0)
-        elif kind in _CELL_RESULTS and len(values) == self.element_count:
-            place = "cell"
+        place = family(variable._record(step).type)
+        if len(values) != {"point": len(self.points), "cell": self.element_count}.get(place):
+            place = "field"
+        is_vector = values.dtype == np.float32 and values.shape[1:] == (3,)
+        if place == "point" and is_vector and variable.name in _DISPLACEMENTS:
+            values = _placed(values, self.placement, 0)
         return Result(variable.name, place, values, str(variable.attributes(step).get("Kind", "")))
 
 

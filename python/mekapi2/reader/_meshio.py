@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-from collections.abc import Collection
 from typing import Any, Optional
 
 import meshio
@@ -12,7 +11,7 @@ from numpy.typing import NDArray
 
 from ._arrays import Array
 from ._elements import is_element_name
-from ._mesh import CellBlock, Part, Result, parts
+from ._mesh import CellBlock, Part, Result, Selection, parts
 from .file import File, Node
 
 _NODE_IDS = "Node Ids"
@@ -28,13 +27,11 @@ for _type, _dimension in {
     topological_dimension.setdefault(_type, _dimension)
 
 
-def to_meshio(
-    file: File, step: Optional[str], arrays: Optional[Collection[str]]
-) -> meshio.Mesh:
+def to_meshio(file: File, step: Optional[str], selection: Selection) -> meshio.Mesh:
     """Return one mesh; `File.to_meshio` describes the parameters."""
     builder = _Builder()
     for part in parts(file, step):
-        builder.add(part, list(part.results(step, arrays)))
+        builder.add(part, list(part.results(step, selection)))
     return builder.mesh()
 
 

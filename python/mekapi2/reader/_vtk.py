@@ -2,24 +2,25 @@
 
 from __future__ import annotations
 
-from collections.abc import Collection
+from collections.abc import Iterator
 from typing import Any, Optional
 
 import numpy as np
 from numpy.typing import NDArray
 from vtkmodules.util.numpy_support import numpy_to_vtk, numpy_to_vtkIdTypeArray
-from vtkmodules.vtkCommonCore import vtkPoints
+from vtkmodules.vtkCommonCore import vtkPoints, vtkStringArray
 from vtkmodules.vtkCommonDataModel import (
     vtkCellArray,
     vtkCompositeDataSet,
     vtkDataAssembly,
+    vtkMultiBlockDataSet,
     vtkPartitionedDataSetCollection,
     vtkUnstructuredGrid,
 )
 
 from ._arrays import Array
 from ._elements import ElementType
-from ._mesh import CellBlock, Part, Result, parts
+from ._mesh import CellBlock, Part, Result, Selection, parts
 from ._records import Material
 from .file import File, Node
 
@@ -27,21 +28,63 @@ _VERTEX = ElementType("VERTEX1", 1, 1, 1, "vertex")
 
 
 def to_vtk(
-    file: File, step: Optional[str], arrays: Optional[Collection[str]]
+    file: File, step: Optional[str], selection: Selection
 ) -> vtkPartitionedDataSetCollection:
     """Return one grid for each shape; `File.to_vtk` describes the parameters."""
     collection = vtkPartitionedDataSetCollection()
     assembly = vtkDataAssembly()
     assembly.Initialize()
     known: dict[int, int] = {}
-    time = None if step is None else file.times.get(step)
-    for number, part in enumerate(parts(file, step)):
-        collection.SetPartition(number, 0, grid(part, list(part.results(step, arrays)), time))
-        name = _printable(part.node.path.removeprefix("/"))
+    for number, (node, grid) in enumerate(grids(file, step, selection)):
+        collection.SetPartition(number, 0, grid)
+        name = _printable(node.path.removeprefix("/"))
         collection.GetMetaData(number).Set(vtkCompositeDataSet.NAME(), name)
-        assembly.AddDataSetIndex(_assembly_node(assembly, part.node, known), number)
+        assembly.AddDataSetIndex(_assembly_node(assembly, node, known), number)
     collection.SetDataAssembly(assembly)
+    _add_step(collection, step)
     return collection
+
+
+def to_blocks(file: File, step: Optional[str], selection: Selection) -> vtkMultiBlockDataSet:
+    """Return a block for each group and shape; `File.to_vtk` describes the parameters."""
+    whole = vtkMultiBlockDataSet()
+    known: dict[int, vtkMultiBlockDataSet] = {file.root.id: whole}
+    for node, grid in grids(file, step, selection):
+        missing: list[Node] = []
+        above = node.parent
+        while above is not None and above.id not in known:
+            missing.append(above)
+            above = above.parent
+        for group in reversed(missing):
+            known[group.id] = vtkMultiBlockDataSet()
+            _append_block(known, group, known[group.id])
+        _append_block(known, node, grid)
+    _add_step(whole, step)
+    return whole
+
+
+def _append_block(known: dict[int, vtkMultiBlockDataSet], node: Node, block: Any) -> None:
+    above = known[node.id if node.parent is None else node.parent.id]
+    number = above.GetNumberOfBlocks()
+    above.SetBlock(number, block)
+    above.GetMetaData(number).Set(vtkCompositeDataSet.NAME(), _printable(node.name))
+
+
+def _add_step(output: Any, step: Optional[str]) -> None:
+    if step is not None:
+        array = vtkStringArray()
+        array.SetName("Step")
+        array.InsertNextValue(_printable(step))
+        output.GetFieldData().AddArray(array)
+
+
+def grids(
+    file: File, step: Optional[str], selection: Selection
+) -> Iterator[tuple[Node, vtkUnstructuredGrid]]:
+    """Yield the shapes that have a mesh, and their grids."""
+    time = None if step is None else file.times.get(step)
+    for part in parts(file, step):
+        yield part.node, _grid(part, list(part.results(step, selection)), time)
 
 
 def _assembly_node(assembly: vtkDataAssembly, node: Node, known: dict[int, int]) -> int:
@@ -62,7 +105,7 @@ def _assembly_node(assembly: vtkDataAssembly, node: Node, known: dict[int, int])
     return known[node.id]
 
 
-def grid(part: Part, results: list[Result], time: Optional[float]) -> vtkUnstructuredGrid:
+def _grid(part: Part, results: list[Result], time: Optional[float]) -> vtkUnstructuredGrid:
     """Return the grid of a part: the points that its cells use, cells, results, material."""
     blocks = part.blocks or [_vertices(len(part.points))]
     cells = [_ordered(block) for block in blocks]

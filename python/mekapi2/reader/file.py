@@ -6,7 +6,7 @@ import math
 import os
 from collections.abc import Collection, Iterator, Mapping, Sequence
 from types import MappingProxyType, TracebackType
-from typing import TYPE_CHECKING, Any, NamedTuple, Optional, Type, Union
+from typing import TYPE_CHECKING, Any, Literal, NamedTuple, Optional, Type, Union, overload
 
 import numpy as np
 from numpy.typing import NDArray
@@ -28,7 +28,10 @@ from ._records import (
 
 if TYPE_CHECKING:
     import meshio
-    from vtkmodules.vtkCommonDataModel import vtkPartitionedDataSetCollection
+    from vtkmodules.vtkCommonDataModel import (
+        vtkMultiBlockDataSet,
+        vtkPartitionedDataSetCollection,
+    )
 
 __all__ = ["File", "Node", "Owner", "Variable", "open"]
 
@@ -203,6 +206,23 @@ class File:
                 return float(str(value))
         return None
 
+    def quantities(self, family: str) -> list[str]:
+        """Return the names of the quantities of a family, in stored order.
+
+        Parameters
+        ----------
+        family : str
+            "point" or "cell" for results at nodes or elements; "field" for all others.
+        """
+        from ._mesh import family as family_of
+
+        names: dict[str, None] = {}
+        for record in self._records:
+            for variable in record.variables:
+                if family_of(variable.type) == family:
+                    names[split_name(variable.name)[0]] = None
+        return list(names)
+
     def check(self) -> None:
         """Verify every rule of the format, including the checksums of all blocks.
 
@@ -274,17 +294,47 @@ class File:
         ModuleNotFoundError
             meshio is not installed.
         """
+        from ._mesh import Selection
         from ._meshio import to_meshio
 
-        return to_meshio(self, step, arrays)
+        return to_meshio(self, step, Selection(arrays, arrays, arrays))
+
+    @overload
+    def to_vtk(
+        self,
+        step: Optional[str] = ...,
+        arrays: Optional[Collection[str]] = ...,
+        *,
+        point_arrays: Optional[Collection[str]] = ...,
+        cell_arrays: Optional[Collection[str]] = ...,
+        multiblock: Literal[False] = ...,
+    ) -> vtkPartitionedDataSetCollection: ...
+
+    @overload
+    def to_vtk(
+        self,
+        step: Optional[str] = ...,
+        arrays: Optional[Collection[str]] = ...,
+        *,
+        point_arrays: Optional[Collection[str]] = ...,
+        cell_arrays: Optional[Collection[str]] = ...,
+        multiblock: Literal[True],
+    ) -> vtkMultiBlockDataSet: ...
 
     def to_vtk(
-        self, step: Optional[str] = None, arrays: Optional[Collection[str]] = None
-    ) -> vtkPartitionedDataSetCollection:
+        self,
+        step: Optional[str] = None,
+        arrays: Optional[Collection[str]] = None,
+        *,
+        point_arrays: Optional[Collection[str]] = None,
+        cell_arrays: Optional[Collection[str]] = None,
+        multiblock: bool = False,
+    ) -> Union[vtkPartitionedDataSetCollection, vtkMultiBlockDataSet]:
         """Return the meshes of all shapes as data sets of VTK, one unstructured grid for each.
 
         Placements are applied. The grids have only the points that their cells use. The assembly
-        of the collection has the names of the tree. Field data has the material and the time.
+        of the collection has the names of the tree. Field data of each grid has the material and
+        the time, and that of the result has the name of the step, "Step".
 
         Parameters
         ----------
@@ -292,10 +342,15 @@ class File:
             The arrays of this step are included, in addition to those without a step.
         arrays : collection of str, optional
             The quantities to include. By default all.
+        point_arrays, cell_arrays : collection of str, optional
+            The same for results at points and at cells. By default ``arrays``.
+        multiblock : bool
+            Return nested blocks: one for each group that has shapes below it, and one for each
+            shape. Programs that do not know collections, such as PyVista, use these.
 
         Returns
         -------
-        vtkPartitionedDataSetCollection
+        vtkPartitionedDataSetCollection or vtkMultiBlockDataSet
 
         Raises
         ------
@@ -306,9 +361,15 @@ class File:
         ModuleNotFoundError
             VTK is not installed.
         """
-        from ._vtk import to_vtk
+        from . import _vtk
+        from ._mesh import Selection
 
-        return to_vtk(self, step, arrays)
+        selection = Selection(
+            arrays if point_arrays is None else point_arrays,
+            arrays if cell_arrays is None else cell_arrays,
+            arrays,
+        )
+        return (_vtk.to_blocks if multiblock else _vtk.to_vtk)(self, step, selection)
 
     def _variables_of(self, record: NodeRecord) -> Mapping[str, Variable]:
         known = self._variables.get(record.id)
