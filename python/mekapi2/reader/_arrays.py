@@ -10,7 +10,7 @@ from typing import Any, Optional, Union
 import numpy as np
 from numpy.typing import NDArray
 
-from ._container import HEAVY, Block, Container
+from ._container import HEAVY, Block, Buffer, Container
 from ._records import NodeRecord, VariableRecord
 from .errors import CircularLinkError, FormatError
 
@@ -144,9 +144,12 @@ class Datasets:
             block, start = self.place(self.record(key))
             by_block.setdefault(block, []).append((key, start))
 
+        buffers = threading.local()
+
         def read_block(item: tuple[Block, list[tuple[Key, int]]]) -> list[tuple[Key, Array]]:
             block, places = item
-            content = self._container.content(block)
+            buffers.one = getattr(buffers, "one", None) or Buffer()
+            content = self._container.content(block, buffers.one)
             return [(key, unshuffle(content, start, self.record(key))) for key, start in places]
 
         if threads == 1:

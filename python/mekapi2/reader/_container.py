@@ -10,7 +10,7 @@ import threading
 import zlib
 from collections import OrderedDict
 from collections.abc import Iterator
-from typing import BinaryIO, NamedTuple, Union
+from typing import BinaryIO, NamedTuple, Optional, Union
 
 import numpy as np
 from numpy.typing import NDArray
@@ -44,7 +44,7 @@ _NAME_IN_ENTRY = 5
 _FLAGS_IN_ENTRY = 137
 _HEADER_SIZE = len(_SIGNATURE) + len(_VERSION)
 _SMALLEST_COMPRESSED = 12  # content length, and a zlib stream without content
-_PIECE = 64 * 1024  # compressed bytes at a time, so that their content stays in the cache
+_PIECE = 32 * 1024  # compressed bytes at a time, so that their content stays in the cache
 _USUAL_RATIO = 4  # of content and stored bytes; memory for more is allocated when it is needed
 
 
@@ -88,12 +88,18 @@ class _Stream:
         self.length += block.length
 
 
-class _Growing:
+class Buffer:
     """Bytes that are appended to. Memory follows from their number, not from an expected one."""
 
-    def __init__(self, capacity: int) -> None:
-        self._bytes = np.empty(capacity, np.uint8)
+    def __init__(self) -> None:
+        self._bytes = np.empty(0, np.uint8)
         self.length = 0
+
+    def clear(self, capacity: int) -> None:
+        """Remove the bytes. The memory is kept if it suffices for ``capacity`` bytes."""
+        self.length = 0
+        if capacity > len(self._bytes):
+            self._bytes = np.empty(capacity, np.uint8)
 
     def append(self, piece: bytes) -> None:
         end = self.length + len(piece)
@@ -289,8 +295,15 @@ class Container:
 
     # Content
 
-    def content(self, block: Block) -> Bytes:
+    def content(self, block: Block, buffer: Optional[Buffer] = None) -> Bytes:
         """Return the content of a block, without the cache.
+
+        Parameters
+        ----------
+        block : Block
+        buffer : Buffer, optional
+            Its bytes are replaced by the content. Using one for many blocks saves the system the
+            effort to provide memory for each of them.
 
         Raises
         ------
@@ -299,7 +312,8 @@ class Container:
         """
         if not block.is_compressed:
             return np.frombuffer(self._read(block.position, block.stored_length), np.uint8)
-        content = _Growing(min(block.length, _USUAL_RATIO * block.stored_length))
+        content = buffer or Buffer()
+        content.clear(min(block.length, _USUAL_RATIO * block.stored_length))
         inflater = zlib.decompressobj()
         position, end = block.position + _COUNT.size, block.position + block.stored_length
         try:
