@@ -299,11 +299,11 @@ def test_parts_of_a_collection_become_groups(tmp_path):
 
 
 COMMANDS = [  # arguments, exit code, what standard output or standard error begins with and has
-    ("--help", 0, "usage: python3 -m mekapi2.convert [-h]", "exit codes:"),
-    ("-V", 0, "mekapi2.convert 2."),
+    ("--help", 0, "usage: mekapi2-convert [-h]", "exit codes:"),
+    ("-V", 0, "mekapi2-convert 2."),
     ("valid.vtu --overwrite new.mek", 0, "new.mek: 18 nodes, 5 elements", " bytes out"),
     ("--format=vtu -- valid.vtu new.mek", 0, "new.mek: 18 nodes"),
-    ("", 2, "the following arguments are required: INPUT; see python3 -m mekapi2.convert --he"),
+    ("", 2, "the following arguments are required: INPUT; see mekapi2-convert --help"),
     ("valid.vtu --overwrit", 2, "unknown option --overwrit; see python3 -m"),
     ("valid.vtu --format", 2, "--format needs a value; see"),
     ("valid.vtu --overwrite=1", 2, "--overwrite takes no value; see"),
@@ -363,7 +363,7 @@ def test_command_lines(tmp_path, capsys, monkeypatch):
             code = end.code
         output, errors = capsys.readouterr()
         text = output if exit_code == 0 else errors
-        start = start if exit_code == 0 else f"mekapi2.convert: {start}"
+        start = start if exit_code == 0 else f"mekapi2-convert: {start}"
         assert code == exit_code and text.startswith(start), (line, text)
         assert all(word in text for word in words), (line, text)
         assert (errors if exit_code == 0 else output) == ""
@@ -388,11 +388,11 @@ def test_command_without_meshio_or_output(tmp_path):
     assert run("--help", prefix=missing).stdout.startswith("usage: ")
     found = run(valid, prefix=missing)
     message = "the Python package meshio is missing; on Debian: python3-meshio\n"
-    assert (found.returncode, found.stderr) == (1, f"mekapi2.convert: {message}")
+    assert (found.returncode, found.stderr) == (1, f"mekapi2-convert: {message}")
     with open("/dev/full", "w") as full:
         for arguments in (["--help"], ["-V"], [valid, "--overwrite"]):
             found = run(*arguments, stdout=full)
-            message = "mekapi2.convert: standard output: No space left on device\n"
+            message = "mekapi2-convert: standard output: No space left on device\n"
             assert (found.returncode, found.stderr) == (1, message)
     reader, writer = os.pipe()
     os.close(reader)

@@ -1,4 +1,4 @@
-"""The command ``python3 -m mekapi2.convert``."""
+"""The command ``mekapi2-convert``, also ``python3 -m mekapi2.convert``."""
 
 from __future__ import annotations
 
@@ -17,7 +17,7 @@ from .. import _core
 from ..errors import Error
 from . import ConversionError, Summary, convert
 
-_program = "mekapi2.convert"
+_program = "mekapi2-convert"
 _notes = f"""\
 exit codes:
   0  the file is converted; one line on standard output gives its numbers
@@ -25,9 +25,9 @@ exit codes:
   2  the arguments are invalid
 
 examples:
-  python3 -m {_program} part.msh                      writes part.mek
-  python3 -m {_program} part.msh out.mek --overwrite  replaces out.mek
-  python3 -m {_program} part.mek part.vtu             writes the last step of a model
+  {_program} part.msh                      writes part.mek
+  {_program} part.msh out.mek --overwrite  replaces out.mek
+  {_program} part.mek part.vtu             writes the last step of a model
 """
 
 
@@ -58,8 +58,9 @@ class _Killed(BaseException):
 
 def _parse(arguments: Optional[list[str]]) -> argparse.Namespace:
     parser = _Parser(
-        prog=f"python3 -m {_program}",
-        description="Convert a mesh file of any format that meshio reads to a .mek file,\n"
+        prog=_program,
+        description="Convert a mesh file of any format that meshio reads to a .mek file,
+"
         "or a .mek file to a format that meshio writes.",
         epilog=_notes,
         formatter_class=argparse.RawDescriptionHelpFormatter,
