@@ -9,7 +9,8 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 root=$work/root
 runtime=libmekapi2-2
-names=("$runtime" libmekapi2-dev libmekapi2-reader-dev mekapi2-doc mekapi2-tools python3-mekapi2)
+names=("$runtime" libmekapi2-dev libmekapi2-reader-dev mekapi2-doc mekapi2-tools paraview-mekapi2
+    python3-mekapi2)
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
@@ -87,9 +88,32 @@ check_python() {
     export PYTHONPATH=$root/usr/lib/python3/dist-packages
     /usr/bin/python3 -B "$source/examples/python/first_model.py" "$work/python.mek"
     check_file "$work/python.mek"
-    /usr/bin/python3 -B -m mekapi2.convert --help >/dev/null
+    /usr/bin/python3 -B "$root/usr/bin/mekapi2-convert" --help >/dev/null
+    [ -s "$root/usr/share/man/man1/mekapi2-convert.1.gz" ] || fail "no man page of mekapi2-convert"
+    [ -s "$PYTHONPATH/MekReader.py" ] && [ -s "$root/usr/share/paraview-mekapi2/MekReader.xml" ] ||
+        fail "the plug-in is incomplete"
     [ "$(find "$PYTHONPATH" -name py.typed -o -name _core.pyi | wc -l)" -eq 2 ] ||
         fail "no annotations"
+}
+
+# Builds both wheels without a network, and uses them without the packages.
+check_pip() {
+    local pip=(/usr/bin/python3 -m pip --disable-pip-version-check -q)
+    local options=(--no-index --no-build-isolation --no-deps)
+    local use=(env -u LD_LIBRARY_PATH "PYTHONPATH=$work/whole" /usr/bin/python3 -B)
+    mkdir "$work/source"
+    tar -C "$source" --exclude=./build --exclude=./.git -cf - . | tar -xf - -C "$work/source"
+    "${pip[@]}" wheel "${options[@]}" -w "$work" "$work/source/python/reader-only"
+    "${pip[@]}" install "${options[@]}" --target "$work/reader" "$work"/mekapi2_reader-*-none-any.whl
+    "${pip[@]}" install "${options[@]}" --target "$work/whole" "$work/source"
+    "${use[@]}" "$source/examples/python/first_model.py" "$work/pip.mek"
+    check_file "$work/pip.mek"
+    "${use[@]}" "$work/whole/bin/mekapi2-convert" --version | grep -qF "mekapi2-convert " ||
+        fail "pip installs no mekapi2-convert"
+    PYTHONPATH=$work/reader /usr/bin/python3 -B -c '
+import sys, mekapi2
+with mekapi2.open(sys.argv[1]) as file:
+    assert len(file.read_all()) > 2' "$work/pip.mek" || fail "the reader alone cannot read"
 }
 
 for package in "$packages"/*.deb; do
@@ -104,3 +128,4 @@ check_cmake
 check_pkg_config
 check_tools
 check_python
+check_pip

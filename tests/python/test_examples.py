@@ -47,6 +47,19 @@ def test_snippets_of_the_documentation(tmp_path):
     assert mesh.cells_dict["triangle"].tolist() == [[0, 1, 2], [0, 2, 3]]
 
 
+def test_recipes(tmp_path):
+    command = [sys.executable, EXAMPLES.parents[1] / "scripts" / "recipes.py", BUILD / "bin", tmp_path]
+    run = subprocess.run(command, capture_output=True, text=True)
+    assert run.returncode == 0, run.stdout + run.stderr
+    assert run.stdout.count("== ") == 17 and "Step 6 t=2: 93.41 at node 20010" in run.stdout
+    assert "0 Heavy Data it cannot be decompressed" in run.stdout
+    text = (EXAMPLES.parents[1] / "docs" / "recipes.md").read_text(encoding="utf-8")
+    for figure in re.findall(r"\(images/(.*?)\)", text):
+        assert (tmp_path / figure).stat().st_size > 5000
+    table = (tmp_path / "surface.csv").read_text().splitlines()
+    assert len(table) == 1 + 48 and table[0] == "node,xx,yy,zz,xy,yz,xz"
+
+
 def test_an_installed_prefix_can_be_moved(tmp_path):
     install = ["cmake", "--install", BUILD, "--prefix", tmp_path / "prefix"]
     subprocess.run(install, check=True, capture_output=True)

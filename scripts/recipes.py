@@ -1,0 +1,32 @@
+"""Runs the programs of docs/recipes.md in a folder, each in a new process. Stops at the first error.
+
+Usage: recipes.py PROGRAMS FOLDER
+  PROGRAMS   folder of frd2mek, mekinfo and mekrecover
+"""
+
+import os
+import re
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[1]
+RECIPE = re.compile(r"^## (.+?)$.*?^```(python|sh)\n(.*?)^```", re.DOTALL | re.MULTILINE)
+
+
+def main(programs: str, folder: str) -> None:
+    shutil.copy(ROOT / "examples" / "bracket" / "coarse.frd", Path(folder, "bracket.frd"))
+    path = os.pathsep.join([os.path.abspath(programs), str(ROOT / "python" / "bin"), os.environ["PATH"]])
+    environment = {**os.environ, "PATH": path, "MPLBACKEND": "Agg"}
+    shells = {"python": [sys.executable, "-W", "error", "-c"], "sh": ["sh", "-euc"]}
+    text = (ROOT / "docs" / "recipes.md").read_text(encoding="utf-8")
+    for title, language, program in RECIPE.findall(text):
+        print(f"== {title}", flush=True)
+        command = [*shells[language], program]
+        if subprocess.run(command, cwd=folder, env=environment).returncode != 0:
+            sys.exit(f"recipes: failed: {title}")
+
+
+if __name__ == "__main__":
+    main(*sys.argv[1:])
