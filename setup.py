@@ -1,4 +1,4 @@
-"""Builds the Python package for pip; pyproject.toml describes it. CMake builds the compiled module."""
+"""Builds the Python package for pip, with its compiled module; pyproject.toml describes it."""
 
 import os
 import re
@@ -32,8 +32,8 @@ class BuildWithCMake(build_ext):
                 [f"MEKAPI2_{name}" for name in ("BUILD_TOOLS", "BUILD_TESTS", "BUILD_EXAMPLES",
                                                 "INSTALL")], "OFF"),
         }
-        configure = ["cmake", "-S", ROOT, "-B", folder]
-        subprocess.run(configure + [f"-D{key}={value}" for key, value in options.items()], check=True)
+        definitions = [f"-D{key}={value}" for key, value in options.items()]
+        subprocess.run(["cmake", "-S", ROOT, "-B", folder, *definitions], check=True)
         jobs = str(os.cpu_count() or 1)
         build = ["cmake", "--build", folder, "--target", "mekapi2_core", "--parallel", jobs]
         subprocess.run(build, check=True)

@@ -139,19 +139,19 @@ class MekReader(VTKPythonAlgorithmBase):
 
     def _step_at(self, time):
         """Return the last step that is not after a time, or the first; None without steps."""
-        before = [step for of_step, step in self._steps if time is None or of_step <= time]
         first = [step for _, step in self._steps[:1]]
-        return (before or first or [None])[-1] if time is not None else (first or [None])[0]
+        before = [step for of_step, step in self._steps if time is not None and of_step <= time]
+        return (before or first or [None])[-1]
+
+    def _selected(self, family):
+        selection = self._selections[family]
+        return [name for name in self._file.quantities(family) if selection.ArrayIsEnabled(name)]
 
     def _read(self, time, output):
         self._open()
-        names = {
-            family: [name for name in self._file.quantities(family) if selection.ArrayIsEnabled(name)]
-            for family, selection in self._selections.items()
-        }
-        collection = self._file.to_vtk(
-            self._step_at(time), (), point_arrays=names["point"], cell_arrays=names["cell"]
-        )
+        points, cells = (self._selected(family) for family in ("point", "cell"))
+        step = self._step_at(time)
+        collection = self._file.to_vtk(step, (), point_arrays=points, cell_arrays=cells)
         if self._has_material_colors:
             for number in range(collection.GetNumberOfPartitionedDataSets()):
                 add_material_color(collection.GetPartition(number, 0))

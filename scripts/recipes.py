@@ -17,8 +17,8 @@ RECIPE = re.compile(r"^## (.+?)$.*?^```(python|sh)\n(.*?)^```", re.DOTALL | re.M
 
 def main(programs: str, folder: str) -> None:
     shutil.copy(ROOT / "examples" / "bracket" / "coarse.frd", Path(folder, "bracket.frd"))
-    path = os.pathsep.join([os.path.abspath(programs), str(ROOT / "python" / "bin"), os.environ["PATH"]])
-    environment = {**os.environ, "PATH": path, "MPLBACKEND": "Agg"}
+    folders = [os.path.abspath(programs), str(ROOT / "python" / "bin"), os.environ["PATH"]]
+    environment = {**os.environ, "PATH": os.pathsep.join(folders), "MPLBACKEND": "Agg"}
     shells = {"python": [sys.executable, "-W", "error", "-c"], "sh": ["sh", "-euc"]}
     text = (ROOT / "docs" / "recipes.md").read_text(encoding="utf-8")
     for title, language, program in RECIPE.findall(text):

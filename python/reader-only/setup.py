@@ -1,4 +1,4 @@
-"""Builds the reader alone; pyproject.toml describes it. It leaves out what needs the compiled module."""
+"""Builds the reader alone, without what needs the compiled module."""
 
 import re
 from pathlib import Path

@@ -11,6 +11,7 @@ import tempfile
 import xml.etree.ElementTree as ElementTree
 
 import MekReader
+import features
 import mekapi2.reader
 import numpy as np
 from paraview import simple
@@ -151,6 +152,15 @@ def check_damaged(folder):
     simple.Delete(damaged)
 
 
+def check_features(folder):
+    for name in features.CASES:
+        path = folder / f"{name}.mek"
+        shapes = features.write(name, path)
+        source = simple.OpenDataFile(str(path))
+        features.check_grids(output_of(source, 1), shapes)
+        simple.Delete(source)
+
+
 def main(frd2mek, picture=None):
     check_declaration()
     simple.LoadPlugin(str(ROOT / "paraview" / "MekReader.xml"))
@@ -159,6 +169,7 @@ def main(frd2mek, picture=None):
         path = folder / "job.mek"
         subprocess.run([frd2mek, ROOT / "examples/bracket/coarse.frd", path], check=True)
         check_damaged(folder)
+        check_features(folder)
         source = simple.OpenDataFile(str(path))
         source.UpdatePipelineInformation()
         with mekapi2.reader.open(path) as file:

@@ -48,7 +48,8 @@ def test_snippets_of_the_documentation(tmp_path):
 
 
 def test_recipes(tmp_path):
-    command = [sys.executable, EXAMPLES.parents[1] / "scripts" / "recipes.py", BUILD / "bin", tmp_path]
+    script = EXAMPLES.parents[1] / "scripts" / "recipes.py"
+    command = [sys.executable, script, BUILD / "bin", tmp_path]
     run = subprocess.run(command, capture_output=True, text=True)
     assert run.returncode == 0, run.stdout + run.stderr
     assert run.stdout.count("== ") == 17 and "Step 6 t=2: 93.41 at node 20010" in run.stdout
