@@ -90,8 +90,8 @@ check_python() {
     check_file "$work/python.mek"
     /usr/bin/python3 -B "$root/usr/bin/mekapi2-convert" --help >/dev/null
     [ -s "$root/usr/share/man/man1/mekapi2-convert.1.gz" ] || fail "no man page of mekapi2-convert"
-    [ -s "$PYTHONPATH/MekReader.py" ] && [ -s "$root/usr/share/paraview-mekapi2/MekReader.xml" ] ||
-        fail "the plug-in is incomplete"
+    [ -s "$PYTHONPATH/MekReader.py" ] || fail "no plug-in"
+    [ -s "$root/usr/share/paraview-mekapi2/MekReader.xml" ] || fail "no declaration of the plug-in"
     [ "$(find "$PYTHONPATH" -name py.typed -o -name _core.pyi | wc -l)" -eq 2 ] ||
         fail "no annotations"
 }
