@@ -299,7 +299,7 @@ def test_parts_of_a_collection_become_groups(tmp_path):
 
 
 COMMANDS = [  # arguments, exit code, what standard output or standard error begins with and has
-    ("--help", 0, "usage: mekapi2-convert [-h]", "exit codes:"),
+    ("--help", 0, "Usage: mekapi2-convert [OPTION]... INPUT", "exit codes:"),
     ("-V", 0, "mekapi2-convert 2."),
     ("valid.vtu --overwrite new.mek", 0, "new.mek: 18 nodes, 5 elements", " bytes out"),
     ("--format=vtu -- valid.vtu new.mek", 0, "new.mek: 18 nodes"),

@@ -42,6 +42,10 @@ class _Parser(argparse.ArgumentParser):
         _report(f"{message}; see {self.prog} --help")
         raise SystemExit(2)
 
+    def format_help(self) -> str:
+        """Begin with the word that help2man recognises."""
+        return super().format_help().replace("usage: ", "Usage: ", 1)
+
     def print_help(self, file: Optional[IO[str]] = None) -> None:
         _print(self.format_help())
 
@@ -59,8 +63,8 @@ class _Killed(BaseException):
 def _parse(arguments: Optional[list[str]]) -> argparse.Namespace:
     parser = _Parser(
         prog=_program,
-        description="Convert a mesh file of any format that meshio reads to a .mek file,
-"
+        usage="%(prog)s [OPTION]... INPUT [OUTPUT]",
+        description="Convert a mesh file of any format that meshio reads to a .mek file,\n"
         "or a .mek file to a format that meshio writes.",
         epilog=_notes,
         formatter_class=argparse.RawDescriptionHelpFormatter,
