@@ -134,8 +134,8 @@ class MekReader(VTKPythonAlgorithmBase):
         self._steps = sorted((time, step) for step, time in self._file.times.items())
         for family, selection in self._selections.items():
             for name in self._file.quantities(family):
-                if not selection.ArrayExists(name):
-                    selection.AddArray(name)
+                if not selection.ArrayExists(shown(name)):
+                    selection.AddArray(shown(name))
 
     def _step_at(self, time):
         """Return the last step that is not after a time, or the first; None without steps."""
@@ -145,7 +145,8 @@ class MekReader(VTKPythonAlgorithmBase):
 
     def _selected(self, family):
         selection = self._selections[family]
-        return [name for name in self._file.quantities(family) if selection.ArrayIsEnabled(name)]
+        names = self._file.quantities(family)
+        return [name for name in names if selection.ArrayIsEnabled(shown(name))]
 
     def _read(self, time, output):
         self._open()
@@ -156,6 +157,11 @@ class MekReader(VTKPythonAlgorithmBase):
             for number in range(collection.GetNumberOfPartitionedDataSets()):
                 add_material_color(collection.GetPartition(number, 0))
         output.ShallowCopy(collection)
+
+
+def shown(name):
+    """Return a name that VTK accepts: names in a file need not be UTF-8."""
+    return name.encode("utf-8", "surrogateescape").decode("utf-8", "replace")
 
 
 def add_material_color(grid):
