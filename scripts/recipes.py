@@ -1,4 +1,4 @@
-"""Runs the programs of docs/recipes.md in a folder, each in a new process. Stops at the first error.
+"""Runs the programs of docs/recipes.md, each in a new process. Stops at the first error.
 
 Usage: recipes.py PROGRAMS FOLDER
   PROGRAMS   folder of frd2mek, mekinfo and mekrecover
