@@ -9,12 +9,13 @@ set(CMAKE_C_COMPILER ${triple}-gcc-posix)
 set(CMAKE_CXX_COMPILER ${triple}-g++-posix)
 set(CMAKE_RC_COMPILER ${triple}-windres)
 
-# Boost, CLI11 and Eigen consist of headers, so the host's are used. The compiler sees them through a
-# folder of links, because the host's other headers must not be on its path.
+# Boost, CLI11, Eigen and nlohmann-json consist of headers, so the host's are used. The compiler sees
+# them through a folder of links, because the host's other headers must not be on its path.
 set(header_only_root ${CMAKE_BINARY_DIR}/header-only)
 get_property(in_try_compile GLOBAL PROPERTY IN_TRY_COMPILE)
 if(NOT in_try_compile)
-    foreach(folder include/boost include/CLI include/eigen3 share/cmake/CLI11 share/eigen3)
+    foreach(folder include/boost include/CLI include/eigen3 include/nlohmann share/cmake/CLI11
+            share/cmake/nlohmann_json share/eigen3)
         cmake_path(GET folder PARENT_PATH parent)
         file(MAKE_DIRECTORY ${header_only_root}/${parent})
         file(CREATE_LINK /usr/${folder} ${header_only_root}/${folder} SYMBOLIC)

@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -71,6 +72,11 @@ TEST_F(CommandLineTest, FollowsOneConvention) {
         {"mekinfo model.mek --verbose", 2, "", "mekinfo: unknown option --verbose; see"},
         {"mekinfo --vtu out --check model.mek", 2, "", "mekinfo: --check excludes --vtu; see"},
         {"mekinfo --raw model.mek", 2, "", "mekinfo: --raw requires --vtu; see"},
+        {"mekinfo --all --array /R T a.mek", 2, "", "mekinfo: --all excludes --array; see"},
+        {"mekinfo --step 1 model.mek", 2, "", "mekinfo: --step requires --array; see"},
+        {"mekinfo a.mek --array /R", 2, "", "mekinfo: --array needs PATH VARIABLE; see"},
+        {"mekinfo --array /R T a.mek b.mek", 2, "", "mekinfo: --array: needs a single FILE; see"},
+        {"mekinfo --array /R T a.mek --format 1", 2, "", "--format: 1 not in {csv,npy,raw}; see"},
         {"mekinfo --vtu out model.mek folder/model.mek", 2, "",
          "mekinfo: --vtu: another file has the name of folder/model.mek; see"},
         {"frd2mek", 2, "", "frd2mek: INPUT.frd is required; see frd2mek --help\n"},
@@ -103,7 +109,7 @@ TEST_F(CommandLineTest, InspectsManyFiles) {
         "cut.mek: INVALID, file is unfinished: it ends before the end of its index\n";
     const std::string twoValid = valid + invalid + "other.mek" + facts;
     const std::string linted = "model.mek" + facts + "\nmodel.mek: OK, no findings\n";
-    const Testing::Run listing = Testing::run("mekinfo model.mek");
+    const Testing::Run listing = Testing::run("mekinfo --all model.mek");
     const std::string listings =
         "model.mek:\n" + listing.output + "\nother.mek:\n" + listing.output;
     expect({
@@ -114,7 +120,7 @@ TEST_F(CommandLineTest, InspectsManyFiles) {
         {"mekinfo --lint --check model.mek", 0, linted.c_str(), ""},
         {"mekinfo --lint cut.mek", 1, "", "mekinfo: cut.mek: file is unfinished: "},
         {"mekinfo run.mek", 1, "", "its index; mekrecover makes a complete file\n"},
-        {"mekinfo model.mek other.mek", 0, listings.c_str(), ""},
+        {"mekinfo --all model.mek other.mek", 0, listings.c_str(), ""},
         {"mekinfo --vtu=out other.mek model.mek", 0, " 4 mesh parts, 1 step, 4 files\n", ""},
         {"mekinfo --vtu=out --raw model.mek -q", 0, "", ""},
         {"mekinfo --vtu out -- model.mek --quiet", 1, "out", "mekinfo: --quiet: No such file"},
@@ -136,6 +142,85 @@ TEST_F(CommandLineTest, PrintsFindings) {
         {"mekinfo --lint odd.mek model.mek", 1,
          "odd.mek: node 3 (/R/S), variable \"T\", step \"1\": ", ""},
         {"mekinfo --lint odd.mek model.mek", 1, "\nmodel.mek: OK, no findings\n", ""},
+    });
+}
+
+class ArrayTest : public CommandLineTest {
+protected:
+    /// A shape with the coordinates of two nodes and a result.
+    ArrayTest() {
+        const std::vector<float> result{-1.5F, std::numeric_limits<float>::quiet_NaN(), 0.1F};
+        const std::vector<float> coordinates{1, 2, 3, 4, 5, 6};
+        Tyr::Mek2::Attributes attributes;
+        attributes.set("not UTF-8: \xFF", 0.1F);
+        Tyr::Mek2::Model model;
+        model.saveTo("v.mek");
+        model.addNode(Tyr::Mek2::NodeType::RootGroup, "R/1", attributes);
+        const unsigned int id = model.addNode(Tyr::Mek2::NodeType::Shape, "S");
+        model.addArrayProperty(Tyr::Mek2::DatasetType::Coordinates,
+                               Tyr::Mek2::Array2d<float>(2, 3, coordinates), id, Tyr::Mek2::Step{});
+        model.addArrayProperty("Node Ids", Tyr::Mek2::DatasetType::ResultA1,
+                               Tyr::Mek2::Array1d<unsigned int>({7U, 4294967295U}), id,
+                               Tyr::Mek2::Step{});
+        model.addArrayProperty("T", Tyr::Mek2::DatasetType::ResultA1,
+                               Tyr::Mek2::Array1d<float>(result), id, Tyr::Mek2::Step{"1"});
+        model.close();
+    }
+};
+
+TEST_F(ArrayTest, IsWrittenInEachFormat) {
+    using namespace std::string_literals;
+    expect({
+        {"mekinfo --array /R/1/S T --step 1 v.mek", 0, "-1.5\nnan\n0.1\n", ""},
+        {"mekinfo v.mek --array R/1/S/S Coordinates", 0, "1,2,3\n4,5,6\n", ""},
+        {"mekinfo --array /R/1/S T --step 1 v.mek --format raw --output t.raw", 0,
+         "t.raw: 3 rows of 1 value\n", ""},
+        {"mekinfo -q --array /R/1/S Coordinates v.mek --format npy --output c.npy", 0, "", ""},
+        {"mekinfo -q --array /R/1/S \"Node Ids\" v.mek --format npy --output i.npy", 0, "", ""},
+        {"mekinfo --array /R/1/S T --step 1 v.mek --output t.raw", 1, "",
+         "mekinfo: t.raw: exists; use --overwrite to replace it\n"},
+        {"mekinfo --array /R/1/S T v.mek", 1, "",
+         "v.mek: variable \"T\" has no array without a step; steps: \"1\"\n"},
+        {"mekinfo --array /R/1/S T --step 2 v.mek", 1, "", " of step \"2\"; steps: \"1\"\n"},
+        {"mekinfo --array /R/1/S U v.mek", 1, "",
+         "\"/R/1/S\" has no variable \"U\"; variables: \"Coordinates\", \"Node Ids\", \"T\"\n"},
+        {"mekinfo --array /R/1 T v.mek", 1, "", "node \"/R/1\" has no variables; nodes with"},
+        {"mekinfo --array /R/S T v.mek", 1, "",
+         "v.mek: no node \"/R/S\"; nodes with variables: \"/R/1/S\"\n"},
+    });
+    EXPECT_EQ(Testing::readFile("t.raw"), "\x00\x00\xC0\xBF\x00\x00\xC0\x7F\xCD\xCC\xCC\x3D"s);
+    EXPECT_EQ(Testing::readFile("c.npy"),
+              "\x93NUMPY\x01\x00\x76\x00"
+              "{'descr': '<f4', 'fortran_order': False, 'shape': (2, 3), }"s +
+                  std::string(58, ' ') +
+                  "\n\x00\x00\x80\x3F\x00\x00\x00\x40\x00\x00\x40\x40"
+                  "\x00\x00\x80\x40\x00\x00\xA0\x40\x00\x00\xC0\x40"s);
+    EXPECT_EQ(Testing::readFile("i.npy"),
+              "\x93NUMPY\x01\x00\x76\x00"
+              "{'descr': '<u4', 'fortran_order': False, 'shape': (2,), }"s +
+                  std::string(60, ' ') + "\n\x07\x00\x00\x00\xFF\xFF\xFF\xFF"s);
+}
+
+TEST_F(ArrayTest, IsDescribed) {
+    expect({
+        {"mekinfo v.mek", 0,
+         "tree     1 group, 1 shape\nmesh     2 nodes, 0 elements\nsteps    1, \"1\"\n"
+         "results  1\n\nshape   nodes  elements  results\n/R/1/S      2         -        1\n\n"
+         "result  of     components  steps\nT       nodes           1      1\n",
+         ""},
+        {"mekinfo --stats v.mek", 0,
+         "path    variable     step  rows  minimum     maximum         mean  NaN\n"
+         "/R/1/S  Coordinates  -        2        1           6          3.5    0\n"
+         "/R/1/S  Node Ids     -        2        7  4294967295  2.14748e+09    0\n"
+         "/R/1/S  T            1        3     -1.5         0.1         -0.7    1\n",
+         ""},
+        {"mekinfo --json v.mek", 0, R"("key":"not UTF-8: �","type":"f32","value":0.1})", ""},
+        {"mekinfo --json --stats v.mek v.mek", 0,
+         "}]}]}\n{\"schema\":1,\"file\":\"v.mek\",\"container\":\"1.3\",\"size\":", ""},
+        {"mekinfo --json --stats v.mek", 0,
+         R"({"name":"T","step":"1","type":12,"elementType":"f32","rows":3,"width":1,"link":null,)"
+         R"("vibration":false,"attributes":[],"statistics":{"minimum":-1.5,"maximum":0.1)",
+         ""},
     });
 }
 

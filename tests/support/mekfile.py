@@ -18,7 +18,7 @@ def _mekinfo(*arguments):
 def shown(path):
     """Return head, blocks and tree as strings; mekinfo checks all rules of the format first."""
     _mekinfo("--check", path)
-    return _mekinfo(path).split("\n\n")
+    return _mekinfo("--all", path).split("\n\n")
 
 
 def tree(path):

@@ -173,8 +173,10 @@ std::string Program::messageOf(const CLI::ArgumentMismatch& error) const {
     for (const CLI::Option* const option : app_.get_options()) {
         const std::string name = option->get_name();
         if (startsWith(message, name + ": ")) {
-            return option->count() > 1 ? name + " is given twice"
-                                       : name + " needs a value " + option->get_type_name();
+            const bool isOne = option->get_type_size() == 1;
+            return option->count() > 1
+                       ? name + " is given twice"
+                       : name + (isOne ? " needs a value " : " needs ") + option->get_type_name();
         }
     }
     return message;

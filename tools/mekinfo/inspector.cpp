@@ -3,14 +3,22 @@
 #include "console/count.hpp"
 #include "console/error.hpp"
 #include "console/inputfile.hpp"
+#include "console/outputfile.hpp"
 #include "console/program.hpp"
 #include "console/progress.hpp"
+#include "console/standardoutput.hpp"
+#include "mekinfo/json.hpp"
 #include "mekinfo/print.hpp"
+#include "mekinfo/statistics.hpp"
+#include "mekinfo/summary.hpp"
 #include "meklint/lint.hpp"
+#include "meknames/lookup.hpp"
 #include "mekreader/error.hpp"
+#include "mekvtu/outputfile.hpp"
 
 #include <filesystem>
 #include <iostream>
+#include <optional>
 #include <set>
 #include <system_error>
 #include <utility>
@@ -35,6 +43,15 @@ MekReader::File open(const std::string& name) {
     return MekReader::File(path);
 }
 
+/// Links are followed.
+const MekReader::Variable& selectedArray(const MekReader::File& file, const ArrayOptions& array) {
+    const auto step =
+        array.step.empty() ? std::nullopt : std::optional<std::string_view>(array.step);
+    const MekNames::Tree tree(file);
+    return file.owner(MekNames::findVariable(tree, array.pathAndVariable.first,
+                                             array.pathAndVariable.second, step));
+}
+
 /// With the next step, if the writer of the file had a journal.
 std::string reasonOf(const MekReader::Error& error, const std::string& name) {
     std::error_code ignored;
@@ -51,12 +68,16 @@ Inspector::Inspector(const CommandLine& commandLine, std::function<void(const st
 
 bool Inspector::inspectAll() {
     requireDifferentStems();
+    requireOneArray();
     bool areAllGood = true;
     for (const std::string& name : commandLine_.files) {
         try {
             areAllGood = inspect(name) && areAllGood;
         } catch (const MekReader::Error& error) {
             report_(name + ": " + reasonOf(error, name));
+            areAllGood = false;
+        } catch (const MekNames::NotFound& error) {
+            report_(name + ": " + error.what());
             areAllGood = false;
         } catch (const Console::FileError& error) {
             report_(error.what());
@@ -72,6 +93,8 @@ bool Inspector::inspect(const std::string& name) {
     }
     if (!commandLine_.vtuFolder.empty()) {
         exportVtu(name);
+    } else if (commandLine_.array.isSelected()) {
+        writeArray(name);
     } else {
         show(name);
     }
@@ -121,13 +144,58 @@ void Inspector::show(const std::string& name) {
     MekReader::File file = open(name);
     if (commandLine_.quiet) {
         std::ostream nowhere(nullptr);
-        print(nowhere, file);
+        show(nowhere, file, name);
         return;
     }
-    if (commandLine_.files.size() > 1) {
-        std::cout << (name == commandLine_.files.front() ? "" : "\n") << name << ":\n";
+    if (commandLine_.files.size() > 1 && !commandLine_.json) {
+        const bool hasName = !commandLine_.all && !commandLine_.stats;
+        std::cout << (name == commandLine_.files.front() ? "" : "\n")
+                  << (hasName ? "" : name + ":\n");
     }
-    print(std::cout, file);
+    show(std::cout, file, name);
+}
+
+void Inspector::show(std::ostream& out, MekReader::File& file, const std::string& name) const {
+    if (commandLine_.json) {
+        printJson(out, file, name, commandLine_.stats);
+    } else if (commandLine_.stats) {
+        printStatistics(out, file);
+    } else if (commandLine_.all) {
+        print(out, file);
+    } else {
+        printSummary(out, file, name);
+    }
+}
+
+void Inspector::writeArray(const std::string& name) {
+    const ArrayOptions& array = commandLine_.array;
+    MekReader::File file = open(name);
+    if (!array.outputName.empty()) {
+        Console::checkOutputPath(std::filesystem::u8path(array.outputName), array.overwrite,
+                                 std::filesystem::u8path(name));
+        writeArrayFile(file, selectedArray(file, array));
+        return;
+    }
+    const MekReader::Variable& variable = selectedArray(file, array);
+    if (array.format != ArrayFormat::Csv) {
+        Console::makeStandardOutputBinary();
+    }
+    formatArray(file, variable, array.format, [](std::string_view bytes) {
+        std::cout.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    });
+}
+
+void Inspector::writeArrayFile(MekReader::File& file, const MekReader::Variable& variable) const {
+    const ArrayOptions& array = commandLine_.array;
+    MekVtu::OutputFile output(std::filesystem::u8path(array.outputName), array.overwrite);
+    formatArray(file, variable, array.format,
+                [&output](std::string_view bytes) { output.write(bytes); });
+    output.close();
+    output.finish();
+    if (!commandLine_.quiet) {
+        std::cout << array.outputName << ": " << counted(variable.rows(), "row") << " of "
+                  << counted(variable.width, "value") << '\n';
+    }
 }
 
 MekVtu::ExportSummary Inspector::exportedFrom(MekReader::File& file,
@@ -169,6 +237,21 @@ void Inspector::requireDifferentStems() const {
         if (!stems.insert(std::filesystem::u8path(name).stem()).second) {
             throw Console::UsageError("--vtu: another file has the name of " + name);
         }
+    }
+}
+
+void Inspector::requireOneArray() const {
+    const ArrayOptions& array = commandLine_.array;
+    if (!array.isSelected()) {
+        return;
+    }
+    if (commandLine_.files.size() > 1) {
+        throw Console::UsageError("--array: needs a single FILE");
+    }
+    if (array.outputName.empty() && array.format != ArrayFormat::Csv &&
+        Console::isStandardOutputTerminal()) {
+        throw Console::UsageError(
+            "standard output is a terminal, and the array would be bytes; use --output or a pipe");
     }
 }
 

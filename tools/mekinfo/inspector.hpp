@@ -7,11 +7,13 @@
 #include "mekvtu/export.hpp"
 
 #include <functional>
+#include <ostream>
 #include <string>
 
 namespace MekInfo {
 
-/// Shows, checks or exports files. Results are printed on standard output.
+/// Shows, checks or exports files. Results are printed on standard output, and an array on request
+/// in a file.
 class Inspector {
 public:
     /// @param commandLine must outlive the object
@@ -20,7 +22,8 @@ public:
 
     /// Inspects all files, also after an error in one of them.
     /// @return whether all files are valid and without findings
-    /// @throws Console::UsageError two exports would write the same files
+    /// @throws Console::UsageError two exports would write the same files, an array is selected and
+    ///     there are several files, or its bytes would go to a terminal
     bool inspectAll();
 
 private:
@@ -29,9 +32,13 @@ private:
     bool check(const std::string& name);
     bool lint(const std::string& name);
     void show(const std::string& name);
+    void show(std::ostream& out, MekReader::File& file, const std::string& name) const;
+    void writeArray(const std::string& name);
+    void writeArrayFile(MekReader::File& file, const MekReader::Variable& variable) const;
     void exportVtu(const std::string& name);
     MekVtu::ExportSummary exportedFrom(MekReader::File& file, const std::string& name) const;
     void requireDifferentStems() const;
+    void requireOneArray() const;
 
     const CommandLine& commandLine_;
     std::function<void(const std::string&)> report_;

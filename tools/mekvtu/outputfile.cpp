@@ -6,7 +6,8 @@
 
 namespace MekVtu {
 
-OutputFile::OutputFile(const std::filesystem::path& path) : path_(path), target_(path, true) {
+OutputFile::OutputFile(const std::filesystem::path& path, bool overwrite)
+    : path_(path), target_(path, overwrite) {
     errno = 0;
     stream_.open(target_.unfinishedPath(), std::ios::binary | std::ios::trunc);
     if (!stream_) {

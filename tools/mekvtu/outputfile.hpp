@@ -10,11 +10,12 @@
 
 namespace MekVtu {
 
-/// Replaces a file at `finish`; until then it has a temporary name.
+/// Gets its name at `finish`; until then it has a temporary name.
 class OutputFile {
 public:
+    /// @param overwrite whether an existing file is replaced
     /// @throws Console::FileError
-    explicit OutputFile(const std::filesystem::path& path);
+    explicit OutputFile(const std::filesystem::path& path, bool overwrite = true);
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
     ~OutputFile() = default;
