@@ -10,6 +10,11 @@ install(TARGETS MekApi2 EXPORT MekApi2Targets
 if(MEKAPI2_BUILD_TOOLS)
     install(TARGETS frd2mek mekdiff mekinfo mekrecover
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+    # bash looks for a file with the name of the command
+    foreach(program frd2mek mekinfo mekrecover mekdiff mekapi2-convert)
+        install(FILES tools/completion/mekapi2.bash RENAME ${program} COMPONENT tools
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+    endforeach()
 endif()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/tyr DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 

@@ -306,6 +306,19 @@ TEST_F(CommandLineTest, ReportsWhatCannotBeWritten) {
               (std::vector<std::string>{"folder", "job.frd", "job.mek", "model.mek", "pipe"}));
 }
 
+TEST_F(CommandLineTest, IsCompletedByBash) {
+    const auto completed = [](const std::string& words) {
+        return Testing::run("bash -c '. " COMPLETION "; COMP_WORDS=(" + words +
+                            "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _mekapi2 $COMP_WORDS; "
+                            "printf \"%s \" \"${COMPREPLY[@]}\"'")
+            .output;
+    };
+    EXPECT_EQ(completed("mekinfo --st"), "--stats --step ");
+    EXPECT_EQ(completed("mekinfo --format = n"), "npy ");
+    EXPECT_EQ(completed("mekinfo --vtu \"\""), "folder ");
+    EXPECT_EQ(completed("frd2mek --overwrite \"\""), "folder job.frd ");
+}
+
 TEST_F(CommandLineTest, EndsQuietlyIfNobodyReads) {
     std::array<int, 2> ends{};
     ASSERT_EQ(pipe(ends.data()), 0);

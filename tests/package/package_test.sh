@@ -82,6 +82,7 @@ check_tools() {
     check_file "$work/short.mek"
     "$root/usr/bin/mekinfo" --vtu "$work/vtu" "$work/short.mek"
     [ -s "$work/vtu/short.pvd" ] || fail "mekinfo writes nothing"
+    [ -s "$root/usr/share/bash-completion/completions/mekinfo" ] || fail "no completion"
 }
 
 check_python() {
