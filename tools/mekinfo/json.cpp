@@ -103,6 +103,11 @@ Json toJson(const MekReader::Material& material) {
             {"materialFlag", material.materialFlag}};
 }
 
+/// On one line, with U+FFFD for bytes that are not UTF-8.
+std::string textOf(const Json& value) {
+    return value.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
 Json elementTypeOf(const Variable& owner) {
     switch (owner.elementType) {
         case Variable::floatElements:
@@ -122,23 +127,31 @@ Json toJson(const Statistics& statistics, bool hasValues) {
             {"nan", statistics.nanCount}};
 }
 
-/// Builds the document of one file.
+/// Prints the document of one file. Nodes are printed one by one, so that not all of them are in
+/// memory as JSON: their paths can be much longer than the file.
 class Document {
 public:
     Document(File& file, bool withStatistics)
         : file_(file), tree_(file), statistics_(file), withStatistics_(withStatistics) {}
 
-    Json build(const std::string& name) {
-        Json document{{"schema", schema},
-                      {"file", name},
-                      {"container", "1.3"},
-                      {"size", file_.container().fileSize()},
-                      {"contentSize", contentSizeOf(file_)}};
-        document["modifiers"] = listOf(file_.modifiers());
-        document["blocks"] = blocks();
-        document["steps"] = steps();
-        document["nodes"] = nodes();
-        return document;
+    void print(std::ostream& out, const std::string& name) {
+        Json head{{"schema", schema},
+                  {"file", name},
+                  {"container", "1.3"},
+                  {"size", file_.container().fileSize()},
+                  {"contentSize", contentSizeOf(file_)},
+                  {"modifiers", listOf(file_.modifiers())},
+                  {"blocks", blocks()},
+                  {"steps", steps()}};
+        std::string text = textOf(head);
+        text.pop_back(); // the closing brace
+        out << text << ",\"nodes\":[";
+        const char* separator = "";
+        for (const Node& node : file_.nodes()) {
+            out << separator << textOf(nodeJson(node));
+            separator = ",";
+        }
+        out << "]}\n";
     }
 
 private:
@@ -167,14 +180,6 @@ private:
             if (!step.name.empty()) {
                 list.push_back({{"name", step.name}, {"time", toJson(step.time)}});
             }
-        }
-        return list;
-    }
-
-    Json nodes() {
-        Json list = Json::array();
-        for (const Node& node : file_.nodes()) {
-            list.push_back(nodeJson(node));
         }
         return list;
     }
@@ -249,9 +254,7 @@ private:
 } // namespace
 
 void printJson(std::ostream& out, File& file, const std::string& name, bool withStatistics) {
-    constexpr int oneLine = -1;
-    const Json document = Document(file, withStatistics).build(name);
-    out << document.dump(oneLine, ' ', false, Json::error_handler_t::replace) << '\n';
+    Document(file, withStatistics).print(out, name);
 }
 
 } // namespace MekInfo

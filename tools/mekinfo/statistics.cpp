@@ -54,6 +54,23 @@ std::string shownElement(double element, const Variable& owner) {
                : std::to_string(static_cast<std::uint32_t>(element));
 }
 
+/// @param path of the shape of the variable
+Row rowOf(File& file, StatisticsReader& reader, const std::string& path, const Variable& variable) {
+    const MekNames::VariableName name = MekNames::splitName(variable.name);
+    Row row{path, Console::printable(name.quantity),
+            name.step ? Console::printable(*name.step) : "-"};
+    if (file.hasCircularLinks(variable)) {
+        row.insert(row.end(), {"no array", "-", "-", "-", "-"});
+        return row;
+    }
+    const Variable& owner = file.owner(variable);
+    const Statistics& statistics = reader.of(owner);
+    row.insert(row.end(), {std::to_string(owner.rows()), shownElement(statistics.minimum, owner),
+                           shownElement(statistics.maximum, owner), shown(statistics.mean),
+                           std::to_string(statistics.nanCount)});
+    return row;
+}
+
 } // namespace
 
 const Statistics& StatisticsReader::of(const Variable& variable) {
@@ -68,38 +85,27 @@ const Statistics& StatisticsReader::of(const Variable& variable) {
 }
 
 void printStatistics(std::ostream& out, File& file) {
-    using Align = Table::Align;
+    const std::vector<Column> columns{{"path"},
+                                      {"variable"},
+                                      {"step"},
+                                      {"rows", Align::Right},
+                                      {"minimum", Align::Right},
+                                      {"maximum", Align::Right},
+                                      {"mean", Align::Right},
+                                      {"NaN", Align::Right}};
     const MekNames::Tree tree(file);
     StatisticsReader reader(file);
-    Table table({{"path"},
-                 {"variable"},
-                 {"step"},
-                 {"rows", Align::Right},
-                 {"minimum", Align::Right},
-                 {"maximum", Align::Right},
-                 {"mean", Align::Right},
-                 {"NaN", Align::Right}});
-    for (const MekReader::Node& node : file.nodes()) {
-        const std::string path =
-            node.variables.empty() ? "" : Console::printable(tree.shapePathOf(node));
-        for (const Variable& variable : node.variables) {
-            const MekNames::VariableName name = MekNames::splitName(variable.name);
-            std::vector<std::string> cells{path, Console::printable(name.quantity),
-                                           name.step ? Console::printable(*name.step) : "-"};
-            if (file.hasCircularLinks(variable)) {
-                cells.insert(cells.end(), {"no array", "-", "-", "-", "-"});
-            } else {
-                const Variable& owner = file.owner(variable);
-                const Statistics& statistics = reader.of(owner);
-                cells.insert(cells.end(),
-                             {std::to_string(owner.rows()), shownElement(statistics.minimum, owner),
-                              shownElement(statistics.maximum, owner), shown(statistics.mean),
-                              std::to_string(statistics.nanCount)});
+    printTable(out, columns, [&](const auto& visit) {
+        for (const MekReader::Node& node : file.nodes()) {
+            if (node.variables.empty()) {
+                continue;
             }
-            table.add(std::move(cells));
+            const std::string path = Console::printable(tree.shapePathOf(node));
+            for (const Variable& variable : node.variables) {
+                visit(rowOf(file, reader, path, variable));
+            }
         }
-    }
-    table.print(out);
+    });
 }
 
 } // namespace MekInfo

@@ -31,7 +31,7 @@ constexpr std::size_t mostRows = 5; ///< of a table
 
 /// A shape with variables.
 struct Shape {
-    std::string path{};
+    const Node* geometry = nullptr;
     std::optional<std::uint64_t> nodes{};
     std::optional<std::uint64_t> elements{};
     std::size_t results = 0;
@@ -69,6 +69,7 @@ public:
         }
     }
 
+    const MekNames::Tree& tree() const { return tree_; }
     const MekVtu::Timeline& timeline() const { return timeline_; }
     std::uint64_t groups() const { return groups_; }
     std::uint64_t shapeCount() const { return shapeCount_; }
@@ -92,7 +93,7 @@ public:
 
 private:
     void addShape(const Node& geometry) {
-        shapes_.push_back({tree_.shapePathOf(geometry)});
+        shapes_.push_back({&geometry});
         const auto mesh = MekLint::Meshes(geometry).at(timeline_.steps.front().name);
         if (mesh.coordinates != nullptr) {
             coordinates_.insert(MekLint::ownerOf(*mesh.coordinates));
@@ -182,17 +183,18 @@ std::string stepsOf(const Survey& survey) {
 
 /// Prints the first entries as a table, if there are any.
 template <class Entry, class Cells>
-void printFirst(std::ostream& out, Table table, const std::vector<Entry>& entries,
-                const Cells& cellsOf) {
+void printFirst(std::ostream& out, const std::vector<Column>& columns,
+                const std::vector<Entry>& entries, const Cells& cellsOf) {
     if (entries.empty()) {
         return;
     }
     const std::size_t rows = entries.size() <= mostRows ? entries.size() : mostRows - 1;
-    for (std::size_t i = 0; i < rows; ++i) {
-        table.add(cellsOf(entries[i]));
-    }
     out << '\n';
-    table.print(out);
+    printTable(out, columns, [&](const auto& visit) {
+        for (std::size_t i = 0; i < rows; ++i) {
+            visit(cellsOf(entries[i]));
+        }
+    });
     if (rows < entries.size()) {
         out << "and " << entries.size() - rows << " more\n";
     }
@@ -202,24 +204,22 @@ std::string shown(const std::optional<std::uint64_t>& count) {
     return count ? std::to_string(*count) : "-";
 }
 
-void printShapes(std::ostream& out, const std::vector<Shape>& shapes) {
-    const auto right = Table::Align::Right;
-    printFirst(out, Table({{"shape"}, {"nodes", right}, {"elements", right}, {"results", right}}),
-               shapes, [](const Shape& shape) {
-                   return std::vector<std::string>{Console::printable(shape.path),
-                                                   shown(shape.nodes), shown(shape.elements),
-                                                   std::to_string(shape.results)};
-               });
+void printShapes(std::ostream& out, const Survey& survey) {
+    printFirst(
+        out,
+        {{"shape"}, {"nodes", Align::Right}, {"elements", Align::Right}, {"results", Align::Right}},
+        survey.shapes(), [&survey](const Shape& shape) {
+            return Row{Console::printable(survey.tree().shapePathOf(*shape.geometry)),
+                       shown(shape.nodes), shown(shape.elements), std::to_string(shape.results)};
+        });
 }
 
 void printResults(std::ostream& out, const std::vector<Result>& results) {
-    const auto right = Table::Align::Right;
-    printFirst(out, Table({{"result"}, {"of"}, {"components", right}, {"steps", right}}), results,
-               [](const Result& result) {
-                   return std::vector<std::string>{
-                       Console::printable(result.name), result.place,
-                       result.width == 0 ? "-" : std::to_string(result.width),
-                       std::to_string(result.steps.size())};
+    printFirst(out, {{"result"}, {"of"}, {"components", Align::Right}, {"steps", Align::Right}},
+               results, [](const Result& result) {
+                   return Row{Console::printable(result.name), result.place,
+                              result.width == 0 ? "-" : std::to_string(result.width),
+                              std::to_string(result.steps.size())};
                });
 }
 
@@ -236,7 +236,7 @@ void printSummary(std::ostream& out, const File& file, const std::string& name) 
               counted(survey.nodes(), "node") + ", " + counted(survey.elements(), "element"));
     printLine(out, "steps", stepsOf(survey));
     printLine(out, "results", std::to_string(survey.results().size()));
-    printShapes(out, survey.shapes());
+    printShapes(out, survey);
     printResults(out, survey.results());
 }
 

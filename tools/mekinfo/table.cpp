@@ -1,13 +1,10 @@
 #include "mekinfo/table.hpp"
 
 #include <algorithm>
-#include <utility>
 
 namespace MekInfo {
 
 namespace {
-
-constexpr const char* gap = "  ";
 
 /// Number of characters; continuation bytes of UTF-8 do not count.
 std::size_t widthOf(const std::string& text) {
@@ -15,36 +12,38 @@ std::size_t widthOf(const std::string& text) {
         text.begin(), text.end(), [](char byte) { return (byte & '\xC0') != '\x80'; }));
 }
 
-} // namespace
-
-Table::Table(std::vector<Column> columns) : rows_(1) {
-    for (Column& column : columns) {
-        aligns_.push_back(column.align);
-        rows_.front().push_back(std::move(column.title));
+void printRow(std::ostream& out, const std::vector<Column>& columns,
+              const std::vector<std::size_t>& widths, const Row& row) {
+    constexpr const char* gap = "  ";
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        const std::string padding(widths[i] - widthOf(row[i]), ' ');
+        out << (i == 0 ? "" : gap);
+        if (columns[i].align == Align::Right) {
+            out << padding << row[i];
+        } else {
+            out << row[i] << (i + 1 < columns.size() ? padding : ""); // no spaces at the end
+        }
     }
+    out << '\n';
 }
 
-void Table::add(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
+} // namespace
 
-void Table::print(std::ostream& out) const {
-    std::vector<std::size_t> widths(aligns_.size());
-    for (const auto& row : rows_) {
+void printTable(std::ostream& out, const std::vector<Column>& columns, const Rows& rows) {
+    Row titles;
+    for (const Column& column : columns) {
+        titles.push_back(column.title);
+    }
+    std::vector<std::size_t> widths(columns.size());
+    const auto widen = [&widths](const Row& row) {
         for (std::size_t i = 0; i < widths.size(); ++i) {
             widths[i] = std::max(widths[i], widthOf(row[i]));
         }
-    }
-    for (const auto& row : rows_) {
-        for (std::size_t i = 0; i < widths.size(); ++i) {
-            const std::string padding(widths[i] - widthOf(row[i]), ' ');
-            out << (i == 0 ? "" : gap);
-            if (aligns_[i] == Align::Right) {
-                out << padding << row[i];
-            } else {
-                out << row[i] << (i + 1 < widths.size() ? padding : ""); // no spaces at the end
-            }
-        }
-        out << '\n';
-    }
+    };
+    widen(titles);
+    rows(widen);
+    printRow(out, columns, widths, titles);
+    rows([&](const Row& row) { printRow(out, columns, widths, row); });
 }
 
 } // namespace MekInfo

@@ -32,6 +32,9 @@ public:
         }
     }
 
+    /// Whether further names change nothing.
+    bool isFull() const { return hasMore_; }
+
     std::string text() const {
         std::string text;
         for (const std::string& name : names_) {
@@ -51,7 +54,7 @@ private:
 std::string listPaths(const Tree& tree) {
     NameList names;
     for (const Node& node : tree.file().nodes()) {
-        if (!node.variables.empty()) {
+        if (!node.variables.empty() && !names.isFull()) {
             names.add(tree.shapePathOf(node));
         }
     }
