@@ -1,14 +1,17 @@
 /// @file
-/// Reads, checks, lists, lints and exports arbitrary files. The reader must raise
-/// `MekReader::Error`; of a file that the check accepts it must read every array and look for
-/// findings.
+/// Reads, checks, describes, lints and exports arbitrary files. The reader must raise
+/// `MekReader::Error`; of a file that the check accepts it must read every array, look for findings
+/// and print each description.
 ///
 /// If the first byte of the input is even, the other bytes are the file. Otherwise they describe a
 /// container, which is written with valid tables and checksums so that the reader reaches its
 /// content; then up to three bytes of the file are changed.
 #include "fuzz/bytesource.hpp"
 #include "fuzz/folder.hpp"
+#include "mekinfo/json.hpp"
 #include "mekinfo/print.hpp"
+#include "mekinfo/statistics.hpp"
+#include "mekinfo/summary.hpp"
 #include "meklint/lint.hpp"
 #include "mekreader/error.hpp"
 #include "mekreader/model.hpp"
@@ -80,6 +83,13 @@ void readEverything(const std::string& path) {
     }
 }
 
+template <class Print>
+void describe(const std::string& path, const Print& print) {
+    MekReader::File file(path);
+    std::ostream discarded(nullptr);
+    print(discarded, file);
+}
+
 void lint(const std::string& path) {
     MekReader::File file(path);
     MekLint::lint(file, [](const MekLint::Finding& finding) { MekLint::toLine(finding); });
@@ -95,6 +105,20 @@ bool succeeds(const Action& action) {
     }
 }
 
+/// Runs all, also after an error.
+bool isDescribed(const std::string& path) {
+    const auto prints = [&path](const auto& print) {
+        return succeeds([&] { describe(path, print); });
+    };
+    const bool hasSummary = prints(
+        [&](std::ostream& out, MekReader::File& file) { MekInfo::printSummary(out, file, path); });
+    const bool hasStatistics = prints(MekInfo::printStatistics);
+    const bool hasJson = prints([&](std::ostream& out, MekReader::File& file) {
+        MekInfo::printJson(out, file, path, true);
+    });
+    return hasSummary && hasStatistics && hasJson;
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -105,7 +129,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const bool isValid = succeeds([&] { MekReader::check(path); });
     const bool isRead = succeeds([&] { readEverything(path); });
     const bool isLinted = succeeds([&] { lint(path); });
-    if (isValid && !(isRead && isLinted)) {
+    const bool isShown = isDescribed(path);
+    if (isValid && !(isRead && isLinted && isShown)) {
         std::abort();
     }
     succeeds([&] {
