@@ -35,7 +35,7 @@ Json toJson(double number) {
 /// The shortest decimal number that rounds to the float: 0.1, not 0.10000000149011612.
 Json toJson(float number) {
     std::array<char, 32> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
+    const char* const end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
     double decimal = number;
     if (std::isfinite(number)) {
         std::from_chars(text.data(), end, decimal);
