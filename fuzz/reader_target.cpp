@@ -12,6 +12,7 @@
 #include "mekinfo/print.hpp"
 #include "mekinfo/statistics.hpp"
 #include "mekinfo/summary.hpp"
+#include "mekdiff/comparison.hpp"
 #include "meklint/lint.hpp"
 #include "mekreader/error.hpp"
 #include "mekreader/model.hpp"
@@ -95,6 +96,17 @@ void lint(const std::string& path) {
     MekLint::lint(file, [](const MekLint::Finding& finding) { MekLint::toLine(finding); });
 }
 
+/// A model equals itself.
+void compareWithItself(const std::string& path) {
+    MekReader::File left(path);
+    MekReader::File right(path);
+    const MekDiff::Result result =
+        MekDiff::compare({{left, "left"}, {right, "right"}}, {}, [](const std::string&) {});
+    if (result.differences != 0) {
+        std::abort();
+    }
+}
+
 template <class Action>
 bool succeeds(const Action& action) {
     try {
@@ -130,7 +142,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const bool isRead = succeeds([&] { readEverything(path); });
     const bool isLinted = succeeds([&] { lint(path); });
     const bool isShown = isDescribed(path);
-    if (isValid && !(isRead && isLinted && isShown)) {
+    const bool isCompared = succeeds([&] { compareWithItself(path); });
+    if (isValid && !(isCompared && isRead && isLinted && isShown)) {
         std::abort();
     }
     succeeds([&] {

@@ -8,7 +8,7 @@
 #include "meknames/lookup.hpp"
 #include "mekreader/quotes.hpp"
 #include "mekvtu/timeline.hpp"
-#include "mekvtu/variables.hpp"
+#include "mekreader/variables.hpp"
 
 #include <algorithm>
 #include <iomanip>
@@ -45,15 +45,15 @@ struct Result {
 };
 
 bool isResult(const Variable& variable, std::string_view quantity) {
-    return variable.type >= MekVtu::VariableType::firstNodeResult && quantity != "Node Ids" &&
+    return variable.type >= MekReader::VariableType::firstNodeResult && quantity != "Node Ids" &&
            quantity != "Element IDs";
 }
 
 std::string placeOf(const Variable& variable) {
-    if (MekVtu::isNodeResult(variable)) {
+    if (MekReader::isNodeResult(variable)) {
         return "nodes";
     }
-    return MekVtu::isElementResult(variable) ? "elements" : "other";
+    return MekReader::isElementResult(variable) ? "elements" : "other";
 }
 
 /// Counts what the summary shows. Meshes are those of the first step.
