@@ -1,7 +1,9 @@
 """The methods of Model that the examples do not cover."""
 
+import builtins
 import gc
 import os
+import pydoc
 import re
 import sys
 import threading
