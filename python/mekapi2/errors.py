@@ -88,7 +88,7 @@ class InvalidArguments(Error, ValueError):
 
 
 class FileOpenException(Error, FileExistsError):
-    """The file exists and ``overwrite`` is false."""
+    """The file or its journal exists and ``overwrite`` is false, or the path is unsuitable."""
 
     code = 5
 
@@ -165,6 +165,8 @@ class InexactConversion(ValueError):
 
 _by_code: dict[int, Type[Error]] = {kind.code: kind for kind in Error.__subclasses__()}
 
+_existing = {"File exists.", "Journal exists."}
+
 _by_errno: dict[int, Type[Error]] = {
     errno.ENOENT: FileNotFoundError,
     errno.EACCES: PermissionError,
@@ -183,11 +185,12 @@ def _from_library(
     reason: Optional[int],
 ) -> Error:
     kind = _by_code.get(code, Error)
-    if kind is FileOpenException:
-        reason = errno.EEXIST
-    elif kind is MiscelleneousException and reason:
+    if kind is MiscelleneousException and reason:
         kind = _by_errno.get(reason, kind)
-    error = kind(reason, os.strerror(reason)) if reason else kind(message)
+    if message in _existing:
+        error = kind(errno.EEXIST, message.rstrip("."))
+    else:
+        error = kind(reason, os.strerror(reason)) if reason else kind(message)
     if function is not None:
         error.location = Location(function, file, line)
     return error

@@ -97,7 +97,8 @@ class Model:
     Raises
     ------
     FileExistsError
-        The file exists and ``overwrite`` is false.
+        The file, or with ``journal`` the journal of an earlier run, exists and ``overwrite`` is
+        false.
     FileNotFoundError, PermissionError, IsADirectoryError, OSError
         The file cannot be created.
     ValueError

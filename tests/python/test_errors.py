@@ -94,6 +94,8 @@ CALLS = [
     (copy.copy, TypeError, "cannot be copied"),
     (pickle.dumps, TypeError, "cannot be copied or pickled"),
     (lambda m: Model(m.path), FileExistsError, "[Errno 17] File exists: "),
+    (lambda m: (open(f"{m.path}.journal", "x").close(), Model(m.path, journal=True)),
+     FileExistsError, "[Errno 17] Journal exists: "),
     (lambda m: Model(f"{m.path}/x"), NotADirectoryError, "[Errno 20] Not a directory: "),
     (lambda m: Model(f"{m.path}x/x"), FileNotFoundError, "[Errno 2] No such file or directory: "),
     (lambda m: Model(os.path.dirname(m.path), overwrite=True), IsADirectoryError, "[Errno 21] "),
