@@ -73,7 +73,8 @@ public:
 
     /// Ends an open write cycle like `close`. Errors are discarded; call `close` to receive them.
     /// The stream is closed and memory released in any case. With
-    /// `SaverOptions::replaceWhenComplete` the file is not finished: only `close` does that.
+    /// `SaverOptions::replaceWhenComplete` only `close` completes the file; the destructor removes
+    /// the temporary file, unless there is a journal.
     ~Model();
 
     Model(const Model&) = delete;
@@ -94,11 +95,14 @@ public:
     ///
     /// @tparam S `std::string`, or `std::wstring` (on POSIX, the file name is its UTF-8 form)
     /// @throws InvalidObjectState "Not Empty": a write cycle is open; it is not changed
-    /// @throws FileOpenException "File exists.": `options.overwrite` is false; the file is kept
+    /// @throws FileOpenException "File exists.": `options.overwrite` is false; the file is kept.
+    ///     With `options.journal`: "Journal exists.", or the journal cannot be created. With
+    ///     `options.replaceWhenComplete`: the path is that of a folder or a device
+    /// @throws FileWriteException with `options.journal`: the system could not write
     /// @throws MiscelleneousException "Unable to open file ...": the system cannot open the file
     ///
-    /// After the last two exceptions a write cycle without a file is open. Call `close` before the
-    /// next `saveTo`.
+    /// After all but the first of these, a write cycle without a file is open. Call `close` before
+    /// the next `saveTo`.
     template <class S>
     void saveTo(const S& path, const SaverOptions& options = SaverOptions());
 
@@ -120,26 +124,30 @@ public:
     ///
     /// @throws FileWriteException "Unable to write to file" or "Saving the buffer failed": the
     ///     system could not write or seek
+    /// @throws FileOpenException with `SaverOptions::replaceWhenComplete`, "File exists.":
+    ///     `overwrite` is false, and a file has appeared at the path since `saveTo`
     /// @throws OverflowError a stream other than the arrays has 2^32 bytes or more
     /// @throws MiscelleneousException "Unable to compress block"
     void close();
 
-    /// Makes everything so far recoverable: after any end of the process, `mekrecover` makes a
-    /// complete file of it. Needs `SaverOptions::journal`.
+    /// Makes everything so far recoverable: however the process ends, `mekrecover` and `recover`
+    /// make a complete file of it. Needs `SaverOptions::journal`.
     ///
-    /// Compresses and writes the arrays that are still in memory; the next array starts a new
-    /// block. So the time depends on what was added since the last checkpoint, and frequent
-    /// checkpoints make a larger file. An error leaves the write cycle usable: the next checkpoint
-    /// writes what this one could not.
+    /// Compresses and writes the arrays that are still in memory. The time depends on what was
+    /// added since the last checkpoint, not on the whole model. The next array starts a new block,
+    /// so frequent checkpoints make a larger file. After an error the write cycle can continue; the
+    /// next checkpoint writes what is missing.
     ///
     /// @param durability `Durability::Device` waits until the device has file, journal and folder
     /// @throws InvalidObjectState "File not open.": no write cycle is open, or it has no file;
-    ///     "No journal"; "The journal is incomplete": memory ran out in an earlier call
+    ///     "No journal"; "The journal is incomplete": there was no memory to record an earlier
+    ///     call. Then earlier checkpoints can be recovered, and `close` still writes everything.
     /// @throws FileWriteException the system could not write
+    /// @throws MiscelleneousException "Unable to compress block"
     void checkpoint(Durability durability = Durability::Process);
 
-    /// The path of the temporary file of `SaverOptions::replaceWhenComplete`, in UTF-8, for
-    /// programs that remove it when a signal ends them. Empty without a temporary file.
+    /// The path of the temporary file of `SaverOptions::replaceWhenComplete`, in UTF-8; empty if
+    /// there is none. A program can remove the file when a signal ends it.
     std::string temporaryPath();
 
     /// Adds a node below the current node, or the root if there is none yet.

@@ -35,22 +35,23 @@ struct SaverOptions {
     /// circles. True: the variable becomes the owner of the new array.
     bool relinkReplaced = false;
 
-    /// True: the write cycle can be recovered after the process was killed. A journal, the file
-    /// NAME.journal, records what is not in the file yet; see `Model::checkpoint`. A `close` that
-    /// succeeds removes it.
+    /// True: the file can be recovered if the process is killed; see `Model::checkpoint`. A second
+    /// file, NAME.journal, records the calls and blocks of the write cycle. `close` removes it when
+    /// the file is complete. A journal of an earlier run is an error; with `overwrite` it is
+    /// removed together with its temporary file.
     bool journal = false;
 
-    /// True: the file is written under a temporary name in the same folder and gets its name by a
-    /// `close` that succeeds. Until then a file that it replaces is not touched. The permission
-    /// bits of that file are kept. If the `Model` is destroyed without `close`, the temporary file
-    /// is removed, unless a journal makes it recoverable.
+    /// True: the file is written under a temporary name in the same folder, and `close` renames it.
+    /// Until then an existing file is unchanged. The new file gets its permission bits. If `close`
+    /// fails, or the `Model` is destroyed without `close`, the temporary file is removed, unless
+    /// there is a journal.
     bool replaceWhenComplete = false;
 };
 
-/// What a checkpoint survives.
+/// After what a checkpoint can still be recovered.
 enum class Durability {
     Process, ///< any end of the process
-    Device   ///< a power cut, too
+    Device   ///< also a power failure
 };
 
 } // namespace Tyr::Mek2
