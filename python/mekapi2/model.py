@@ -190,7 +190,8 @@ class Model:
         Parameters
         ----------
         durable : bool
-            Wait until the device has everything, which then survives a power cut, too.
+            Wait until the device has everything, which can then also be recovered after a power
+            failure.
 
         Raises
         ------

@@ -56,9 +56,8 @@ using TemporaryFileObserver = std::function<void(const std::string& path)>;
 /// write cycle that is still open, of this or another process. Memory use is that of the tree and a
 /// buffer of 256 KiB.
 ///
-/// @param unfinished path that was passed to `saveTo`, path of the journal, or path of the
-/// temporary
-///     file of `SaverOptions::replaceWhenComplete`
+/// @param unfinished path that was passed to `saveTo`, that of the journal, or that of the
+///     temporary file of `SaverOptions::replaceWhenComplete`
 /// @param output path of the new file, which is written under a temporary name and then renamed
 /// @param overwrite false: an existing `output` is an error
 /// @param onTemporaryFile if not empty, called once with the path of the temporary file, so that a
