@@ -1,11 +1,11 @@
 /// @file
-/// Macros that mark what the shared library exports. An application does not use them.
+/// Macros that mark what the shared library exports. Applications do not use these macros.
 ///
 /// On Windows, define MEKAPI2_STATIC to link the object files instead of the DLL.
 #pragma once
 
-// Every public header with declarations includes this one first. The Microsoft compiler keeps
-// __cplusplus at 199711 unless an option changes it; _MSVC_LANG has the language version.
+// Every public header with declarations includes this one first. With the Microsoft compiler,
+// __cplusplus is 199711 unless an option changes it; _MSVC_LANG is the language version.
 #if defined(_MSVC_LANG)
 #if _MSVC_LANG < 201703L
 #error MekApi2 needs C++17

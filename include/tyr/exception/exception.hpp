@@ -1,9 +1,9 @@
 /// @file
-/// Exception classes: what the library throws, besides exceptions of the standard library.
+/// Exception classes of the library. It also throws exceptions of the standard library.
 ///
 /// An exception can be caught as its own class, as `Tyr::Exception::Exception`,
 /// `Tyr::Exception::Base`, `std::exception` or `boost::exception`, and stored with
-/// `boost::current_exception`. It carries the function signature, source file and line of the
+/// `boost::current_exception`. It contains the function signature, source file and line of the
 /// throwing code: read them with `boost::get_error_info` and `boost::throw_function`,
 /// `boost::throw_file`, `boost::throw_line`.
 ///
@@ -51,7 +51,7 @@ public:
     virtual int code() const noexcept;
 };
 
-/// Base of all concrete classes: a message, or the default message of the class. Code 1.
+/// Base of all concrete classes. It has a message, or the default message of its class. Code 1.
 class MEKAPI2_API Exception : public virtual Base,
                               public virtual std::exception,
                               public virtual boost::exception {
@@ -83,7 +83,7 @@ private:
     std::string message_;
 };
 
-/// An error that has no class; the message describes it. Code 2.
+/// An error without a class for its kind; the message describes it. Code 2.
 class MEKAPI2_API MiscelleneousException : public Exception {
 public:
     using Exception::Exception;

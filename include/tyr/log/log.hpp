@@ -1,8 +1,8 @@
 /// @file
-/// Log classes: a log line with its origin, and the log system that receives it.
+/// Log classes: a log record with its origin, and the log system that receives it.
 ///
 /// The library composes a few records for each block and dataset. Its log system discards them, so
-/// that saving prints nothing. An application can use the classes for its own lines:
+/// that the library prints nothing. An application can use the classes for its own records:
 ///
 /// @code
 /// #include <tyr/log/log.hpp>
@@ -27,11 +27,11 @@
 namespace Tyr::Log {
 
 namespace Severity {
-/// Severity of a line. Every line of the library has the value 1.
+/// Severity of a record. Every record of the library has the value 1.
 enum Severity : int { Information = 1 };
 } // namespace Severity
 
-/// Where and when a line was made. The strings are not copied and must outlive the object.
+/// Where and when a record was made. The strings are not copied and must outlive the object.
 struct MEKAPI2_API Origin {
     /// Sets `time` from the system clock. The strings are zero-terminated.
     Origin(const char* file, const char* function, std::uint32_t line);
@@ -49,11 +49,11 @@ struct MEKAPI2_API Origin {
     std::int64_t time;    ///< seconds since 1970
 };
 
-/// One log line, composed with the stream operators. Numbers are formatted with the classic locale,
-/// whatever the locale of the process is.
+/// One log record, composed with the stream operators. Numbers are always formatted with the
+/// classic locale.
 template <class Char>
 struct Record : public std::basic_ostringstream<Char> {
-    /// An empty line. The arguments are those of `Origin`.
+    /// An empty record. The arguments are those of `Origin`.
     Record(const char* file, const char* function, std::uint32_t line)
         : severity(Severity::Information), origin(file, function, line) {
         if (this->getloc() != std::locale::classic()) { // imbuing costs as much as constructing
@@ -65,7 +65,7 @@ struct Record : public std::basic_ostringstream<Char> {
     Origin origin;               ///< where and when the record was made
 };
 
-/// Receives log lines. It has no state; several threads may use one object at the same time.
+/// Receives log records. It has no state; several threads may use one object at the same time.
 struct MEKAPI2_API LogSystem {
     /// Construction and copies; there is no state.
     /// @{

@@ -1,5 +1,5 @@
 /// @file
-/// Arrays: the bulk data that an application passes to a `Model`.
+/// Arrays, which an application passes to `Model::addArrayProperty`.
 ///
 /// @code
 /// #include <tyr/mek2/array.hpp>
@@ -22,7 +22,7 @@
 /// dimension must be below 2^31; `Model::addArrayProperty` refuses larger arrays.
 ///
 /// Constructors and copy assignment allocate. They raise `std::bad_alloc` if there is no memory or
-/// the size is too large; an array that is assigned to then keeps its elements. Nothing else
+/// the size is too large; the target of the assignment then keeps its elements. No other operation
 /// raises an exception.
 ///
 /// Different arrays may be used from different threads at the same time.
@@ -97,7 +97,7 @@ public:
     /// Replaces the elements by those of `other`, which is empty afterwards.
     Array1d& operator=(Array1d&& other) noexcept;
 
-    /// Copies `size()` elements from `source`, which must have that many. The size stays.
+    /// Copies `size()` elements from `source`, which must have that many. The size does not change.
     void copy_from(const T* source);
 
     /// Number of elements.

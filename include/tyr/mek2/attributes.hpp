@@ -37,9 +37,9 @@ struct ValueAccess;
 /// | `unsigned int`, `float`, `double`| the value                                              |
 /// | `int`, `std::int64_t`            | the low 32 bits as an unsigned number: -1 is 4294967295|
 /// | `std::string`                    | the first 256 bytes, up to the first zero byte         |
-/// | all others, every vector included| cannot be stored                                       |
+/// | all others, and all vectors      | cannot be stored                                       |
 ///
-/// An operation that has to write an attribute that cannot be stored raises `InvalidArguments`.
+/// An operation with an attribute that cannot be stored raises `InvalidArguments`.
 using AttributeVariant =
     std::variant<float, std::vector<float>, int, std::vector<int>, unsigned int,
                  std::vector<unsigned int>, std::string, std::vector<std::string>, std::wstring,
@@ -51,9 +51,9 @@ using AttributeVariant =
 
 /// A map from key to value, ordered by the bytes of the key.
 ///
-/// A copy is a deep copy. A moved-from object is empty and can be used again. Everything but moves
-/// and destruction allocates and raises `std::bad_alloc` if there is no memory; the object then
-/// keeps its content. Different objects may be used from different threads at the same time.
+/// A copy is a deep copy. A moved-from object is empty and can be used again. All operations except
+/// moves and destruction allocate, and raise `std::bad_alloc` if there is no memory; the object
+/// then keeps its content. Different objects may be used from different threads at the same time.
 class MEKAPI2_API Attributes {
 public:
     /// No attributes.
@@ -74,8 +74,8 @@ public:
     ~Attributes();
 
     /// Stores `value` under `key`. Replaces a value of the same key, whatever its type.
-    /// @tparam T `float`, `int`, `unsigned int`, a `std::vector` of one of these, or `std::string`;
-    ///     a vector is accepted here and refused by the operation that has to write it
+    /// @tparam T `float`, `int`, `unsigned int`, a `std::vector` of one of these, or `std::string`.
+    ///     A vector is accepted here, but the file cannot store it.
     template <class T>
     void set(const std::string& key, const T& value);
 
@@ -90,8 +90,8 @@ private:
     std::map<std::string, AttributeVariant>* data_; // null in a moved-from object only
 };
 
-// Only calls with other types use the primary template; they get its message. The types it lists
-// are specialised in the library.
+// Calls with unsupported types use this primary template, which gives a readable compile error. The
+// library specialises it for the supported types.
 
 template <class T>
 void Attributes::set(const std::string&, const T&) {

@@ -51,11 +51,13 @@ enum class PropertyType : std::int32_t {
 /// The type of an array. It determines the width (numbers per row), the default name of the
 /// variable, and the type of the variable in the file.
 ///
-/// Width 1 takes an `Array1d` or an `Array2d` of one column, width 3 or 6 an `Array2d` of that many
-/// columns. The elements are `float` or `unsigned int` for every type. The last digit of the mesh
-/// types is 0 for lines, 1 for surfaces, 2 for solids. Results A are values at nodes, results B
-/// values of elements; C and D have no fixed meaning. The digit of a result is its width: 1 for a
-/// scalar, 3 for a vector, 6 for a symmetric tensor (xx, yy, zz, xy, yz, xz).
+/// Width 1 takes an `Array1d` or an `Array2d` of one column; width 3 or 6 takes an `Array2d` of
+/// that many columns. The elements are `float` or `unsigned int` for every type. By convention:
+/// - The last digit of a mesh type is 0 for lines, 1 for surfaces, 2 for solids.
+/// - The letter of a result type is A for values at nodes, B for values of elements. C and D have
+///   no fixed meaning.
+/// - The digit of a result type is its width: 1 for a scalar, 3 for a vector, 6 for a symmetric
+///   tensor (xx, yy, zz, xy, yz, xz). A type that ends in `b` has no fixed meaning.
 enum class DatasetType : std::int32_t {
     /// width 1, "Connectivity": rows of the coordinates, element after element
     Connectivity0 = 0,
@@ -71,7 +73,7 @@ enum class DatasetType : std::int32_t {
     PartElements2 = 8,
     /// width 3, "Coordinates"
     Coordinates = 9,
-    /// no default name, also for the other results
+    /// results A to D have no default name
     ResultA1 = 10,
     ResultA3 = 11,
     ResultA6 = 12,

@@ -43,18 +43,18 @@ class Database;
 ///
 /// A write cycle starts with `saveTo`. It ends with `close`, or with the destruction of the
 /// `Model`. In between, the application builds the tree and adds arrays:
-/// - Arrays are compressed and written while they are added. Memory use is one block (200 MiB, or
-///   what the environment variable MEKWRITER_DEFAULT_BLOCK_SIZE sets), its compressed form while it
-///   is written, and a copy of the array.
+/// - Arrays are compressed and written while they are added. Memory contains one block (200 MiB, or
+///   the size in the environment variable MEKWRITER_DEFAULT_BLOCK_SIZE), the compressed form of the
+///   block that is being written, and a copy of the array.
 /// - Names, attributes, materials and the tree are written at `close`. Until then the file is
 ///   unfinished: it has no index, and readers refuse it. With `SaverOptions::journal`, `recover`
-///   makes a complete file of it.
+///   makes a complete file from it.
 ///
-/// Every node has an id. The root is 1, the others are numbered from 2 in order of creation; 0 is
-/// no node. The tree has a current node, below which `addNode` adds. The documentation of each
-/// operation says which node is the current one afterwards.
+/// Every node has an id. The root has the id 1; the other nodes count from 2 in the order of their
+/// creation. No node has the id 0. The tree has a current node, below which `addNode` adds. The
+/// documentation of each operation says which node is the current one afterwards.
 ///
-/// Errors are exceptions of `<tyr/exception/exception.hpp>`. What was done before an error stays,
+/// Errors are exceptions of `<tyr/exception/exception.hpp>`. Changes made before an error are kept,
 /// and the `Model` can be used, closed or destroyed. Every operation may also raise
 /// `std::bad_alloc` and, for the memory of a block, `MemoryAllocationException`.
 ///
@@ -62,7 +62,7 @@ class Database;
 /// the same time.
 class MEKAPI2_API Model {
 public:
-    /// A number that is never an id. No operation returns it: a look-up without a result gives 0.
+    /// A number that is never an id. No operation returns it; a look-up without a result returns 0.
     static constexpr unsigned int INVALID_ID = 0xFFFFFFFF;
 
     /// "/"
@@ -80,15 +80,15 @@ public:
     Model(const Model&) = delete;
     Model& operator=(const Model&) = delete;
 
-    /// Moves the open write cycle from `other`, which is left as if default-constructed. Allocates;
-    /// if that fails, neither object changes.
+    /// Moves the open write cycle from `other`. `other` has no open write cycle afterwards.
+    /// Allocates; if that fails, neither object changes.
     Model(Model&& other);
 
     /// As the constructor. An open write cycle of this object ends as in the destructor.
     Model& operator=(Model&& other);
 
-    /// Starts a write cycle: creates the file and writes its head. The tree is empty; the first
-    /// `addNode` adds the root.
+    /// Starts a write cycle: creates the file and writes its first bytes. The tree is empty; the
+    /// first `addNode` adds the root.
     ///
     /// With an empty path there is no file: the tree can be built, `addArrayProperty` refuses
     /// arrays, and `close` writes nothing. Each call seeds `std::rand` of the process with 0.
@@ -115,12 +115,12 @@ public:
     void saveTo(CharT* path, const SaverOptions& options = SaverOptions());
     /// @}
 
-    /// Ends the write cycle: writes everything that is left and the index, and closes the file.
-    /// Does nothing if no write cycle is open. There is no current node afterwards.
+    /// Ends the write cycle: writes all data that is still in memory and the index, and closes the
+    /// file. Does nothing if no write cycle is open. There is no current node afterwards.
     ///
-    /// After an error the file stays unfinished and the write cycle open. A second `close` drops
-    /// the write cycle without writing. Errors that a network file system or a quota reports only
-    /// on `close(2)` are not detected.
+    /// After an error the file is unfinished and the write cycle is still open. A second `close`
+    /// ends the write cycle without writing. Errors that a network file system or a quota reports
+    /// only on `close(2)` are not detected.
     ///
     /// @throws FileWriteException "Unable to write to file" or "Saving the buffer failed": the
     ///     system could not write or seek
@@ -162,7 +162,7 @@ public:
     /// @throws InvalidObjectState "File not open.": no write cycle is open
     /// @throws InvalidArguments "Invalid node type for root node"; "Invalid node type"; or an
     ///     attribute that cannot be stored
-    /// @throws KeyNotFound the current node is an unknown id, set by `addArrayProperty`
+    /// @throws KeyNotFound a failed `addArrayProperty` has set an unknown id as the current node
     unsigned int addNode(NodeType type, const std::string& name,
                          const Attributes& attributes = emptyAttributes());
 
@@ -173,18 +173,18 @@ public:
 
     /// Makes the parent of the current node the current node. Does nothing at the root.
     /// @throws InvalidObjectState "Not initialized": no write cycle is open
-    /// @throws KeyNotFound the current node is an unknown id, set by `addArrayProperty`
+    /// @throws KeyNotFound a failed `addArrayProperty` has set an unknown id as the current node
     void moveToParentNode();
 
     /// Finds a node by its path: separator, name of the root, separator, next name, and so on.
     ///
-    /// `separator` is one string. After the root's name, as many bytes as it has are skipped
-    /// without being compared. Of several children with the same name, group or shape, the first
-    /// added is found. The path of a geometry is that of its shape, separator, and the name of the
-    /// shape again.
+    /// `separator` is one string. The separator after the root's name is not compared: as many
+    /// bytes as `separator` has are skipped. If several children have the same name, the one that
+    /// was added first is found. The path of a geometry is the path of its shape, the separator,
+    /// and the name of the shape again.
     ///
-    /// Afterwards the current node is the root, also if nothing was found; with an empty path it
-    /// does not change.
+    /// Afterwards the current node is the root, even if nothing was found. An empty path does not
+    /// change the current node.
     ///
     /// @return the id, or 0 if there is no such node
     /// @throws InvalidObjectState "Not initialized": no write cycle is open
@@ -198,21 +198,21 @@ public:
     unsigned int getNodeId(std::initializer_list<std::string> components);
     /// @}
 
-    /// Deleted: a list of names needs no separator, and two string literals would be taken as the
-    /// range of one string.
+    /// Deleted: a list of names needs no separator. Without this overload, two string literals in
+    /// braces would be the begin and end of one string.
     template <std::size_t N, std::enable_if_t<N == 2, int> = 0>
     unsigned int getNodeId(const char* const (&components)[N],
                            const std::string& separator) = delete;
 
     /// Sets the placement or attributes of a group, or the material of a shape.
     ///
-    /// For the id of a geometry, the material of its shape is set. Properties are applied in
-    /// ascending order of their keys; after an error, those before it stay applied. Attributes are
-    /// added to those of a group and replace those of the same key; for other nodes they are
-    /// ignored. Values are written at `close`, so the last value of a key counts.
+    /// If `id` is a geometry, the material of its shape is set. Properties are applied in ascending
+    /// order of their keys; after an error, those that were applied before are kept. Attributes of
+    /// a group are added, and replace those with the same key; attributes of other nodes are
+    /// ignored. Values are written at `close`, so the last value of a key is the one in the file.
     ///
-    /// Afterwards the current node is `id`, or the shape if `id` is its geometry. This holds after
-    /// the last two exceptions, too; the first two change nothing.
+    /// Afterwards the current node is `id`, or the shape if `id` is its geometry. The last two
+    /// exceptions also set the current node; the first two change nothing.
     ///
     /// @throws InvalidObjectState "File not open.": no write cycle is open
     /// @throws OutOfBounds no node has this id
@@ -225,16 +225,16 @@ public:
 
     /// Adds the groups and shapes of a list of paths. Nodes that exist are reused.
     ///
-    /// A path starts with the separator and the name of the root. A path that ends in the separator
-    /// leads to a group, any other path to a shape; all names before the last are groups. Every
-    /// byte of `separator` separates names, so it should be one ASCII character. Empty names are
-    /// ignored.
+    /// A path starts with the separator and the name of the root. The last name of a path is a
+    /// group if the path ends in the separator, otherwise a shape; all names before it are groups.
+    /// Every byte of `separator` separates names, so it should be one ASCII character. Empty names
+    /// are ignored.
     ///
-    /// Afterwards the current node is the end of the last path that contains a name. After an error
-    /// the nodes that were added before it stay.
+    /// Afterwards the current node is the last node of the last path that contains a name. After an
+    /// error the nodes that were added before are kept.
     ///
-    /// @return one id for each path, in the same order: of the group, or of the geometry below the
-    ///     shape; 1 for the path of the root; 0 for a path without a name
+    /// @return one id for each path, in the same order: the id of the group, or of the geometry of
+    ///     the shape; 1 for the path of the root; 0 for a path without a name
     /// @throws InvalidObjectState "File not open.": no write cycle is open
     /// @throws InvalidArguments "Relative paths not supported": a path does not start with
     ///     `separator`
@@ -248,9 +248,9 @@ public:
         const std::string& separator = defaultPathSeparator());
     /// @}
 
-    /// The same with attributes for the groups at the ends of paths; the ids are in the order of
-    /// the map. Attributes are added to those of the group and replace those of the same key;
-    /// attributes of shapes are ignored.
+    /// The same with attributes for the last group of each path. The ids are in the order of the
+    /// map. Attributes are added to those of the group, and replace those with the same key.
+    /// Attributes of shapes are ignored.
     /// @throws InvalidArguments also for an attribute that cannot be stored
     /// @{
     Array1d<unsigned int> addAssemblyComponents(
@@ -264,20 +264,21 @@ public:
     /// Writes an array to the file and attaches it as a named variable to geometries, for steps.
     ///
     /// The array is written once. There is one variable for each pair of an id and a step, in the
-    /// order of the ids. The first variable owns the array and carries the attributes; the others
-    /// are links to it. Ids of groups and shapes are ignored.
+    /// order of the ids. The first variable is the owner of the array and has the attributes; the
+    /// others are links to it. Ids of groups and shapes are ignored.
     ///
     /// The name of a variable is `name`. If the step has a name, the character 0x1E and that name
-    /// follow. If the geometry has a variable of this name, the variable gets the new array, and
-    /// the attributes are added to its attributes.
+    /// follow. If the geometry already has a variable with this name, this variable gets the new
+    /// array, and the attributes are added to its attributes.
     ///
-    /// Attributes of the call replace those of the step with the same key. The keys "Complex",
-    /// "Contents", "DataSource", "DataType", "Structure" and those that start with "Link." are not
-    /// written. "Category" with the string "Vibration" marks the variable as a vibration.
+    /// If the step and the call have an attribute with the same key, that of the call is used. The
+    /// keys "Complex", "Contents", "DataSource", "DataType", "Structure" and those that start with
+    /// "Link." are not written. "Category" with the string "Vibration" marks the variable as a
+    /// vibration.
     ///
-    /// Does nothing if there are no rows or no ids; the type is checked first. Otherwise, if there
-    /// are steps, the current node afterwards is the last id. After an error, the variables that
-    /// were attached before it stay, and the array may stay in the file without a variable.
+    /// If there are no rows or no ids, only the type is checked. Otherwise, if there are steps, the
+    /// current node afterwards is the last id. After an error, the variables that were added before
+    /// are kept, and the array may be in the file without a variable.
     ///
     /// @warning If the first variable is a link of an earlier call, it stays a link: no variable
     ///     refers to the new array then, and links can form a circle. Use new names, or set
@@ -291,15 +292,15 @@ public:
     /// @throws InvalidArguments "Can't guess result width for specified type": unknown type;
     ///     "Invalid arguments": invalid number of columns, or an attribute that cannot be stored
     /// @throws OverflowError 2^31 or more rows or ids, or an array of 2^32 bytes or more
-    /// @throws KeyNotFound an id is not in the tree; it is the current node then
-    /// @throws FileWriteException the system could not write; `close` will fail, too
+    /// @throws KeyNotFound no node has one of the ids; the current node is then this unknown id
+    /// @throws FileWriteException the system could not write; `close` will also fail
     template <class Array, class Id, class Steps>
     void addArrayProperty(const std::string& name, DatasetType type, const Array& array,
                           const Id& ids, const Steps& steps,
                           const Attributes& attributes = emptyAttributes());
 
     /// The same with the default name of `type`.
-    /// @throws InvalidArguments "Can't guess result name for specified type": it has none
+    /// @throws InvalidArguments "Can't guess result name for specified type": there is no default
     template <class Array, class Id, class Steps>
     void addArrayProperty(DatasetType type, const Array& array, const Id& ids, const Steps& steps,
                           const Attributes& attributes = emptyAttributes());
@@ -319,8 +320,8 @@ inline constexpr bool isArrayPropertyCall = std::conjunction_v<
     std::disjunction<std::is_same<Id, unsigned int>, std::is_same<Id, Array1d<unsigned int>>>,
     std::disjunction<std::is_same<Steps, Step>, std::is_same<Steps, StepList>>>;
 
-// Only calls with other types use the primary templates; they get the message. The types that it
-// lists are specialised in the library.
+// Calls with unsupported types use these primary templates, which give a readable compile error.
+// The library specialises them for the supported types.
 
 template <class S>
 void Model::saveTo(const S&, const SaverOptions&) {

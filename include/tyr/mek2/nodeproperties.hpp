@@ -36,9 +36,9 @@ using NodePropertyVariant =
 /// A map from `PropertyType` to value, ordered by the number of the key. `Model::setNodeData`
 /// checks whether a value fits its key.
 ///
-/// A copy is a deep copy. A moved-from object is empty and can be used again. Everything but moves
-/// and destruction allocates and raises `std::bad_alloc` if there is no memory; the object then
-/// keeps its content. Different objects may be used from different threads at the same time.
+/// A copy is a deep copy. A moved-from object is empty and can be used again. All operations except
+/// moves and destruction allocate, and raise `std::bad_alloc` if there is no memory; the object
+/// then keeps its content. Different objects may be used from different threads at the same time.
 class MEKAPI2_API NodeProperties {
 public:
     /// No properties.
@@ -76,8 +76,8 @@ private:
     std::map<PropertyType, NodePropertyVariant>* data_; // null in a moved-from object only
 };
 
-// Only calls with other types use the primary template; they get its message. The types it lists
-// are specialised in the library.
+// Calls with unsupported types use this primary template, which gives a readable compile error. The
+// library specialises it for the supported types.
 
 template <class T>
 void NodeProperties::set(PropertyType, const T&) {

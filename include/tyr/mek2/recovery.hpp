@@ -49,7 +49,7 @@ struct RecoveryReport {
 /// Receives the path of a temporary file, in UTF-8.
 using TemporaryFileObserver = std::function<void(const std::string& path)>;
 
-/// Makes a complete model file of an unfinished one that was written with `SaverOptions::journal`.
+/// Makes a complete model file from an unfinished one and its journal (`SaverOptions::journal`).
 ///
 /// Makes the recorded calls again, up to the first one whose record or array is not whole. Copies
 /// the blocks of the arrays without decompressing them. Only reads its input, which can belong to a

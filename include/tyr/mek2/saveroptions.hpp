@@ -30,7 +30,7 @@ struct SaverOptions {
     std::string toolVersion{}; ///< its version; used only if `toolName` is not empty
     std::string thirdText{};   ///< not used
 
-    /// What happens to a new array if the first variable of the call is a link of an earlier call.
+    /// Applies if the first variable of a call of `addArrayProperty` is a link of an earlier call.
     /// False: the variable stays a link, no variable refers to the new array, and links can form
     /// circles. True: the variable becomes the owner of the new array.
     bool relinkReplaced = false;

@@ -1,5 +1,5 @@
 /// @file
-/// Steps: the time steps, load cases or modes that an array is valid for.
+/// Steps: the time steps, load steps or modes to which arrays belong.
 ///
 /// @code
 /// #include <tyr/mek2/step.hpp>
@@ -35,16 +35,16 @@ struct Step {
 
 /// A list of steps with a fixed length.
 ///
-/// The length is fixed at construction; only assignment and moves change it. Construct the list
-/// with exactly as many steps as you set:
+/// The length is set at construction; only assignment and moves change it. Construct the list with
+/// exactly as many steps as you set:
 /// - A step that is not set has an empty name. All such steps share one variable, whose name
 ///   contains no step.
 /// - With an empty list, `Model::addArrayProperty` writes a dataset that no variable refers to.
 ///
 /// Indices are not checked: an index outside the list is undefined behaviour. A copy is a deep
-/// copy. A moved-from list is empty. Everything but moves and destruction allocates and raises
-/// `std::bad_alloc` if there is no memory; the list then keeps its content. Different lists may be
-/// used from different threads at the same time.
+/// copy. A moved-from list is empty. All operations except moves and destruction allocate, and
+/// raise `std::bad_alloc` if there is no memory; the list then keeps its content. Different lists
+/// may be used from different threads at the same time.
 class MEKAPI2_API StepList {
 public:
     /// `n` steps, each with an empty name and no attributes.

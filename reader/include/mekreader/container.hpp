@@ -1,7 +1,7 @@
 /// @file
 /// Reads the container: header, index tables, blocks, and the streams that the blocks form.
 ///
-///     offset  width  content
+///     offset  bytes  content
 ///     0       8      signature
 ///     8       4      "1.3" and a NUL
 ///     12      4      length of the first table, 2784
@@ -9,7 +9,7 @@
 ///     20      2780   entries of blocks 0 to 19, 139 bytes each
 ///     2800           the blocks, without gaps, in the order of their numbers
 ///
-/// Blocks 19, 219, 419 ... contain the table of the next 200 entries if the file needs it. The
+/// Blocks 19, 219, 419 ... each contain a table of 200 further entries if the file needs them. The
 /// blocks of one name, in order, are one stream of bytes.
 #pragma once
 
@@ -35,7 +35,7 @@ struct Block {
     std::string name{};
     std::uint64_t position = 0; ///< in the file
     std::uint32_t storedLength = 0;
-    std::uint32_t rawLength = 0; ///< of a compressed block: its own first field
+    std::uint32_t rawLength = 0; ///< length of the content, decompressed
     std::uint8_t flags = 0;
 
     bool isEmpty() const;
@@ -45,8 +45,8 @@ struct Block {
 
 /// An open container with a valid header and valid tables.
 ///
-/// No value in a file is trusted: memory is allocated only for bytes that exist. A `Container` may
-/// be used by one thread at a time.
+/// A damaged length cannot cause a large allocation: memory is allocated only for bytes that exist.
+/// A `Container` may be used by one thread at a time.
 class Container {
 public:
     /// @throws Unfinished the file has no complete index
@@ -106,7 +106,7 @@ private:
     std::vector<Block> blocks_;
     std::map<std::string, Stream, std::less<>> streams_;
 
-    std::string content_; ///< of the block that was used last
+    std::string content_; ///< of the block that was read last
     std::optional<std::uint64_t> contentOwner_;
 };
 

@@ -38,8 +38,7 @@ struct Material {
     bool materialFlag = false;
 };
 
-/// One named array of a geometry. A link refers to another variable instead of describing a
-/// dataset.
+/// One named array of a geometry. An owner describes a dataset; a link refers to another variable.
 struct Variable {
     static constexpr std::uint8_t floatElements = 1;
     static constexpr std::uint8_t unsignedElements = 5;
@@ -50,14 +49,14 @@ struct Variable {
     bool linked = false;
     std::uint32_t linkedNodeId = 0;        ///< if linked: geometry of the target
     std::uint32_t linkedVariableIndex = 0; ///< if linked: index of the target there
-    std::uint32_t byteSize = 0;            ///< if not linked, as are the next two
+    std::uint32_t byteSize = 0;            ///< this and the next two: if not linked
     std::uint8_t width = 0;                ///< values per row
     std::uint64_t offset = 0;              ///< of the dataset in "Heavy Data"
     bool vibration = false;
     AttributeList attributes{};
 
-    /// Of a link in a `File`, the end of its chain: the owner, or a link whose target does not
-    /// exist. Null if the links form a circle.
+    /// Set for a link in a `File`: the last variable of its chain of links. This is the owner, or a
+    /// link whose target does not exist. Null if the links form a circle.
     std::optional<const Variable*> chainEnd{};
 
     std::uint64_t rows() const { return width == 0 ? 0 : byteSize / (4U * width); }
@@ -65,7 +64,7 @@ struct Variable {
 
 struct Node {
     std::uint32_t id = 0;
-    std::uint32_t parent = 0; ///< 0 for none, as are the next four
+    std::uint32_t parent = 0; ///< this and the next four are ids; 0 for none
     std::uint32_t previousSibling = 0;
     std::uint32_t nextSibling = 0;
     std::uint32_t firstChild = 0;
@@ -90,7 +89,7 @@ struct Modifier {
     std::string comment{};
 };
 
-/// A model file. The constructor reads everything but the arrays, which are read on demand. A
+/// A model file. The constructor reads everything except the arrays, which are read on request. A
 /// `File` may be used by one thread at a time.
 class File {
 public:
@@ -107,20 +106,18 @@ public:
     const std::vector<Node>& nodes() const { return nodes_; }
     const std::vector<Modifier>& modifiers() const { return modifiers_; }
 
-    /// Whether the variable is a link whose chain of links ends in a circle, so that it has no
-    /// array. A valid file may hold such variables.
+    /// Whether the variable is a link whose chain of links ends in a circle. Such a variable has no
+    /// array. It can occur in a valid file.
     bool hasCircularLinks(const Variable& variable) const {
         return variable.linked && variable.chainEnd == nullptr;
     }
 
-    /// The variable that describes the dataset: the variable itself, or the end of its chain of
-    /// links.
-    /// @throws Error the links form a circle, or one of them refers to a variable that does not
-    ///     exist
+    /// The owner of the dataset: the variable itself, or the last variable of its chain of links.
+    /// @throws Error the links form a circle, or the target of a link does not exist
     const Variable& owner(const Variable& variable) const;
 
-    /// The values of a variable, row by row. Links are followed. The bits are not converted,
-    /// whatever the element type is.
+    /// The values of a variable or of its owner, row by row. The bits are not converted: call the
+    /// function of the owner's element type.
     /// @throws Error as `owner`, or the dataset is damaged
     std::vector<float> floats(const Variable& variable);
     std::vector<std::uint32_t> words(const Variable& variable);

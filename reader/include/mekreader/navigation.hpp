@@ -9,16 +9,16 @@
 
 namespace MekReader {
 
-/// The parent, its parent and so on; the root last.
+/// The parent, its parent and so on, up to the root.
 /// @throws Error a parent does not have a smaller id than its child
 std::vector<const Node*> ancestorsOf(const File& file, const Node& node);
 
-/// The children in their order.
+/// The children, in ascending order of their ids.
 /// @throws Error a child does not have a larger id than the one before it, or has another parent
 std::vector<const Node*> childrenOf(const File& file, const Node& node);
 
-/// The names from the root down to the node, each after a '/'. Names are not escaped. The path of a
-/// geometry is that of its shape.
+/// The names from the root to the node, each preceded by a '/'. Names are not escaped. The path of
+/// a geometry is that of its shape.
 /// @throws Error as `ancestorsOf`
 std::string pathOf(const File& file, const Node& node);
 

@@ -1,5 +1,5 @@
 /// @file
-/// Strings of a file for a line of text.
+/// Quotes strings of a file, so that they can be printed in a line of text.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 
 namespace MekReader {
 
-/// The string in quotes, with control characters as hexadecimal numbers.
+/// The string in double quotes. Control characters become hexadecimal numbers.
 inline std::string inQuotes(std::string_view bytes) {
     constexpr std::string_view digits = "0123456789ABCDEF";
     std::string shown = "\"";

@@ -10,7 +10,7 @@
 
 namespace MekReader {
 
-/// The name of a quantity and its step. A variable without a step applies to all steps.
+/// The name of a quantity and of a step. A variable without a step belongs to all steps.
 struct VariableName {
     std::string_view result;
     std::string_view step;
@@ -27,7 +27,7 @@ inline VariableName splitName(std::string_view name) {
 /// Variable types of the file format.
 namespace VariableType {
 constexpr std::uint32_t coordinates = 1;
-constexpr std::uint32_t firstConnectivity = 4; ///< of elements of dimension 1; then 2 and 3
+constexpr std::uint32_t firstConnectivity = 4; ///< elements of dimension 1; 5 and 6: of dimension 2, 3
 constexpr std::uint32_t lastConnectivity = 6;
 constexpr std::uint32_t polylength = 9;
 constexpr std::uint32_t firstNodeResult = 12;
@@ -44,7 +44,7 @@ inline bool isPolylength(const Variable& variable) {
     return variable.type == VariableType::polylength;
 }
 
-/// "Part Elements" have the same variable types; only the name differs.
+/// "Part Elements" has the same variable types; only the name differs.
 inline bool isConnectivity(const Variable& variable) {
     return variable.type >= VariableType::firstConnectivity &&
            variable.type <= VariableType::lastConnectivity &&
