@@ -27,7 +27,7 @@ inline VariableName splitName(std::string_view name) {
 /// Variable types of the file format.
 namespace VariableType {
 constexpr std::uint32_t coordinates = 1;
-constexpr std::uint32_t firstConnectivity = 4; ///< elements of dimension 1; 5 and 6: of dimension 2, 3
+constexpr std::uint32_t firstConnectivity = 4; ///< dimension 1; 5 and 6: dimension 2 and 3
 constexpr std::uint32_t lastConnectivity = 6;
 constexpr std::uint32_t polylength = 9;
 constexpr std::uint32_t firstNodeResult = 12;
