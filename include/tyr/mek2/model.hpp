@@ -84,7 +84,7 @@ public:
     /// Allocates; if that fails, neither object changes.
     Model(Model&& other);
 
-    /// As the constructor. An open write cycle of this object ends as in the destructor.
+    /// The same. Before, an open write cycle of this object ends as in the destructor.
     Model& operator=(Model&& other);
 
     /// Starts a write cycle: creates the file and writes its first bytes. The tree is empty; the
@@ -138,7 +138,7 @@ public:
     /// so frequent checkpoints make a larger file. After an error the write cycle can continue; the
     /// next checkpoint writes what is missing.
     ///
-    /// @param durability `Durability::Device` waits until the device has file, journal and folder
+    /// @param durability `Durability::Device`: waits until the device has file, journal and folder
     /// @throws InvalidObjectState "File not open.": no write cycle is open, or it has no file;
     ///     "No journal"; "The journal is incomplete": there was no memory to record an earlier
     ///     call. Then earlier checkpoints can be recovered, and `close` still writes everything.
@@ -191,8 +191,8 @@ public:
     unsigned int getNodeId(const std::string& path,
                            const std::string& separator = defaultPathSeparator());
 
-    /// The same for the names of the path, that of the root first. No name may contain the
-    /// character 0x1E.
+    /// The same for a list of the names in the path; the name of the root is the first. No name may
+    /// contain the character 0x1E.
     /// @{
     unsigned int getNodeId(const std::vector<std::string>& components);
     unsigned int getNodeId(std::initializer_list<std::string> components);
