@@ -18,9 +18,17 @@
 
 #include <tyr/export.hpp>
 
+#include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <string>
 
 namespace Tyr::Mek2 {
+
+/// Calls `task(0)` to `task(count - 1)`, each once, in any order and on any threads of the
+/// application, and returns when all have returned. The tasks of the library throw no exception.
+using ParallelFor =
+    std::function<void(std::size_t count, const std::function<void(std::size_t)>& task)>;
 
 /// The options of `Model::saveTo`, which copies them. Different objects may be used from different
 /// threads at the same time.
@@ -46,6 +54,20 @@ struct SaverOptions {
     /// fails, or the `Model` is destroyed without `close`, the temporary file is removed, unless
     /// there is a journal.
     bool replaceWhenComplete = false;
+
+    /// If not empty, large arrays are shuffled and blocks are compressed in chunks by this
+    /// function, on threads of the application; `<tyr/mek2/threads.hpp>` has one. The file has the
+    /// same bytes for every number of threads, also for one, and its content is that of a file
+    /// without this option. An exception of the function ends the call of `Model`; a block that was
+    /// not written is kept and written by a later call.
+    ParallelFor parallelFor{};
+
+    /// Bytes of a block of arrays after which the next one begins. 0: the value of the environment
+    /// variable MEKWRITER_DEFAULT_BLOCK_SIZE, or 200 MiB.
+    std::uint32_t blockSize = 0;
+
+    /// Of zlib or libdeflate, from 1 (fast) to 9 (small).
+    int compressionLevel = 6;
 };
 
 /// After what a checkpoint can still be recovered.

@@ -2,6 +2,8 @@
 /// The byte shuffle, which makes arrays compress well.
 #pragma once
 
+#include "tyr/qbf/parallelfor.hpp"
+
 #include <cstdint>
 
 namespace TyrMek {
@@ -14,5 +16,11 @@ namespace TyrMek {
 /// @param target receives 4 x count x width bytes; must not overlap `values`
 void ShuffleBytes(const void* values, std::uint64_t count, std::uint8_t width,
                   unsigned char* target) noexcept;
+
+/// The same; large arrays are shuffled in parts by tasks.
+/// @throws MiscelleneousException "Not all tasks were run"; exceptions of `parallelFor` pass
+///     through; in both cases some bytes may be missing
+void ShuffleBytes(const void* values, std::uint64_t count, std::uint8_t width,
+                  unsigned char* target, const TyrQbf::ParallelFor& parallelFor);
 
 } // namespace TyrMek

@@ -12,6 +12,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <functional>
 #include <limits>
 #include <utility>
@@ -207,8 +208,19 @@ std::uint64_t Tree::StreamDataset(const void* data, int count, unsigned char wid
     }
     file.SetBlockFlags(heavyData, TyrQbf::FlagFreeze);
     file.SetBlockFlags(heavyData, TyrQbf::FlagCompress);
-    const auto shuffle = [&](unsigned char* target) { ShuffleBytes(data, items, width, target); };
+    std::exception_ptr error;
+    const auto shuffle = [&](unsigned char* target) {
+        try {
+            ShuffleBytes(data, items, width, target, file.index.Tasks());
+        } catch (...) { // the block must have all bytes
+            error = std::current_exception();
+            ShuffleBytes(data, items, width, target);
+        }
+    };
     file.index.Put(heavyData, size, std::cref(shuffle)); // a reference needs no allocation
+    if (error != nullptr) {
+        std::rethrow_exception(error);
+    }
     file.index.FlushFrozen(file.stream);
     return offset;
 }

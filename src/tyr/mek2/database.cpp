@@ -22,6 +22,7 @@ void Database::close() {
     if (!tree) {
         return;
     }
+    const BlockSizeScope scope(*this);
     if (openedForWriting && !tree->saveBegun) {
         save();
     }

@@ -4,9 +4,11 @@
 
 #include "tyr/base/database.hpp"
 #include "tyr/mek/tree.hpp"
+#include "tyr/qbf/unchangedenvironment.hpp"
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 namespace Tyr::Mek2 {
 
@@ -39,6 +41,9 @@ public:
     std::uint32_t openState = 1;
     bool relinkReplaced = false; ///< of this write cycle; see `SaverOptions`
 
+    /// Of this write cycle; none: that of the environment.
+    std::optional<std::uint32_t> blockSize;
+
     /// Null unless the write cycle has a journal or a temporary file.
     std::unique_ptr<SafeOutput> output;
 
@@ -48,6 +53,19 @@ public:
 
 private:
     void save();
+};
+
+/// While one exists, blocks get the size that the options of the write cycle ask for.
+class BlockSizeScope {
+public:
+    explicit BlockSizeScope(const Database& database) {
+        if (database.blockSize) {
+            environment_.emplace(database.blockSize);
+        }
+    }
+
+private:
+    std::optional<TyrQbf::UnchangedEnvironment> environment_;
 };
 
 } // namespace Tyr::Mek2

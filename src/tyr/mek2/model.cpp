@@ -40,6 +40,7 @@ void startWriteCycle(Database& database, const S& path, const SaverOptions& opti
 /// Makes a call, and records it if the write cycle has a journal.
 template <class Command>
 void run(Database& database, Command& command) {
+    const BlockSizeScope scope(database);
     Journal::Writer* const journal = database.output ? database.output->journal() : nullptr;
     if (journal != nullptr) {
         journal->run(database, command);
@@ -158,6 +159,7 @@ void Model::checkpoint(Durability durability) {
     if (!database_->output || database_->output->journal() == nullptr) {
         TYR_RAISE(Exception::InvalidObjectState("No journal"));
     }
+    const BlockSizeScope scope(*database_);
     database_->output->checkpoint(*database_->tree, durability == Durability::Device);
 }
 

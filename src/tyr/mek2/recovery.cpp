@@ -346,6 +346,13 @@ void refuseInputAsOutput(const Input& input, const NativePath& output) {
     }
 }
 
+/// On the calling thread.
+void runInOrder(std::size_t count, const std::function<void(std::size_t)>& task) {
+    for (std::size_t index = 0; index < count; ++index) {
+        task(index);
+    }
+}
+
 RecoveryReport recoverNative(const std::optional<NativePath>& unfinished,
                              const std::optional<NativePath>& output, bool overwrite,
                              const TemporaryFileObserver& onTemporaryFile) {
@@ -362,6 +369,8 @@ RecoveryReport recoverNative(const std::optional<NativePath>& unfinished,
     database.openedForWriting = true;
     database.relinkReplaced = input.start.relinkReplaced;
     database.tree = std::make_shared<TyrMek::Tree>();
+    database.tree->file.index.SetCompression(
+        input.start.compressionLevel, input.start.isInChunks ? runInOrder : TyrQbf::ParallelFor());
     if (!input.start.toolName.empty()) {
         database.tree->currentModifier.toolName = input.start.toolName;
         database.tree->currentModifier.toolVersion = input.start.toolVersion;

@@ -115,12 +115,13 @@ void SafeOutput::startJournal(TyrMek::Tree& tree, const SaverOptions& options) {
         journalPath_, identity,
         Journal::Start{Platform::displayPath(Platform::nameOf(path_)), options.toolName,
                        options.toolVersion, options.relinkReplaced,
-                       TyrQbf::BlockSizeFromEnvironment()});
+                       static_cast<std::uint8_t>(options.compressionLevel),
+                       static_cast<bool>(options.parallelFor), TyrQbf::BlockSizeFromEnvironment()});
     journal_->write();
-    tree.file.index.SetObserver([journal = journal_.get()](const TyrQbf::StoredBlock& block,
-                                                           const unsigned char* storedBytes) {
-        journal->recordBlock(block, storedBytes);
-    });
+    tree.file.index.SetObserver(
+        [journal = journal_.get()](const TyrQbf::StoredBlock& block, std::uint32_t crc) {
+            journal->recordBlock(block, crc);
+        });
 }
 
 void SafeOutput::refuseExisting() const {

@@ -10,10 +10,16 @@ namespace Tyr::Mek2 {
 
 void Saver::save(Database& database) {
     database.assertEmpty();
+    if (options.compressionLevel < 1 || options.compressionLevel > 9) {
+        TYR_RAISE(Exception::InvalidArguments("compressionLevel is not 1 to 9"));
+    }
     database.openedForReading = false;
     database.openedForWriting = true;
     database.tree = std::make_shared<TyrMek::Tree>();
     database.relinkReplaced = options.relinkReplaced;
+    database.blockSize = options.blockSize != 0 ? std::optional(options.blockSize) : std::nullopt;
+    database.tree->file.index.SetCompression(options.compressionLevel, options.parallelFor);
+    const BlockSizeScope scope(database);
     if (!options.toolName.empty()) {
         database.tree->currentModifier.toolName = options.toolName;
         database.tree->currentModifier.toolVersion = options.toolVersion;

@@ -3,7 +3,10 @@
 #include "tyr/log/logsystem.hpp"
 #include "tyr/platform/platform.hpp"
 #include "tyr/qbf/blockzlibcompressor.hpp"
+#include "tyr/qbf/chunkedcompressor.hpp"
+#include "tyr/qbf/coding.hpp"
 #include "tyr/qbf/indextable.hpp"
+#include "tyr/qbf/zlibstream.hpp"
 
 #include <algorithm>
 #include <cstddef>
@@ -17,7 +20,6 @@ namespace {
 
 constexpr std::uint32_t lengthFieldSize = 4;
 constexpr auto indexBlockLimit = static_cast<std::uint32_t>(TableSize(indexBlockEntries));
-constexpr std::int32_t compressionLevel = 6;
 
 /// Reserves memory for `count` more elements, so that appending them cannot fail. The capacity at
 /// least doubles when it grows.
@@ -58,6 +60,29 @@ Tyr::Exception::FileWriteException PositioningError() {
     block.Write(stream, withLength);
     return true;
 }
+
+/// Bytes that follow each other in the file, their number and CRC-32.
+class StoredBytes {
+public:
+    explicit StoredBytes(std::FILE* file) : stream(file) {}
+
+    void Write(const unsigned char* bytes, std::size_t count) {
+        if (std::fwrite(bytes, count, 1, stream) != 1) {
+            TYR_RAISE(Tyr::Exception::FileWriteException("Unable to write to file"));
+        }
+        crc = Crc32(crc, bytes, count);
+        length += count;
+        if (length > std::numeric_limits<std::uint32_t>::max()) {
+            TYR_RAISE(Tyr::Exception::OverflowError());
+        }
+    }
+
+    std::uint64_t length = 0;
+    std::uint32_t crc = 0;
+
+private:
+    std::FILE* stream;
+};
 
 } // namespace
 
@@ -323,22 +348,17 @@ void Index::WriteBufferToFileStream(std::uint64_t number, std::FILE* stream) {
         TYR_LOG(function, "Buffer length: " << raw);
     }
     if ((entry.flags & FlagCompress) != 0) {
-        BlockZlibCompressor compress(compressionLevel);
+        if (parallelFor) {
+            WriteInChunks(number, stream);
+            return;
+        }
+        BlockZlibCompressor compress(level);
         compress(block);
         TYR_LOG(function, "Buffer length after transformations: " << block.length);
     }
-    entry.storedLength = block.length;
-    ComputePosition(number);
     ++pendingWrites;
     entry.rawLength = raw;
-    if ((entry.flags & FlagFreeze) != 0) {
-        entry.frozen = true;
-    } else {
-        // from now on the cursor of the block is its compressed length
-        BlockProgress& progress = GetBlockSizeLimiter(entry.name).progress;
-        progress.summedBlocks = 0;
-        progress.summedLength = 0;
-    }
+    SetWritten(number, block.length);
     TYR_LOG(function, "Writing buffer at position: " << entry.position);
     if (observer) {
         unwrittenBlocks.push_back(number);
@@ -366,11 +386,55 @@ bool Index::WriteStored(BlockNumber number, std::FILE* stream) {
         unwrittenBlocks.pop_back();
         observer(
             {entry.name, number, entry.position, entry.storedLength, entry.rawLength, entry.flags},
-            block.data);
+            Crc32(0, block.data, entry.storedLength));
     }
     --pendingWrites;
     block.Release();
     return true;
+}
+
+/// Sets the stored length of a block, and its position.
+void Index::SetWritten(BlockNumber number, std::uint32_t storedLength) {
+    IndexEntry& entry = entries[number];
+    entry.storedLength = storedLength;
+    ComputePosition(number);
+    if ((entry.flags & FlagFreeze) != 0) {
+        entry.frozen = true;
+    } else {
+        // from now on the cursor of the block is its compressed length
+        BlockProgress& progress = GetBlockSizeLimiter(entry.name).progress;
+        progress.summedBlocks = 0;
+        progress.summedLength = 0;
+    }
+}
+
+/// Nothing of the block changes before the system has accepted all bytes.
+void Index::WriteInChunks(BlockNumber number, std::FILE* stream) {
+    IndexEntry& entry = entries[number];
+    Block& block = blocks[number];
+    ComputePosition(number);
+    std::clearerr(stream);
+    if (!Tyr::Platform::seekTo(stream, entry.position)) {
+        TYR_RAISE(PositioningError());
+    }
+    StoredBytes stored(stream);
+    const auto lengthField = LittleEndian(block.length);
+    stored.Write(lengthField.data(), lengthField.size());
+    ChunkedCompressor(parallelFor, level)(
+        block.data, block.length,
+        [&stored](const unsigned char* bytes, std::size_t count) { stored.Write(bytes, count); });
+    if (std::fflush(stream) != 0) {
+        TYR_RAISE(Tyr::Exception::FileWriteException("Unable to write to file"));
+    }
+    entry.rawLength = block.length;
+    block.position = static_cast<std::uint32_t>(stored.length);
+    SetWritten(number, block.position);
+    if (observer) {
+        observer(
+            {entry.name, number, entry.position, entry.storedLength, entry.rawLength, entry.flags},
+            stored.crc);
+    }
+    block.Release();
 }
 
 /// The order of the blocks does not matter: their positions are known.
@@ -381,6 +445,11 @@ void Index::WriteUnwrittenBlocks(std::FILE* stream) {
             TYR_RAISE(PositioningError());
         }
     }
+}
+
+void Index::SetCompression(std::int32_t compressionLevel, ParallelFor tasks) {
+    level = compressionLevel;
+    parallelFor = std::move(tasks);
 }
 
 void Index::SetObserver(BlockObserver blockObserver) { observer = std::move(blockObserver); }

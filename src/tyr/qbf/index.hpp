@@ -18,6 +18,7 @@
 #include "tyr/qbf/blocksizelimiter.hpp"
 #include "tyr/qbf/encoding.hpp"
 #include "tyr/qbf/indexentry.hpp"
+#include "tyr/qbf/parallelfor.hpp"
 
 #include <cstdint>
 #include <cstdio>
@@ -52,8 +53,9 @@ struct StoredBlock {
     std::uint8_t flags = 0;
 };
 
-/// Called with each block after the system has accepted its stored bytes. Must not throw.
-using BlockObserver = std::function<void(const StoredBlock&, const unsigned char* storedBytes)>;
+/// Called with each block, and the CRC-32 of its stored bytes, after the system has accepted them.
+/// Must not throw.
+using BlockObserver = std::function<void(const StoredBlock&, std::uint32_t crc)>;
 
 /// Assigns block numbers to names, writes full blocks early and the tables at the end.
 ///
@@ -104,6 +106,14 @@ public:
     /// Sets the observer. With one, each block is flushed when it is written, and a block that
     /// could not be written is kept and written by the next operation that writes.
     void SetObserver(BlockObserver observer);
+
+    /// Sets how blocks are compressed. With tasks, a block is compressed in chunks, and it keeps
+    /// its content until the system has accepted all stored bytes: after an error the next
+    /// operation that writes begins again.
+    void SetCompression(std::int32_t compressionLevel, ParallelFor tasks);
+
+    /// The tasks that were set, for other work; may be empty.
+    const ParallelFor& Tasks() const { return parallelFor; }
 
     /// Writes the blocks of `name` that are not written, also one that could take more data; the
     /// next `Put` starts a new block then. All blocks of the name must have `FlagFreeze`.
@@ -186,6 +196,12 @@ private:
     void WriteUnwrittenBlocks(std::FILE* stream);
 
     BlockObserver observer;
+
+    void WriteInChunks(BlockNumber number, std::FILE* stream);
+    void SetWritten(BlockNumber number, std::uint32_t storedLength);
+
+    std::int32_t level = 6; ///< of compression
+    ParallelFor parallelFor;
 
     /// With an observer: blocks that have their final form and could not be written.
     std::vector<BlockNumber> unwrittenBlocks;

@@ -301,6 +301,8 @@ void encode(Encoder& encoder, const Start& start) {
     encoder.put(start.toolName);
     encoder.put(start.toolVersion);
     encoder.put(static_cast<std::uint8_t>(start.relinkReplaced));
+    encoder.put(start.compressionLevel);
+    encoder.put(static_cast<std::uint8_t>(start.isInChunks));
     encoder.put(static_cast<std::uint8_t>(start.blockSize.has_value()));
     encoder.put(start.blockSize.value_or(0));
 }
@@ -319,6 +321,8 @@ Start readStart(const Platform::NativePath& journal) {
     start.toolName = decoder.string();
     start.toolVersion = decoder.string();
     start.relinkReplaced = decoder.number<std::uint8_t>() != 0;
+    start.compressionLevel = decoder.number<std::uint8_t>();
+    start.isInChunks = decoder.number<std::uint8_t>() != 0;
     const bool hasBlockSize = decoder.number<std::uint8_t>() != 0;
     const auto blockSize = decoder.number<std::uint32_t>();
     start.blockSize = hasBlockSize ? std::optional(blockSize) : std::nullopt;

@@ -39,6 +39,8 @@ struct Start {
     std::string toolName;
     std::string toolVersion;
     bool relinkReplaced = false;
+    std::uint8_t compressionLevel = 6;
+    bool isInChunks = false;                ///< blocks are compressed in chunks
     std::optional<std::uint32_t> blockSize; ///< of MEKWRITER_DEFAULT_BLOCK_SIZE
 };
 

@@ -1,7 +1,6 @@
 #include "tyr/mek2/journal/journal.hpp"
 
 #include "tyr/exception/raise.hpp"
-#include "tyr/qbf/zlibstream.hpp"
 
 #include <algorithm>
 
@@ -27,14 +26,13 @@ Writer::Writer(const Platform::NativePath& path, const Identity& identity, const
     }
 }
 
-void Writer::recordBlock(const TyrQbf::StoredBlock& block,
-                         const unsigned char* storedBytes) noexcept {
+void Writer::recordBlock(const TyrQbf::StoredBlock& block, std::uint32_t crc) noexcept {
     if (block.name != TyrMek::Tree::DatasetStream()) {
         return; // `close` writes the others, and makes them again from the calls
     }
     try {
         Encoder encoder;
-        encode(encoder, Block{block, TyrQbf::Crc32(0, storedBytes, block.storedLength)});
+        encode(encoder, Block{block, crc});
         file_.append(static_cast<std::uint8_t>(RecordKind::Block), encoder.bytes);
     } catch (...) {
         isIncomplete_ = true;

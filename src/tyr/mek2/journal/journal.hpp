@@ -37,7 +37,7 @@ public:
     }
 
     /// Records a block. For `TyrQbf::Index::SetObserver`.
-    void recordBlock(const TyrQbf::StoredBlock& block, const unsigned char* storedBytes) noexcept;
+    void recordBlock(const TyrQbf::StoredBlock& block, std::uint32_t crc) noexcept;
 
     /// Writes all records to the system.
     /// @throws FileWriteException

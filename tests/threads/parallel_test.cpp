@@ -1,0 +1,191 @@
+/// `SaverOptions::parallelFor`, `blockSize` and `compressionLevel`.
+#include <tyr/mek2/model.hpp>
+#include <tyr/mek2/recovery.hpp>
+#include <tyr/mek2/threads.hpp>
+
+#include "mekreader/model.hpp"
+#include "support/testing.hpp"
+#include "support/withoutdate.hpp"
+
+#include <cmath>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace Tyr::Mek2;
+using Tyr::Exception::InvalidArguments;
+using Tyr::Exception::MiscelleneousException;
+
+constexpr unsigned int rows = 300'000; // more than one part of the byte shuffle
+
+/// 10.8 MB of arrays, in blocks of 4 MB: 31 chunks each.
+SaverOptions optionsWith(const ParallelFor& parallelFor) {
+    SaverOptions options{true};
+    options.parallelFor = parallelFor;
+    options.blockSize = 4'000'000;
+    return options;
+}
+
+Array2d<float> smoothArray(float factor) {
+    Array2d<float> array(rows, 3);
+    for (unsigned int row = 0; row < rows; ++row) {
+        for (unsigned int column = 0; column < 3; ++column) {
+            array(row, column) = std::sin(factor * static_cast<float>(row + 7 * column));
+        }
+    }
+    return array;
+}
+
+unsigned int addShape(Model& model) {
+    model.addNode(NodeType::RootGroup, "R");
+    return model.addNode(NodeType::Shape, "S");
+}
+
+/// @return number of calls that raised `std::runtime_error`
+unsigned int addArrays(Model& model) {
+    const unsigned int id = addShape(model);
+    unsigned int errors = 0;
+    for (unsigned int number = 1; number <= 3; ++number) {
+        try {
+            model.addArrayProperty("smooth", DatasetType::ResultA3,
+                                   smoothArray(0.001F * static_cast<float>(number)), id,
+                                   Step{std::to_string(number)});
+        } catch (const std::runtime_error&) {
+            ++errors;
+        }
+    }
+    return errors;
+}
+
+std::string contentOf(const std::string& path) {
+    MekReader::check(path);
+    MekReader::Container container(path);
+    return container.stream("Heavy Data") + container.stream("Mek Tree") +
+           container.stream("Light Data") + container.stream("Attributes");
+}
+
+void runBackwards(std::size_t count, const std::function<void(std::size_t)>& task) {
+    while (count != 0) {
+        task(--count);
+    }
+}
+
+class ParallelTest : public Testing::FolderTest {
+protected:
+    void write(const std::string& name, const SaverOptions& options) const {
+        Model model;
+        model.saveTo(path(name), options);
+        EXPECT_EQ(addArrays(model), 0U);
+        model.close();
+    }
+
+    std::uintmax_t size(const std::string& name) const {
+        return std::filesystem::file_size(path(name));
+    }
+};
+
+TEST_F(ParallelTest, BytesDoNotDependOnThreads) {
+    write("serial", optionsWith({}));
+    write("one", optionsWith(parallelForThreads(1)));
+    const std::string expected = Testing::withoutDate(path("one"));
+    EXPECT_TRUE(contentOf(path("one")) == contentOf(path("serial")));
+    EXPECT_LE(static_cast<double>(size("one")), 1.002 * static_cast<double>(size("serial")));
+    for (const ParallelFor& parallelFor :
+         {parallelForThreads(2), parallelForThreads(5), ParallelFor(runBackwards)}) {
+        write("several", optionsWith(parallelFor));
+        EXPECT_TRUE(Testing::withoutDate(path("several")) == expected);
+    }
+
+    SaverOptions options = optionsWith(parallelForThreads(2));
+    options.journal = true;
+    Model model;
+    model.saveTo(path("recorded"), options);
+    EXPECT_EQ(addArrays(model), 0U);
+    model.checkpoint();
+    EXPECT_TRUE(recover(path("recorded"), path("recovered")).isComplete());
+    model.close();
+    EXPECT_TRUE(Testing::withoutDate(path("recovered")) == Testing::withoutDate(path("recorded")));
+}
+
+TEST_F(ParallelTest, LevelsAndBlockSizesAreThoseOfTheOptions) {
+    std::vector<std::uintmax_t> sizes;
+    for (const int level : {1, 6, 9}) {
+        for (const ParallelFor& parallelFor : {ParallelFor(), parallelForThreads(2)}) {
+            SaverOptions options = optionsWith(parallelFor);
+            options.compressionLevel = level;
+            write("file", options);
+            sizes.push_back(size("file"));
+            const std::string header{'\x78', level == 1 ? '\x01' : level == 6 ? '\x9C' : '\xDA'};
+            EXPECT_EQ(Testing::readFile(path("file")).substr(2804, 2), header) << level;
+        }
+    }
+    EXPECT_GT(sizes[0], sizes[2]);
+    EXPECT_GT(sizes[1], sizes[3]);
+    EXPECT_GE(sizes[3], sizes[5]);
+    const MekReader::Container container(path("file"));
+    EXPECT_GE(container.blocks()[0].rawLength, 4'000'000U);
+    EXPECT_LT(container.blocks()[0].rawLength, 8'000'000U);
+
+    for (const int level : {0, 10}) {
+        SaverOptions options;
+        options.compressionLevel = level;
+        Model model;
+        EXPECT_THROW(model.saveTo(path("none"), options), InvalidArguments);
+        EXPECT_FALSE(std::filesystem::exists(path("none")));
+    }
+}
+
+TEST_F(ParallelTest, AnErrorOfTheApplicationLosesNothingThatWasAdded) {
+    write("expected", optionsWith(runBackwards));
+    unsigned int calls = 0;
+    write("counted", optionsWith([&](std::size_t count, const auto& task) {
+              ++calls;
+              runBackwards(count, task);
+          }));
+    ASSERT_GT(calls, 6U);
+    for (unsigned int failing = 1; failing <= calls; ++failing) {
+        unsigned int call = 0;
+        Model model;
+        model.saveTo(path("file"), optionsWith([&](std::size_t count, const auto& task) {
+                         if (++call == failing) {
+                             task(0);
+                             throw std::runtime_error("of the application");
+                         }
+                         runBackwards(count, task);
+                     }));
+        const unsigned int errors = addArrays(model);
+        if (call < failing) { // in `close`, which gives up
+            EXPECT_THROW(model.close(), std::runtime_error);
+            continue;
+        }
+        EXPECT_EQ(errors, 1U) << failing;
+        model.close();
+        MekReader::check(path("file"));
+        MekReader::File file(path("file"));
+        std::size_t arrays = 0;
+        for (const MekReader::Node& node : file.nodes()) {
+            for (const MekReader::Variable& variable : node.variables) {
+                if (variable.name.rfind("smooth", 0) == 0) {
+                    const float factor = 0.001F * static_cast<float>(variable.name.back() - '0');
+                    const Array2d<float> given = smoothArray(factor);
+                    EXPECT_TRUE(file.floats(variable) ==
+                                std::vector<float>(given.begin(), given.end()));
+                    ++arrays;
+                }
+            }
+        }
+        EXPECT_GE(arrays, 2U) << failing;
+    }
+
+    Model model;
+    model.saveTo(path("file"), optionsWith([](std::size_t, const auto& task) { task(0); }));
+    const unsigned int id = addShape(model);
+    EXPECT_EQ(Testing::messageOf<MiscelleneousException>([&] {
+                  model.addArrayProperty("S", DatasetType::ResultA3, smoothArray(1), id, Step{});
+              }),
+              "Not all tasks were run");
+}
+
+} // namespace
