@@ -66,7 +66,12 @@ NativePath linkTarget(const NativePath& path) {
     return path;
 }
 
-bool fileExists(const NativePath& path) { return access(path.c_str(), F_OK) == 0; }
+bool fileExists(const NativePath& path) {
+    const int reason = errno; // of an earlier call that failed; `lastErrorReason` reports it
+    const bool exists = access(path.c_str(), F_OK) == 0;
+    errno = reason;
+    return exists;
+}
 
 bool isRegularFile(const NativePath& path) {
     struct stat status {};
@@ -120,7 +125,7 @@ bool synchronize(std::FILE* stream) {
 }
 
 bool synchronizeFile(const NativePath& path) {
-    std::FILE* const stream = std::fopen(path.c_str(), "r+b");
+    std::FILE* const stream = openFileForReading(path); // its permissions may forbid writing
     const bool done = stream != nullptr && synchronize(stream);
     return stream != nullptr && std::fclose(stream) == 0 && done;
 }
