@@ -147,10 +147,10 @@ void SafeOutput::checkpoint(TyrMek::Tree& tree, bool onDevice) {
 }
 
 void SafeOutput::complete() {
+    if (isOnDevice_ && !Platform::synchronizeFile(path_)) { // the journal is needed until then
+        TYR_RAISE(Exception::FileWriteException("Unable to write to file"));
+    }
     if (isReplacement_) {
-        if (isOnDevice_) {
-            Platform::synchronizeFile(path_);
-        }
         if (!Platform::renameFile(path_, target_, overwrite_)) {
             refuseExisting();
             const std::string message = "Unable to rename " + inQuotes(path_) + " to " +
