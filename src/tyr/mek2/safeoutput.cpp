@@ -60,9 +60,15 @@ SafeOutput::SafeOutput(const Platform::NativePath& path, const SaverOptions& opt
         Platform::removeFile(journalPath_);
     }
     try {
+        if (options.journal && !isReplacement_) {
+            createJournal(options); // if that fails, the file keeps its content
+        }
         open(tree);
+        if (options.journal && isReplacement_) {
+            createJournal(options); // names the temporary file
+        }
         if (options.journal) {
-            startJournal(tree, options);
+            startJournal(tree);
         }
     } catch (...) {
         tree.file.CloseFile();
@@ -108,15 +114,17 @@ void SafeOutput::open(TyrMek::Tree& tree) {
     }
 }
 
-void SafeOutput::startJournal(TyrMek::Tree& tree, const SaverOptions& options) {
-    const Journal::Identity identity = Platform::randomIdentity();
-    tree.file.WriteIdentity(identity);
+void SafeOutput::createJournal(const SaverOptions& options) {
     journal_ = std::make_unique<Journal::Writer>(
-        journalPath_, identity,
+        journalPath_, identity_,
         Journal::Start{Platform::displayPath(Platform::nameOf(path_)), options.toolName,
                        options.toolVersion, options.relinkReplaced,
                        static_cast<std::uint8_t>(options.compressionLevel),
                        static_cast<bool>(options.parallelFor), TyrQbf::BlockSizeFromEnvironment()});
+}
+
+void SafeOutput::startJournal(TyrMek::Tree& tree) {
+    tree.file.WriteIdentity(identity_);
     journal_->write();
     tree.file.index.SetObserver(
         [journal = journal_.get()](const TyrQbf::StoredBlock& block, std::uint32_t crc) {

@@ -40,7 +40,7 @@ public:
     }
 
     /// Makes everything so far recoverable.
-    /// @param onDevice whether that includes a power cut
+    /// @param onDevice whether that includes a power failure
     /// @throws FileWriteException
     void checkpoint(TyrMek::Tree& tree, bool onDevice);
 
@@ -51,13 +51,15 @@ public:
 
 private:
     void open(TyrMek::Tree& tree);
-    void startJournal(TyrMek::Tree& tree, const SaverOptions& options);
+    void createJournal(const SaverOptions& options);
+    void startJournal(TyrMek::Tree& tree);
     void refuseExisting() const;
     void removeJournal();
 
     Platform::NativePath target_;
     Platform::NativePath path_; ///< of the file that is written: temporary, or the target
     Platform::NativePath journalPath_;
+    Journal::Identity identity_ = Platform::randomIdentity();
     bool isReplacement_;
     bool overwrite_;
     bool isOnDevice_ = false; ///< a checkpoint has asked for that
