@@ -104,6 +104,9 @@ NativePath findJournal(const NativePath& path) {
     if (!Platform::fileExists(journal) && target) {
         journal = journalPathOf(*target);
     }
+    if (!Platform::fileExists(journal)) { // with `replaceWhenComplete` it is beside the target
+        journal = journalPathOf(Platform::linkTarget(path));
+    }
     if (!Platform::fileExists(journal)) {
         raiseNoJournal(path);
     }
