@@ -219,7 +219,7 @@ TEST_F(ArrayTest, IsDescribed) {
          "}]}]}\n{\"schema\":1,\"file\":\"v.mek\",\"container\":\"1.3\",\"size\":", ""},
         {"mekinfo --json --stats v.mek", 0,
          R"({"name":"T","step":"1","type":12,"elementType":"f32","rows":3,"width":1,"link":null,)"
-         R"("vibration":false,"attributes":[],"statistics":{"minimum":-1.5,"maximum":0.1)",
+         R"("vibration":false,"attributes":[],"statistics":{"minimum":-1.5,"maximum":0.1,"mean":-0.6999)",
          ""},
     });
 }

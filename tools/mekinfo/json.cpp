@@ -119,11 +119,22 @@ Json elementTypeOf(const Variable& owner) {
     }
 }
 
-Json toJson(const Statistics& statistics, bool hasValues) {
-    const auto numberOrNull = [&](double number) { return hasValues ? toJson(number) : Json(); };
-    return {{"minimum", numberOrNull(statistics.minimum)},
-            {"maximum", numberOrNull(statistics.maximum)},
-            {"mean", numberOrNull(statistics.mean)},
+/// An element of an array, which is exact as a double.
+Json elementJson(double element, const Variable& owner) {
+    return owner.elementType == Variable::floatElements ? toJson(static_cast<float>(element))
+                                                        : Json(static_cast<std::uint32_t>(element));
+}
+
+Json statisticsJson(const Statistics& statistics, const Variable& owner) {
+    if (statistics.nanCount == owner.rows() * owner.width) {
+        return {{"minimum", nullptr},
+                {"maximum", nullptr},
+                {"mean", nullptr},
+                {"nan", statistics.nanCount}};
+    }
+    return {{"minimum", elementJson(statistics.minimum, owner)},
+            {"maximum", elementJson(statistics.maximum, owner)},
+            {"mean", toJson(statistics.mean)},
             {"nan", statistics.nanCount}};
 }
 
@@ -229,7 +240,7 @@ private:
                     {"vibration", variable.vibration},
                     {"attributes", toJson(owner.attributes)}};
         if (withStatistics_) {
-            object["statistics"] = hasArray ? statisticsOf(owner) : Json();
+            object["statistics"] = hasArray ? statisticsJson(statistics_.of(owner), owner) : Json();
         }
         return object;
     }
@@ -238,11 +249,6 @@ private:
         return variable.linked ? Json{{"node", variable.linkedNodeId},
                                       {"variable", variable.linkedVariableIndex}}
                                : Json();
-    }
-
-    Json statisticsOf(const Variable& owner) {
-        const Statistics& statistics = statistics_.of(owner);
-        return toJson(statistics, statistics.nanCount < owner.rows() * owner.width);
     }
 
     File& file_;
