@@ -10,7 +10,7 @@
 namespace MekInfo {
 
 /// Prints program and date, sizes, and the numbers of shapes, nodes, elements, steps and results,
-/// then the first shapes and results: at most 23 lines. Reads no array.
+/// then the first shapes and results: at most 22 lines. Reads no array.
 /// @param name of the file
 /// @throws MekReader::Error the file is damaged
 void printSummary(std::ostream& out, const MekReader::File& file, const std::string& name);
