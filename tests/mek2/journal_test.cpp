@@ -32,8 +32,8 @@ TEST_F(JournalTest, HasTheBytesOfTheDocumentation) {
     EXPECT_EQ(hex(journal.substr(0, 12)), "89 4D 45 4A 0D 0A 1A 0A 01 00 00 00");
     EXPECT_EQ(hex(journal.substr(28)),
               // start
-              "17 00 00 00 01 05 00 00 00 61 2E 6D 65 6B 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
-              "47 8C A0 C3 "
+              "19 00 00 00 01 05 00 00 00 61 2E 6D 65 6B 00 00 00 00 00 00 00 00 00 06 00 00 00 00 "
+              "00 00 9D A6 0B C8 "
               // addNode
               "1F 00 00 00 03 01 00 00 00 02 00 00 00 02 00 00 00 01 00 00 00 52 01 00 00 00 01 00 "
               "00 00 6B 00 05 00 00 00 D3 17 4C 86 "
