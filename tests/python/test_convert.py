@@ -385,7 +385,7 @@ def test_command_without_meshio_or_output(tmp_path):
     valid = tmp_path / "valid.vtu"
     meshio.write(valid, mesh({"T": 1}))
     missing = "sys.modules['meshio'] = sys.modules['rich'] = None"
-    assert run("--help", prefix=missing).stdout.startswith("usage: ")
+    assert run("--help", prefix=missing).stdout.startswith("Usage: ")
     found = run(valid, prefix=missing)
     message = "the Python package meshio is missing; on Debian: python3-meshio\n"
     assert (found.returncode, found.stderr) == (1, f"mekapi2-convert: {message}")
