@@ -26,6 +26,7 @@ PropertyValue = Union[bool, SupportsFloat, Sequence[SupportsFloat], NDArray[Any]
 _largest_word = 0xFFFFFFFF
 _largest_float = float(np.finfo(np.float32).max)
 _max_string_bytes = 256
+_most_threads = 1024
 _not_stored_with_arrays = ("Complex", "Contents", "DataSource", "DataType", "Structure")
 
 
@@ -124,6 +125,27 @@ def flag(what: str, given: bool) -> bool:
     if not isinstance(given, (bool, np.bool_)):
         raise TypeError(f"{what} must be True or False, not {_type_of(given)}")
     return bool(given)
+
+
+def thread_count(given: Optional[SupportsIndex]) -> Optional[int]:
+    """Return a number of threads, or None for no threads.
+
+    Raises
+    ------
+    TypeError
+        ``given`` is no integer.
+    ValueError
+        ``given`` is negative or above 1024.
+    """
+    if given is None:
+        return None
+    try:
+        count = operator.index(given)
+    except TypeError:
+        raise TypeError(f"threads must be an integer, not {_type_of(given)}") from None
+    if not 0 <= count <= _most_threads:
+        raise ValueError(f"threads must be 0 to {_most_threads}, not {count}")
+    return count
 
 
 def member(kind: Type[_Enum], given: Union[_Enum, str, int]) -> _Enum:

@@ -87,6 +87,9 @@ class Model:
         Write under a temporary name, which becomes ``path`` when the model is closed. If the
         ``with`` block raises an exception, the temporary file is removed instead, unless there is a
         journal.
+    threads : int, optional
+        Compress on this number of threads, 0 for one per processor. The bytes of the file are the
+        same for every number. Without it, blocks are compressed as a whole on the calling thread.
 
     Attributes
     ----------
@@ -102,7 +105,7 @@ class Model:
     FileNotFoundError, PermissionError, IsADirectoryError, OSError
         The file cannot be created.
     ValueError
-        The path is empty or contains a zero character.
+        The path is empty or contains a zero character, or ``threads`` is negative.
     """
 
     def __init__(
@@ -114,6 +117,7 @@ class Model:
         tool_version: str = "",
         journal: bool = False,
         replace_when_complete: bool = False,
+        threads: Optional[int] = None,
     ) -> None:
         core = _core.Model()
         self.path: Union[str, bytes] = os.fspath(path)
@@ -125,6 +129,7 @@ class Model:
                 _plain.string("tool_version", tool_version),
                 _plain.flag("journal", journal),
                 _plain.flag("replace_when_complete", replace_when_complete),
+                _plain.thread_count(threads),
             )
         self._core = core
         self._replaces_when_complete = replace_when_complete
@@ -143,6 +148,7 @@ class Model:
         tool_version: str = "",
         journal: bool = False,
         replace_when_complete: bool = False,
+        threads: Optional[int] = None,
     ) -> Model:
         """Create a file and return its open model, as ``Model(path)`` does."""
         return cls(
@@ -152,6 +158,7 @@ class Model:
             tool_version=tool_version,
             journal=journal,
             replace_when_complete=replace_when_complete,
+            threads=threads,
         )
 
     @contextlib.contextmanager

@@ -12,6 +12,7 @@
 
 #include <tyr/exception/exception.hpp>
 #include <tyr/mek2/model.hpp>
+#include <tyr/mek2/threads.hpp>
 
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
@@ -117,11 +118,15 @@ class Model {
 
 public:
     void saveTo(const Path& path, bool overwrite, const std::string& toolName,
-                const std::string& toolVersion, bool journal, bool replaceWhenComplete) {
+                const std::string& toolVersion, bool journal, bool replaceWhenComplete,
+                std::optional<unsigned int> threads) {
         Mek2::SaverOptions options{overwrite, toolName, toolVersion};
         options.relinkReplaced = true; // an array given to a variable that was a link is not lost
         options.journal = journal;
         options.replaceWhenComplete = replaceWhenComplete;
+        if (threads) {
+            options.parallelFor = Mek2::parallelForThreads(*threads);
+        }
         runUnchecked([&](Mek2::Model& model) {
             try {
                 model.saveTo(path, options);
@@ -278,7 +283,8 @@ PYBIND11_MODULE(_core, module) {
     py::class_<Model>(module, "Model")
         .def(py::init())
         .def("save_to", &Model::saveTo, py::arg("path"), py::arg("overwrite"), py::arg("tool_name"),
-             py::arg("tool_version"), py::arg("journal"), py::arg("replace_when_complete"))
+             py::arg("tool_version"), py::arg("journal"), py::arg("replace_when_complete"),
+             py::arg("threads"))
         .def("close", &Model::close)
         .def("abandon", &Model::abandon)
         .def("checkpoint", &Model::checkpoint, py::arg("durable"))

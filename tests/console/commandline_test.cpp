@@ -79,6 +79,8 @@ TEST_F(CommandLineTest, FollowsOneConvention) {
         {"mekinfo --array /R T a.mek --format 1", 2, "", "--format: 1 not in {csv,npy,raw}; see"},
         {"mekinfo --vtu out model.mek folder/model.mek", 2, "",
          "mekinfo: --vtu: another file has the name of folder/model.mek; see"},
+        {"frd2mek --threads -1 a.frd", 2, "",
+         "frd2mek: --threads: needs a number from 0 to 1024; "},
         {"frd2mek", 2, "", "frd2mek: INPUT.frd is required; see frd2mek --help\n"},
         {"frd2mek a.frd b.mek c.mek", 2, "", "frd2mek: too many arguments: c.mek; see"},
         {"frd2mek -- a.frd b.mek --overwrite", 2, "", "frd2mek: too many arguments: --overwrite; "},

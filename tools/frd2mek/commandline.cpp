@@ -21,6 +21,17 @@ std::filesystem::path CommandLine::output() const {
                               : std::filesystem::u8path(outputName);
 }
 
+namespace {
+
+std::string requireThreads(const std::string& value) {
+    constexpr int most = 1024;
+    int number = 0;
+    const bool isValid = CLI::detail::lexical_cast(value, number) && number >= 0 && number <= most;
+    return isValid ? std::string() : "needs a number from 0 to 1024";
+}
+
+} // namespace
+
 void declareOptions(CLI::App& app, CommandLine& values) {
     app.add_option("INPUT.frd", values.inputName, "the result file")->required();
     app.add_option("OUTPUT.mek", values.outputName,
@@ -28,6 +39,10 @@ void declareOptions(CLI::App& app, CommandLine& values) {
     app.add_flag("--overwrite", values.options.overwrite, "replace OUTPUT.mek if it exists");
     app.add_flag("--salvage", values.options.salvage,
                  "convert what is complete in an unfinished file");
+    app.add_option("--threads", values.options.threads,
+                   "compress on N threads; 0, the default: one per processor")
+        ->type_name("N")
+        ->check(requireThreads);
 }
 
 } // namespace Frd

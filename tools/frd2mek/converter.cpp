@@ -128,7 +128,7 @@ Summary convert(const std::filesystem::path& input, const std::filesystem::path&
     file.rewind();
     ModelWriter writer;
     try {
-        writer.open(output, options.overwrite);
+        writer.open(output, options.overwrite, options.threads);
         writeModel(file, surveyed, printable(input.stem().u8string()), writer);
     } catch (const Tyr::Exception::FileOpenException&) {
         throw Console::existsError(output); // another process has created it meanwhile

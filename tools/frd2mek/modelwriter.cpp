@@ -2,6 +2,8 @@
 
 #include "resultattributes.hpp"
 
+#include <tyr/mek2/threads.hpp>
+
 #include <algorithm>
 #include <utility>
 
@@ -31,13 +33,14 @@ const std::map<std::string, std::string> headerAttributes{
     {"DIR", "Directory"},   {"COMPILETIME", "ProgramCompileTime"},
     {"DBN", "DataBaseName"}};
 
-Tyr::Mek2::SaverOptions saverOptions(bool overwrite) {
+Tyr::Mek2::SaverOptions saverOptions(bool overwrite, unsigned int threads) {
     Tyr::Mek2::SaverOptions options;
     options.overwrite = overwrite;
     options.replaceWhenComplete = true;
     options.toolName = "frd2mek";
     options.toolVersion = FRD2MEK_VERSION;
     options.relinkReplaced = true;
+    options.parallelFor = Tyr::Mek2::parallelForThreads(threads);
     return options;
 }
 
@@ -101,9 +104,9 @@ Attributes attributesOf(const Job& job) {
 
 } // namespace
 
-void ModelWriter::open(const std::filesystem::path& path, bool overwrite) {
+void ModelWriter::open(const std::filesystem::path& path, bool overwrite, unsigned int threads) {
     Console::holdingSignals([&] {
-        model_.saveTo(path.native(), saverOptions(overwrite));
+        model_.saveTo(path.native(), saverOptions(overwrite, threads));
         registration_.emplace(std::filesystem::u8path(model_.temporaryPath()));
     });
 }
