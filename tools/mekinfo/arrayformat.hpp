@@ -19,8 +19,7 @@ enum class ArrayFormat {
 using ByteSink = std::function<void(std::string_view)>;
 
 /// Passes the array of a variable to `sink` in parts. Links are followed. In CSV each float is the
-/// shortest decimal number that rounds to it; `nan` stands for every NaN. The other formats keep
-/// all bits.
+/// shortest decimal number that rounds to it; every NaN is `nan`. The other formats keep all bits.
 /// @throws MekReader::Error as `MekReader::File::words`, or the element type is unknown
 void formatArray(MekReader::File& file, const MekReader::Variable& variable, ArrayFormat format,
                  const ByteSink& sink);
