@@ -147,8 +147,11 @@ TEST_F(SafeOutputTest, KeepsPermissionsAndLinks) {
     fs::create_symlink("none", path("folder/dangling"));
     model.saveTo(path("folder/second"), safeOptions(true, true));
     EXPECT_EQ(names(), ".part folder out out.journal ");
+    EXPECT_EQ(fs::status(path("out.journal")).permissions(), permissions);
+    model.checkpoint();
+    EXPECT_TRUE(recover(path("folder/second"), path("recovered")).isComplete());
     model.close();
-    EXPECT_EQ(names(), "folder out ");
+    EXPECT_EQ(names(), "folder out recovered ");
     EXPECT_EQ(fs::status(path("out")).permissions(), permissions);
     EXPECT_TRUE(fs::is_symlink(path("folder/link")));
     MekReader::check(path("out"));

@@ -73,7 +73,7 @@ TEST_F(MekRecoverTest, SavesWhatIsWholeAndReportsTheRest) {
     change("cut/run.mek", std::filesystem::file_size("run.mek") - 1, "");
     expectRun("cut/run.mek", 1,
               "cut/run.recovered.mek: saved 4 calls, 2 arrays, 2 steps, 48 bytes of arrays\n"
-              "cut/run.recovered.mek: lost 1 calls, 1 arrays, 1 steps, 24 bytes of arrays\n",
+              "cut/run.recovered.mek: lost 1 call, 1 array, 1 step, 24 bytes of arrays\n",
               "mekrecover: cut/run.mek: the array \"T\" is not whole in the file\n");
     MekReader::check("cut/run.recovered.mek");
     {
@@ -87,7 +87,7 @@ TEST_F(MekRecoverTest, SavesWhatIsWholeAndReportsTheRest) {
     expectRun(
         "--overwrite cut/run.mek", 1,
         "cut/run.recovered.mek: saved 4 calls, 2 arrays, 2 steps, 48 bytes of arrays\n"
-        "cut/run.recovered.mek: lost 1 calls, 1 arrays, 1 steps, 24 bytes of arrays\n",
+        "cut/run.recovered.mek: lost 1 call, 1 array, 1 step, 24 bytes of arrays\n",
         "mekrecover: cut/run.mek: the array \"T\" is not whole in the file; the journal has no "
         "whole record at byte " +
             std::to_string(journalLength - 52) + ", and its last 51 bytes are lost\n");

@@ -45,8 +45,14 @@ const char* const notes =
     "                                            without a journal: raw arrays, no names";
 
 std::filesystem::path CommandLine::output() const {
-    return outputName.empty() ? targetOf(unfinished()).replace_extension(".recovered.mek")
-                              : std::filesystem::u8path(outputName);
+    if (!outputName.empty()) {
+        return std::filesystem::u8path(outputName);
+    }
+    std::filesystem::path output = targetOf(unfinished());
+    if (output.extension() == ".mek") {
+        output.replace_extension();
+    }
+    return output += ".recovered.mek";
 }
 
 void declareOptions(CLI::App& app, CommandLine& values) {

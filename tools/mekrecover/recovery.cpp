@@ -1,5 +1,6 @@
 #include "mekrecover/recovery.hpp"
 
+#include "console/count.hpp"
 #include "console/error.hpp"
 #include "console/inputfile.hpp"
 #include "console/outputfile.hpp"
@@ -76,9 +77,10 @@ Tyr::Mek2::RecoveryReport recover(const CommandLine& commandLine) {
 
 void print(const std::filesystem::path& output, const char* what,
            const Tyr::Mek2::RecoveryAmount& amount) {
-    std::cout << output.u8string() << ": " << what << ' ' << amount.calls << " calls, "
-              << amount.arrays << " arrays, " << amount.steps << " steps, " << amount.bytes
-              << " bytes of arrays\n";
+    using Console::counted;
+    std::cout << output.u8string() << ": " << what << ' ' << counted(amount.calls, "call") << ", "
+              << counted(amount.arrays, "array") << ", " << counted(amount.steps, "step") << ", "
+              << counted(amount.bytes, "byte") << " of arrays\n";
 }
 
 } // namespace

@@ -119,6 +119,7 @@ struct Input {
     Journal::Start start;
     NativePath file;
     Stream stream;
+    bool hasIndex = false; ///< instead of the identity
 };
 
 /// A journal without its file: the process ended between the last two steps of a `close`, or the
@@ -134,7 +135,7 @@ void refuseLeftover(const Input& input) {
 }
 
 Input openUnfinished(const NativePath& path) {
-    Input input{findJournal(path), {}, {}, nullptr};
+    Input input{findJournal(path), {}, {}, nullptr, false};
     input.start = Journal::readStart(input.journal);
     const std::optional<NativePath> name = Platform::nativeName(input.start.fileName);
     if (!name || Platform::nameOf(*name) != *name) {
@@ -148,7 +149,8 @@ Input openUnfinished(const NativePath& path) {
     if (state == FileState::Foreign) {
         raiseInvalid(input.file, " is not a model file");
     }
-    // The index table replaces the identity. Then the checksums of the blocks must suffice.
+    input.hasIndex = state == FileState::HasIndex;
+    // The index table replaces the identity. Then the checksum of the first block must suffice.
     if (state == FileState::Unfinished &&
         !head.has(Journal::RecordReader(input.journal).identity())) {
         raiseInvalid(input.journal, " is the journal of another file");
@@ -164,6 +166,9 @@ public:
 
     RecoveryReport run() {
         copyBlocks();
+        if (input_.hasIndex && blockEnds_.empty() && recordsBlocks_) {
+            raiseInvalid(input_.journal, " is the journal of another file");
+        }
         makeCalls();
         report_.saved.steps = savedSteps_.size();
         report_.lost.steps = lostSteps_.size();
@@ -176,6 +181,7 @@ private:
             if (record->kind != static_cast<std::uint8_t>(Journal::RecordKind::Block)) {
                 continue;
             }
+            recordsBlocks_ = true;
             Journal::Decoder decoder(record->payload);
             if (!copyBlock(Journal::decodeBlock(decoder))) {
                 break;
@@ -334,6 +340,7 @@ private:
     Database& database_;
     TyrMek::Tree& tree_;
     RecoveryReport report_;
+    bool recordsBlocks_ = false;
     std::vector<std::uint64_t> blockEnds_; ///< in the stream of datasets
     std::set<std::string> savedSteps_;
     std::set<std::string> lostSteps_;

@@ -93,13 +93,14 @@ SafeOutput::~SafeOutput() {
 }
 
 void SafeOutput::open(TyrMek::Tree& tree) {
+    const bool isReplaced = isReplacement_ && Platform::fileExists(target_);
     std::FILE* stream = nullptr;
     if (!isReplacement_) {
         stream = Platform::createOrEmptyFile(path_);
     }
     for (int attempt = 0; isReplacement_ && stream == nullptr && attempt < attempts; ++attempt) {
         path_ = newTemporaryPath(target_);
-        stream = Platform::createFile(path_);
+        stream = Platform::createFile(path_, isReplaced);
         if (stream == nullptr && !Platform::fileExists(path_)) {
             break;
         }
@@ -109,7 +110,7 @@ void SafeOutput::open(TyrMek::Tree& tree) {
         raiseUnableToOpen(target_);
     }
     tree.SetStream(stream);
-    if (isReplacement_ && Platform::fileExists(target_)) {
+    if (isReplaced) {
         Platform::copyPermissions(target_, path_);
     }
 }
@@ -121,6 +122,9 @@ void SafeOutput::createJournal(const SaverOptions& options) {
                        options.toolVersion, options.relinkReplaced,
                        static_cast<std::uint8_t>(options.compressionLevel),
                        static_cast<bool>(options.parallelFor), TyrQbf::BlockSizeFromEnvironment()});
+    if (Platform::fileExists(path_)) {
+        Platform::copyPermissions(path_, journalPath_);
+    }
 }
 
 void SafeOutput::startJournal(TyrMek::Tree& tree) {

@@ -48,8 +48,9 @@ bool fileExists(const NativePath& path);
 bool isRegularFile(const NativePath& path);
 
 /// Opens a file that must not exist, for writing. The stream is closed by the caller.
+/// @param isPrivate whether only its owner may read it; not on Windows
 /// @return null on an error
-std::FILE* createFile(const NativePath& path);
+std::FILE* createFile(const NativePath& path, bool isPrivate = false);
 
 /// Opens a file for writing, which is created or emptied. The stream is closed by the caller.
 /// @return null on an error

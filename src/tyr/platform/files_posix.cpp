@@ -78,9 +78,12 @@ bool isRegularFile(const NativePath& path) {
     return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-std::FILE* createFile(const NativePath& path) {
+std::FILE* createFile(const NativePath& path, bool isPrivate) {
+    constexpr mode_t ownerOnly = 0600;
+    constexpr mode_t byUmask = 0666;
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg): the call of the system
-    const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
+                                isPrivate ? ownerOnly : byUmask);
     if (descriptor < 0) {
         return nullptr;
     }

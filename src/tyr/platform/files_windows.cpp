@@ -88,7 +88,7 @@ bool isRegularFile(const NativePath& path) {
            (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE)) == 0;
 }
 
-std::FILE* createFile(const NativePath& path) {
+std::FILE* createFile(const NativePath& path, bool /*isPrivate*/) {
     int descriptor = -1;
     if (_wsopen_s(&descriptor, path.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY, _SH_DENYNO,
                   _S_IREAD | _S_IWRITE) != 0) {
