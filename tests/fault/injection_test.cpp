@@ -1,15 +1,13 @@
 /// Each call of the system, the allocator and the compression fails once for each of the three
-/// reactions of the application. Each promise has a test, which lists the faults that broke it.
+/// reactions of the application. The test of a kind lists the faults that broke a promise.
 #include "fault/writecycles.hpp"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <exception>
 #include <filesystem>
 #include <iostream>
 #include <iterator>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -44,26 +42,8 @@ const FaultKind kinds[] = {
     {"Compress", Fault::Compress, true, false, "|2 Unable to compress block|"},
 };
 
-enum Promise { Reporting, FinishedFile, UnfinishedFile, WholeShape, Resources, NextFile };
-
-/// For each promise, a line for each fault of one kind that broke it.
-using Violations = std::array<std::string, NextFile + 1>;
-
 class InjectionTest : public FolderTest, public ::testing::WithParamInterface<FaultKind> {
 protected:
-    /// The first test of a kind injects its faults, the others of the process use the result.
-    std::string violationsOf(Promise promise) {
-        static std::map<Fault, Violations> ofKinds;
-        const auto [found, isNew] = ofKinds.try_emplace(kind.fault);
-        violations = &found->second;
-        if (isNew) {
-            runWithoutFault();
-            injectAll();
-        }
-        return found->second[promise];
-    }
-
-private:
     struct FaultlessFile {
         std::string bytes;
         Content content;
@@ -84,21 +64,6 @@ private:
                   3 + 3 + 22); // nodes, arrays, results
     }
 
-    void injectAll() {
-        for (std::string& lines : *violations) {
-            lines.reserve(4096); // a line is no leak
-        }
-        std::uint64_t faults = 0;
-        for (const Reaction reaction : {Reaction::GoOn, Reaction::Close, Reaction::Destroy}) {
-            std::uint64_t number = 1;
-            for (; violationCount < 10 && inject(number, reaction); number = nextCall(number)) {
-                ++faults;
-            }
-        }
-        std::cout << faults << " faults\n";
-        EXPECT_GE(faults, 6U); // at least one in each write cycle
-    }
-
     /// @return false if there are fewer than `number` calls of the kind
     bool inject(std::uint64_t number, Reaction reaction) {
         injected = "call " + std::to_string(number) + ", reaction " +
@@ -114,15 +79,15 @@ private:
                 checkReporting(cycles, reaction);
                 checkFile(cycles, 0, reaction);
                 checkFile(cycles, 1, reaction);
-                require(NextFile, messageOf<std::exception>([&] {
-                                      cycles.runAgain(path("again"));
-                                  }) == "no error",
+                require("next file", messageOf<std::exception>([&] {
+                                         cycles.runAgain(path("again"));
+                                     }) == "no error",
                         "error");
-                require(NextFile, readFile(path("again")) == faultless[1].bytes, "differs");
+                require("next file", readFile(path("again")) == faultless[1].bytes, "differs");
             }
         }
-        require(Resources, liveAllocations() == allocations, "memory");
-        require(Resources, openFiles() == files, "open file");
+        require("resources", liveAllocations() == allocations, "memory");
+        require("resources", openFiles() == files, "open file");
         return wasInjected;
     }
 
@@ -130,13 +95,13 @@ private:
         for (const ReportedError& error : cycles.errors) {
             const std::string message =
                 '|' + error.message.substr(0, error.message.find('"')) + '|';
-            require(Reporting, std::string(kind.errors).find(message) != std::string::npos,
+            require("reporting", std::string(kind.errors).find(message) != std::string::npos,
                     message);
         }
-        require(Reporting, kind.losesBytes || cycles.errors.size() <= 1, "more than one error");
+        require("reporting", kind.losesBytes || cycles.errors.size() <= 1, "more than one error");
         if (reaction != Reaction::Destroy) {
-            require(Reporting, !kind.isAlwaysReported || !cycles.errors.empty(), "no error");
-            require(Reporting,
+            require("reporting", !kind.isAlwaysReported || !cycles.errors.empty(), "no error");
+            require("reporting",
                     !kind.losesBytes || !cycles.cycles[0].isClosed || !cycles.cycles[1].isClosed,
                     "no error of `close`");
         }
@@ -151,14 +116,14 @@ private:
             [&] { content = isFaultless ? expected.content : contentOf(cycle.path); });
         const bool isFinished = error == "no error";
         if (cycle.isOpen && cycle.isClosed) {
-            require(FinishedFile, isFinished && (isFaultless || !cycles.errors.empty()), error);
+            require("finished file", isFinished && (isFaultless || !cycles.errors.empty()), error);
         } else if (isFinished) {
             // the destructor may finish a file, and `close` after an error of `saveTo`
-            require(UnfinishedFile, isFaultless || !cycle.isOpen || reaction == Reaction::Destroy,
-                    "valid");
+            require("unfinished file",
+                    isFaultless || !cycle.isOpen || reaction == Reaction::Destroy, "valid");
         } else {
             // without the signature if the first write failed
-            require(UnfinishedFile,
+            require("unfinished file",
                     !std::filesystem::exists(cycle.path) ||
                         error.find("file is unfinished:") == 0 ||
                         error.find("not a container:") == 0,
@@ -173,18 +138,18 @@ private:
         for (const std::string& name : cycle.expectedContent) {
             const auto expected = complete.find(name); // not of an operation without content
             const auto found = content.find(name);
-            require(FinishedFile,
+            require("finished file",
                     expected == complete.end() ||
                         (found != content.end() && found->second == expected->second),
                     name);
         }
-        require(WholeShape, content.count(shapeName) == cycle.expectedContent.count(shapeName),
+        require("whole shape", content.count(shapeName) == cycle.expectedContent.count(shapeName),
                 "shape");
     }
 
-    void require(Promise promise, bool isKept, const std::string& detail) {
+    void require(const char* promise, bool isKept, const std::string& detail) {
         if (!isKept) {
-            (*violations)[promise] += injected + ": " + detail + '\n';
+            ((violations += injected) += promise + std::string(": ")) += detail + '\n';
             ++violationCount;
         }
     }
@@ -192,17 +157,25 @@ private:
     const FaultKind& kind = GetParam();
     const BlockSizeVariable blockSize{"200"};
     std::vector<FaultlessFile> faultless;
-    Violations* violations = nullptr;
+    std::string violations;
     std::string injected;
     int violationCount = 0;
 };
 
-TEST_P(InjectionTest, EveryErrorIsReportedOnce) { EXPECT_EQ(violationsOf(Reporting), ""); }
-TEST_P(InjectionTest, AFileIsCompleteAfterClose) { EXPECT_EQ(violationsOf(FinishedFile), ""); }
-TEST_P(InjectionTest, AnUnfinishedFileIsRecognised) { EXPECT_EQ(violationsOf(UnfinishedFile), ""); }
-TEST_P(InjectionTest, AShapeIsAddedWholeOrNotAtAll) { EXPECT_EQ(violationsOf(WholeShape), ""); }
-TEST_P(InjectionTest, NothingLeaks) { EXPECT_EQ(violationsOf(Resources), ""); }
-TEST_P(InjectionTest, TheModelWritesItsNextFile) { EXPECT_EQ(violationsOf(NextFile), ""); }
+TEST_P(InjectionTest, AllPromisesAreKept) {
+    runWithoutFault();
+    violations.reserve(4096); // a line is no leak
+    std::uint64_t faults = 0;
+    for (const Reaction reaction : {Reaction::GoOn, Reaction::Close, Reaction::Destroy}) {
+        std::uint64_t number = 1;
+        for (; violationCount < 10 && inject(number, reaction); number = nextCall(number)) {
+            ++faults;
+        }
+    }
+    std::cout << faults << " faults\n";
+    EXPECT_GE(faults, 6U); // at least one in each write cycle
+    EXPECT_EQ(violations, "");
+}
 
 INSTANTIATE_TEST_SUITE_P(Faults, InjectionTest, ::testing::ValuesIn(kinds),
                          [](const auto& kind) { return std::string(kind.param.name); });
