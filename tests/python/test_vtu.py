@@ -4,6 +4,8 @@ import mekfile
 import numpy as np
 import pytest
 from mekapi2 import Model, Step
+from vtkmodules.util.numpy_support import vtk_to_numpy
+from vtkmodules.vtkIOXML import vtkXMLUnstructuredGridReader
 
 BRICK = [[x, y, z] for z in (0, 1) for x, y in ((0, 0), (1, 0), (1, 1), (0, 1))]
 POINTS = np.float32([*BRICK, [0, 0, 0], [1, 0, 0], [0, 1, 0], [0, 0, 1]])
@@ -54,3 +56,29 @@ def test_exports_shapes_and_results(tmp_path, capfd, options):
         np.testing.assert_array_equal(mesh.cells[0].data, [range(len(rows))])
         assert mesh.cell_data["E <"][0] == np.float32(time)
         np.testing.assert_allclose(mesh.field_data["Diffuse Color"], [[0.25, 0.5, 0.75, 1]])
+
+
+def test_vtk_reads_arrays_of_several_compressed_blocks(tmp_path):
+    points = np.random.default_rng(1).random((100_000, 3), np.float32)
+    cells = np.arange(70_000)[:, None] + np.arange(4)
+    with Model(tmp_path / "a.mek") as model:
+        model.add_node("RootGroup", "r")
+        shape = model.add_node("Shape", "s")
+        model.add_array("Coordinates", points, shape)
+        model.add_array("Connectivity2", cells, shape, polylength=True)
+        model.add_array("ResultA3", -points, shape, name="T")
+    (mesh, _) = mekfile.exported(tmp_path / "a.mek")
+    np.testing.assert_array_equal(mesh.points, points[:70_003])
+    reader = vtkXMLUnstructuredGridReader()
+    reader.SetFileName(str(tmp_path / "a.parts" / "a-0-s-0.vtu"))
+    reader.Update()
+    grid = reader.GetOutput()
+    for array, expected in (
+        (grid.GetPoints().GetData(), points[:70_003]),
+        (grid.GetPointData().GetArray("T"), -points[:70_003]),
+        (grid.GetCells().GetConnectivityArray(), cells.ravel()),
+        (grid.GetCells().GetOffsetsArray(), np.arange(0, 280_001, 4)),
+        (grid.GetCellTypesArray(), np.full(70_000, 10, np.uint8)),
+    ):
+        found = vtk_to_numpy(array)
+        assert found.dtype == expected.dtype and np.array_equal(found, expected)
