@@ -18,6 +18,7 @@
 #include <fstream>
 #include <limits>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -67,13 +68,10 @@ TEST_F(CommandLineTest, FollowsOneConvention) {
     expect({
         {"frd2mek --help", 0, "  -V, --version  ", ""},
         {"frd2mek -h job.frd", 0, "Exit codes:\n  0  ", ""},
-        {"frd2mek --version", 0, "frd2mek " MEKAPI2_VERSION_STRING "\n", ""},
         {"mekinfo -V", 0, "mekinfo " MEKAPI2_VERSION_STRING "\n", ""},
         {"mekinfo model.mek --verbose", 2, "", "mekinfo: unknown option --verbose; see"},
         {"mekinfo --vtu out --check model.mek", 2, "", "mekinfo: --check excludes --vtu; see"},
         {"mekinfo --raw model.mek", 2, "", "mekinfo: --raw requires --vtu; see"},
-        {"mekinfo --all --array /R T a.mek", 2, "", "mekinfo: --all excludes --array; see"},
-        {"mekinfo --step 1 model.mek", 2, "", "mekinfo: --step requires --array; see"},
         {"mekinfo a.mek --array /R", 2, "", "mekinfo: --array needs PATH VARIABLE; see"},
         {"mekinfo --array /R T a.mek b.mek", 2, "", "mekinfo: --array: needs a single FILE; see"},
         {"mekinfo --array /R T a.mek --format 1", 2, "", "--format: 1 not in {csv,npy,raw}; see"},
@@ -82,10 +80,8 @@ TEST_F(CommandLineTest, FollowsOneConvention) {
         {"frd2mek --threads -1 a.frd", 2, "",
          "frd2mek: --threads: needs a number from 0 to 1024; "},
         {"frd2mek", 2, "", "frd2mek: INPUT.frd is required; see frd2mek --help\n"},
-        {"frd2mek a.frd b.mek c.mek", 2, "", "frd2mek: too many arguments: c.mek; see"},
         {"frd2mek -- a.frd b.mek --overwrite", 2, "", "frd2mek: too many arguments: --overwrite; "},
         {"frd2mek --overwrite=true job.frd", 2, "", "frd2mek: --overwrite takes no value; see"},
-        {"frd2mek --help=3", 2, "", "frd2mek: --help takes no value; see"},
         {"mekinfo --vtu", 2, "", "mekinfo: --vtu needs a value DIR; see"},
         {"mekinfo --vtu a --vtu b model.mek", 2, "", "mekinfo: --vtu is given twice; see"},
         {"mekinfo --vtu \"\" model.mek", 2, "", "mekinfo: an argument is empty; see"},
@@ -128,23 +124,6 @@ TEST_F(CommandLineTest, InspectsManyFiles) {
         {"mekinfo --vtu out -- model.mek --quiet", 1, "out", "mekinfo: --quiet: No such file"},
     });
     EXPECT_TRUE(std::filesystem::exists("out/other.pvd"));
-}
-
-TEST_F(CommandLineTest, PrintsFindings) {
-    Tyr::Mek2::Model model;
-    model.saveTo("odd.mek");
-    model.addNode(Tyr::Mek2::NodeType::RootGroup, "R");
-    const unsigned int id = model.addNode(Tyr::Mek2::NodeType::Shape, "S");
-    model.addArrayProperty(Tyr::Mek2::DatasetType::Coordinates, Tyr::Mek2::Array2d<float>(4, 3), id,
-                           Tyr::Mek2::Step{});
-    model.addArrayProperty("T", Tyr::Mek2::DatasetType::ResultA1, Tyr::Mek2::Array1d<float>(3), id,
-                           Tyr::Mek2::Step{"1"});
-    model.close();
-    expect({
-        {"mekinfo --lint odd.mek model.mek", 1,
-         "odd.mek: node 3 (/R/S), variable \"T\", step \"1\": ", ""},
-        {"mekinfo --lint odd.mek model.mek", 1, "\nmodel.mek: OK, no findings\n", ""},
-    });
 }
 
 class ArrayTest : public CommandLineTest {
@@ -216,6 +195,9 @@ TEST_F(ArrayTest, IsDescribed) {
          "/R/1/S  Node Ids     -        2        7  4294967295  2.14748e+09    0\n"
          "/R/1/S  T            1        3     -1.5         0.1         -0.7    1\n",
          ""},
+        {"mekinfo --lint v.mek model.mek", 1,
+         "v.mek: node 3 (/R/1/S), variable \"T\", step \"1\": ", ""},
+        {"mekinfo --lint v.mek model.mek", 1, "\nmodel.mek: OK, no findings\n", ""},
         {"mekinfo --json v.mek", 0, R"("key":"not UTF-8: �","type":"f32","value":0.1})", ""},
         {"mekinfo --json --stats v.mek v.mek", 0,
          "}]}]}\n{\"schema\":1,\"file\":\"v.mek\",\"container\":\"1.3\",\"size\":", ""},
@@ -241,12 +223,8 @@ TEST_F(CommandLineTest, GivesTheReasonOfTheSystem) {
 
 TEST_F(CommandLineTest, NamesForeignFiles) {
     using namespace std::string_view_literals;
-    struct Foreign {
-        const char* name;
-        std::string_view bytes;
-        const char* error;
-    };
     const std::string tar = std::string(257, 'a') + "ustar";
+    using Foreign = std::tuple<const char*, std::string_view, const char*>;
     for (const auto& [name, bytes, error] :
          {Foreign{"a.gz", "\x1F\x8B\x08", "this is a gzip file; decompress it first"},
           {"a.bz2", "BZh91AY&SY", "this is a bzip2 file; decompress it first"},

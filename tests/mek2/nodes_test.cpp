@@ -178,13 +178,7 @@ TEST_F(NodesTest, RefusesInvalidProperties) {
 
 class ComponentsTest : public Testing::ModelTest {
 protected:
-    static Ids list(const Array1d<unsigned int>& ids) {
-        Ids copy;
-        for (std::size_t i = 0; i < ids.size(); ++i) {
-            copy.push_back(ids[i]);
-        }
-        return copy;
-    }
+    static Ids list(const Array1d<unsigned int>& ids) { return Ids(ids.begin(), ids.end()); }
     Ids add(const Names& paths, const std::string& separator = "/") {
         return list(model.addAssemblyComponents(paths, separator));
     }

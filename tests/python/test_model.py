@@ -36,11 +36,6 @@ transparency 1  shininess 0.2  flag off
 
 
 @pytest.fixture
-def path(tmp_path):
-    return tmp_path / "model.mek"
-
-
-@pytest.fixture
 def model(path):
     with Model(path) as model:
         yield model

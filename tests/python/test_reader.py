@@ -16,16 +16,6 @@ MODELS = int(os.environ.get("READER_MODELS", "100"))  # 2000 take a few minutes
 WORDS = ["", "a", "b", "a b", "ä/ö", "模型", "x" * 200, "\U0001f642"]
 
 
-@pytest.fixture(scope="module")
-def ask():
-    return oracle.Oracle()
-
-
-@pytest.fixture
-def path(tmp_path):
-    return tmp_path / "model.mek"
-
-
 class RandomModel:
     """Adds nodes, properties and arrays in random order, some of them again."""
 

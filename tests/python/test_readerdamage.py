@@ -16,16 +16,6 @@ HEAVY, TREE, LIGHT = "Heavy Data", "Mek Tree", "Light Data"
 STREAMS = [HEAVY, TREE, LIGHT, "Attributes", "Resources", "Global Information"]
 
 
-@pytest.fixture(scope="module")
-def ask():
-    return oracle.Oracle()
-
-
-@pytest.fixture
-def path(tmp_path):
-    return tmp_path / "model.mek"
-
-
 def everything(ask, path, results, monkeypatch):
     """Return the file of a model with 1, 22 or 230 results: one, two or three index tables."""
     monkeypatch.setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", "200" if results > 1 else "10000000")

@@ -28,4 +28,14 @@ inline std::string withoutDate(const std::filesystem::path& path) {
     return all;
 }
 
+/// The content of the streams with data.
+inline std::string streamsOf(const std::filesystem::path& path) {
+    MekReader::Container container(path);
+    std::string all;
+    for (const char* name : {"Heavy Data", "Mek Tree", "Light Data", "Attributes", "Resources"}) {
+        all += container.stream(name);
+    }
+    return all;
+}
+
 } // namespace Testing

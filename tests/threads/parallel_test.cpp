@@ -52,13 +52,6 @@ unsigned int addArrays(Model& model) {
     return errors;
 }
 
-std::string contentOf(const std::string& path) {
-    MekReader::check(path);
-    MekReader::Container container(path);
-    return container.stream("Heavy Data") + container.stream("Mek Tree") +
-           container.stream("Light Data") + container.stream("Attributes");
-}
-
 void runBackwards(std::size_t count, const std::function<void(std::size_t)>& task) {
     while (count != 0) {
         task(--count);
@@ -83,7 +76,7 @@ TEST_F(ParallelTest, BytesDoNotDependOnThreads) {
     write("serial", optionsWith({}));
     write("one", optionsWith(parallelForThreads(1)));
     const std::string expected = Testing::withoutDate(path("one"));
-    EXPECT_TRUE(contentOf(path("one")) == contentOf(path("serial")));
+    EXPECT_TRUE(Testing::streamsOf(path("one")) == Testing::streamsOf(path("serial")));
     EXPECT_LE(static_cast<double>(size("one")), 1.002 * static_cast<double>(size("serial")));
     for (const ParallelFor& parallelFor :
          {parallelForThreads(2), parallelForThreads(5), ParallelFor(runBackwards)}) {
