@@ -194,15 +194,12 @@ private:
     void addArrayOf() {
         const bool isColumn = source_.below(2) == 0;
         const unsigned int width = isColumn ? 1 : source_.below(8);
-        Words bits(width * (source_.number<std::uint16_t>() % 600U));
-        for (std::uint32_t& word : bits) {
-            word = source_.number<std::uint32_t>();
+        std::vector<T> values(width * (source_.number<std::uint16_t>() % 600U));
+        Words bits;
+        for (T& value : values) {
+            bits.push_back(source_.number<std::uint32_t>());
+            std::memcpy(&value, &bits.back(), sizeof value);
         }
-        bits.push_back(0); // so that `data()` is not null in `memcpy`
-        std::vector<T> values(bits.size());
-        std::memcpy(values.data(), bits.data(), bits.size() * sizeof(T));
-        values.pop_back();
-        bits.pop_back();
         if (isColumn) {
             return addOfType(anyType(1), Array1d<T>(values), bits);
         }
@@ -226,15 +223,13 @@ private:
         const unsigned int id = source_.below(20);
         const Step step{name(), attributes()};
         const Attributes given = attributes();
-        switch (source_.below(5)) {
-            case 0:
-                return model_.addArrayProperty(name(), type, array,
-                                               Array1d<unsigned int>({id, id, 3, id + 1}),
-                                               steps(step), given);
-            case 1:
-                return model_.addArrayProperty(type, array, id, step, given);
-            default:
-                break;
+        const unsigned int choice = source_.below(5);
+        if (choice == 0) {
+            const Array1d<unsigned int> ids({id, id, 3, id + 1});
+            return model_.addArrayProperty(name(), type, array, ids, steps(step), given);
+        }
+        if (choice == 1) {
+            return model_.addArrayProperty(type, array, id, step, given);
         }
         // the name is unique, so the array is compared after `close`
         const std::string unique = "array " + std::to_string(arrayCount_++);

@@ -8,11 +8,11 @@
 /// content; then up to three bytes of the file are changed.
 #include "fuzz/bytesource.hpp"
 #include "fuzz/folder.hpp"
+#include "mekdiff/comparison.hpp"
 #include "mekinfo/json.hpp"
 #include "mekinfo/print.hpp"
 #include "mekinfo/statistics.hpp"
 #include "mekinfo/summary.hpp"
-#include "mekdiff/comparison.hpp"
 #include "meklint/lint.hpp"
 #include "mekreader/error.hpp"
 #include "mekreader/model.hpp"
@@ -72,8 +72,6 @@ void writeInput(Fuzz::ByteSource& source, const std::string& path) {
 
 void readEverything(const std::string& path) {
     MekReader::File file(path);
-    std::ostream discarded(nullptr);
-    MekInfo::print(discarded, file);
     for (const MekReader::Node& node : file.nodes()) {
         for (const MekReader::Variable& variable : node.variables) {
             if (!file.hasCircularLinks(variable)) {
@@ -82,13 +80,6 @@ void readEverything(const std::string& path) {
             }
         }
     }
-}
-
-template <class Print>
-void describe(const std::string& path, const Print& print) {
-    MekReader::File file(path);
-    std::ostream discarded(nullptr);
-    print(discarded, file);
 }
 
 void lint(const std::string& path) {
@@ -120,15 +111,20 @@ bool succeeds(const Action& action) {
 /// Runs all, also after an error.
 bool isDescribed(const std::string& path) {
     const auto prints = [&path](const auto& print) {
-        return succeeds([&] { describe(path, print); });
+        return succeeds([&] {
+            MekReader::File file(path);
+            std::ostream discarded(nullptr);
+            print(discarded, file);
+        });
     };
+    const bool hasListing = prints(MekInfo::print);
     const bool hasSummary = prints(
         [&](std::ostream& out, MekReader::File& file) { MekInfo::printSummary(out, file, path); });
     const bool hasStatistics = prints(MekInfo::printStatistics);
     const bool hasJson = prints([&](std::ostream& out, MekReader::File& file) {
         MekInfo::printJson(out, file, path, true);
     });
-    return hasSummary && hasStatistics && hasJson;
+    return hasListing && hasSummary && hasStatistics && hasJson;
 }
 
 } // namespace

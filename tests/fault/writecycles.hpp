@@ -35,7 +35,9 @@ inline Content contentOf(const std::string& path) {
     for (const MekReader::Node& node : file.nodes()) {
         content[node.name];
         for (const MekReader::Variable& variable : node.variables) {
-            content[node.name + '/' + variable.name] = file.words(variable);
+            if (!file.hasCircularLinks(variable)) {
+                content[node.name + '/' + variable.name] = file.words(variable);
+            }
         }
     }
     return content;

@@ -15,16 +15,11 @@ using TyrUtil::AttributeValue;
 using TyrUtil::PackedAttributes;
 
 AttributeValue randomValue(std::mt19937& random) {
-    switch (random() % 4) {
-        case 0:
-            return AttributeValue::Of(static_cast<std::uint32_t>(random()));
-        case 1:
-            return AttributeValue::Of(static_cast<float>(random()));
-        case 2:
-            return AttributeValue::Of(static_cast<double>(random()) / 3);
-        default:
-            return AttributeValue::Of(std::string(random() % 300, 't'));
-    }
+    const AttributeValue values[] = {AttributeValue::Of(static_cast<std::uint32_t>(random())),
+                                     AttributeValue::Of(static_cast<float>(random())),
+                                     AttributeValue::Of(static_cast<double>(random()) / 3),
+                                     AttributeValue::Of(std::string(random() % 300, 't'))};
+    return values[random() % 4];
 }
 
 auto contentOf(const AttributeValue& value) {

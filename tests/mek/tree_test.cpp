@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -64,20 +65,16 @@ TEST_F(TreeTest, ResolvesPaths) {
     tree.currentId = 1;
     tree.AddGroupNode(""); // 5
 
-    struct Case {
-        const char* path;
-        const char* separator;
-        unsigned int id;
-    };
-    for (const Case& one :
+    using Case = std::tuple<const char*, const char*, unsigned int>;
+    for (const auto& [path, separator, id] :
          {Case{"/r", "/", 1}, Case{"/r/g", "/", 2}, Case{"/r/g/s", "/", 3},
           Case{"/r/g/s/s", "/", 4}, Case{"/r/g/x", "/", 0}, Case{"/x/g", "/", 0}, Case{"/", "/", 0},
           Case{"r/g", "/", 0}, Case{"/r/", "/", 5}, Case{"/r/g/", "/", 0}, Case{"::r::g", "::", 2},
           Case{"::r:", "::", 0}, Case{"::r::g:s", "::", 0}, Case{"/rXg", "/", 2}, Case{"rg", "", 0},
           Case{"r", "", 1}}) {
         tree.currentId = 4;
-        EXPECT_EQ(tree.GetNodeIdFromPath(one.path, one.separator), one.id) << one.path;
-        EXPECT_EQ(tree.currentId, 1U) << one.path;
+        EXPECT_EQ(tree.GetNodeIdFromPath(path, separator), id) << path;
+        EXPECT_EQ(tree.currentId, 1U) << path;
     }
 }
 

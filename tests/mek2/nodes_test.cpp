@@ -1,6 +1,7 @@
 #include "mek2/modeltest.hpp"
 
 #include <iterator>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -144,25 +145,22 @@ TEST_F(NodesTest, KeepsPropertiesBeforeAnError) {
 TEST_F(NodesTest, RefusesInvalidProperties) {
     model.addNode(NodeType::Group, "r");
     const unsigned int geometry = model.addNode(NodeType::Shape, "s");
-    struct Case {
-        unsigned int id;
-        PropertyType type;
-        std::size_t size;
-        const char* message;
-    };
-    for (const Case& one : {Case{1, PropertyType::Translation, 4, "invalid array size"},
-                            {1, PropertyType::Rotation, 3, "invalid array size"},
-                            {1, PropertyType::Scale, 4, "invalid array size"},
-                            {geometry, PropertyType::Translation, 4, "Invalid property type"},
-                            {geometry, PropertyType::DiffuseColor, 5, "invalid array size"},
-                            {geometry, PropertyType::SpecularColor, 2, "invalid array size"},
-                            {geometry, PropertyType::EmissiveColor, 4, "invalid array size"},
-                            {geometry, PropertyType::AmbientColor, 4, "invalid array size"},
-                            {1, PropertyType::AmbientColor, 3, "Invalid property type"},
-                            {1, PropertyType(-1), 3, "Invalid properties"}}) {
-        EXPECT_EQ(messageOf<InvalidArguments>(
-                      [&] { model.setNodeData(one.id, property(one.type, Floats(one.size))); }),
-                  one.message);
+    using Case = std::tuple<unsigned int, PropertyType, std::size_t, const char*>;
+    for (const auto& [id, type, size, message] :
+         {Case{1, PropertyType::Translation, 4, "invalid array size"},
+          {1, PropertyType::Rotation, 3, "invalid array size"},
+          {1, PropertyType::Scale, 4, "invalid array size"},
+          {geometry, PropertyType::Translation, 4, "Invalid property type"},
+          {geometry, PropertyType::DiffuseColor, 5, "invalid array size"},
+          {geometry, PropertyType::SpecularColor, 2, "invalid array size"},
+          {geometry, PropertyType::EmissiveColor, 4, "invalid array size"},
+          {geometry, PropertyType::AmbientColor, 4, "invalid array size"},
+          {1, PropertyType::AmbientColor, 3, "Invalid property type"},
+          {1, PropertyType(-1), 3, "Invalid properties"}}) {
+        const NodeProperties properties = property(type, Floats(size));
+        const unsigned int node = id;
+        EXPECT_EQ(messageOf<InvalidArguments>([&] { model.setNodeData(node, properties); }),
+                  message);
     }
     EXPECT_THROW(model.setNodeData(4, NodeProperties()), OutOfBounds);
 

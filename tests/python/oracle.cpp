@@ -15,6 +15,8 @@
 #include <cstring>
 #include <iostream>
 #include <string>
+#include <type_traits>
+#include <variant>
 
 namespace {
 
@@ -41,16 +43,15 @@ std::string hexOfNumber(const T& number) {
 
 void print(const MekReader::AttributeList& attributes) {
     for (const auto& [key, value] : attributes) {
-        std::cout << "attribute " << hexOf(key);
-        if (const auto* const text = std::get_if<std::string>(&value)) {
-            std::cout << "s " << hexOf(*text);
-        } else if (const auto* const word = std::get_if<std::uint32_t>(&value)) {
-            std::cout << "u " << hexOfNumber(*word);
-        } else if (const auto* const single = std::get_if<float>(&value)) {
-            std::cout << "f " << hexOfNumber(*single);
-        } else {
-            std::cout << "d " << hexOfNumber(std::get<double>(value));
-        }
+        std::cout << "attribute " << hexOf(key) << "ufsd"[value.index()] << ' ';
+        const auto print = [](const auto& each) {
+            if constexpr (std::is_same_v<decltype(each), const std::string&>) {
+                std::cout << hexOf(each);
+            } else {
+                std::cout << hexOfNumber(each);
+            }
+        };
+        std::visit(print, value);
         std::cout << '\n';
     }
 }

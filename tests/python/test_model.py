@@ -1,9 +1,7 @@
 """The methods of Model that the examples do not cover."""
 
-import builtins
 import gc
 import os
-import pydoc
 import re
 import sys
 import threading
@@ -33,12 +31,6 @@ transparency 1  shininess 0.2  flag off
 6 Geometry "other"
 [1] "R\x1Es2" type 12: 1 x 1 float, 2.5 to 2.5
 [0] "R\x1Es1" type 12: link to [0] of node 4, vibration"""
-
-
-@pytest.fixture
-def model(path):
-    with Model(path) as model:
-        yield model
 
 
 def test_accepts_all_forms_of_names_paths_and_values(path):
@@ -80,10 +72,11 @@ def test_dataset_types_have_their_variable_types_and_widths(path):
     ]
 
 
-def test_assembly_ids_have_the_order_of_the_paths(model):
-    assert model.add_assembly_components([]) == []
-    assert model.add_assembly_components(["/r/z", "/r/g/", "", "/r"]) == [3, 4, 0, 1]
-    by_path = model.add_assembly_components({":r:z": None, ":r:g:": {"a": 1}, ":r:b": {}}, ":")
+def test_assembly_ids_have_the_order_of_the_paths(path):
+    with Model(path) as model:
+        assert model.add_assembly_components([]) == []
+        assert model.add_assembly_components(["/r/z", "/r/g/", "", "/r"]) == [3, 4, 0, 1]
+        by_path = model.add_assembly_components({":r:z": None, ":r:g:": {"a": 1}, ":r:b": {}}, ":")
     assert list(by_path.items()) == [(":r:z", 3), (":r:g:", 4), (":r:b", 6)]
 
 
@@ -94,15 +87,6 @@ def test_the_id_of_a_shape_means_its_geometry(path):
         for shape in ("/r/a/s", "/r/t", "/r/a/u"):
             model.add_array("NodeIds", [1, 2], model.get_node_id(shape))
     assert mekfile.tree(path).count('"Node Ids" type 12: 2 x 1') == 3
-
-
-def test_names_are_those_that_a_user_may_call(path):
-    assert not set(mekapi2.__all__) & set(dir(builtins))
-    shown = re.findall(r"^ \|  (\w+)\(", pydoc.plain(pydoc.render_doc(Model)), re.MULTILINE)
-    special = ["__enter__", "__exit__", "__init__", "__repr__"]
-    public = ["add_array", "add_assembly_components", "add_node", "checkpoint", "close"]
-    public += ["get_node_id", "move_to_parent", "set_current_node", "set_node_data", "create"]
-    assert shown == ["Model", *special, *public]
 
 
 def test_accepts_unicode_paths_of_all_types(tmp_path):

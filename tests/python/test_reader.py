@@ -1,7 +1,6 @@
 """The reader returns what was written, and what the C++ reader finds."""
 
 import os
-import pydoc
 import subprocess
 import sys
 from concurrent.futures import ThreadPoolExecutor
@@ -173,5 +172,3 @@ def test_needs_only_numpy_and_opens_many_variables_with_linear_effort(path):
     run = subprocess.run([sys.executable, "-c", code], check=True, capture_output=True, text=True)
     loaded = set(run.stdout.split())
     assert not {"mekapi2._core", "mekapi2.model", "meshio", "vtkmodules"} & loaded
-    assert {name for name in dir(mekapi2) if name[0] != "_"} >= {"Model", "open", "File", "Step"}
-    assert "Read" in pydoc.plain(pydoc.render_doc(mekapi2.open)) and mekapi2.__version__

@@ -11,6 +11,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -54,31 +55,28 @@ TEST_F(BlockTest, GrowsByTheDefaultStepAndDoesNotWrap) {
 }
 
 TEST_F(BlockTest, ReadsTheEnvironmentLikeAThirtyTwoBitStrtoul) {
-    struct Case {
-        const char* value;
-        std::uint32_t limit;
-    };
+    using Case = std::pair<const char*, std::uint32_t>;
     constexpr std::uint32_t none = 209715200;
     constexpr std::uint32_t largest = 4294967294;
-    for (const Case& one : {Case{nullptr, none},
-                            {"1000", 1000},
-                            {"0", 0},
-                            {"abc", 0},
-                            {" ", 0},
-                            {" \t\n\v\f\r+12 34", 12},
-                            {"7MB", 7},
-                            {"-4294967295", 1},
-                            {"-1", none},
-                            {"4294967294", largest},
-                            {"4294967295", none},
-                            {"99999999999999999999", none}}) {
-        const BlockSizeVariable variable(one.value);
-        EXPECT_EQ(BlockSizeLimiter().limit, one.limit) << one.value;
-        if (one.limit != largest) { // too much memory
+    for (const auto& [value, expected] : {Case{nullptr, none},
+                                          {"1000", 1000},
+                                          {"0", 0},
+                                          {"abc", 0},
+                                          {" ", 0},
+                                          {" \t\n\v\f\r+12 34", 12},
+                                          {"7MB", 7},
+                                          {"-4294967295", 1},
+                                          {"-1", none},
+                                          {"4294967294", largest},
+                                          {"4294967295", none},
+                                          {"99999999999999999999", none}}) {
+        const BlockSizeVariable variable(value);
+        EXPECT_EQ(BlockSizeLimiter().limit, expected) << value;
+        if (expected != largest) { // too much memory
             defaultBlockSize = 77;
             OwnedBlock block;
             block.putBytes("");
-            EXPECT_EQ(defaultBlockSize.load(), one.limit == none ? 77 : one.limit) << one.value;
+            EXPECT_EQ(defaultBlockSize.load(), expected == none ? 77 : expected) << value;
         }
     }
 }
