@@ -1,7 +1,10 @@
 """Draws docs/images/paraview.png with the plug-in: the last load step of the demo's bracket.
 
-Usage: pvpython paraview_picture.py MODEL.mek OUTPUT.png, with the folders of the plug-in and of the
-Python package in PYTHONPATH
+Usage: xvfb-run -s "-screen 0 1280x1024x24 -noreset" pvpython --force-offscreen-rendering
+    scripts/paraview_picture.py MODEL.mek OUTPUT.png
+
+PYTHONPATH has the folders of the plug-in and of the Python package. ParaView connects twice to the X
+server, which would reset after the first connection.
 """
 import pathlib
 import sys
