@@ -7,7 +7,6 @@
 
 #include "fault/writecycles.hpp"
 
-#include <cstddef>
 #include <functional>
 #include <map>
 #include <memory>
@@ -23,9 +22,6 @@ class CheckpointedRun : public Application {
 public:
     CheckpointedRun(std::string path, unsigned int results, bool replaces = false)
         : path_(std::move(path)), results_(results) {
-        options.overwrite = true;
-        options.toolName = "a tool with a long name";
-        options.toolVersion = "1";
         options.journal = true;
         options.replaceWhenComplete = replaces;
     }
@@ -69,7 +65,7 @@ public:
         return close();
     }
 
-    SaverOptions options;
+    SaverOptions options{true, "a tool with a long name", "1"};
     std::unique_ptr<Model> model;
     std::set<std::string> given;    ///< content of operations that returned
     std::set<std::string> promised; ///< at the last checkpoint

@@ -146,22 +146,7 @@ TEST(Geometry, SeesChangesOfItsMembers) {
     }
 }
 
-struct IsLonger {
-    bool operator()(const std::string& value, const std::string& pattern) const {
-        return value.size() > pattern.size();
-    }
-};
-
-TEST(Tree, FindsNodesByAnyPredicateAndAfterChangesOfMembers) {
-    TyrAdt::Tree<std::string> strings;
-    for (const char* text : {"n", "n", "longer"}) {
-        strings.AddChild();
-        strings.GetCurrentNode().value = text;
-        strings.MoveToParent();
-    }
-    strings.MoveToChild(std::string("nn"), IsLonger());
-    EXPECT_EQ(strings.currentId, 4U);
-
+TEST(Tree, FindsNodesAfterChangesOfMembers) {
     Tree tree;
     tree.SetRootGroup("r", {});
     for (int number = 0; number < 40; ++number) {
@@ -174,12 +159,6 @@ TEST(Tree, FindsNodesByAnyPredicateAndAfterChangesOfMembers) {
     tree.GetCurrentNode().value = new TyrMek::Node("other");
     EXPECT_EQ(tree.GetNodeIdFromPath("/r/g30", "/"), 0U);
     EXPECT_EQ(tree.GetNodeIdFromPath("/r/other", "/"), 32U);
-
-    TyrAdt::Tree<int> numbered;
-    numbered.nextId = 9;
-    numbered.AddChild();
-    numbered.nextId = 2;
-    EXPECT_EQ(numbered.GetReqNode(9).id, 9U);
 }
 
 } // namespace

@@ -67,17 +67,15 @@ TEST(ArrayProperty, HasWidthNameAndVariableTypeOfEachDatasetType) {
 
 TEST_F(ArrayPropertyTest, ChecksTypeAndShape) {
     const Array2d<float> table(4, 3, 1.0F);
-    const auto refusal = [&](auto action) { return messageOf<InvalidArguments>(action); };
     const Step step;
-    EXPECT_EQ(refusal([&] { model.addArrayProperty(DatasetType::Coordinates, pair, first, step); }),
-              "Invalid arguments");
-    EXPECT_EQ(
-        refusal([&] { model.addArrayProperty(DatasetType::Displacement6, table, first, step); }),
-        "Invalid arguments");
-    EXPECT_EQ(refusal([&] { model.addArrayProperty(DatasetType::ResultA1, pair, first, step); }),
-              "Can't guess result name for specified type");
-    EXPECT_EQ(refusal([&] { model.addArrayProperty("n", DatasetType(31), pair, first, step); }),
-              "Can't guess result width for specified type");
+    const auto refusal = [&](const auto&... arguments) {
+        return messageOf<InvalidArguments>(
+            [&] { model.addArrayProperty(arguments..., first, step); });
+    };
+    EXPECT_EQ(refusal(DatasetType::Coordinates, pair), "Invalid arguments");
+    EXPECT_EQ(refusal(DatasetType::Displacement6, table), "Invalid arguments");
+    EXPECT_EQ(refusal(DatasetType::ResultA1, pair), "Can't guess result name for specified type");
+    EXPECT_EQ(refusal("n", DatasetType(31), pair), "Can't guess result width for specified type");
     // empty arrays are accepted before the width is checked
     model.addArrayProperty(DatasetType::Coordinates, Array1d<float>(), first, step);
     model.addArrayProperty(DatasetType::Coordinates, pair, Array1d<unsigned int>(), step);

@@ -106,19 +106,6 @@ TEST_F(ExportTest, RefusesInvalidMeshes) {
               "element type");
 }
 
-TEST_F(ExportTest, PrefersTheMeshOfAStep) {
-    MekReader::File file = written([](Model& model, unsigned int id) {
-        model.addArrayProperty(DatasetType::Coordinates, Array2d<float>(2, 3), id, Step{});
-        model.addArrayProperty(DatasetType::Coordinates, Array2d<float>(5, 3), id, Step{"b"});
-        model.addArrayProperty("T", DatasetType::ResultA1, Array1d<float>(2), id, Step{"a"});
-        model.addArrayProperty("T", DatasetType::ResultA1, Array1d<float>(5), id, Step{"b"});
-    });
-
-    EXPECT_EQ(MekVtu::exportVtu(file, folder / "out", "in").files, 2U);
-    EXPECT_TRUE(exported("in-0-S-0.vtu", "<Piece NumberOfPoints=\"5\" NumberOfCells=\"5\">"));
-    EXPECT_TRUE(exported("in-0-S-1.vtu", "<Piece NumberOfPoints=\"2\" NumberOfCells=\"2\">"));
-}
-
 TEST_F(ExportTest, ReadsLinksToLinksAndCirclesOfLinks) {
     MekReader::File file = written([](Model& model, unsigned int) {
         model.addAssemblyComponents(std::vector<std::string>{"/R/B", "/R/C", "/R/D"});

@@ -148,9 +148,6 @@ def test_vtk_has_what_mekinfo_exports(tmp_path):
         placed.GetBlock(0).GetCellData(), placed.GetBlock(0).GetPointData())]
     assert (found, blocks.GetFieldData().GetAbstractArray("Step").GetValue(0)) == ([1, 1], steps[0])
     grids = [each.GetPartition(part, 0) for each in collections for part in range(2)]
-    name = vtkCompositeDataSet.NAME()
-    names = [each.GetMetaData(part).Get(name) for each in collections for part in range(2)]
-    assert names == [mesh.name for mesh in exported]
     for grid, mesh in zip(grids, exported):
         np.testing.assert_allclose(vtk_to_numpy(grid.GetPoints().GetData()), mesh.points, atol=1e-5)
         connectivity = vtk_to_numpy(grid.GetCells().GetConnectivityArray())
@@ -164,9 +161,6 @@ def test_vtk_has_what_mekinfo_exports(tmp_path):
                 array = vtk_to_numpy(found.GetArray(name.replace("E ", "E\x01")))
                 np.testing.assert_allclose(array.ravel(), np.ravel(values), atol=1e-5)
             assert len(data) == found.GetNumberOfArrays()
-    assembly = collections[0].GetDataAssembly()
-    labels = [assembly.GetAttributeOrDefault(node, "label", "") for node in range(4)]
-    assert labels == ["one & all", "HE8", "placed", "TE4"]
 
 
 def test_invalid_meshes_are_refused(tmp_path):

@@ -11,7 +11,6 @@
 #include <numeric>
 #include <string>
 #include <utility>
-#include <variant>
 #include <vector>
 
 namespace Testing {
@@ -82,17 +81,6 @@ private:
         return attributes;
     }
 
-    using Property = std::pair<PropertyType, std::variant<float, bool, Floats>>;
-
-    static NodeProperties properties(const std::vector<Property>& list) {
-        NodeProperties properties;
-        for (const Property& property : list) {
-            std::visit([&](const auto& value) { properties.set(property.first, value); },
-                       property.second);
-        }
-        return properties;
-    }
-
     void addTree(Model& model) {
         const Paths paths = {rootPath + "/part of long name/",
                              rootPath + "/part of long name/" + bodyName,
@@ -100,6 +88,18 @@ private:
         const std::map<std::string, Attributes> others = {
             {rootPath + "/second part of long name/", attributes()}, {paths[1], Attributes()}};
         const Paths names = {rootPath.substr(1), "part of long name", skinName};
+        NodeProperties placed;
+        placed.set(PropertyType::Translation, Floats{0.1F, -2, 3e30F});
+        placed.set(PropertyType::Rotation, Floats{0, 1, 0, 0.5F});
+        placed.set(PropertyType::Scale, Floats{2, 2, 2});
+        NodeProperties material;
+        material.set(PropertyType::DiffuseColor, Floats{0.2F, 0.4F, 0.6F});
+        material.set(PropertyType::SpecularColor, Floats{1, 2, 3, 4});
+        material.set(PropertyType::EmissiveColor, Floats{0.1F, 0, 0});
+        material.set(PropertyType::AmbientColor, Floats{8, 8, 8}); // without effect
+        material.set(PropertyType::Transparency, 0.25F);
+        material.set(PropertyType::AmbientIntensity, 0.5F);
+        material.set(PropertyType::MaterialFlag, false);
         const auto add = [&](NodeType type, const std::string& name,
                              const NodeProperties& properties) {
             unsigned int id = 0;
@@ -115,19 +115,9 @@ private:
         });
         attempt_("components", [&] { model.addAssemblyComponents(others); });
         attempt_("setCurrentNodeId", [&] { model.setCurrentNodeId(1); });
-        add(NodeType::Group, groupName,
-            properties({{PropertyType::Translation, Floats{0.1F, -2, 3e30F}},
-                        {PropertyType::Rotation, Floats{0, 1, 0, 0.5F}},
-                        {PropertyType::Scale, Floats{2, 2, 2}}}));
+        add(NodeType::Group, groupName, placed);
         attempt_("moveToParentNode", [&] { model.moveToParentNode(); });
-        add(NodeType::Shape, shapeName,
-            properties({{PropertyType::DiffuseColor, Floats{0.2F, 0.4F, 0.6F}},
-                        {PropertyType::SpecularColor, Floats{1, 2, 3, 4}},
-                        {PropertyType::EmissiveColor, Floats{0.1F, 0, 0}},
-                        {PropertyType::AmbientColor, Floats{8, 8, 8}}, // without effect
-                        {PropertyType::Transparency, 0.25F},
-                        {PropertyType::AmbientIntensity, 0.5F},
-                        {PropertyType::MaterialFlag, false}}));
+        add(NodeType::Shape, shapeName, material);
         attempt_("getNodeId", [&] { model.getNodeId(paths[2] + '/' + skinName); });
         attempt_("getNodeId", [&] { model.getNodeId(names); });
     }

@@ -16,16 +16,9 @@ namespace {
 using namespace Tyr::Mek2;
 namespace Errors = Tyr::Exception;
 
-SaverOptions overwriting() {
-    SaverOptions options;
-    options.overwrite = true;
-    options.toolName = "application";
-    return options;
-}
-
 void writeWholeModel(const std::string& path) {
     Model model;
-    model.saveTo(path, overwriting());
+    model.saveTo(path, SaverOptions{true, "application"});
     Testing::Everything().addTo(model);
     Model owner(std::move(model));
     owner.close();
@@ -47,7 +40,7 @@ int missed(const char* what, const Action& action) {
 /// The exception types are those of the library, also if a module was loaded with it.
 int missedErrors(const std::string& path) {
     Model model;
-    const auto saveAgain = [&] { model.saveTo(path, overwriting()); };
+    const auto saveAgain = [&] { model.saveTo(path, SaverOptions{true, "application"}); };
     saveAgain();
     model.addNode(NodeType::RootGroup, "root");
     const Array1d<float> values(1);
@@ -61,7 +54,7 @@ int missedErrors(const std::string& path) {
                [&] { model.addArrayProperty(DatasetType::NodeIds, values, 9U, Step{}); }) +
            missed<Errors::FileWriteException>("a full disk", [] {
                Model full;
-               full.saveTo("/dev/full", overwriting());
+               full.saveTo("/dev/full", SaverOptions{true, "application"});
                full.close();
            });
 }
