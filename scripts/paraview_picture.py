@@ -50,4 +50,5 @@ def main(model, output):
         draw(simple.OpenDataFile(model), file.times[STEP], output)
 
 
-main(*sys.argv[1:])
+if __name__ == "__main__":
+    main(*sys.argv[1:])

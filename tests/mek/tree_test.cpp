@@ -146,7 +146,22 @@ TEST(Geometry, SeesChangesOfItsMembers) {
     }
 }
 
-TEST(Tree, FindsNodesAfterChangesOfMembers) {
+struct IsLonger {
+    bool operator()(const std::string& value, const std::string& pattern) const {
+        return value.size() > pattern.size();
+    }
+};
+
+TEST(Tree, FindsNodesByAnyPredicateAndAfterChangesOfMembers) {
+    TyrAdt::Tree<std::string> strings;
+    for (const char* text : {"n", "n", "longer"}) {
+        strings.AddChild();
+        strings.GetCurrentNode().value = text;
+        strings.MoveToParent();
+    }
+    strings.MoveToChild(std::string("nn"), IsLonger());
+    EXPECT_EQ(strings.currentId, 4U);
+
     Tree tree;
     tree.SetRootGroup("r", {});
     for (int number = 0; number < 40; ++number) {

@@ -1,13 +1,16 @@
 """The methods of Model that the examples do not cover."""
 
+import builtins
 import gc
 import os
+import pydoc
 import re
 import sys
 import threading
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
+import mekapi2
 import mekfile
 import numpy as np
 import pytest
@@ -30,6 +33,15 @@ transparency 1  shininess 0.2  flag off
 6 Geometry "other"
 [1] "R\x1Es2" type 12: 1 x 1 float, 2.5 to 2.5
 [0] "R\x1Es1" type 12: link to [0] of node 4, vibration"""
+
+
+def test_names_are_those_that_a_user_may_call():
+    assert not set(mekapi2.__all__) & set(dir(builtins))
+    shown = re.findall(r"^ \|  (\w+)\(", pydoc.plain(pydoc.render_doc(Model)), re.MULTILINE)
+    special = ["__enter__", "__exit__", "__init__", "__repr__"]
+    public = ["add_array", "add_assembly_components", "add_node", "checkpoint", "close"]
+    public += ["get_node_id", "move_to_parent", "set_current_node", "set_node_data", "create"]
+    assert shown == ["Model", *special, *public]
 
 
 def test_accepts_all_forms_of_names_paths_and_values(path):
