@@ -27,19 +27,24 @@ namespace MekReader {
 
 /// One entry of the index, and the values derived from it.
 struct Block {
-    static constexpr std::uint8_t compressFlag = 0x01;
-    static constexpr std::uint8_t freezeFlag = 0x20;
+    static constexpr std::uint8_t compressFlag = 0x01; ///< the content is compressed
+    static constexpr std::uint8_t freezeFlag = 0x20;   ///< the block was written before `close`
 
-    std::uint64_t number = 0;
-    std::uint8_t id = 0;
-    std::string name{};
-    std::uint64_t position = 0; ///< in the file
-    std::uint32_t storedLength = 0;
-    std::uint32_t rawLength = 0; ///< length of the content, decompressed
-    std::uint8_t flags = 0;
+    std::uint64_t number = 0;       ///< from 0
+    std::uint8_t id = 0;            ///< as in the file
+    std::string name{};             ///< of the stream
+    std::uint64_t position = 0;     ///< in the file
+    std::uint32_t storedLength = 0; ///< bytes in the file
+    std::uint32_t rawLength = 0;    ///< length of the content, decompressed
+    std::uint8_t flags = 0;         ///< see above
 
+    /// Whether the entry is free.
     bool isEmpty() const;
+
+    /// Whether the block contains an index table.
     bool isIndex() const;
+
+    /// Whether the content is compressed.
     bool isCompressed() const { return (flags & compressFlag) != 0; }
 };
 
@@ -53,7 +58,10 @@ public:
     /// @throws Error the file cannot be read, is not a container, or has an invalid table
     explicit Container(const std::filesystem::path& path);
 
+    /// All entries of the index, by number.
     const std::vector<Block>& blocks() const { return blocks_; }
+
+    /// Bytes of the file.
     std::uint64_t fileSize() const { return fileSize_; }
 
     /// Uncompressed bytes of the stream `name`; 0 if there is none.

@@ -16,6 +16,7 @@ public:
 /// The file was not closed by its writer and has no complete index.
 class Unfinished : public Error {
 public:
+    /// @param reason what the file lacks
     explicit Unfinished(const std::string& reason) : Error("file is unfinished: " + reason) {}
 };
 

@@ -12,8 +12,8 @@ namespace MekReader {
 
 /// The name of a quantity and of a step. A variable without a step belongs to all steps.
 struct VariableName {
-    std::string_view result;
-    std::string_view step;
+    std::string_view result; ///< the quantity, such as "Stress"
+    std::string_view step;   ///< empty for none
 };
 
 /// Splits the name of a variable at the first byte 1E.
@@ -26,20 +26,22 @@ inline VariableName splitName(std::string_view name) {
 
 /// Variable types of the file format.
 namespace VariableType {
-constexpr std::uint32_t coordinates = 1;
-constexpr std::uint32_t firstConnectivity = 4; ///< dimension 1; 5 and 6: dimension 2 and 3
-constexpr std::uint32_t lastConnectivity = 6;
-constexpr std::uint32_t polylength = 9;
-constexpr std::uint32_t firstNodeResult = 12;
-constexpr std::uint32_t lastNodeResult = 15;
-constexpr std::uint32_t firstElementResult = 16;
-constexpr std::uint32_t lastElementResult = 19;
+constexpr std::uint32_t coordinates = 1;         ///< x, y, z of each node
+constexpr std::uint32_t firstConnectivity = 4;   ///< dimension 1; 5 and 6: dimension 2 and 3
+constexpr std::uint32_t lastConnectivity = 6;    ///< of elements of dimension 3
+constexpr std::uint32_t polylength = 9;          ///< number of nodes of each element
+constexpr std::uint32_t firstNodeResult = 12;    ///< one row for each node
+constexpr std::uint32_t lastNodeResult = 15;     ///< the same, with more columns
+constexpr std::uint32_t firstElementResult = 16; ///< one row for each element
+constexpr std::uint32_t lastElementResult = 19;  ///< the same, with more columns
 } // namespace VariableType
 
+/// Whether the array has coordinates of nodes.
 inline bool isCoordinates(const Variable& variable) {
     return variable.type == VariableType::coordinates;
 }
 
+/// Whether the array has numbers of nodes.
 inline bool isPolylength(const Variable& variable) {
     return variable.type == VariableType::polylength;
 }
@@ -51,11 +53,13 @@ inline bool isConnectivity(const Variable& variable) {
            splitName(variable.name).result != "Part Elements";
 }
 
+/// Whether the array has a row for each node.
 inline bool isNodeResult(const Variable& variable) {
     return variable.type >= VariableType::firstNodeResult &&
            variable.type <= VariableType::lastNodeResult;
 }
 
+/// Whether the array has a row for each element.
 inline bool isElementResult(const Variable& variable) {
     return variable.type >= VariableType::firstElementResult &&
            variable.type <= VariableType::lastElementResult;
@@ -63,10 +67,11 @@ inline bool isElementResult(const Variable& variable) {
 
 /// The values of a variable, row by row, with their bits unchanged.
 struct Values {
-    std::vector<std::uint32_t> words{};
-    unsigned width = 1;
-    bool isFloat = false;
+    std::vector<std::uint32_t> words{}; ///< row by row
+    unsigned width = 1;                 ///< values per row
+    bool isFloat = false;               ///< whether the bits are those of floats
 
+    /// Number of rows.
     std::uint64_t rows() const { return words.size() / width; }
 };
 
