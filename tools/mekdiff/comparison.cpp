@@ -222,7 +222,7 @@ private:
             const auto other = right.find(key);
             const std::string what = "attribute " + inQuotes(key);
             if (other == right.end()) {
-                addOnlyIn(left_, place + ": " + what);
+                addOnlyIn(left_, std::string(place).append(": ").append(what));
             } else if (!isEqual(value, other->second)) {
                 add(place, what + ": " + toText(value) + " and " + toText(other->second));
             }

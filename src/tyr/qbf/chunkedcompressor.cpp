@@ -71,7 +71,8 @@ public:
             Deflation::RaiseUnableToCompress();
         }
         const bool isLast = number + 1 == ChunkCount();
-        stream.next_in = const_cast<Bytef*>(start); // zlib does not change it
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): zlib does not change the content
+        stream.next_in = const_cast<Bytef*>(start);
         stream.avail_in = static_cast<uInt>(SizeOf(number));
         chunk.compressed.resize(deflateBound(&stream, stream.avail_in) + flushBytes);
         stream.next_out = chunk.compressed.data();

@@ -12,36 +12,36 @@ namespace {
 /// The tasks of one call, shared by all threads.
 class TaskRun {
 public:
-    explicit TaskRun(const std::function<void(std::size_t)>& task) : task_(task) {}
+    explicit TaskRun(const std::function<void(std::size_t)>& function) : task(function) {}
 
     /// After an error, the tasks that have not begun are skipped.
-    void run(std::size_t index) noexcept {
-        if (!hasFailed_) {
+    void Run(std::size_t index) noexcept {
+        if (!hasFailed) {
             try {
-                task_(index);
+                task(index);
             } catch (...) {
-                if (!hasFailed_.exchange(true)) {
-                    error_ = std::current_exception();
+                if (!hasFailed.exchange(true)) {
+                    error = std::current_exception();
                 }
             }
         }
-        ++ended_; // after this, the calling thread may read the error
+        ++ended; // after this, the calling thread may read the error
     }
 
-    void finish(std::size_t count) const {
-        if (ended_ != count) {
+    void Finish(std::size_t count) const {
+        if (ended != count) {
             TYR_RAISE(Tyr::Exception::MiscelleneousException("Not all tasks were run"));
         }
-        if (error_ != nullptr) {
-            std::rethrow_exception(error_);
+        if (error != nullptr) {
+            std::rethrow_exception(error);
         }
     }
 
 private:
-    const std::function<void(std::size_t)>& task_;
-    std::atomic<bool> hasFailed_{false};
-    std::atomic<std::size_t> ended_{0};
-    std::exception_ptr error_{};
+    const std::function<void(std::size_t)>& task;
+    std::atomic<bool> hasFailed{false};
+    std::atomic<std::size_t> ended{0};
+    std::exception_ptr error{};
 };
 
 } // namespace
@@ -50,13 +50,13 @@ void RunTasks(const ParallelFor& parallelFor, std::size_t count,
               const std::function<void(std::size_t)>& task) {
     TaskRun tasks(task);
     if (parallelFor) {
-        parallelFor(count, [&tasks](std::size_t index) { tasks.run(index); });
+        parallelFor(count, [&tasks](std::size_t index) { tasks.Run(index); });
     } else {
         for (std::size_t index = 0; index < count; ++index) {
-            tasks.run(index);
+            tasks.Run(index);
         }
     }
-    tasks.finish(count);
+    tasks.Finish(count);
 }
 
 } // namespace TyrQbf
