@@ -55,7 +55,8 @@ std::string shownElement(double element, const Variable& owner) {
 }
 
 /// @param path of the shape of the variable
-Row rowOf(File& file, StatisticsReader& reader, const std::string& path, const Variable& variable) {
+Row rowOf(const File& file, StatisticsReader& reader, const std::string& path,
+          const Variable& variable) {
     const MekNames::VariableName name = MekNames::splitName(variable.name);
     Row row{path, Console::printable(name.quantity),
             name.step ? Console::printable(*name.step) : "-"};
