@@ -7,8 +7,8 @@
 #include "meklint/meshes.hpp"
 #include "meknames/lookup.hpp"
 #include "mekreader/quotes.hpp"
-#include "mekvtu/timeline.hpp"
 #include "mekreader/variables.hpp"
+#include "mekvtu/timeline.hpp"
 
 #include <algorithm>
 #include <iomanip>
