@@ -93,7 +93,7 @@ TEST_F(MekDiffTest, FindsEachKindOfDifference) {
                "2 differences; the largest in /R/plate: \"S\", step \"1\", row 1, column 2: 1\n");
     expect("--quiet", stress, 1, "");
     expect("--rel=1e-5 --abs 0.5", stress, 0, "");
-    expect("--only 'Node Ids'", stress, 0, "");
+    expect("--only \"Node Ids\"", stress, 0, "");
     expect("--rel 0.9", ids, 1, // ids have no tolerance
            "/R/plate: \"Node Ids\": 1 of 2 values differ, most by 2 in row 0: 1 and 3\n"
            "1 difference; the largest in /R/plate: \"Node Ids\", row 0: 2\n");
