@@ -27,6 +27,11 @@ constexpr double megabyte = 1e6;
 const std::string floorName = "floor";
 const std::string libraryName = "MekApi2";
 const std::string libdeflateName = "MekApi2, libdeflate";
+const std::string oneThreadName = "MekApi2, 1 thread";
+const std::string twoThreadsName = "MekApi2, 2 threads";
+const std::string fourThreadsName = "MekApi2, 4 threads";
+const std::string libdeflateOneThreadName = "MekApi2, libdeflate, 1 thread";
+const std::string libdeflateTwoThreadsName = "MekApi2, libdeflate, 2 threads";
 const std::string hdf5Name = "HDF5";
 const std::string contiguousName = "HDF5, contiguous";
 const std::string vtkName = "VTK";
@@ -43,14 +48,20 @@ struct Comparison {
     std::vector<std::string> writers;
 };
 
+const std::vector<std::string> bulkWriters = {
+    floorName,       libraryName,    oneThreadName,           twoThreadsName,
+    fourThreadsName, libdeflateName, libdeflateOneThreadName, libdeflateTwoThreadsName,
+    hdf5Name,        vtkName};
+
 /// `small` is not run with VTK, which would need 100,000 files.
 const std::vector<Comparison> comparisons = {
-    {"bulk-150", {floorName, libraryName, libdeflateName, hdf5Name, vtkName}},
-    {"bulk-1000", {floorName, libraryName, libdeflateName, hdf5Name, vtkName}},
-    {"bulk-steps", {floorName, libraryName, libdeflateName, hdf5Name, vtkName}},
+    {"bulk-150", bulkWriters},
+    {"bulk-1000", bulkWriters},
+    {"bulk-steps", bulkWriters},
     {"small", {floorName, libraryName, libdeflateName, hdf5Name, contiguousName}},
     {"one-array", {floorName, libraryName, libdeflateName, hdf5Name, vtkName}},
-    {"stream", {libraryName, libdeflateName}},
+    {"stream", {libraryName, twoThreadsName, libdeflateName}},
+    {"block", {libraryName, oneThreadName, twoThreadsName, fourThreadsName}},
 };
 
 struct Options {
@@ -133,18 +144,32 @@ public:
     void time(const std::string& title, const std::string& name, const std::string& other) {
         add(title + ", time", name, other, [](const Result& r) { return r.time(); });
     }
-    void file(const std::string& title, const std::string& name, const std::string& other) {
-        add(title + ", file", name, other,
-            [](const Result& r) { return static_cast<double>(r.fileSize); });
+    /// How many times as fast the first writer is.
+    void speed(const std::string& title, const std::string& name, const std::string& other,
+               const std::string& target) {
+        add(
+            title + ", speed", name, other, [](const Result& r) { return 1 / r.time(); }, target);
+    }
+    void processorTime(const std::string& title, const std::string& name,
+                       const std::string& other) {
+        add(title + ", CPU time", name, other,
+            [](const Result& r) { return median(r.processorSeconds); });
+    }
+    void file(const std::string& title, const std::string& name, const std::string& other,
+              const std::string& target = "") {
+        add(
+            title + ", file", name, other,
+            [](const Result& r) { return static_cast<double>(r.fileSize); }, target);
     }
 
 private:
     template <class Measure>
     void add(const std::string& what, const std::string& name, const std::string& other,
-             const Measure& measure) {
+             const Measure& measure, const std::string& target = "") {
         if (results_.count(name) != 0 && results_.count(other) != 0) {
             figures_.add(what + ": " + name,
-                         measure(results_.at(name)) / measure(results_.at(other)), " x " + other);
+                         measure(results_.at(name)) / measure(results_.at(other)), " x " + other,
+                         target);
         }
     }
 
@@ -165,6 +190,12 @@ void addFigures(const std::string& workload, const Results& results, Figures& fi
         ratios.time(title, libdeflateName, hdf5Name);
         ratios.file(title, libraryName, hdf5Name);
         ratios.file(title, libraryName, vtkName);
+        ratios.speed(title, twoThreadsName, oneThreadName, "at least 1.85");
+        ratios.speed(title, twoThreadsName, hdf5Name, "at least 1.6");
+        ratios.speed(title, libdeflateTwoThreadsName, libdeflateOneThreadName, "at least 1.85");
+        ratios.processorTime(title, twoThreadsName, oneThreadName);
+        ratios.processorTime(title, twoThreadsName, hdf5Name);
+        ratios.file(title, twoThreadsName, libraryName, "at most 1.002");
     } else if (workload == "small") {
         ratios.time("small", libraryName, hdf5Name);
         ratios.time("small", libraryName, floorName);
@@ -173,6 +204,12 @@ void addFigures(const std::string& workload, const Results& results, Figures& fi
         figures.add("one array of 1 GiB, peak memory above it: MekApi2", peak, " MiB");
     } else if (workload == "stream") {
         figures.add("2 GiB in arrays of 50 MiB, peak memory above one: MekApi2", peak, " MiB");
+    } else if (workload == "block") {
+        const double parallel = static_cast<double>(results.at(twoThreadsName).peakMemory);
+        figures.add("one block of 200 MiB, peak memory: MekApi2", peak * mebibyte / megabyte,
+                    " MB");
+        figures.add("one block of 200 MiB, peak memory: MekApi2, 2 threads", parallel / megabyte,
+                    " MB", "at most 260");
     }
 }
 
@@ -181,7 +218,12 @@ std::vector<Writer> present(const Comparison& comparison, const fs::path& progra
                             const Options& options) {
     const std::vector<Writer> all = {{floorName, programs / "write_floor"},
                                      {libraryName, programs / "write_library"},
+                                     {oneThreadName, programs / "write_library", "1"},
+                                     {twoThreadsName, programs / "write_library", "2"},
+                                     {fourThreadsName, programs / "write_library", "4"},
                                      {libdeflateName, options.libdeflate},
+                                     {libdeflateOneThreadName, options.libdeflate, "1"},
+                                     {libdeflateTwoThreadsName, options.libdeflate, "2"},
                                      {hdf5Name, programs / "write_hdf5"},
                                      {contiguousName, programs / "write_hdf5", "contiguous"},
                                      {vtkName, programs / "write_vtk"}};

@@ -161,7 +161,8 @@ std::uint64_t Workload::sizeInBytes() const {
 
 Workload workloadNamed(const std::string& name) {
     constexpr std::uint32_t gibibyteOfValues = 1U << 28;
-    constexpr std::uint32_t fiftyMebibytesOfValues = 50U << 18;
+    constexpr std::uint32_t mebibyteOfValues = 1U << 18;
+    constexpr std::uint32_t fiftyMebibytesOfValues = 50 * mebibyteOfValues;
     if (name == "bulk-150") {
         return {name, "Bulk: mesh of 10^6 nodes, 3 steps", meshWithResults(100, 3)};
     }
@@ -180,6 +181,10 @@ Workload workloadNamed(const std::string& name) {
     if (name == "stream") {
         return {name, "2 GiB in arrays of 50 MiB, one in memory at a time",
                 steps(Kind::Temperature, fiftyMebibytesOfValues, 41), false};
+    }
+    if (name == "block") {
+        return {name, "One block: 200 MiB in arrays of 1 MiB, one in memory at a time",
+                steps(Kind::Temperature, mebibyteOfValues, 200), false};
     }
     throw std::runtime_error("no workload '" + name + "'");
 }

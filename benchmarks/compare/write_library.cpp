@@ -1,10 +1,13 @@
 /// @file
-/// Writes a workload with this library, as an application does.
+/// Writes a workload with this library, as an application does. The variant is the number of
+/// threads; without one, blocks are compressed as a whole on the calling thread.
 
 #include "compare/writer.hpp"
 
 #include <tyr/mek2/model.hpp>
+#include <tyr/mek2/threads.hpp>
 
+#include <string>
 #include <variant>
 
 namespace {
@@ -61,9 +64,13 @@ class Library {
 public:
     using Input = ArrayInput;
 
-    Library(const std::string& path, const std::string&) {
+    Library(const std::string& path, const std::string& threads) {
         SaverOptions options;
         options.overwrite = true;
+        if (!threads.empty()) {
+            options.parallelFor =
+                parallelForThreads(static_cast<unsigned int>(std::stoul(threads)));
+        }
         model_.saveTo(path, options);
         model_.addNode(NodeType::RootGroup, "model");
         geometry_ = model_.addNode(NodeType::Shape, "part");

@@ -1,9 +1,10 @@
 /// @file
-/// Measures what a journal costs, and what a checkpoint costs as the model grows. Each measurement
-/// runs in a new process. Runs with and without a journal take turns. Prints tables to the standard
-/// output and the progress to the error stream.
+/// Measures what a journal costs, what a checkpoint costs as the model grows, and how long a
+/// recovery takes. Each measurement runs in a new process. The compared runs take turns. Prints
+/// tables to the standard output and the progress to the error stream.
 
 #include <tyr/mek2/model.hpp>
+#include <tyr/mek2/recovery.hpp>
 
 #include "mekreader/container.hpp"
 #include "support/childprocess.hpp"
@@ -135,8 +136,13 @@ double relativeJournalSize(const AddArrays& add, const std::string& path) {
     return journal / light;
 }
 
-void compare(const std::string& title, const AddArrays& add, const Options& options, Table& table,
-             Figures& figures) {
+struct Targets {
+    std::string time;
+    std::string size;
+};
+
+void compare(const std::string& title, const AddArrays& add, const Targets& targets,
+             const Options& options, Table& table, Figures& figures) {
     const std::string path = (options.folder / "mekapi2-journal.mek").string();
     Seconds without;
     Seconds with;
@@ -151,7 +157,8 @@ void compare(const std::string& title, const AddArrays& add, const Options& opti
     fs::remove(path);
     table.addRow({title, fixed(median(without.wall), 3), fixed(median(with.wall), 3),
                   fixed(wall, 3) + " x", fixed(processor, 3) + " x", fixed(size, 2) + " x"});
-    figures.add(title + ", CPU time: with a journal", processor, " x without");
+    figures.add(title + ", CPU time: with a journal", processor, " x without", targets.time);
+    figures.add(title + ", journal", size, " x light data", targets.size);
 }
 
 /// Milliseconds of CPU time of each checkpoint, one after each step.
@@ -198,15 +205,58 @@ void addSeries(const std::string& title, std::size_t values, const Options& opti
     }
     table.addRow(cells);
     figures.add("checkpoint after each of 1,000 steps, " + title + ": the last hundred",
-                medians.back() / medians.front(), " x the first hundred");
+                medians.back() / medians.front(), " x the first hundred", "about 1");
+}
+
+/// Leaves a file and its journal, as a process that is killed after a checkpoint.
+void leaveUnfinished(const fs::path& path) {
+    outputOfCopy([&] {
+        auto* const model = new Model; // never destroyed
+        addBulk(*model, open(*model, path.string(), true));
+        model->checkpoint();
+        return std::string();
+    });
+}
+
+double secondsOf(const std::function<void()>& action) {
+    Stopwatch stopwatch;
+    stopwatch.start();
+    action();
+    stopwatch.stop();
+    return stopwatch.seconds();
+}
+
+/// Compares a recovery with a copy of the file. Both read from memory: the file was just written.
+void addRecovery(const Options& options, Table& table, Figures& figures) {
+    const fs::path path = options.folder / "mekapi2-journal-unfinished.mek";
+    const fs::path target = options.folder / "mekapi2-journal-copy.mek";
+    leaveUnfinished(path);
+    std::vector<double> copy;
+    std::vector<double> recovery;
+    for (int round = 0; round < options.rounds; ++round) {
+        std::fprintf(stderr, "journal: recovery, round %d\n", round + 1);
+        fs::remove(target);
+        copy.push_back(secondsOf([&] { outputOf({"/bin/cp", path.string(), target.string()}); }));
+        fs::remove(target);
+        recovery.push_back(secondsOf(
+            [&] { outputOfCopy([&] { return recover(path.string(), target.string()).reason; }); }));
+    }
+    const double size = static_cast<double>(fs::file_size(path)) / 1e6;
+    fs::remove(target);
+    fs::remove(path);
+    fs::remove(path.string() + ".journal");
+    table.addRow({fixed(size, 0), fixed(median(copy), 3), fixed(median(recovery), 3)});
+    figures.add("recovery, time", median(recovery) / median(copy), " x cp", "at most 2");
 }
 
 void measureAll(const Options& options) {
     Figures figures;
     Table cost("A write cycle with a journal (median of " + std::to_string(options.rounds) + ")",
                {"workload", "s without", "s with", "time", "CPU time", "journal / light data"});
-    compare("150 MB in arrays of 200,000 nodes", addBulk, options, cost, figures);
-    compare("100,000 arrays of 10 values", addSmall, options, cost, figures);
+    compare("150 MB in arrays of 200,000 nodes", addBulk, {"at most 1.02", "at most 1.5"}, options,
+            cost, figures);
+    compare("100,000 arrays of 10 values", addSmall, {"at most 1.25", "at most 1.5"}, options, cost,
+            figures);
     cost.print();
     Table checkpoints("CPU milliseconds of a checkpoint after each step, by number of the step",
                       {"values per step", "1-100", "-200", "-300", "-400", "-500", "-600", "-700",
@@ -214,6 +264,10 @@ void measureAll(const Options& options) {
     addSeries("200,000 values", nodeCount, options, checkpoints, figures);
     addSeries("1,000 values", 1000, options, checkpoints, figures);
     checkpoints.print();
+    Table recovery("A recovery and a copy of the same file",
+                   {"file, MB", "cp, seconds", "recovery, seconds"});
+    addRecovery(options, recovery, figures);
+    recovery.print();
     figures.appendTo(options.figures);
 }
 

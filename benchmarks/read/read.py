@@ -1,9 +1,12 @@
-"""Measures the reader in Python. Usage: python3 read.py [--folder FOLDER] [--runs N] [--nodes EDGE]
+"""Measures the reader in Python.
+
+Usage: python3 read.py [--folder FOLDER] [--runs N] [--nodes EDGE] [--figures FILE]
 
 Needs the package mekapi2 on PYTHONPATH. Writes a mesh of 10^6 nodes with displacement and stress in
-3 steps (151 MB), in blocks of 10 MB, and a model of 100,000 variables. Prints times relative to
-`zlib.decompress` of the same blocks, whose compressed bytes are in memory. The candidates take
-turns. A program that reads at a quiet moment has the shortest time; medians are those of this run.
+3 steps (151 MB), in blocks of 10 MB, and a model of 100,000 variables. The same arrays are written
+with h5py (shuffle and gzip level 6, chunks of 1 MiB) and with meshio (VTU, compressed by zlib, a
+file for each step), if these are installed. Prints times relative to `zlib.decompress` of the
+blocks, whose compressed bytes are in memory. The candidates take turns.
 """
 
 from __future__ import annotations
@@ -27,6 +30,17 @@ import numpy as np  # noqa: E402
 
 import mekapi2  # noqa: E402
 
+try:
+    import h5py
+except ImportError:
+    h5py = None
+try:
+    import meshio
+except ImportError:
+    meshio = None
+
+STEPS = 3
+RESULTS = {"Displacement": 3, "Stress": 6}  # name and number of components
 VARIABLES = 100_000
 SMALL = 10  # values in each of the variables
 
@@ -52,16 +66,49 @@ def hexahedra(edge: int) -> np.ndarray:
     return (first[..., None] + corners).astype(np.uint32).ravel()
 
 
-def write_bulk(path: Path, edge: int) -> None:
+def bulk_arrays(edge: int) -> dict[str, np.ndarray]:
+    arrays = {"Coordinates": field(edge, 3, 9), "Connectivity": hexahedra(edge)}
+    for step in range(1, STEPS + 1):
+        for name, width in RESULTS.items():
+            arrays[f"{name} {step}"] = field(edge, width, step)
+    return arrays
+
+
+def write_bulk(path: Path, arrays: dict[str, np.ndarray]) -> None:
     with mekapi2.Model(path) as model:
         model.add_node("RootGroup", "bulk")
         shape = model.add_node("Shape", "HE8")
-        model.add_array("Coordinates", field(edge, 3, 9), shape)
-        model.add_array("Connectivity2", hexahedra(edge), shape)
-        for step in range(1, 4):
-            for name, width in (("Displacement", 3), ("Stress", 6)):
-                values = field(edge, width, step)
+        model.add_array("Coordinates", arrays["Coordinates"], shape)
+        model.add_array("Connectivity2", arrays["Connectivity"], shape)
+        for step in range(1, STEPS + 1):
+            for name, width in RESULTS.items():
+                values = arrays[f"{name} {step}"]
                 model.add_array(f"ResultA{width}", values, shape, name=name, steps=f"t={step}")
+
+
+def write_hdf5(path: Path, arrays: dict[str, np.ndarray]) -> None:
+    with h5py.File(path, "w", libver="latest") as file:
+        for name, values in arrays.items():
+            row = values.nbytes // len(values)
+            chunk = (min(len(values), 2**20 // row), *values.shape[1:])
+            file.create_dataset(
+                name, data=values, chunks=chunk, shuffle=True, compression="gzip", compression_opts=6
+            )
+
+
+def read_hdf5(path: Path) -> object:
+    with h5py.File(path) as file:
+        return {name: dataset[...] for name, dataset in file.items()}
+
+
+def write_vtu(folder: Path, arrays: dict[str, np.ndarray]) -> list[Path]:
+    cells = [("hexahedron", arrays["Connectivity"].reshape(-1, 8))]
+    paths = []
+    for step in range(1, STEPS + 1):
+        data = {name: arrays[f"{name} {step}"] for name in RESULTS}
+        paths.append(folder / f"bulk{step}.vtu")
+        meshio.write(paths[-1], meshio.Mesh(arrays["Coordinates"], cells, point_data=data))
+    return paths
 
 
 def write_many(path: Path) -> None:
@@ -124,26 +171,46 @@ def decompress(blocks: list[bytes], threads: int) -> None:
             pass
 
 
-def measure_bulk(path: Path, runs: int) -> None:
+def measure_bulk(folder: Path, edge: int, runs: int) -> list[str]:
+    """Print the table of times; return the figures of the summary."""
+    arrays = bulk_arrays(edge)
+    path = folder / "bulk.mek"
+    write_bulk(path, arrays)
     blocks = compressed_blocks(path)
-    candidates: dict[str, Callable[[], object]] = {
-        "zlib.decompress": lambda: decompress(blocks, 1),
-        "  with 2 threads": lambda: decompress(blocks, 2),
-        "read_all()": lambda: read_all(path, 1),
-        "read_all(threads=2)": lambda: read_all(path, 2),
-        "each array": lambda: read_each(path),
-        "one array of 12 MB": lambda: read_one(path),
+    candidates: dict[str, tuple[int, Callable[[], object]]] = {
+        "zlib.decompress": (path.stat().st_size, lambda: decompress(blocks, 1)),
+        "zlib.decompress, 2 threads": (path.stat().st_size, lambda: decompress(blocks, 2)),
+        "read_all()": (path.stat().st_size, lambda: read_all(path, 1)),
+        "read_all(threads=2)": (path.stat().st_size, lambda: read_all(path, 2)),
+        "each array by its variable": (path.stat().st_size, lambda: read_each(path)),
+        "one array of 12 MB": (path.stat().st_size, lambda: read_one(path)),
     }
+    if h5py is not None:
+        other = folder / "bulk.h5"
+        write_hdf5(other, arrays)
+        candidates["h5py, all datasets"] = (other.stat().st_size, lambda: read_hdf5(other))
+    if meshio is not None:
+        files = write_vtu(folder, arrays)
+        size = sum(each.stat().st_size for each in files)
+        candidates["meshio, all VTU files"] = (size, lambda: [meshio.read(each) for each in files])
+    del arrays
     times: dict[str, list[Time]] = {name: [] for name in candidates}
-    for _ in range(runs):
-        for name, action in candidates.items():
+    for number in range(runs):
+        print(f"read: round {number + 1} of {runs}", file=sys.stderr)
+        for name, (_, action) in candidates.items():
             times[name].append(time_of(action))
-    print(f"{'':20} seconds, median  shortest  CPU seconds, shortest")
+    title = f"Reading {sum(RESULTS.values()) * 4 * edge**3 * STEPS / 1e6:.0f} MB of results and"
+    print(f"### {title} their mesh in Python ({runs} runs)\n")
+    print("| | file, MB | seconds, median | seconds, shortest | CPU seconds, shortest |")
+    print("|---|---:|---:|---:|---:|")
     floors = [reduced(times["zlib.decompress"], of) for of in REDUCTIONS]
     for name, measured in times.items():
         columns = [reduced(measured, of) for of in REDUCTIONS]
-        cells = [f"{each:6.3f} ({each / floor:4.2f} x)" for each, floor in zip(columns, floors)]
-        print(f"{name:20} " + "  ".join(cells))
+        cells = [f"{each:.3f} ({each / floor:.2f} x)" for each, floor in zip(columns, floors)]
+        print(f"| {name} | {candidates[name][0] / 1e6:.0f} | {' | '.join(cells)} |")
+    print()
+    ratio = reduced(times["read_all()"], "shortest") / floors[1]
+    return [f"| reading all arrays in Python | {ratio:.2f} x zlib.decompress | at most 1.25 |"]
 
 
 REDUCTIONS = ("median", "shortest", "processor")
@@ -161,15 +228,19 @@ def main() -> None:
     parser.add_argument("--folder", help="for the files; by default a temporary one")
     parser.add_argument("--runs", type=int, default=5)
     parser.add_argument("--nodes", type=int, default=100, help="along each edge of the cube")
+    parser.add_argument("--figures", help="file to which the rows of the summary are appended")
     options = parser.parse_args()
     with tempfile.TemporaryDirectory(dir=options.folder) as folder:
-        bulk, many = Path(folder, "bulk.mek"), Path(folder, "many.mek")
-        write_bulk(bulk, options.nodes)
-        print(f"bulk: {bulk.stat().st_size / 1e6:.0f} MB in blocks of {BLOCK_SIZE} bytes")
-        measure_bulk(bulk, options.runs)
+        figures = measure_bulk(Path(folder), options.nodes, options.runs)
+        many = Path(folder, "many.mek")
         write_many(many)
-        opened = [time_of(lambda: mekapi2.open(many).close()).wall for _ in range(options.runs)]
-        print(f"opening a model of {VARIABLES} variables: {statistics.median(opened):.3f} s")
+        times = [time_of(lambda: mekapi2.open(many).close()).wall for _ in range(options.runs)]
+    opening = statistics.median(times)
+    print(f"Opening a model of {VARIABLES} variables takes {opening:.3f} s.")
+    figures.append(f"| opening a model of {VARIABLES} variables | {opening:.2f} s | at most 1 |")
+    if options.figures:
+        with open(options.figures, "a") as stream:
+            stream.writelines(line + "\n" for line in figures)
 
 
 if __name__ == "__main__":

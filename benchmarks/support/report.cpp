@@ -56,9 +56,10 @@ void Table::print() const {
     std::fflush(stdout);
 }
 
-void Figures::add(const std::string& title, double value, const std::string& unit) {
-    const int digits = value < 1 ? 3 : value < 100 ? 2 : 0;
-    rows_ += "| " + title + " | " + fixed(value, digits) + unit + " |\n";
+void Figures::add(const std::string& title, double value, const std::string& unit,
+                  const std::string& target) {
+    const int digits = value < 2 ? 3 : value < 100 ? 2 : 0;
+    rows_ += "| " + title + " | " + fixed(value, digits) + unit + " | " + target + " |\n";
 }
 
 void Figures::appendTo(const std::string& path) const {

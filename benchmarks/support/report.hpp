@@ -26,7 +26,9 @@ private:
 class Figures {
 public:
     /// @param unit appended to the number
-    void add(const std::string& title, double value, const std::string& unit);
+    /// @param target what the value should be, for example "at least 2"
+    void add(const std::string& title, double value, const std::string& unit,
+             const std::string& target = "");
 
     /// Appends one table row per figure to a file. Does nothing if `path` is empty.
     void appendTo(const std::string& path) const;
