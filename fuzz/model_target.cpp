@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <set>
@@ -27,6 +28,12 @@ using Words = std::vector<std::uint32_t>;
 void require(bool condition) {
     if (!condition) {
         std::abort();
+    }
+}
+
+void runTasks(std::size_t count, const std::function<void(std::size_t)>& task) {
+    while (count != 0) {
+        task(--count);
     }
 }
 
@@ -65,6 +72,9 @@ private:
         SaverOptions options;
         options.overwrite = kind != 1;
         options.relinkReplaced = kind == 4;
+        if (kind == 5) {
+            options.parallelFor = runTasks;
+        }
         options.toolName = name();
         options.toolVersion = name();
         const std::string to = kind == 0 ? "" : kind == 2 ? file_ + "/none" : file_;

@@ -3,11 +3,10 @@
 #include <fcntl.h>
 #include <malloc.h>
 #include <unistd.h>
-#if TYR_TEST_HAS_BYTES_OF_ZLIB
-#include <zlib.h>
-#else
+#if !TYR_TEST_HAS_BYTES_OF_ZLIB
 #include <libdeflate.h>
 #endif
+#include <zlib.h>
 
 #include <cerrno>
 #include <csignal>
@@ -28,6 +27,9 @@ int __real_rename(const char* from, const char* to);
 int __real_link(const char* from, const char* to);
 int __real_unlink(const char* path);
 int __real_fflush(std::FILE* stream);
+int __real_deflateInit2_(z_streamp stream, int level, int method, int windowBits, int memoryLevel,
+                         int strategy, const char* version, int size);
+int __real_deflate(z_streamp stream, int flush);
 #if TYR_TEST_HAS_BYTES_OF_ZLIB
 int __real_compress2(Bytef* target, uLongf* targetSize, const Bytef* source, uLong size, int level);
 #else
@@ -198,6 +200,17 @@ void __wrap_free(void* memory) {
     __real_free(memory);
 }
 
+int __wrap_deflateInit2_(z_streamp stream, int level, int method, int windowBits, int memoryLevel,
+                         int strategy, const char* version, int size) {
+    return fails(Fault::ChunkMemory) ? Z_MEM_ERROR
+                                     : __real_deflateInit2_(stream, level, method, windowBits,
+                                                            memoryLevel, strategy, version, size);
+}
+
+int __wrap_deflate(z_streamp stream, int flush) {
+    return fails(Fault::Chunk) ? Z_STREAM_ERROR : __real_deflate(stream, flush);
+}
+
 #if TYR_TEST_HAS_BYTES_OF_ZLIB
 int __wrap_compress2(Bytef* target, uLongf* targetSize, const Bytef* source, uLong size,
                      int level) {
@@ -250,6 +263,15 @@ bool injectFault(Fault kind, std::uint64_t number, const std::function<void()>& 
     action();
     awaitedFault = Fault::None;
     return callsUntilFault == 0;
+}
+
+void runTasks(std::size_t count, const std::function<void(std::size_t)>& task) {
+    while (count != 0) {
+        if (fails(Fault::ParallelFor)) {
+            throw std::bad_alloc();
+        }
+        task(--count);
+    }
 }
 
 std::size_t stateStride() {

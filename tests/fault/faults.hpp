@@ -31,6 +31,9 @@ enum class Fault {
     New,            ///< no memory from `operator new`
     CompressMemory, ///< no memory inside of the compression
     Compress,       ///< the compression fails for another reason
+    ChunkMemory,    ///< no memory to compress a chunk
+    Chunk,          ///< the compression of a chunk fails for another reason
+    ParallelFor,    ///< `runTasks` throws `std::bad_alloc`
     Kill            ///< SIGKILL after half of the bytes of a write, or before a file is renamed
 };
 
@@ -38,6 +41,9 @@ enum class Fault {
 /// a `LibraryCall` count.
 /// @return false if there are fewer calls
 bool injectFault(Fault kind, std::uint64_t number, const std::function<void()>& action);
+
+/// A `SaverOptions::parallelFor`, the last task first.
+void runTasks(std::size_t count, const std::function<void(std::size_t)>& task);
 
 /// The distance between the states that an exhaustive test takes: 1, or the number in the
 /// environment variable `MEKAPI2_TEST_STRIDE`.

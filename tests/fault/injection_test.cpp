@@ -15,12 +15,19 @@ namespace {
 
 using namespace Testing;
 
+enum class Loss {
+    None,   ///< so there is at most one error
+    Bytes,  ///< of the file, so that `close` has to fail as well
+    Unknown ///< a block that is compressed in chunks is written again, other bytes are lost
+};
+
 struct FaultKind {
     const char* name;
     Fault fault;
     bool isAlwaysReported;
-    bool losesBytes;    ///< of the file, so that `close` has to fail as well
+    Loss loss;
     const char* errors; ///< allowed codes and messages up to a quotation mark, between bars
+    ParallelFor parallelFor{};
 };
 
 std::ostream& operator<<(std::ostream& out, const FaultKind& kind) { return out << kind.name; }
@@ -29,17 +36,22 @@ const char* const writeErrors = "|7 Unable to write to file|7 Saving the buffer 
 
 // The lack of memory for a log line is not reported, since log lines are dropped.
 const FaultKind kinds[] = {
-    {"Open", Fault::Open, true, false, "|2 Unable to open file |"},
-    {"Write", Fault::Write, true, true, writeErrors},
-    {"ShortWrite", Fault::ShortWrite, true, true, writeErrors},
-    {"Seek", Fault::Seek, true, true, writeErrors},
-    {"Flush", Fault::Flush, true, true, "|7 Unable to write to file|"},
-    {"Close", Fault::Close, false, false, "|"},
-    {"Malloc", Fault::Malloc, true, false, "|16 Memory allocation error|0 |"},
-    {"Realloc", Fault::Realloc, true, false, "|16 Memory allocation error|"},
-    {"New", Fault::New, false, false, "|0 |"},
-    {"CompressMemory", Fault::CompressMemory, true, false, "|16 Memory allocation error|"},
-    {"Compress", Fault::Compress, true, false, "|2 Unable to compress block|"},
+    {"Open", Fault::Open, true, Loss::None, "|2 Unable to open file |"},
+    {"Write", Fault::Write, true, Loss::Bytes, writeErrors},
+    {"ShortWrite", Fault::ShortWrite, true, Loss::Bytes, writeErrors},
+    {"Seek", Fault::Seek, true, Loss::Bytes, writeErrors},
+    {"Flush", Fault::Flush, true, Loss::Bytes, "|7 Unable to write to file|"},
+    {"Close", Fault::Close, false, Loss::None, "|"},
+    {"Malloc", Fault::Malloc, true, Loss::None, "|16 Memory allocation error|0 |"},
+    {"Realloc", Fault::Realloc, true, Loss::None, "|16 Memory allocation error|"},
+    {"New", Fault::New, false, Loss::None, "|0 |"},
+    {"CompressMemory", Fault::CompressMemory, true, Loss::None, "|16 Memory allocation error|"},
+    {"Compress", Fault::Compress, true, Loss::None, "|2 Unable to compress block|"},
+    {"WriteChunk", Fault::Write, true, Loss::Unknown, writeErrors, runTasks},
+    {"NewInTask", Fault::New, false, Loss::None, "|0 |", runTasks},
+    {"ChunkMemory", Fault::ChunkMemory, true, Loss::None, "|16 Memory allocation error|", runTasks},
+    {"Chunk", Fault::Chunk, true, Loss::None, "|2 Unable to compress block|", runTasks},
+    {"ParallelFor", Fault::ParallelFor, true, Loss::None, "|0 |", runTasks},
 };
 
 class InjectionTest : public FolderTest, public ::testing::WithParamInterface<FaultKind> {
@@ -50,7 +62,7 @@ protected:
     };
 
     void runWithoutFault() {
-        WriteCycles cycles(folder.string(), Reaction::GoOn);
+        WriteCycles cycles(folder.string(), Reaction::GoOn, results, kind.parallelFor);
         cycles.run();
         cycles.runAgain(path("again"));
         EXPECT_TRUE(cycles.errors.empty());
@@ -61,7 +73,7 @@ protected:
         const auto& expected = cycles.cycles[0].expectedContent;
         EXPECT_EQ(std::count_if(expected.begin(), expected.end(),
                                 [&](const auto& name) { return faultless[0].content.count(name); }),
-                  3 + 3 + 22); // nodes, arrays, results
+                  3 + 3 + results); // nodes, arrays, results
     }
 
     /// @return false if there are fewer than `number` calls of the kind
@@ -72,7 +84,7 @@ protected:
         const std::int64_t files = openFiles();
         bool wasInjected = false;
         {
-            WriteCycles cycles(folder.string(), reaction);
+            WriteCycles cycles(folder.string(), reaction, results, kind.parallelFor);
             wasInjected = injectFault(kind.fault, number, [&] { cycles.run(); });
             if (wasInjected) {
                 injected += cycles.errors.empty() ? "nothing" : cycles.errors.back().operation;
@@ -98,11 +110,13 @@ protected:
             require("reporting", std::string(kind.errors).find(message) != std::string::npos,
                     message);
         }
-        require("reporting", kind.losesBytes || cycles.errors.size() <= 1, "more than one error");
+        require("reporting", kind.loss != Loss::None || cycles.errors.size() <= 1,
+                "more than one error");
         if (reaction != Reaction::Destroy) {
             require("reporting", !kind.isAlwaysReported || !cycles.errors.empty(), "no error");
             require("reporting",
-                    !kind.losesBytes || !cycles.cycles[0].isClosed || !cycles.cycles[1].isClosed,
+                    kind.loss != Loss::Bytes || !cycles.cycles[0].isClosed ||
+                        !cycles.cycles[1].isClosed,
                     "no error of `close`");
         }
     }
@@ -154,6 +168,7 @@ protected:
         }
     }
 
+    static constexpr unsigned int results = 22;
     const FaultKind& kind = GetParam();
     const BlockSizeVariable blockSize{"200"};
     std::vector<FaultlessFile> faultless;

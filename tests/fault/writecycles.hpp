@@ -110,8 +110,11 @@ struct Cycle {
 class WriteCycles : public Application {
 public:
     /// With blocks of 200 bytes each array has a block, and 22 results need an index block.
-    WriteCycles(const std::string& folder, Reaction reaction, unsigned int results = 22)
-        : cycles{{folder + "/first", results}, {folder + "/second", 1}}, reaction_(reaction) {}
+    WriteCycles(const std::string& folder, Reaction reaction, unsigned int results = 22,
+                const ParallelFor& parallelFor = {})
+        : cycles{{folder + "/first", results}, {folder + "/second", 1}}, reaction_(reaction) {
+        options_.parallelFor = parallelFor;
+    }
 
     void run(std::size_t count = 2) {
         cycles.resize(count);
@@ -206,7 +209,7 @@ private:
     }
 
     Reaction reaction_;
-    const SaverOptions options_{true, "a tool with a long name", "a version with a long name"};
+    SaverOptions options_{true, "a tool with a long name", "a version with a long name"};
     bool hasStopped_ = false;
     std::unique_ptr<Model> model_;
 };

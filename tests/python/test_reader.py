@@ -1,8 +1,11 @@
 """The reader returns what was written, and what the C++ reader finds."""
 
+import ctypes
+import ctypes.util
 import os
 import subprocess
 import sys
+import zlib
 from concurrent.futures import ThreadPoolExecutor
 
 import mekapi2
@@ -23,7 +26,8 @@ class RandomModel:
         size = self.random.choice([50, 999, 10**6])
         monkeypatch.setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", str(size))
         self.written, self.shapes = {}, []
-        with Model(path, tool_name=self.word(), tool_version="1") as self.model:
+        threads = (None, 1, 2)[seed % 3]
+        with Model(path, tool_name=self.word(), tool_version="1", threads=threads) as self.model:
             self.groups = [self.model.add_node("RootGroup", self.word(), self.attributes())]
             for _ in range(self.random.integers(1, 60)):
                 self.random.choice([self.add_node, self.set_data, self.add_array, self.add_array])()
@@ -54,8 +58,9 @@ class RandomModel:
         if not self.shapes:
             return
         kind = DatasetType(int(self.random.choice(list(DatasetType))))
-        shape = (int(self.random.integers(1, 40)), kind.width)
-        bits = self.random.integers(0, 2**32, shape, np.uint32)
+        most = 40 if self.random.random() < 0.95 else 60_000  # several chunks
+        shape = (int(self.random.integers(1, most)), kind.width)
+        bits = self.random.integers(0, 2 ** self.random.integers(1, 33), shape, np.uint32)
         floats = np.where(np.isnan(bits.view(np.float32)), 1, bits.view(np.float32))
         array = floats if kind.name[:3] in ("Coo", "Dis", "Res") else bits
         ids = [int(one) for one in dict.fromkeys(self.random.choice(self.shapes, 3))]
@@ -68,12 +73,38 @@ class RandomModel:
                 self.written[one, name, step] = array.reshape(-1) if kind.width == 1 else array
 
 
+def decompress_with_libdeflate(block, length):
+    library = ctypes.CDLL(ctypes.util.find_library("deflate"))
+    library.libdeflate_alloc_decompressor.restype = ctypes.c_void_p
+    decompressor = ctypes.c_void_p(library.libdeflate_alloc_decompressor())
+    content = ctypes.create_string_buffer(length)
+    sizes = ctypes.c_size_t(len(block)), ctypes.c_size_t(length)
+    result = library.libdeflate_zlib_decompress(
+        decompressor, block, sizes[0], content, sizes[1], None
+    )
+    library.libdeflate_free_decompressor(decompressor)
+    assert result == 0
+    return content.raw
+
+
+def check_blocks_with_libdeflate(path):
+    with mekapi2.open(path) as file, open(path, "rb") as stream:
+        for block in file._container.blocks:
+            if block.is_compressed and block.length:
+                stream.seek(block.position)
+                length = int.from_bytes(stream.read(4), "little")
+                stored = stream.read(block.stored_length - 4)
+                assert decompress_with_libdeflate(stored, length) == zlib.decompress(stored)
+
+
 def test_reads_random_models_as_the_reader_in_cpp(path, ask, monkeypatch):
     arrays = 0
     for seed in range(MODELS):
         path.unlink(missing_ok=True)
         written = RandomModel(path, seed, monkeypatch).written
         assert oracle.read(path) == ask(f"read {path}"), seed
+        if ctypes.util.find_library("deflate"):
+            check_blocks_with_libdeflate(path)
         with mekapi2.open(path) as file:
             found = file.read_all(threads=1 + seed % 2)
         arrays += len(found)

@@ -408,12 +408,24 @@ void Index::SetWritten(BlockNumber number, std::uint32_t storedLength) {
     }
 }
 
-/// Nothing of the block changes before the system has accepted all bytes.
+/// Nothing of the block changes before the system has accepted all bytes, so the block can be
+/// written again after an error. Bytes of earlier writes cannot: their errors stay in the stream.
 void Index::WriteInChunks(BlockNumber number, std::FILE* stream) {
+    if (std::fflush(stream) != 0 || std::ferror(stream) != 0) {
+        TYR_RAISE(Tyr::Exception::FileWriteException("Unable to write to file"));
+    }
+    try {
+        CompressAndWrite(number, stream);
+    } catch (...) {
+        std::clearerr(stream);
+        throw;
+    }
+}
+
+void Index::CompressAndWrite(BlockNumber number, std::FILE* stream) {
     IndexEntry& entry = entries[number];
     Block& block = blocks[number];
     ComputePosition(number);
-    std::clearerr(stream);
     if (!Tyr::Platform::seekTo(stream, entry.position)) {
         TYR_RAISE(PositioningError());
     }

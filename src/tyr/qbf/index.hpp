@@ -198,6 +198,7 @@ private:
     BlockObserver observer;
 
     void WriteInChunks(BlockNumber number, std::FILE* stream);
+    void CompressAndWrite(BlockNumber number, std::FILE* stream);
     void SetWritten(BlockNumber number, std::uint32_t storedLength);
 
     std::int32_t level = 6; ///< of compression
