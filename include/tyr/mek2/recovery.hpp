@@ -54,7 +54,7 @@ using TemporaryFileObserver = std::function<void(const std::string& path)>;
 /// Makes the recorded calls again, up to the first one whose record or array is not whole. Copies
 /// the blocks of the arrays without decompressing them. Only reads its input, which can belong to a
 /// write cycle that is still open, of this or another process. Memory use is that of the tree and a
-/// buffer of 256 KiB.
+/// buffer of 1 MiB.
 ///
 /// @param unfinished path that was passed to `saveTo`, that of the journal, or that of the
 ///     temporary file of `SaverOptions::replaceWhenComplete`

@@ -333,7 +333,7 @@ private:
         TYR_RAISE(Exception::FileWriteException("Unable to write to file"));
     }
 
-    static constexpr std::size_t bufferSize = 1 << 18;
+    static constexpr std::size_t bufferSize = 1 << 20;
 
     const Input& input_;
     Journal::RecordReader reader_; ///< one for both passes: the writer may append in between
