@@ -44,7 +44,7 @@ _NAME_IN_ENTRY = 5
 _FLAGS_IN_ENTRY = 137
 _HEADER_SIZE = len(_SIGNATURE) + len(_VERSION)
 _SMALLEST_COMPRESSED = 12  # content length, and a zlib stream without content
-_PIECE = 32 * 1024  # compressed bytes at a time, so that their content stays in the cache
+_PIECE = 64 * 1024  # compressed bytes at a time, so that their content stays in the cache
 _USUAL_RATIO = 4  # of content and stored bytes; memory for more is allocated when it is needed
 
 
