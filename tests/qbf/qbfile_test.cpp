@@ -3,6 +3,7 @@
 #include "support/testing.hpp"
 
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -129,6 +130,36 @@ TEST_F(IndexTest, RejectsAFlushAboveAnUnsettledBlock) {
     put("Heavy Data", "h");
     file.SetBlockFlags("Heavy Data", FlagFreeze);
     EXPECT_THROW(file.index.FlushFrozen(file.stream), Tyr::Exception::NotYetImplemented);
+}
+
+TEST_F(IndexTest, KeepsPiecesAndBytesInBlocksOfTheirOwn) {
+    const auto piece = [](const std::string& content) {
+        auto compressed = std::make_shared<DeflatePiece>();
+        CompressPiece(reinterpret_cast<const unsigned char*>(content.data()), content.size(), 6,
+                      PieceEnd::Flush, 0, *compressed);
+        return compressed;
+    };
+    put("Heavy Data", "a");
+    for (const char* content : {"bbb", "", "cd"}) {
+        file.index.PutPiece("Heavy Data", piece(content));
+    }
+    put("Heavy Data", "e");
+    EXPECT_EQ(file.index.GetDataLength("Heavy Data"), 7U);
+    file.SetBlockFlags("Heavy Data", FlagFreeze);
+    file.index.FlushFrozen(file.stream); // the first two take no more data
+    put("Heavy Data", "f");
+    file.index.PutPiece("Heavy Data", piece("g"));
+    EXPECT_EQ(file.index.GetDataLength("Heavy Data"), 9U);
+    const std::string bytes = finish();
+    EXPECT_EQ(
+        hex(bytes.substr(2800)),
+        "61 05 00 00 00 78 9C 4A 4A 4A 02 00 00 00 FF FF 00 00 00 FF FF 4A 4E 01 00 00 00 FF "
+        "FF 03 00 05 C7 01 EE 65 66 01 00 00 00 78 9C 4A 07 00 00 00 FF FF 03 00 00 68 00 68");
+
+    DeflatePiece large;
+    large.contentLength = 0x100000000;
+    EXPECT_THROW(file.index.PutPiece("Heavy Data", std::make_shared<DeflatePiece>(large)),
+                 Tyr::Exception::OverflowError);
 }
 
 TEST_F(IndexTest, RejectsMoreThanABlockCanHold) {

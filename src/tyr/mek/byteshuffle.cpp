@@ -64,4 +64,16 @@ void ShuffleBytes(const void* values, std::uint64_t count, std::uint8_t width,
     });
 }
 
+void ShufflePlane(const void* values, std::uint64_t count, std::uint8_t width, std::uint32_t plane,
+                  unsigned char* target) noexcept {
+    const auto* const first =
+        static_cast<const unsigned char*>(values) + plane / valueSize * valueSize;
+    const auto rows = static_cast<std::size_t>(count);
+    const std::size_t rowSize = width * valueSize;
+    const std::uint32_t shift = 8 * (plane % valueSize);
+    for (std::size_t row = 0; row < rows; ++row) {
+        target[row] = static_cast<unsigned char>(LoadValue(first + row * rowSize) >> shift);
+    }
+}
+
 } // namespace TyrMek

@@ -23,4 +23,10 @@ void ShuffleBytes(const void* values, std::uint64_t count, std::uint8_t width,
 void ShuffleBytes(const void* values, std::uint64_t count, std::uint8_t width,
                   unsigned char* target, const TyrQbf::ParallelFor& parallelFor);
 
+/// The bytes with one place in all values of one component: a plane of `ShuffleBytes`.
+/// @param plane 0 to 4 x width - 1, in the order of `ShuffleBytes`
+/// @param target receives `count` bytes
+void ShufflePlane(const void* values, std::uint64_t count, std::uint8_t width, std::uint32_t plane,
+                  unsigned char* target) noexcept;
+
 } // namespace TyrMek

@@ -186,28 +186,25 @@ std::uint64_t Tree::WriteStreamDataset(const unsigned int* data, int count, unsi
     return StreamDataset(data, count, width);
 }
 
-std::uint64_t Tree::StreamDataset(const void* data, int count, unsigned char width) {
-    const auto items = static_cast<std::uint64_t>(count);
-    TYR_LOG_WITH(datasetLines_, "TyrMek::Tree::WriteStreamDataset",
-                 "Writing Dataset of size " << static_cast<std::uint32_t>(items * width)
-                                            << " width " << static_cast<unsigned int>(width)
-                                            << " datatype size " << valueSize);
+std::uint64_t Tree::WriteStreamDataset(const TyrQbf::SharedPiece& packed, int count,
+                                       unsigned char width) {
+    const std::uint64_t size = BeginDataset(count, width);
     const std::uint64_t offset = file.index.GetDataLength(heavyData);
-    if (count == 0 || width == 0) {
+    if (size != 0) {
+        file.index.PutPiece(heavyData, packed);
+        file.SetBlockFlags(heavyData, TyrQbf::FlagFreeze); // also of a new block
+        file.index.FlushFrozen(file.stream);
+    }
+    return offset;
+}
+
+std::uint64_t Tree::StreamDataset(const void* data, int count, unsigned char width) {
+    const std::uint64_t size = BeginDataset(count, width);
+    const std::uint64_t offset = file.index.GetDataLength(heavyData);
+    if (size == 0) {
         return offset;
     }
-    if (count < 0) {
-        TYR_RAISE(Tyr::Exception::UnderflowError());
-    }
-    const std::uint64_t size = valueSize * items * width;
-    if (size > std::numeric_limits<std::uint32_t>::max()) {
-        TYR_RAISE(Tyr::Exception::OverflowError());
-    }
-    if (file.stream == nullptr || saveBegun) {
-        TYR_RAISE(Tyr::Exception::InvalidObjectState("File not open."));
-    }
-    file.SetBlockFlags(heavyData, TyrQbf::FlagFreeze);
-    file.SetBlockFlags(heavyData, TyrQbf::FlagCompress);
+    const auto items = static_cast<std::uint64_t>(count);
     std::exception_ptr error;
     const auto shuffle = [&](unsigned char* target) {
         try {
@@ -223,6 +220,32 @@ std::uint64_t Tree::StreamDataset(const void* data, int count, unsigned char wid
     }
     file.index.FlushFrozen(file.stream);
     return offset;
+}
+
+/// Checks the size of a dataset and the state of the file, and sets the flags of the blocks.
+/// @return bytes of the dataset; if there are none, nothing was checked
+std::uint64_t Tree::BeginDataset(int count, unsigned char width) {
+    const auto items = static_cast<std::uint64_t>(count);
+    TYR_LOG_WITH(datasetLines_, "TyrMek::Tree::WriteStreamDataset",
+                 "Writing Dataset of size " << static_cast<std::uint32_t>(items * width)
+                                            << " width " << static_cast<unsigned int>(width)
+                                            << " datatype size " << valueSize);
+    if (count == 0 || width == 0) {
+        return 0;
+    }
+    if (count < 0) {
+        TYR_RAISE(Tyr::Exception::UnderflowError());
+    }
+    const std::uint64_t size = valueSize * items * width;
+    if (size > std::numeric_limits<std::uint32_t>::max()) {
+        TYR_RAISE(Tyr::Exception::OverflowError());
+    }
+    if (file.stream == nullptr || saveBegun) {
+        TYR_RAISE(Tyr::Exception::InvalidObjectState("File not open."));
+    }
+    file.SetBlockFlags(heavyData, TyrQbf::FlagFreeze);
+    file.SetBlockFlags(heavyData, TyrQbf::FlagCompress);
+    return size;
 }
 
 void Tree::WriteDatasets() {

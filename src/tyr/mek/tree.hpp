@@ -76,6 +76,11 @@ public:
     std::uint64_t WriteStreamDataset(const float* data, int count, unsigned char width);
     std::uint64_t WriteStreamDataset(const unsigned int* data, int count, unsigned char width);
 
+    /// The same for a dataset that is compressed already: its shuffled bytes as one piece. A full
+    /// block is written at once.
+    std::uint64_t WriteStreamDataset(const TyrQbf::SharedPiece& packed, int count,
+                                     unsigned char width);
+
     /// Writes the datasets that are still in memory. The next dataset starts a new block.
     /// @throws InvalidObjectState "File not open."
     /// @throws FileWriteException
@@ -109,6 +114,7 @@ private:
     unsigned int FindMatch(Node& pattern, Predicate predicate);
     unsigned int ResolvePath(const std::string& path, const std::string& separator);
     std::uint64_t StreamDataset(const void* data, int count, unsigned char width);
+    std::uint64_t BeginDataset(int count, unsigned char width);
     void SaveNode(TyrQbf::QbFile& output, const TyrAdt::TreeNode<Node*>& node);
 
     ChildIndex childIndex_; ///< used only while `IsIndexed` holds

@@ -84,6 +84,17 @@ private:
     std::FILE* stream;
 };
 
+/// The zlib stream of a block of pieces.
+void Assemble(const std::vector<SharedPiece>& pieces, std::int32_t level,
+              const ZlibAssembly::Sink& sink) {
+    ZlibAssembly stream(level, sink);
+    for (const SharedPiece& piece : pieces) {
+        stream.Add(*piece);
+    }
+    stream.End();
+    stream.Finish();
+}
+
 } // namespace
 
 Index::~Index() {
@@ -112,6 +123,41 @@ void Index::Put(const std::string& name, std::uint64_t size,
         TYR_RAISE(Tyr::Exception::KeyNotFound());
     }
     fill(Extend(name, number, addedLength));
+}
+
+void Index::PutPiece(const std::string& name, const SharedPiece& piece) {
+    const std::uint32_t addedLength = EncodedCount(piece->contentLength);
+    const BlockNumber number = GetBlockForPiece(name, *piece);
+    packedBlocks[number].push_back(piece);
+    entries[number].flags |= FlagCompress;
+    Block& block = blocks[number];
+    block.position += addedLength;
+    block.length = block.position;
+}
+
+/// The current block of `name` if it has no bytes and lengths of 32 bits suffice, otherwise a new
+/// one.
+Index::BlockNumber Index::GetBlockForPiece(const std::string& name, const DeflatePiece& piece) {
+    constexpr std::uint32_t largest = std::numeric_limits<std::uint32_t>::max();
+    std::uint64_t storedLength = lengthFieldSize + ZlibAssembly::overhead + piece.bytes.size();
+    if (storedLength > largest) {
+        TYR_RAISE(Tyr::Exception::OverflowError());
+    }
+    const BlockSizeLimiter* const limiter = FindLimiter(name);
+    if (!IsOpen(limiter)) {
+        return AddBlock(name);
+    }
+    const BlockNumber last = limiter->blockNumbers.back();
+    const auto packed = packedBlocks.find(last);
+    if (packed == packedBlocks.end()) {
+        return blocks[last].length == 0 ? last : AddBlock(name);
+    }
+    for (const SharedPiece& other : packed->second) {
+        storedLength += other->bytes.size();
+    }
+    const bool hasRoom =
+        storedLength <= largest && piece.contentLength <= largest - blocks[last].length;
+    return hasRoom ? last : AddBlock(name);
 }
 
 /// Extends the current block `number` of `name`, or a new block if it would exceed 2^32 bytes.
@@ -228,13 +274,20 @@ void Index::WriteAllBuffersToFileStream(std::FILE* stream) {
 
 Index::BlockNumber Index::GetCurrentBlock(const std::string& name) {
     const BlockSizeLimiter* const limiter = FindLimiter(name);
-    if (limiter != nullptr && !limiter->blockNumbers.empty()) {
-        const BlockNumber last = limiter->blockNumbers.back();
-        if (!entries[last].frozen && blocks[last].length < limiter->limit) {
-            return last;
-        }
+    if (IsOpen(limiter) && !HasPieces(limiter->blockNumbers.back())) {
+        return limiter->blockNumbers.back();
     }
     return AddBlock(name);
+}
+
+/// Whether the last block of a name takes data. A name without a block has no limiter, or one
+/// without numbers.
+bool Index::IsOpen(const BlockSizeLimiter* limiter) const {
+    if (limiter == nullptr || limiter->blockNumbers.empty()) {
+        return false;
+    }
+    const BlockNumber last = limiter->blockNumbers.back();
+    return !entries[last].frozen && blocks[last].length < limiter->limit;
 }
 
 /// All that can fail comes before the changes of the lists, so that no number is lost.
@@ -320,7 +373,8 @@ Block* Index::FindBlockWithRoom(const std::string& name, std::uint64_t size) {
         return nullptr;
     }
     const BlockNumber last = limiter->blockNumbers.back();
-    const bool hasRoom = !entries[last].frozen && blocks[last].length + size <= limiter->limit;
+    const bool hasRoom =
+        !entries[last].frozen && !HasPieces(last) && blocks[last].length + size <= limiter->limit;
     return hasRoom ? &blocks[last] : nullptr;
 }
 
@@ -348,8 +402,17 @@ void Index::WriteBufferToFileStream(std::uint64_t number, std::FILE* stream) {
         TYR_LOG(function, "Buffer length: " << raw);
     }
     if ((entry.flags & FlagCompress) != 0) {
+        if (const auto packed = packedBlocks.find(number); packed != packedBlocks.end()) {
+            WriteInParts(number, stream, [&](const ZlibAssembly::Sink& sink) {
+                Assemble(packed->second, level, sink);
+            });
+            packedBlocks.erase(packed);
+            return;
+        }
         if (parallelFor) {
-            WriteInChunks(number, stream);
+            WriteInParts(number, stream, [&](const ZlibAssembly::Sink& sink) {
+                ChunkedCompressor(parallelFor, level)(block.data, block.length, sink);
+            });
             return;
         }
         BlockZlibCompressor compress(level);
@@ -408,21 +471,22 @@ void Index::SetWritten(BlockNumber number, std::uint32_t storedLength) {
     }
 }
 
-/// Nothing of the block changes before the system has accepted all bytes, so the block can be
-/// written again after an error. Bytes of earlier writes cannot: their errors stay in the stream.
-void Index::WriteInChunks(BlockNumber number, std::FILE* stream) {
+/// Writes the parts of the zlib stream of a block as `compress` makes them. Nothing of the block
+/// changes before the system has accepted all bytes, so the block can be written again after an
+/// error. Bytes of earlier writes cannot: their errors stay in the stream.
+void Index::WriteInParts(BlockNumber number, std::FILE* stream, const Compression& compress) {
     if (std::fflush(stream) != 0 || std::ferror(stream) != 0) {
         TYR_RAISE(Tyr::Exception::FileWriteException("Unable to write to file"));
     }
     try {
-        CompressAndWrite(number, stream);
+        CompressAndWrite(number, stream, compress);
     } catch (...) {
         std::clearerr(stream);
         throw;
     }
 }
 
-void Index::CompressAndWrite(BlockNumber number, std::FILE* stream) {
+void Index::CompressAndWrite(BlockNumber number, std::FILE* stream, const Compression& compress) {
     IndexEntry& entry = entries[number];
     Block& block = blocks[number];
     ComputePosition(number);
@@ -432,9 +496,11 @@ void Index::CompressAndWrite(BlockNumber number, std::FILE* stream) {
     StoredBytes stored(stream);
     const auto lengthField = LittleEndian(block.length);
     stored.Write(lengthField.data(), lengthField.size());
-    ChunkedCompressor(parallelFor, level)(
-        block.data, block.length,
-        [&stored](const unsigned char* bytes, std::size_t count) { stored.Write(bytes, count); });
+    compress([&stored](const unsigned char* bytes, std::size_t count) {
+        if (count != 0) {
+            stored.Write(bytes, count);
+        }
+    });
     if (std::fflush(stream) != 0) {
         TYR_RAISE(Tyr::Exception::FileWriteException("Unable to write to file"));
     }

@@ -16,6 +16,7 @@
 #include "tyr/log/linecomposer.hpp"
 #include "tyr/qbf/block.hpp"
 #include "tyr/qbf/blocksizelimiter.hpp"
+#include "tyr/qbf/deflatepiece.hpp"
 #include "tyr/qbf/encoding.hpp"
 #include "tyr/qbf/indexentry.hpp"
 #include "tyr/qbf/parallelfor.hpp"
@@ -24,6 +25,7 @@
 #include <cstdio>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -57,6 +59,9 @@ struct StoredBlock {
 /// Must not throw.
 using BlockObserver = std::function<void(const StoredBlock&, std::uint32_t crc)>;
 
+/// A compressed piece, all of whose parts end with `PieceEnd::Flush`; shared with the application.
+using SharedPiece = std::shared_ptr<const DeflatePiece>;
+
 /// Assigns block numbers to names, writes full blocks early and the tables at the end.
 ///
 /// Owns the buffers of all blocks. Exceptions of `Block` pass through. If writing a block fails
@@ -83,6 +88,13 @@ public:
     /// @throws OverflowError 2^32 bytes or more
     void Put(const std::string& name, std::uint64_t size,
              const std::function<void(unsigned char*)>& fill);
+
+    /// Appends the content of a compressed piece under `name`, all of it to one block. A block
+    /// holds either pieces or bytes: if the last one holds bytes, a new one begins. A block of
+    /// pieces has `FlagCompress`. It keeps its pieces until the system has accepted all stored
+    /// bytes: after an error the next operation that writes begins again.
+    /// @throws OverflowError content or compressed bytes do not fit 32-bit lengths
+    void PutPiece(const std::string& name, const SharedPiece& piece);
 
     /// Appends numbers and strings; the same as one `Put` for each.
     template <class... T>
@@ -158,7 +170,8 @@ private:
     // `ComputePosition` is called at that time, before the block is written.
     //
     // Memory. `blocks[n].data` is null while n is free, and again after block n was written. Index
-    // blocks keep their buffer for the final table.
+    // blocks keep their buffer for the final table. A block of pieces has no buffer; its length is
+    // that of the content.
 
     std::vector<IndexEntry> entries; ///< by block number
     std::vector<Block> blocks;       ///< by block number; owns the buffers
@@ -197,9 +210,17 @@ private:
 
     BlockObserver observer;
 
-    void WriteInChunks(BlockNumber number, std::FILE* stream);
-    void CompressAndWrite(BlockNumber number, std::FILE* stream);
+    using Compression = std::function<void(const ZlibAssembly::Sink&)>;
+
+    void WriteInParts(BlockNumber number, std::FILE* stream, const Compression& compress);
+    void CompressAndWrite(BlockNumber number, std::FILE* stream, const Compression& compress);
     void SetWritten(BlockNumber number, std::uint32_t storedLength);
+    bool IsOpen(const BlockSizeLimiter* limiter) const;
+    bool HasPieces(BlockNumber number) const { return packedBlocks.count(number) != 0; }
+    BlockNumber GetBlockForPiece(const std::string& name, const DeflatePiece& piece);
+
+    /// The pieces of each block that has pieces and is not written.
+    std::map<BlockNumber, std::vector<SharedPiece>> packedBlocks;
 
     std::int32_t level = 6; ///< of compression
     ParallelFor parallelFor;
