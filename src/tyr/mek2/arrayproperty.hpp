@@ -7,6 +7,7 @@
 #include "tyr/data/data.hpp"
 #include "tyr/exception/raise.hpp"
 #include "tyr/mek/geometry.hpp"
+#include "tyr/mek2/packedrows.hpp"
 #include "tyr/mek2/valuestorage.hpp"
 #include "tyr/type/traits.hpp"
 
@@ -78,5 +79,15 @@ template <class T>
 using ColumnData = Data::Data<Column<T>, AttributeMap, Type::Traits<T>>;
 template <class T>
 using TableData = Data::Data<Table<T>, AttributeMap, Type::Traits<T>>;
+using PackedData = Data::Data<PackedRows, AttributeMap, PackedRows>;
+
+/// The code of the element type in the file.
+template <class Data>
+std::uint32_t elementTypeOf(const ArrayProperty<Data>&) {
+    return Data::Traits::elementType;
+}
+inline std::uint32_t elementTypeOf(const ArrayProperty<PackedData>& property) {
+    return property.array.elementType();
+}
 
 } // namespace Tyr::Mek2

@@ -1,4 +1,5 @@
 #include <tyr/mek2/model.hpp>
+#include <tyr/mek2/packedarray.hpp>
 
 #include "tyr/exception/raise.hpp"
 #include "tyr/mek2/adder/arrayproperty.hpp"
@@ -67,6 +68,8 @@ template <class T>
 Adder::TableAdder<T> adderFor(const Array2d<T>&) {
     return {};
 }
+
+Adder::PackedAdder adderFor(const PackedArray&) { return {}; }
 
 Column<unsigned int> idColumn(unsigned int id) { return Column<unsigned int>::Constant(1, id); }
 const Column<unsigned int>& idColumn(const Array1d<unsigned int>& ids) {
@@ -238,5 +241,6 @@ Array1d<unsigned int> Model::addAssemblyComponents(
         writeArrayProperty(*database_, nullptr, type, array, ids, steps, attributes);           \
     }
 TYR_MEK2_FOR_ARRAY_PROPERTIES(TYR_MEK2_DEFINE)
+TYR_MEK2_FOR_ARRAY(TYR_MEK2_DEFINE, PackedArray)
 
 } // namespace Tyr::Mek2

@@ -2,12 +2,13 @@
 /// The objects that the public value classes hold, and the library's access to them.
 ///
 /// A public value holds a pointer to one heap object. The pointer is null in a moved-from value
-/// only, which reads as an empty one.
+/// only, which reads as an empty one. `PackedArray` shares its object, which never changes.
 #pragma once
 
 #include <tyr/mek2/array.hpp>
 #include <tyr/mek2/attributes.hpp>
 #include <tyr/mek2/nodeproperties.hpp>
+#include <tyr/mek2/packedarray.hpp>
 #include <tyr/mek2/step.hpp>
 
 #include "tyr/variant/copy.hpp"
@@ -15,6 +16,7 @@
 #include <Eigen/Core>
 
 #include <map>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -94,6 +96,9 @@ struct ValueAccess {
         return heldBy(properties.data_);
     }
     static const std::vector<StepData>& of(const StepList& steps) { return heldBy(steps.data_); }
+    static const std::shared_ptr<const PackedStorage>& of(const PackedArray& array) {
+        return array.data_;
+    }
 };
 
 } // namespace Tyr::Mek2

@@ -24,13 +24,22 @@ bool hasWidth(const Table<T>& table, unsigned char width) {
     return table.cols() == Eigen::Index{width};
 }
 
+bool hasWidth(const PackedRows& packed, unsigned char width) { return packed.width() == width; }
+
+const unsigned char* bytesOf(const PackedRows&) { return nullptr; } // compressed
+
+template <class Array>
+const unsigned char* bytesOf(const Array& array) {
+    return reinterpret_cast<const unsigned char*>(array.data());
+}
+
 template <class Property>
 TyrMek::NumericArray describe(const Property& property, std::int64_t rows) {
     TyrMek::NumericArray array;
-    array.data = reinterpret_cast<const unsigned char*>(property.array.data());
+    array.data = bytesOf(property.array);
     array.byteSize = static_cast<std::uint64_t>(rows) * property.width * sizeof(float);
     array.width = property.width;
-    array.elementType = Property::Traits::elementType;
+    array.elementType = elementTypeOf(property);
     return array;
 }
 
@@ -82,6 +91,8 @@ template class ArrayProperty<Mek2::ArrayProperty<ColumnData<unsigned int>>, Colu
 template class ArrayProperty<Mek2::ArrayProperty<TableData<float>>, Column<unsigned int>,
                              std::vector<StepData>>;
 template class ArrayProperty<Mek2::ArrayProperty<TableData<unsigned int>>, Column<unsigned int>,
+                             std::vector<StepData>>;
+template class ArrayProperty<Mek2::ArrayProperty<PackedData>, Column<unsigned int>,
                              std::vector<StepData>>;
 
 } // namespace Tyr::Mek2::Adder

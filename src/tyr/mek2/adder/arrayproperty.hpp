@@ -11,7 +11,7 @@
 
 namespace Tyr::Mek2::Adder {
 
-/// The command of `Model::addArrayProperty`. Instantiated for the four kinds of arrays.
+/// The command of `Model::addArrayProperty`. Instantiated for the five kinds of arrays.
 template <class Property, class Ids, class Steps>
 class ArrayProperty : public Base::Modifier<Database> {
 public:
@@ -33,6 +33,8 @@ using ColumnAdder =
 template <class T>
 using TableAdder =
     ArrayProperty<Mek2::ArrayProperty<TableData<T>>, Column<unsigned int>, std::vector<StepData>>;
+using PackedAdder =
+    ArrayProperty<Mek2::ArrayProperty<PackedData>, Column<unsigned int>, std::vector<StepData>>;
 
 extern template class ArrayProperty<Mek2::ArrayProperty<ColumnData<float>>, Column<unsigned int>,
                                     std::vector<StepData>>;
@@ -42,5 +44,7 @@ extern template class ArrayProperty<Mek2::ArrayProperty<TableData<float>>, Colum
                                     std::vector<StepData>>;
 extern template class ArrayProperty<Mek2::ArrayProperty<TableData<unsigned int>>,
                                     Column<unsigned int>, std::vector<StepData>>;
+extern template class ArrayProperty<Mek2::ArrayProperty<PackedData>, Column<unsigned int>,
+                                    std::vector<StepData>>;
 
 } // namespace Tyr::Mek2::Adder

@@ -107,7 +107,7 @@ RecordKind encodeCall(
     Encoder& encoder,
     const Adder::ArrayProperty<Property, Column<unsigned int>, std::vector<StepData>>& call) {
     const Property& property = call.property;
-    encodeArray(encoder, property.name, property.type, Property::Traits::elementType,
+    encodeArray(encoder, property.name, property.type, elementTypeOf(property),
                 static_cast<std::uint64_t>(property.array.rows()), property.width, call.ids,
                 call.steps, property.attributes);
     return RecordKind::Array;

@@ -1,0 +1,176 @@
+/// @file
+/// Arrays that are compressed where their values are, and added to a `Model` elsewhere.
+///
+/// A program whose values are distributed compresses each part at its place and sends the
+/// compressed bytes to the process that has the `Model`. Include `<tyr/mek2/model.hpp>`, too: with
+/// this header `Model::addArrayProperty` accepts a `PackedArray`. `<tyr/mek2/mpi.hpp>` does all
+/// this for programs that use MPI.
+///
+/// @code
+/// #include <tyr/mek2/model.hpp>
+/// #include <tyr/mek2/packedarray.hpp>
+///
+/// int main() {
+///     using namespace Tyr::Mek2;
+///     const PackedArray first(Array1d<float>{20, 21});
+///     const PackedArray second(Array1d<float>{22});
+///     Model model;
+///     model.saveTo("packed.mek", SaverOptions{true});
+///     model.addNode(NodeType::RootGroup, "root");
+///     const unsigned int mesh = model.addNode(NodeType::Shape, "line");
+///     model.addArrayProperty("Temperature", DatasetType::ResultA1,
+///                            PackedArray::concatenate({first, second}), mesh, Step{});
+///     model.close();
+/// }
+/// @endcode
+#pragma once
+
+#include <tyr/export.hpp>
+#include <tyr/mek2/array.hpp>
+#include <tyr/mek2/model.hpp>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Tyr::Mek2 {
+
+struct PackedStorage;
+struct ValueAccess;
+
+/// A plane of a packed array: the bytes with one place in all values of one column. Planes are
+/// compressed independently.
+struct PackedPlane {
+    std::uint32_t size = 0;     ///< compressed bytes
+    std::uint32_t checksum = 1; ///< Adler-32 of the bytes before compression
+};
+
+/// The description of a packed array. It can be sent as it is between processes with the same byte
+/// order.
+struct PackedHead {
+    static constexpr unsigned int largestWidth = 6; ///< columns
+    static constexpr unsigned int valueSize = 4;    ///< bytes, and planes of a column
+
+    std::uint64_t rows = 0;
+    std::uint32_t width = 1;       ///< columns
+    std::uint32_t elementType = 1; ///< 1: `float`; 5: `unsigned int`
+
+    /// The first `planeCount()` are used: those of the first column, from the lowest byte to the
+    /// highest, then those of the next.
+    std::array<PackedPlane, std::size_t{largestWidth} * valueSize> planes{};
+
+    std::size_t planeCount() const { return std::size_t{width} * valueSize; }
+};
+
+/// Rows of `float` or `unsigned int`, compressed. The content never changes; copies share it.
+///
+/// Different objects may be used from different threads at the same time. All operations that make
+/// an array may raise `std::bad_alloc`.
+class MEKAPI2_API PackedArray {
+public:
+    /// No rows.
+    PackedArray();
+
+    /// Compresses `rows` x `width` values, row by row. The values are not needed afterwards. Beside
+    /// the result, memory contains one plane of `rows` bytes for each running task.
+    ///
+    /// @param compressionLevel of zlib, from 1 (fast) to 9 (small)
+    /// @param parallelFor compresses planes on threads of the application; may be empty
+    /// @throws InvalidArguments `width` is not 1 to 6, or `compressionLevel` not 1 to 9
+    /// @throws OverflowError 2^32 bytes or more
+    /// @throws MemoryAllocationException
+    /// @{
+    PackedArray(const float* values, std::size_t rows, std::size_t width, int compressionLevel = 6,
+                const ParallelFor& parallelFor = ParallelFor());
+    PackedArray(const unsigned int* values, std::size_t rows, std::size_t width,
+                int compressionLevel = 6, const ParallelFor& parallelFor = ParallelFor());
+    /// @}
+
+    /// The same for the values of an array.
+    /// @{
+    template <class T>
+    explicit PackedArray(const Array1d<T>& array, int compressionLevel = 6,
+                         const ParallelFor& parallelFor = ParallelFor())
+        : PackedArray(array.data(), array.size(), 1, compressionLevel, parallelFor) {}
+    template <class T>
+    explicit PackedArray(const Array2d<T>& array, int compressionLevel = 6,
+                         const ParallelFor& parallelFor = ParallelFor())
+        : PackedArray(array.data(), array.rows(), array.cols(), compressionLevel, parallelFor) {}
+    /// @}
+
+    /// The rows of all parts, in the order of the parts. Parts without rows are ignored.
+    /// @throws InvalidArguments "part N of an array differs in width or element type", counted from
+    ///     0
+    /// @throws OverflowError 2^32 bytes or more
+    static PackedArray concatenate(const std::vector<PackedArray>& parts);
+
+    /// A message with this array, for `fromBytes` of the same version of the library in a process
+    /// with the same byte order.
+    std::string toBytes() const;
+
+    /// The array of a message. Its compressed bytes are not examined.
+    /// @throws InvalidArguments "a packed array is invalid": sizes do not fit each other
+    static PackedArray fromBytes(const std::string& bytes);
+
+    /// The description of this array.
+    const PackedHead& head() const;
+
+    /// The compressed bytes, plane by plane; null without rows. Valid while this object or a copy
+    /// of it exists.
+    const unsigned char* data() const;
+
+    /// Number of compressed bytes.
+    std::size_t size() const;
+
+private:
+    friend struct ValueAccess;
+    friend class PackedAssembly;
+
+    std::shared_ptr<const PackedStorage> data_;
+};
+
+/// Makes one array of parts that arrive in any order: each part is received at its place, without a
+/// copy.
+class MEKAPI2_API PackedAssembly {
+public:
+    /// Makes room for the parts.
+    /// @param parts descriptions of the parts, in the order of their rows
+    /// @throws InvalidArguments "part N of an array differs in width or element type", counted from
+    ///     0; "a packed array is invalid"
+    /// @throws OverflowError 2^32 bytes or more
+    explicit PackedAssembly(const std::vector<PackedHead>& parts);
+    PackedAssembly(const PackedAssembly&) = delete;
+    PackedAssembly& operator=(const PackedAssembly&) = delete;
+    ~PackedAssembly();
+
+    /// Where the bytes of a plane of a part belong: `PackedPlane::size` bytes of that part. Valid
+    /// until `finish`.
+    unsigned char* target(std::size_t part, std::size_t plane);
+
+    /// The array, when the bytes of all parts are at their places. May be called once.
+    PackedArray finish();
+
+private:
+    std::shared_ptr<PackedStorage> whole_;
+    std::vector<unsigned char> bytes_;
+    std::size_t partCount_;
+    std::vector<std::size_t> offsets_; ///< by plane, then part
+};
+
+#define TYR_MEK2_DECLARE(ID, STEPS)                                                               \
+    template <>                                                                                   \
+    MEKAPI2_API void Model::addArrayProperty(const std::string&, DatasetType, const PackedArray&, \
+                                             const ID&, const STEPS&, const Attributes&);         \
+    template <>                                                                                   \
+    MEKAPI2_API void Model::addArrayProperty(DatasetType, const PackedArray&, const ID&,          \
+                                             const STEPS&, const Attributes&);
+TYR_MEK2_DECLARE(unsigned int, Step)
+TYR_MEK2_DECLARE(unsigned int, StepList)
+TYR_MEK2_DECLARE(Array1d<unsigned int>, Step)
+TYR_MEK2_DECLARE(Array1d<unsigned int>, StepList)
+#undef TYR_MEK2_DECLARE
+
+} // namespace Tyr::Mek2
