@@ -28,6 +28,14 @@ if(MEKAPI2_BUILD_READER)
     install(EXPORT MekApi2ReaderTargets NAMESPACE MekApi2:: DESTINATION ${package_dir}
         COMPONENT reader)
 endif()
+if(MEKAPI2_BUILD_MPI)
+    install(TARGETS MekApi2Mpi EXPORT MekApi2MpiTargets
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT mpi)
+    install(FILES ${PROJECT_SOURCE_DIR}/mpi/include/tyr/mek2/mpi.hpp
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tyr/mek2 COMPONENT mpi)
+    install(EXPORT MekApi2MpiTargets NAMESPACE MekApi2:: DESTINATION ${package_dir}
+        COMPONENT mpi)
+endif()
 configure_package_config_file(cmake/MekApi2Config.cmake.in MekApi2Config.cmake
     INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(MekApi2ConfigVersion.cmake COMPATIBILITY SameMajorVersion)
@@ -71,4 +79,7 @@ endfunction()
 install_pkg_config(mekapi2 dev)
 if(MEKAPI2_BUILD_READER)
     install_pkg_config(mekapi2-reader reader)
+endif()
+if(MEKAPI2_BUILD_MPI)
+    install_pkg_config(mekapi2-mpi mpi)
 endif()

@@ -2,6 +2,7 @@
 # Tests the installed library. Usage: install_test.sh CHECK, with these variables:
 #   SOURCE_DIR, BUILD_DIR   folders of the project
 #   CXX, CXXFLAGS           compiler of the build and its flags
+#   MPIEXEC                 for the check "mpi"
 #   PREFIX                  (optional) the folder with bin, include and lib of another package
 #   MEKINFO, PKG_CONFIG     (optional) commands to use instead of those of package and system
 set -euo pipefail
@@ -75,6 +76,26 @@ check_pkg_config() {
     LD_LIBRARY_PATH=$library_dir run_programs "$work/pkg_config"
 }
 
+# The example of the MPI library, and that of its header, build from the package and run.
+check_mpi() {
+    local flags mpi=(mpicxx -std=c++17 "${warnings[@]}")
+    cmake -S "$SOURCE_DIR/examples" -B "$work/mpi" -DCMAKE_PREFIX_PATH="$prefix" \
+        -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_CXX_FLAGS="$CXXFLAGS"
+    cmake --build "$work/mpi" --target heat
+    read -r -a flags < <(PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name mekapi2-mpi.pc)") \
+        pkg-config --cflags --libs mekapi2-mpi)
+    cd "$work/mpi"
+    sed -n '\,^/// @code$,,\,^/// @endcode$,{s,^/// \?,,;/^@/!p}' \
+        "$prefix/include/tyr/mek2/mpi.hpp" >ranks.cpp
+    "${mpi[@]}" -DOMPI_SKIP_MPICXX -DMPICH_SKIP_MPICXX ranks.cpp -o ranks "${flags[@]}" \
+        -Wl,-rpath,"$(dirname "$(find "$prefix" -name libMekApi2.so)")"
+    "$MPIEXEC" -n 1 ./heat heat.mek
+    "$MPIEXEC" -n 1 ./ranks
+    for file in heat ranks; do
+        "$mekinfo" --check $file.mek >/dev/null || fail "mekinfo --check $file.mek"
+    done
+}
+
 # In /usr, pkg-config prints no folder that the compiler searches anyway.
 check_system_prefix() {
     local flags folder=$work/system/usr/lib/pkgconfig
@@ -129,7 +150,7 @@ check_headers() {
             -include "$header" /dev/null 2>&1 | grep -m 1 'error:' || true)
         [[ $error == *': '*'MekApi2 needs C++17' || $header == tyr/version.hpp ]] ||
             fail "$header as C++14: $error"
-    done < <(cd "$prefix/include" && find tyr -name '*.hpp')
+    done < <(cd "$prefix/include" && find tyr -name '*.hpp' ! -name mpi.hpp)
 }
 
 # The example in each public header compiles and runs. Headers that define only macros have none.
@@ -146,7 +167,8 @@ check_documentation() {
         "${compile[@]}" "${warnings[@]}" -I"$prefix/include" "$name.cpp" -o "$name" "$library" \
             -Wl,-rpath,"$(dirname "$library")" || fail "$header: its example does not compile"
         "./$name" || fail "$header: its example exits with $?"
-    done < <(cd "$prefix/include" && find tyr -name '*.hpp' ! -name export.hpp ! -name version.hpp)
+    done < <(cd "$prefix/include" &&
+        find tyr -name '*.hpp' ! -name export.hpp ! -name mpi.hpp ! -name version.hpp)
 }
 
 # $1: statements; compiles them as the body of a function
@@ -193,8 +215,8 @@ check_exports() {
     library=$(find "$prefix" -name libMekApi2.so)
     [ "$(readelf -d "$library" | grep -c 'SONAME.*\[libMekApi2.so.2\]')" -eq 1 ] || fail "SONAME"
     symbols=$(nm -D --defined-only "$library" | awk '{print $3}' | c++filt -p)
-    [ "$(grep -c '^Tyr::Mek2::Model::addArrayProperty<' <<<"$symbols")" -eq 32 ] ||
-        fail "not 32 instances of addArrayProperty"
+    [ "$(grep -c '^Tyr::Mek2::Model::addArrayProperty<' <<<"$symbols")" -eq 40 ] ||
+        fail "not 40 instances of addArrayProperty"
     diff "$SOURCE_DIR/tests/install/exports.txt" <(sed -E \
         -e 's/^(vtable|VTT|virtual thunk to|typeinfo) (for )?(Tyr::.*)/\3/' \
         -e 's/^typeinfo name for/typeinfo for/' \

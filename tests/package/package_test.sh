@@ -9,8 +9,8 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 root=$work/root
 runtime=libmekapi2-2
-names=("$runtime" libmekapi2-dev libmekapi2-reader-dev mekapi2-doc mekapi2-tools paraview-mekapi2
-    python3-mekapi2)
+names=("$runtime" libmekapi2-dev libmekapi2-mpi-dev libmekapi2-reader-dev mekapi2-doc mekapi2-tools
+    paraview-mekapi2 python3-mekapi2)
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
@@ -35,7 +35,7 @@ check_contents() {
         grep -qF "$name (>= " <<<"$(field_of $runtime Depends)" ||
             fail "$runtime does not depend on $name"
     done
-    for name in $runtime libmekapi2-dev libmekapi2-reader-dev; do
+    for name in $runtime libmekapi2-dev libmekapi2-mpi-dev libmekapi2-reader-dev; do
         [ "$(field_of "$name" Multi-Arch)" = same ] || fail "$name cannot be installed twice"
         ! files_of "$name" | grep '^./usr/lib/[^/]*$' || fail "$name has files of two architectures"
     done
@@ -69,6 +69,9 @@ check_cmake() {
         check_file "$work/$program.mek"
     done
     "$work/cmake/maximum_of_results" "$work/first_model.mek" >/dev/null
+    OMPI_ALLOW_RUN_AS_ROOT=1 OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1 mpiexec -n 1 "$work/cmake/heat" \
+        "$work/heat.mek"
+    check_file "$work/heat.mek"
 }
 
 check_pkg_config() {
