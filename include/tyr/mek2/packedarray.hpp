@@ -54,14 +54,15 @@ struct PackedHead {
     static constexpr unsigned int largestWidth = 6; ///< columns
     static constexpr unsigned int valueSize = 4;    ///< bytes, and planes of a column
 
-    std::uint64_t rows = 0;
+    std::uint64_t rows = 0;        ///< of the array
     std::uint32_t width = 1;       ///< columns
     std::uint32_t elementType = 1; ///< 1: `float`; 5: `unsigned int`
 
-    /// The first `planeCount()` are used: those of the first column, from the lowest byte to the
-    /// highest, then those of the next.
+    /// The planes; the first `planeCount()` are used: those of the first column, from the lowest
+    /// byte to the highest, then those of the next.
     std::array<PackedPlane, std::size_t{largestWidth} * valueSize> planes{};
 
+    /// Number of planes that are used.
     std::size_t planeCount() const { return std::size_t{width} * valueSize; }
 };
 
@@ -74,9 +75,12 @@ public:
     /// No rows.
     PackedArray();
 
-    /// Compresses `rows` x `width` values, row by row. The values are not needed afterwards. Beside
-    /// the result, memory contains one plane of `rows` bytes for each running task.
+    /// Compresses values, which are not needed afterwards. Meanwhile memory contains the result
+    /// twice, and two planes for each running task.
     ///
+    /// @param values `rows` x `width`, row by row; may be null if there are none
+    /// @param rows may be 0; then the other arguments are not checked
+    /// @param width number of columns, 1 to 6
     /// @param compressionLevel of zlib, from 1 (fast) to 9 (small)
     /// @param parallelFor compresses planes on threads of the application; may be empty
     /// @throws InvalidArguments `width` is not 1 to 6, or `compressionLevel` not 1 to 9
