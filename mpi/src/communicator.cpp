@@ -31,6 +31,12 @@ public:
     MPI_Datatype type = MPI_DATATYPE_NULL;
 };
 
+bool isFinalized() {
+    int result = 0;
+    MPI_Finalized(&result);
+    return result != 0;
+}
+
 } // namespace
 
 Communicator::Communicator(MPI_Comm communicator) {
@@ -44,17 +50,17 @@ Communicator& Communicator::operator=(Communicator&& other) noexcept {
     std::swap(communicator_, other.communicator_);
     std::swap(rank_, other.rank_);
     std::swap(size_, other.size_);
-    std::swap(isDisbanded_, other.isDisbanded_);
+    std::swap(wasDestroyed_, other.wasDestroyed_);
     return *this;
 }
 
 Communicator::~Communicator() {
-    int isFinalized = 0;
-    MPI_Finalized(&isFinalized);
-    if (communicator_ != MPI_COMM_NULL && isFinalized == 0) {
+    if (communicator_ != MPI_COMM_NULL && !isFinalized()) {
         MPI_Comm_free(&communicator_);
     }
 }
+
+bool Communicator::isDisbanded() const { return wasDestroyed_ || isFinalized(); }
 
 void Communicator::agree(const Request& request, const Failure& failure) {
     Request ofRoot = request;
@@ -80,7 +86,7 @@ void Communicator::agree(const Failure& failure) {
     }
     Failure raised = failure;
     MPI_Bcast(&raised, sizeof raised, MPI_BYTE, first, communicator_);
-    isDisbanded_ = raised.code == Failure::modelDestroyed;
+    wasDestroyed_ = raised.code == Failure::modelDestroyed;
     raised.raise(first);
 }
 

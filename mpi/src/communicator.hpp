@@ -38,8 +38,9 @@ public:
     int size() const { return size_; }
     bool isRoot() const { return rank_ == 0; }
 
-    /// True after a failure `Failure::modelDestroyed` of any rank: there must be no more messages.
-    bool isDisbanded() const { return isDisbanded_; }
+    /// True after a failure `Failure::modelDestroyed` of any rank, and after `MPI_Finalize`: there
+    /// must be no more messages.
+    bool isDisbanded() const;
 
     /// Whether all ranks make the same request and none has failed.
     /// @throws the failure of the lowest rank that has one
@@ -68,7 +69,7 @@ private:
     MPI_Comm communicator_ = MPI_COMM_NULL;
     int rank_ = 0;
     int size_ = 1;
-    bool isDisbanded_ = false;
+    bool wasDestroyed_ = false; ///< the model, on some rank
 
     friend class Transfer;
 };

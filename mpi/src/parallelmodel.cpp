@@ -122,7 +122,8 @@ public:
     /// @param failure of this rank before the operation
     void begin(Operation operation, const Digest& arguments, const Failure& failure = Failure()) {
         if (ranks.isDisbanded()) {
-            TYR_RAISE(Exception::InvalidObjectState("the model was destroyed on another rank"));
+            TYR_RAISE(Exception::InvalidObjectState(
+                "the model was destroyed on another rank, or MPI has ended"));
         }
         ranks.agree({static_cast<std::uint64_t>(operation), arguments.value()}, failure);
     }

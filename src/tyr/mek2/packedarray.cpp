@@ -36,10 +36,10 @@ std::uint64_t sizeOf(const PackedHead& head) {
     }
     std::uint64_t size = 0;
     for (std::size_t plane = 0; plane < head.planeCount(); ++plane) {
+        if ((head.planes[plane].size == 0) != (head.rows == 0)) {
+            raiseInvalid();
+        }
         size += head.planes[plane].size;
-    }
-    if ((head.rows == 0) != (size == 0)) {
-        raiseInvalid();
     }
     return size;
 }

@@ -128,9 +128,15 @@ void Index::Put(const std::string& name, std::uint64_t size,
 void Index::PutPiece(const std::string& name, const SharedPiece& piece) {
     const std::uint32_t addedLength = EncodedCount(piece->contentLength);
     const BlockNumber number = GetBlockForPiece(name, *piece);
-    packedBlocks[number].push_back(piece);
-    entries[number].flags |= FlagCompress;
     Block& block = blocks[number];
+    std::vector<SharedPiece>& pieces = packedBlocks[number];
+    if (pieces.empty()) {
+        block.Release();
+        block.capacity = 0;
+    }
+    pieces.push_back(piece);
+    entries[number].flags |= FlagCompress;
+    block.capacity += piece->bytes.size();
     block.position += addedLength;
     block.length = block.position;
 }
@@ -148,15 +154,12 @@ Index::BlockNumber Index::GetBlockForPiece(const std::string& name, const Deflat
         return AddBlock(name);
     }
     const BlockNumber last = limiter->blockNumbers.back();
-    const auto packed = packedBlocks.find(last);
-    if (packed == packedBlocks.end()) {
-        return blocks[last].length == 0 ? last : AddBlock(name);
+    const Block& block = blocks[last];
+    if (!HasPieces(last)) {
+        return block.length == 0 ? last : AddBlock(name);
     }
-    for (const SharedPiece& other : packed->second) {
-        storedLength += other->bytes.size();
-    }
-    const bool hasRoom =
-        storedLength <= largest && piece.contentLength <= largest - blocks[last].length;
+    storedLength += block.capacity;
+    const bool hasRoom = storedLength <= largest && piece.contentLength <= largest - block.length;
     return hasRoom ? last : AddBlock(name);
 }
 

@@ -170,8 +170,8 @@ private:
     // `ComputePosition` is called at that time, before the block is written.
     //
     // Memory. `blocks[n].data` is null while n is free, and again after block n was written. Index
-    // blocks keep their buffer for the final table. A block of pieces has no buffer; its length is
-    // that of the content.
+    // blocks keep their buffer for the final table. A block of pieces has no buffer: its length is
+    // that of the content, its capacity the number of compressed bytes.
 
     std::vector<IndexEntry> entries; ///< by block number
     std::vector<Block> blocks;       ///< by block number; owns the buffers
