@@ -321,7 +321,9 @@ TEST_F(CTest, ReadsStridesOfAnySignAndAlignment) {
 TEST_F(CTest, ConvertsIntegersAndDoubles) {
     const std::int32_t signedRows[] = {5, 2147483647};
     const std::uint32_t rows[] = {7, 4294967295};
-    const double values[] = {0.1, 1e39, -1e300, std::numeric_limits<double>::infinity(), 1e-50};
+    // the largest number that a float can have after rounding, and the next one
+    const double last = std::nextafter(0x1.ffffffp127, 0);
+    const double values[] = {0.1, last, 0x1.ffffffp127, -1e300, HUGE_VAL, 1e-50};
     mek_array_options array = MEK_ARRAY_OPTIONS_INIT;
     array.name = "n";
     array.base = 5;
@@ -341,11 +343,11 @@ TEST_F(CTest, ConvertsIntegersAndDoubles) {
     std::size_t outOfRange = 0;
     array.base = 0;
     open(path("doubles"));
-    require(mek_add_array_f64(model, MEK_RESULT_A1, values, 5, 1, &shape, 1, &array, &outOfRange));
+    require(mek_add_array_f64(model, MEK_RESULT_A1, values, 6, 1, &shape, 1, &array, &outOfRange));
     require(mek_close(model));
     EXPECT_EQ(outOfRange, 2U);
     EXPECT_EQ(readBack<float>(path("doubles")),
-              (std::vector<float>{0.1F, INFINITY, -INFINITY, INFINITY, 0}));
+              (std::vector<float>{0.1F, 0x1.fffffep127F, INFINITY, -INFINITY, INFINITY, 0}));
 }
 
 TEST_F(CTest, RecoversAModel) {

@@ -128,9 +128,14 @@ struct Subtract {
 struct Narrow {
     static constexpr bool changesNothing = false;
     std::size_t* outOfRange; ///< null: refuses values out of range
+    /// Does not convert a value out of range, which would raise a floating-point exception.
     bool operator()(double value, float& result) {
-        result = static_cast<float>(value);
-        const bool isInRange = std::isfinite(result) || !std::isfinite(value);
+        constexpr double limit = 0x1.ffffffp127; // between the largest float and 2^128
+        const double size = std::abs(value);
+        const bool isInRange = !(size >= limit) || std::isinf(value);
+        constexpr float infinity = std::numeric_limits<float>::infinity();
+        result = isInRange ? static_cast<float>(value)
+                           : std::copysign(infinity, value < 0 ? -1.0F : 1.0F);
         if (!isInRange && outOfRange != nullptr) {
             ++*outOfRange;
         }
