@@ -132,12 +132,36 @@ module mekapi2
         integer :: system_error = 0 !< `errno` of a failed operation on a file, or 0
     end type
 
+    type :: string
+        character(kind=c_char, len=:), allocatable :: text
+    end type
+
+    !> Attributes in the form of C, which are used again: if the keys stay the same, as in a loop
+    !> over the steps, only the values are set.
+    type :: c_attributes
+        type(c_ptr) :: handle = c_null_ptr
+        type(string), allocatable :: keys(:)
+        integer :: count = 0
+    end type
+
+    !> The optional arguments of `add_array` in the form of C. Owns what the options point to, and
+    !> is used again.
+    type :: request
+        type(c_array_options) :: options
+        character(kind=c_char, len=:), allocatable :: name
+        type(c_step), allocatable :: steps(:)
+        type(string), allocatable :: step_names(:)
+        type(c_attributes), allocatable :: of_steps(:)
+        type(c_attributes) :: of_array
+    end type
+
     !> Writes models, one write cycle after the other. A write cycle starts with `save_to` and ends
     !> with `close`. The finaliser ends an open write cycle and discards its errors, like `destroy`.
     !> Variables of the main program are not finalised. A model cannot be assigned to another.
     type :: mek_model
         private
         type(c_ptr) :: handle = c_null_ptr
+        type(request) :: request
     contains
         !> save_to(path, overwrite, tool_name, tool_version, relink_replaced, journal,
         !>     replace_when_complete, threads, parallel_for, parallel_context, block_size,
@@ -276,10 +300,6 @@ module mekapi2
         character(:), allocatable :: reason !< why something is lost; empty if nothing is
     end type
 
-    type :: string
-        character(kind=c_char, len=:), allocatable :: text
-    end type
-
     !> Where the values of an array are. Strides are in bytes; 0: there is one row or column.
     type :: memory
         type(c_ptr) :: first = c_null_ptr
@@ -297,14 +317,6 @@ module mekapi2
     enum, bind(C)
         enumerator :: REAL32_VALUES, REAL64_VALUES, INT32_VALUES
     end enum
-
-    !> The optional arguments of `add_array` in the form of C. Owns what the options point to.
-    type :: request
-        type(c_array_options) :: options
-        character(kind=c_char, len=:), allocatable :: name
-        type(string), allocatable :: step_names(:)
-        type(c_step), allocatable :: steps(:)
-    end type
 
 contains
 
@@ -458,14 +470,19 @@ contains
         this%count = 0
     end subroutine
 
-    !> Adds an entry of this key, or empties that which exists.
-    !> @return its number
+    !> Number of the entry with this key, which is added if there is none.
     integer function entry_of(this, key) result(number)
         class(mek_attributes), intent(inout) :: this
         character(*), intent(in) :: key
         type(entry), allocatable :: larger(:)
+        integer :: length
+        length = len_trim(key)
         do number = 1, this%count
-            if (this%entries(number)%key == trim(key) // c_null_char) return
+            associate (known => this%entries(number)%key)
+                if (len(known) == length + 1) then
+                    if (known(:length) == key(:length)) return
+                end if
+            end associate
         end do
         if (.not. allocated(this%entries)) allocate (this%entries(4))
         if (number > size(this%entries)) then
@@ -474,7 +491,7 @@ contains
             call move_alloc(larger, this%entries)
         end if
         this%count = number
-        this%entries(number)%key = trim(key) // c_null_char
+        this%entries(number)%key = to_c(key)
     end function
 
     subroutine attributes_set_real32(this, key, value)
@@ -543,11 +560,18 @@ contains
     integer(c_int) function make_attributes(this, handle) result(status)
         class(mek_attributes), intent(in) :: this
         type(c_ptr), intent(inout) :: handle
-        integer :: i
         status = MEK_OK
         handle = c_null_ptr
         if (this%count == 0) return
         status = c_attributes_create(handle)
+        if (status == MEK_OK) status = set_entries(this, handle)
+    end function
+
+    integer(c_int) function set_entries(this, handle) result(status)
+        class(mek_attributes), intent(in) :: this
+        type(c_ptr), intent(in) :: handle
+        integer :: i
+        status = MEK_OK
         do i = 1, this%count
             if (status /= MEK_OK) return
             associate (each => this%entries(i))
@@ -560,6 +584,44 @@ contains
                     status = c_attributes_set_string(handle, each%key, each%text)
                 end select
             end associate
+        end do
+    end function
+
+    !> Gives an object of C the attributes.
+    !> @param handle null if there are none
+    integer(c_int) function fill(this, attributes, handle) result(status)
+        type(c_attributes), intent(inout) :: this
+        class(mek_attributes), intent(in) :: attributes
+        type(c_ptr), intent(out) :: handle
+        integer :: i
+        status = MEK_OK
+        handle = c_null_ptr
+        if (attributes%count == 0) return
+        if (.not. has_keys(this, attributes)) then
+            call c_attributes_destroy(this%handle)
+            this%handle = c_null_ptr
+            this%count = 0
+            status = c_attributes_create(this%handle)
+            if (status /= MEK_OK) return
+            if (allocated(this%keys)) deallocate (this%keys)
+            allocate (this%keys(attributes%count))
+            do i = 1, attributes%count
+                this%keys(i)%text = attributes%entries(i)%key
+            end do
+            this%count = attributes%count
+        end if
+        handle = this%handle
+        status = set_entries(attributes, handle)
+    end function
+
+    logical function has_keys(this, attributes)
+        type(c_attributes), intent(in) :: this
+        class(mek_attributes), intent(in) :: attributes
+        integer :: i
+        has_keys = this%count == attributes%count
+        do i = 1, this%count
+            if (.not. has_keys) return
+            has_keys = this%keys(i)%text == attributes%entries(i)%key
         end do
     end function
 
@@ -935,54 +997,65 @@ contains
 
     ! Arrays
 
-    !> Converts the optional arguments of `add_array`. The caller calls `free_request` in any case.
-    integer(c_int) function make_request(made, name, step, steps, attributes) result(status)
-        type(request), intent(inout), target :: made
+    !> Converts the optional arguments of `add_array`.
+    integer(c_int) function fill_request(this, name, step, steps, attributes) result(status)
+        type(request), intent(inout), target :: this
         character(*), intent(in), optional :: name
         type(mek_step), intent(in), optional :: step, steps(:)
         type(mek_attributes), intent(in), optional :: attributes
         integer :: i, count
+        this%options = c_array_options()
+        this%options%size = c_sizeof(this%options)
         status = MEK_OK
-        made%options%size = c_sizeof(made%options)
         if (present(name)) then
-            made%name = to_c(name)
-            made%options%name = address_of(made%name)
+            this%name = to_c(name)
+            this%options%name = address_of(this%name)
         end if
-        if (present(attributes) .and. status == MEK_OK) then
-            status = make_attributes(attributes, made%options%attributes)
+        if (present(attributes)) then
+            status = fill(this%of_array, attributes, this%options%attributes)
         end if
+        if (.not. present(step) .and. .not. present(steps)) return
         count = merge(1, 0, present(step))
         if (present(steps)) count = count + size(steps)
-        if (.not. present(step) .and. .not. present(steps)) return
-        allocate (made%steps(max(count, 1)), made%step_names(count))
-        made%options%steps = c_loc(made%steps)
-        made%options%step_count = count
-        if (present(step)) call add_step(1, step)
+        call reserve_steps(this, count)
+        if (present(step)) call set_step(1, step)
         do i = 1, count - merge(1, 0, present(step))
-            call add_step(count - size(steps) + i, steps(i))
+            call set_step(count - size(steps) + i, steps(i))
         end do
+        this%options%steps = c_loc(this%steps)
+        this%options%step_count = count
 
     contains
 
-        subroutine add_step(number, added)
+        subroutine set_step(number, added)
             integer, intent(in) :: number
             type(mek_step), intent(in) :: added
-            made%step_names(number)%text = c_null_char
-            if (allocated(added%name)) made%step_names(number)%text = to_c(added%name)
-            made%steps(number)%name = address_of(made%step_names(number)%text)
+            this%step_names(number)%text = c_null_char
+            if (allocated(added%name)) this%step_names(number)%text = to_c(added%name)
+            this%steps(number)%name = address_of(this%step_names(number)%text)
             if (status /= MEK_OK) return
-            status = make_attributes(added%attributes, made%steps(number)%attributes)
+            status = fill(this%of_steps(number), added%attributes, this%steps(number)%attributes)
         end subroutine
     end function
 
-    subroutine free_request(made)
-        type(request), intent(inout) :: made
+    subroutine reserve_steps(this, count)
+        type(request), intent(inout) :: this
+        integer, intent(in) :: count
+        if (allocated(this%steps)) then
+            if (size(this%steps) >= count) return
+        end if
+        call free_steps(this)
+        allocate (this%steps(max(count, 1)), this%step_names(count), this%of_steps(count))
+    end subroutine
+
+    subroutine free_steps(this)
+        type(request), intent(inout) :: this
         integer :: i
-        call c_attributes_destroy(made%options%attributes)
-        if (.not. allocated(made%steps)) return
-        do i = 1, size(made%steps)
-            call c_attributes_destroy(made%steps(i)%attributes)
+        if (.not. allocated(this%steps)) return
+        do i = 1, size(this%of_steps)
+            call c_attributes_destroy(this%of_steps(i)%handle)
         end do
+        deallocate (this%steps, this%step_names, this%of_steps)
     end subroutine
 
     !> Of a connectivity the default is 1.
@@ -1074,7 +1147,6 @@ contains
         integer, intent(in), optional :: base
         integer, intent(out), optional :: out_of_range, stat
         character(*), intent(inout), optional :: errmsg
-        type(request) :: made
         type(c_ptr) :: reporter, counter
         integer(c_size_t), target :: count
         integer(c_size_t) :: id_count
@@ -1085,25 +1157,24 @@ contains
         id_count = size(ids, kind=c_size_t)
         reporter = c_null_ptr
         status = open_handle(this)
-        if (status == MEK_OK) status = make_request(made, name, step, steps, attributes)
-        made%options%row_stride = where%row_stride
-        made%options%column_stride = where%column_stride
+        if (status == MEK_OK) status = fill_request(this%request, name, step, steps, attributes)
+        this%request%options%row_stride = where%row_stride
+        this%request%options%column_stride = where%column_stride
         if (status == MEK_OK) then
             reporter = this%handle
             select case (element)
             case (REAL32_VALUES)
                 status = c_add_array_f32(this%handle, kind, where%first, where%rows, &
-                    where%columns, ids, id_count, made%options)
+                    where%columns, ids, id_count, this%request%options)
             case (REAL64_VALUES)
                 status = c_add_array_f64(this%handle, kind, where%first, where%rows, &
-                    where%columns, ids, id_count, made%options, counter)
+                    where%columns, ids, id_count, this%request%options, counter)
             case default
-                made%options%base = base_or_default(base, kind)
+                this%request%options%base = base_or_default(base, kind)
                 status = c_add_array_i32(this%handle, kind, where%first, where%rows, &
-                    where%columns, ids, id_count, made%options)
+                    where%columns, ids, id_count, this%request%options)
             end select
         end if
-        call free_request(made)
         if (present(out_of_range)) out_of_range = int(count)
         call finish(status, reporter, stat, errmsg)
     end subroutine
@@ -1322,6 +1393,10 @@ contains
         class(mek_model), intent(inout) :: this
         call c_model_destroy(this%handle)
         this%handle = c_null_ptr
+        call free_steps(this%request)
+        call c_attributes_destroy(this%request%of_array%handle)
+        this%request%of_array%handle = c_null_ptr
+        this%request%of_array%count = 0
     end subroutine
 
     subroutine finalise_model(this)
