@@ -28,7 +28,7 @@ contains
         call model%add_node(MEK_ROOT_GROUP, 'model')
         call model%add_node(MEK_SHAPE, 'part', part)
         do number = 1, STEP_COUNT
-            step%name = trim(names(number))
+            step%name = names(number)
             call step%attributes%set('Step', number - 1)
             call step%attributes%set('Time', 0.01 * (number - 1))
             call model%add_array(MEK_RESULT_A1, workload%values, part, 'Temperature', step, &

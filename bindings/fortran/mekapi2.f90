@@ -439,6 +439,20 @@ contains
         converted = trim(text) // c_null_char
     end function
 
+    !> The same into memory that is used again if it is large enough.
+    subroutine copy_to_c(text, copy)
+        character(*), intent(in) :: text
+        character(kind=c_char, len=:), allocatable, intent(inout) :: copy
+        integer :: length
+        length = len_trim(text)
+        if (allocated(copy)) then
+            if (len(copy) <= length) deallocate (copy)
+        end if
+        if (.not. allocated(copy)) allocate (character(kind=c_char, len=2 * length + 1) :: copy)
+        copy(:length) = text(:length)
+        copy(length + 1:length + 1) = c_null_char
+    end subroutine
+
     function to_fortran(text) result(converted)
         type(c_ptr), intent(in) :: text
         character(:), allocatable :: converted
@@ -1008,7 +1022,7 @@ contains
         this%options%size = c_sizeof(this%options)
         status = MEK_OK
         if (present(name)) then
-            this%name = to_c(name)
+            call copy_to_c(name, this%name)
             this%options%name = address_of(this%name)
         end if
         if (present(attributes)) then
@@ -1030,9 +1044,11 @@ contains
         subroutine set_step(number, added)
             integer, intent(in) :: number
             type(mek_step), intent(in) :: added
-            this%step_names(number)%text = c_null_char
-            if (allocated(added%name)) this%step_names(number)%text = to_c(added%name)
-            this%steps(number)%name = address_of(this%step_names(number)%text)
+            this%steps(number)%name = c_null_ptr
+            if (allocated(added%name)) then
+                call copy_to_c(added%name, this%step_names(number)%text)
+                this%steps(number)%name = address_of(this%step_names(number)%text)
+            end if
             if (status /= MEK_OK) return
             status = fill(this%of_steps(number), added%attributes, this%steps(number)%attributes)
         end subroutine

@@ -40,9 +40,8 @@
 /// unless the comment of the call allows it.
 ///
 /// **Threads.** A call can run at the same time as calls with other objects. Two calls with the
-/// same object must not run at the same time, with one exception: several calls can read the same
-/// attributes, properties or options, as calls with a `const` pointer to them do. "Threads: model"
-/// means that the call uses the model alone and only reads its other objects.
+/// same object must not run at the same time, also if one of them only reads it. "Threads: model"
+/// means that the call uses its model, and the attributes, properties and options that it is given.
 #ifndef MEKAPI2_H
 #define MEKAPI2_H
 

@@ -10,7 +10,7 @@
 #include <limits>
 #include <sstream>
 #include <string>
-#include <type_traits>
+#include <utility>
 
 using MekC::refuse;
 using MekC::required;
@@ -182,11 +182,43 @@ Step stepOf(const mek_step& step) {
     return Step{step.name != nullptr ? step.name : "", valuesOf(step.attributes)};
 }
 
+/// Lends attributes to a step while it lives. A copy for each array would take longer than all the
+/// rest of this interface.
+class Loan {
+public:
+    Loan(mek_attributes& owner, Step& borrower) : owner_(owner), borrower_(borrower) { exchange(); }
+    Loan(const Loan&) = delete;
+    Loan& operator=(const Loan&) = delete;
+    ~Loan() { exchange(); }
+
+private:
+    void exchange() noexcept { std::swap(owner_.values, borrower_.attributes); }
+
+    mek_attributes& owner_;
+    Step& borrower_;
+};
+
+template <class Array, class Ids>
+void addForStep(Model& model, const Request& request, const Array& array, const Ids& ids) {
+    const mek_step& given = request.options.steps[0];
+    if (given.attributes == nullptr || given.attributes == request.options.attributes) {
+        add(model, request, array, ids, stepOf(given));
+        return;
+    }
+    Step step{given.name != nullptr ? given.name : ""};
+    const Loan loan(const_cast<mek_attributes&>(*given.attributes), step);
+    add(model, request, array, ids, step);
+}
+
 template <class Array, class Ids>
 void addForSteps(Model& model, const Request& request, const Array& array, const Ids& ids) {
     const std::size_t count = request.options.step_count;
-    if (count <= 1) {
-        add(model, request, array, ids, count == 0 ? Step{} : stepOf(request.options.steps[0]));
+    if (count == 0) {
+        add(model, request, array, ids, Step{});
+        return;
+    }
+    if (count == 1) {
+        addForStep(model, request, array, ids);
         return;
     }
     StepList steps(count);
