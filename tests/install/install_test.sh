@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Tests the installed library. Usage: install_test.sh CHECK, with these variables:
 #   SOURCE_DIR, BUILD_DIR   folders of the project
-#   CXX, CXXFLAGS           compiler of the build and its flags
+#   CXX, CXXFLAGS, C        compilers of the build and their flags
 #   PREFIX                  (optional) the folder with bin, include and lib of another package
+#   READER                  (optional) the folder with the Python package of another package
 #   MEKINFO, PKG_CONFIG     (optional) commands to use instead of those of package and system
 set -euo pipefail
 
@@ -60,8 +61,10 @@ check_reader() {
 
 # flags_of NAME: reads the flags of pkg-config into the array `flags`
 flags_of() {
+    local pkg_config
+    read -r -a pkg_config <<<"${PKG_CONFIG:-pkg-config}"
     read -r -a flags < <(PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name "$1.pc")") \
-        pkg-config --cflags --libs "$1")
+        "${pkg_config[@]}" --cflags --libs "$1")
 }
 
 # $1: language; builds the solver in a new folder with CMake, and from the command line given by the
@@ -79,7 +82,7 @@ check_solver() {
     "${@:2}" -o heat "${flags[@]}" -Wl,-rpath,"$libraries"
     "cmake/heat_$1" cmake.mek
     ./heat pkg_config.mek
-    "$BUILD_DIR/bin/mekdiff" cmake.mek pkg_config.mek
+    "$(dirname "$mekinfo")/mekdiff" cmake.mek pkg_config.mek
     "$mekinfo" --lint cmake.mek
     ! ./heat none/heat.mek 2>errors || fail "a file in a missing folder"
     grep -q 'none/heat.mek' errors || fail "no message: $(cat errors)"
