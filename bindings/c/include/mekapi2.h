@@ -130,7 +130,7 @@ typedef struct mek_error {
 
 /// Describes the result of the last call with a model.
 ///
-/// @param model null: the last call of this thread that has no model, or a null pointer for one
+/// - `model`: null: the last call of this thread that has no model, or a null pointer for one
 /// @return never null; valid until the next such call
 ///
 /// Threads: model.
@@ -212,7 +212,8 @@ typedef void (*mek_task)(void* data, size_t index);
 
 /// Calls `task(data, 0)` to `task(data, count - 1)`, each once, in any order and on any threads of
 /// the application, and returns when all have returned.
-/// @param context the pointer that was passed to `mek_options_set_parallel_for`
+///
+/// - `context`: the pointer that was passed to `mek_options_set_parallel_for`
 /// @return 0; another number ends the call of the library with `MEK_CALLBACK_FAILED`
 typedef int (*mek_parallel_for)(void* context, size_t count, mek_task task, void* data);
 
@@ -280,8 +281,8 @@ MEK_API void mek_model_destroy(mek_model* model);
 /// `mek_add_node` adds the root. With an empty path there is no file: the tree can be built, and
 /// arrays are refused. Each call seeds `rand` of the process with 0. Threads: model.
 ///
-/// @param path on Windows, valid UTF-8
-/// @param options null: the defaults; can be freed after the call
+/// - `path`: on Windows, valid UTF-8
+/// - `options`: null: the defaults; can be freed after the call
 /// @retval MEK_INVALID_STATE a write cycle is open; it is not changed
 /// @retval MEK_FILE_OPEN the file exists, and `overwrite` is 0; or its journal exists or cannot be
 ///     created; or the path cannot be replaced
@@ -317,9 +318,8 @@ enum {
 /// process ends. Needs `mek_options_set_journal`. The time depends on what was added since the last
 /// checkpoint. After an error the write cycle can continue. Threads: model.
 ///
-/// @retval MEK_INVALID_STATE no file is open, there is no journal, or it is incomplete because
-/// there
-///     was no memory to record a call
+/// @retval MEK_INVALID_STATE no file is open; there is no journal; or the journal is incomplete,
+///     for lack of memory to record a call
 /// @retval MEK_FILE_WRITE the system could not write
 /// @retval MEK_INVALID_ARGUMENTS unknown durability
 /// @retval MEK_MISCELLANEOUS a block cannot be compressed
@@ -328,7 +328,8 @@ MEK_API mek_status mek_checkpoint(mek_model* model, mek_durability durability);
 
 /// The path of the temporary file of `mek_options_set_replace_when_complete`, or an empty string.
 /// A program can remove the file when a signal ends it. Threads: model.
-/// @param[out] path valid until the next call of this function or the end of the model
+///
+/// - `path` (output): valid until the next call of this function or the end of the model
 MEK_API mek_status mek_temporary_path(mek_model* model, const char** path);
 /// @}
 
@@ -352,8 +353,8 @@ enum {
 /// to which arrays are added, and the id of the shape is one lower. A root shape has no geometry.
 /// An error changes nothing. Threads: model.
 ///
-/// @param attributes of a group; those of a shape are ignored; may be null
-/// @param[out] id may be null
+/// - `attributes`: of a group; those of a shape are ignored; may be null
+/// - `id` (output): may be null
 /// @retval MEK_INVALID_STATE no write cycle is open
 /// @retval MEK_INVALID_ARGUMENTS invalid type of node
 /// @retval MEK_KEY_NOT_FOUND a failed `mek_add_array_...` has made an unknown id the current node
@@ -375,8 +376,8 @@ MEK_API mek_status mek_move_to_parent_node(mek_model* model);
 /// the path of its shape, the separator, and the name of the shape again. Afterwards the root is
 /// the current node; an empty path does not change it. Threads: model.
 ///
-/// @param separator null: "/"
-/// @param[out] id 0 if there is no such node
+/// - `separator`: null: "/"
+/// - `id` (output): 0 if there is no such node
 /// @retval MEK_INVALID_STATE no write cycle is open
 MEK_API mek_status mek_get_node_id(mek_model* model, const char* path, const char* separator,
                                    uint32_t* id);
@@ -392,8 +393,8 @@ MEK_API mek_status mek_get_node_id_of_names(mek_model* model, const char* const*
 /// key; attributes of other nodes are ignored. Afterwards `id` is the current node, or the shape if
 /// `id` is its geometry. Threads: model.
 ///
-/// @param properties may be null
-/// @param attributes may be null
+/// - `properties`: may be null
+/// - `attributes`: may be null
 /// @retval MEK_INVALID_STATE no write cycle is open
 /// @retval MEK_OUT_OF_BOUNDS no node has this id
 /// @retval MEK_INVALID_ARGUMENTS a key is unknown or for another kind of node, or a property has an
@@ -411,9 +412,9 @@ MEK_API mek_status mek_set_node_data(mek_model* model, uint32_t id,
 /// node of the last path that contains a name. After an error the nodes that were added before are
 /// kept. Threads: model.
 ///
-/// @param separator null: "/"
-/// @param[out] ids one for each path: the id of the group, or of the geometry of the shape; 0 for a
-///     path without a name; may be null
+/// - `separator`: null: "/"
+/// - `ids` (output): for each path, the id of the group or of the geometry of the shape; 0 for a
+///   path without a name; may be null
 /// @retval MEK_INVALID_STATE no write cycle is open
 /// @retval MEK_INVALID_ARGUMENTS a path does not start with the separator
 /// @retval MEK_NOT_YET_IMPLEMENTED a path starts with another name than that of the root
@@ -423,7 +424,7 @@ MEK_API mek_status mek_add_assembly_components(mek_model* model, const char* con
 /// The same with attributes for the last group of each path. The paths are added in ascending order
 /// of their bytes; `ids` is in the order of `paths`. Threads: model.
 ///
-/// @param attributes one pointer for each path, which may be null; added to those of the group
+/// - `attributes`: one pointer for each path, which may be null; added to those of the group
 /// @retval MEK_INVALID_ARGUMENTS also for a path that is given twice
 MEK_API mek_status mek_add_assembly_components_with_attributes(
     mek_model* model, const char* const* paths, const mek_attributes* const* attributes,
@@ -516,11 +517,11 @@ typedef struct mek_array_options {
 /// - `i32` writes unsigned integers. A negative value, after `base` is subtracted, is an error.
 /// - `f64` writes floats, rounded to the nearest.
 ///
-/// @param values `rows` x `columns` values: row i and column j is at `i * row_stride + j *
-///     column_stride` bytes from `values`. They need no alignment. May be null if there are no
-///     rows.
-/// @param ids of `id_count` geometries; may be null if `id_count` is 0
-/// @param options null: the defaults
+/// - `values`: `rows` x `columns` values: row i and column j is at `i * row_stride + j *
+///   column_stride` bytes from `values`. They need no alignment. May be null if there are no
+///   rows.
+/// - `ids`: of `id_count` geometries; may be null if `id_count` is 0
+/// - `options`: null: the defaults
 /// @retval MEK_INVALID_STATE no write cycle is open, or it has no file
 /// @retval MEK_INVALID_ARGUMENTS unknown type, invalid number of columns, or no name for a result
 /// @retval MEK_OVERFLOW 2^31 or more rows or ids, or an array of 2^32 bytes or more
@@ -545,8 +546,8 @@ MEK_API mek_status mek_add_array_i32(mek_model* model, mek_dataset_type type, co
 
 /// The same for doubles.
 ///
-/// @param[out] out_of_range number of finite values that a float cannot have; they are written as
-///     infinite. Null: such a value is an error, and nothing is written.
+/// - `out_of_range` (output): number of finite values that a float cannot have; they are written as
+///   infinite. Null: such a value is an error, and nothing is written.
 /// @retval MEK_VALUE_OUT_OF_RANGE `out_of_range` is null, and a value is out of range
 MEK_API mek_status mek_add_array_f64(mek_model* model, mek_dataset_type type, const double* values,
                                      size_t rows, size_t columns, const uint32_t* ids,
@@ -579,13 +580,13 @@ typedef void (*mek_temporary_file)(void* context, const char* path);
 /// Makes a complete file from an unfinished one and its journal. Only reads its input, which can
 /// belong to a write cycle that is still open. Threads: any.
 ///
-/// @param unfinished path that was passed to `mek_save_to`, that of the journal, or that of the
-///     temporary file
-/// @param output path of the new file, which is written under a temporary name and then renamed
-/// @param overwrite 0: an existing `output` is an error
-/// @param on_temporary_file may be null; called once with the path of the temporary file and
-///     `context`, so that a signal handler can remove the file
-/// @param[out] report may be null
+/// - `unfinished`: path that was passed to `mek_save_to`, that of the journal, or that of the
+///   temporary file
+/// - `output`: path of the new file, which is written under a temporary name and then renamed
+/// - `overwrite`: 0: an existing `output` is an error
+/// - `on_temporary_file`: may be null; called once with the path of the temporary file and
+///   `context`, so that a signal handler can remove the file
+/// - `report` (output): may be null
 /// @retval MEK_FILE_OPEN there is no journal, an input cannot be opened, or `output` exists
 /// @retval MEK_INVALID_ARGUMENTS the files do not belong together, or the model file is complete
 /// @retval MEK_MISCELLANEOUS the output cannot be created
