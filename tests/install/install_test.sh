@@ -116,12 +116,25 @@ check_c_header() {
     "$@" example.c -o example "${flags[@]}" -Wl,-rpath,"$(dirname "$(find "$prefix" -name libmekapi2_c.so)")"
     ./example || fail "the example in mekapi2.h exits with $?"
     "${compile[@]}" "${warnings[@]}" -Wold-style-cast "${flags[@]}" -fsyntax-only -x c++ example.c
+    compile_readme c "$@"
+}
+
+# $1: language; compiles and runs its program in README.md with the compiler and flags in $2...
+compile_readme() {
+    sed -n "/^\`\`\`$1\$/,/^\`\`\`\$/{/^\`\`\`/d;p}" "$SOURCE_DIR/README.md" >"readme.${1/fortran/f90}"
+    flags_of "mekapi2-$1"
+    "${@:2}" "readme.${1/fortran/f90}" -o readme "${flags[@]}" \
+        -Wl,-rpath,"$(dirname "$(find "$prefix" -name libmekapi2_c.so)")"
+    rm -f bar.mek
+    ./readme || fail "the program in $1 in README.md exits with $?"
+    "$mekinfo" --check bar.mek >/dev/null || fail "bar.mek is invalid"
 }
 
 check_fortran() {
     local compile_fortran
     read -r -a compile_fortran <<<"gfortran $CXXFLAGS -std=f2008 -Wall -Wextra -pedantic -Werror"
     check_solver fortran "${compile_fortran[@]}" "$SOURCE_DIR/examples/fortran/heat.f90"
+    compile_readme fortran "${compile_fortran[@]}"
     # another compiler, or another version of it, compiles the sources of the module
     gfortran -J. -c "$prefix"/share/mekapi2/fortran/mekapi2{_c,}.f90
 }
