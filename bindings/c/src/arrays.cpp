@@ -10,6 +10,7 @@
 #include <limits>
 #include <sstream>
 #include <string>
+#include <type_traits>
 #include <utility>
 
 using MekC::refuse;
@@ -104,12 +105,9 @@ struct Layout {
 }
 
 /// Conversions of one value. They return false for a value that they refuse.
-struct Same {
-    static constexpr bool changesNothing = true;
-};
+struct Same {};
 
 struct Subtract {
-    static constexpr bool changesNothing = false;
     std::int64_t base;
     template <class T>
     bool operator()(T value, unsigned int& result) {
@@ -126,7 +124,6 @@ struct Subtract {
 };
 
 struct Narrow {
-    static constexpr bool changesNothing = false;
     std::size_t* outOfRange; ///< null: refuses values out of range
     /// Does not convert a value out of range, which would raise a floating-point exception.
     bool operator()(double value, float& result) {
@@ -157,7 +154,7 @@ void fill(const Layout<From>& layout, const Request& request, To* target, Conver
             From value;
             std::memcpy(&value, source + static_cast<std::ptrdiff_t>(column) * layout.columnStride,
                         sizeof value);
-            if constexpr (Convert::changesNothing) {
+            if constexpr (std::is_same_v<Convert, Same>) {
                 *target++ = value;
             } else if (!convert(value, *target++)) {
                 convert.refuse(value, row, column);
@@ -244,7 +241,7 @@ template <class To, class From, class Convert>
 void addValues(Model& model, const Request& request, const From* values, Convert convert) {
     checkSizes(request);
     const Layout<From> layout(values, request);
-    if constexpr (Convert::changesNothing) {
+    if constexpr (std::is_same_v<Convert, Same>) {
         if (layout.isPlain(request.columns)) {
             if (request.columns == 1) {
                 addForIds(model, request, Array1d<To>(values, request.rows));

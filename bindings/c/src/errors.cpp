@@ -87,11 +87,11 @@ void LastError::record(mek_status status, const char* className, const char* mes
     message_[length] = '\0';
 }
 
-void LastError::classify(const char* call) {
+mek_status LastError::record(const std::exception_ptr& thrown, const char* call) noexcept {
     const int systemError = errno;
+    error_.function = call;
     try {
-        error_.function = call;
-        throw;
+        std::rethrow_exception(thrown);
     } catch (const Refusal& refusal) {
         record(refusal.status, namesOf(refusal.status)->className, refusal.message.c_str());
     } catch (const Tyr::Exception::Exception& exception) {
@@ -113,10 +113,6 @@ void LastError::classify(const char* call) {
     } catch (...) {
         record(MEK_ERROR, "unknown", "an exception of an unknown class");
     }
-}
-
-mek_status LastError::recordException(const char* call) noexcept {
-    classify(call);
     return error_.status;
 }
 

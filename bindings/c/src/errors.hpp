@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cerrno>
+#include <exception>
 #include <string>
 
 namespace MekC {
@@ -37,15 +38,14 @@ public:
 
     void clear() noexcept;
 
-    /// Records the exception that is being handled.
+    /// Records an exception.
     /// @param call function of the interface
-    mek_status recordException(const char* call) noexcept;
+    mek_status record(const std::exception_ptr& thrown, const char* call) noexcept;
 
     const mek_error& error() const noexcept { return error_; }
 
 private:
     void record(mek_status status, const char* className, const char* message) noexcept;
-    void classify(const char* call);
 
     mek_error error_{};
     std::array<char, 1024> message_{};
@@ -64,7 +64,7 @@ mek_status run(LastError& last, const char* call, const Action& action) noexcept
     try {
         action();
     } catch (...) {
-        status = last.recordException(call);
+        status = last.record(std::current_exception(), call);
     }
     errno = errorNumber;
     return status;
