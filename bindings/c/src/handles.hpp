@@ -39,7 +39,10 @@ mek_status runWith(mek_model* model, const char* call, const Action& action) noe
 /// Runs a call that creates an object.
 template <class Handle>
 mek_status create(Handle** handle, const char* call) noexcept {
-    return run(call, [&] { required(handle, "the address of the handle") = new Handle; });
+    return run(call, [&] {
+        Handle*& created = required(handle, "the address of the handle");
+        created = new Handle;
+    });
 }
 
 /// The attributes, or none if the pointer is null.
