@@ -36,6 +36,25 @@ if(MEKAPI2_BUILD_MPI)
     install(EXPORT MekApi2MpiTargets NAMESPACE MekApi2:: DESTINATION ${package_dir}
         COMPONENT mpi)
 endif()
+if(MEKAPI2_BUILD_C)
+    install(TARGETS mekapi2_c EXPORT MekApi2CTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT c_runtime NAMELINK_COMPONENT c
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT c
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT c_runtime)
+    install(FILES bindings/c/include/mekapi2.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+        COMPONENT c)
+    install(EXPORT MekApi2CTargets NAMESPACE MekApi2:: DESTINATION ${package_dir} COMPONENT c)
+endif()
+if(MEKAPI2_BUILD_FORTRAN)
+    install(TARGETS mekapi2_fortran EXPORT MekApi2FortranTargets
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT fortran)
+    install(FILES ${PROJECT_BINARY_DIR}/fortran/mekapi2.mod
+        DESTINATION ${MEKAPI2_FORTRAN_MODULE_DIR} COMPONENT fortran)
+    install(FILES bindings/fortran/mekapi2_c.f90 bindings/fortran/mekapi2.f90
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/mekapi2/fortran COMPONENT fortran)
+    install(EXPORT MekApi2FortranTargets NAMESPACE MekApi2:: DESTINATION ${package_dir}
+        COMPONENT fortran)
+endif()
 configure_package_config_file(cmake/MekApi2Config.cmake.in MekApi2Config.cmake
     INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(MekApi2ConfigVersion.cmake COMPATIBILITY SameMajorVersion)
@@ -58,7 +77,10 @@ cmake_path(APPEND pc_includedir "${CMAKE_INSTALL_INCLUDEDIR}")
 if(NOT BUILD_SHARED_LIBS)
     set(pc_cflags " -DMEKAPI2_STATIC")
     set(pc_libs " ${TYR_DEFLATE_FLAG}")
+    set(pc_c_libs " -lMekApi2${pc_libs} -lstdc++ -lm -pthread")
 endif()
+set(pc_moduledir "\${prefix}")
+cmake_path(APPEND pc_moduledir "${MEKAPI2_FORTRAN_MODULE_DIR}")
 
 # install_pkg_config(NAME COMPONENT): installs NAME.pc from cmake/NAME.pc.in.
 function(install_pkg_config name component)
@@ -82,4 +104,10 @@ if(MEKAPI2_BUILD_READER)
 endif()
 if(MEKAPI2_BUILD_MPI)
     install_pkg_config(mekapi2-mpi mpi)
+endif()
+if(MEKAPI2_BUILD_C)
+    install_pkg_config(mekapi2-c c)
+endif()
+if(MEKAPI2_BUILD_FORTRAN)
+    install_pkg_config(mekapi2-fortran fortran)
 endif()

@@ -8,6 +8,13 @@ function(tyr_set_warnings target)
         COMPILE_WARNING_AS_ERROR ${MEKAPI2_WARNINGS_AS_ERRORS})
 endfunction()
 
+function(tyr_set_fortran_warnings target)
+    if(CMAKE_Fortran_COMPILER_ID STREQUAL "GNU")
+        target_compile_options(${target} PRIVATE
+            -std=f2008 -Wall -Wextra -pedantic $<$<BOOL:${MEKAPI2_WARNINGS_AS_ERRORS}>:-Werror>)
+    endif()
+endfunction()
+
 # Makes source paths relative in exceptions, log lines and debug information. If several maps match,
 # one compiler applies the last and another the longest, so the longest are last.
 function(tyr_map_source_paths target)

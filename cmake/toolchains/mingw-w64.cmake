@@ -7,6 +7,7 @@ set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(triple x86_64-w64-mingw32)
 set(CMAKE_C_COMPILER ${triple}-gcc-posix)
 set(CMAKE_CXX_COMPILER ${triple}-g++-posix)
+set(CMAKE_Fortran_COMPILER ${triple}-gfortran-posix)
 set(CMAKE_RC_COMPILER ${triple}-windres)
 
 # Boost, CLI11, Eigen and nlohmann-json consist of headers, so the host's are used. The compiler sees

@@ -18,16 +18,18 @@
 namespace Testing {
 
 /// One write cycle. Goes on after each error.
-class CheckpointedRun : public Application {
+/// @tparam Writer `Model`, or a class with its operations
+template <class Writer>
+class CheckpointedRunOf : public Application {
 public:
-    CheckpointedRun(std::string path, unsigned int results, bool replaces = false)
+    CheckpointedRunOf(std::string path, unsigned int results, bool replaces = false)
         : path_(std::move(path)), results_(results) {
         options.journal = true;
         options.replaceWhenComplete = replaces;
     }
 
     bool start() {
-        return attempt("Model", [&] { model = std::make_unique<Model>(); }) &&
+        return attempt("Model", [&] { model = std::make_unique<Writer>(); }) &&
                attempt("saveTo", [&] { model->saveTo(path_, options); });
     }
 
@@ -66,13 +68,13 @@ public:
     }
 
     SaverOptions options{true, "a tool with a long name", "1"};
-    std::unique_ptr<Model> model;
+    std::unique_ptr<Writer> model;
     std::set<std::string> given;    ///< content of operations that returned
     std::set<std::string> promised; ///< at the last checkpoint
     std::function<void()> onCheckpoint = [] {};
 
 private:
-    void refuse(const std::function<void(Model&)>& call) {
+    void refuse(const std::function<void(Writer&)>& call) {
         attempt("refused", [&] { call(*model); });
         checkpoint();
     }
@@ -87,16 +89,16 @@ private:
         good.set("good", "a value that needs an allocation");
         Attributes bad = good;
         bad.set("vector", std::vector<float>(7));
-        refuse([&](Model& to) {
+        refuse([&](Writer& to) {
             NodeProperties properties;
             properties.set(PropertyType::Translation, std::vector<float>{7, 8, 9});
             properties.set(PropertyType::Rotation, std::vector<float>{1});
             to.setNodeData(group, properties, good);
         });
-        refuse([&](Model& to) {
+        refuse([&](Writer& to) {
             to.addAssemblyComponents({rootPath + "/half/", rootPath + "/half/shape", "relative"});
         });
-        refuse([&](Model& to) {
+        refuse([&](Writer& to) {
             to.addAssemblyComponents(
                 std::map<std::string, Attributes>{{rootPath + "/half/", good},
                                                   {rootPath + "/new/", good},
@@ -106,11 +108,11 @@ private:
         steps.set(0, Step{"kept"});
         steps.set(1, Step{"refused", bad});
         const Array1d<float> values({1, 2, 3, 4});
-        refuse([&](Model& to) {
+        refuse([&](Writer& to) {
             to.addArrayProperty("in part", DatasetType::ResultA1, values,
                                 Array1d<unsigned int>{body, skin, unknown}, Step{}, good);
         });
-        refuse([&](Model& to) {
+        refuse([&](Writer& to) {
             to.addArrayProperty("in part", DatasetType::ResultA1, values,
                                 Array1d<unsigned int>{group, skin}, steps);
         });
@@ -119,6 +121,8 @@ private:
     std::string path_;
     unsigned int results_;
 };
+
+using CheckpointedRun = CheckpointedRunOf<Model>;
 
 /// A test that recovers the file "first" as "recovered".
 class RecoveryTest : public FolderTest {

@@ -1,6 +1,10 @@
 /// Each call of the system, the allocator and the compression fails once for each of the three
-/// reactions of the application. The test of a kind lists the faults that broke a promise.
+/// reactions of the application, with the interfaces for C++ and for C. The test of a kind lists
+/// the faults that broke a promise.
 #include "fault/writecycles.hpp"
+#if defined(TYR_TEST_HAS_C)
+#include "support/cmodel.hpp"
+#endif
 
 #include <algorithm>
 #include <cstdint>
@@ -76,7 +80,37 @@ protected:
                   3 + 3 + results); // nodes, arrays, results
     }
 
+    /// Also initialises what exists once per process.
+    template <class Writer>
+    void expectSameFiles() {
+        WriteCyclesOf<Writer> cycles(folder.string(), Reaction::GoOn, results, kind.parallelFor);
+        cycles.run();
+        EXPECT_TRUE(cycles.errors.empty());
+        for (std::size_t number = 0; number < faultless.size(); ++number) {
+            EXPECT_EQ(readFile(cycles.cycles[number].path), faultless[number].bytes);
+        }
+    }
+
+    template <class Writer>
+    void injectAll() {
+        expectSameFiles<Writer>();
+        violations.reserve(4096); // a line is no leak
+        std::uint64_t faults = 0;
+        for (const Reaction reaction : {Reaction::GoOn, Reaction::Close, Reaction::Destroy}) {
+            std::uint64_t number = 1;
+            for (; violationCount < 10 && inject<Writer>(number, reaction);
+                 number = nextCall(number)) {
+                ++faults;
+            }
+        }
+        std::cout << faults << " faults\n";
+        EXPECT_GE(faults, 6U); // at least one in each write cycle
+        EXPECT_EQ(violations, "");
+    }
+
+private:
     /// @return false if there are fewer than `number` calls of the kind
+    template <class Writer>
     bool inject(std::uint64_t number, Reaction reaction) {
         injected = "call " + std::to_string(number) + ", reaction " +
                    std::to_string(static_cast<int>(reaction)) + ", error in ";
@@ -84,7 +118,7 @@ protected:
         const std::int64_t files = openFiles();
         bool wasInjected = false;
         {
-            WriteCycles cycles(folder.string(), reaction, results, kind.parallelFor);
+            WriteCyclesOf<Writer> cycles(folder.string(), reaction, results, kind.parallelFor);
             wasInjected = injectFault(kind.fault, number, [&] { cycles.run(); });
             if (wasInjected) {
                 injected += cycles.errors.empty() ? "nothing" : cycles.errors.back().operation;
@@ -103,7 +137,7 @@ protected:
         return wasInjected;
     }
 
-    void checkReporting(const WriteCycles& cycles, Reaction reaction) {
+    void checkReporting(const SeenCycles& cycles, Reaction reaction) {
         for (const ReportedError& error : cycles.errors) {
             const std::string message =
                 '|' + error.message.substr(0, error.message.find('"')) + '|';
@@ -121,7 +155,7 @@ protected:
         }
     }
 
-    void checkFile(const WriteCycles& cycles, std::size_t number, Reaction reaction) {
+    void checkFile(const SeenCycles& cycles, std::size_t number, Reaction reaction) {
         const Cycle& cycle = cycles.cycles[number];
         const FaultlessFile& expected = faultless[number];
         const bool isFaultless = readFile(cycle.path) == expected.bytes;
@@ -179,18 +213,15 @@ protected:
 
 TEST_P(InjectionTest, AllPromisesAreKept) {
     runWithoutFault();
-    violations.reserve(4096); // a line is no leak
-    std::uint64_t faults = 0;
-    for (const Reaction reaction : {Reaction::GoOn, Reaction::Close, Reaction::Destroy}) {
-        std::uint64_t number = 1;
-        for (; violationCount < 10 && inject(number, reaction); number = nextCall(number)) {
-            ++faults;
-        }
-    }
-    std::cout << faults << " faults\n";
-    EXPECT_GE(faults, 6U); // at least one in each write cycle
-    EXPECT_EQ(violations, "");
+    injectAll<Model>();
 }
+
+#if defined(TYR_TEST_HAS_C)
+TEST_P(InjectionTest, AllPromisesAreKeptThroughTheInterfaceForC) {
+    runWithoutFault();
+    injectAll<CModel>();
+}
+#endif
 
 INSTANTIATE_TEST_SUITE_P(Faults, InjectionTest, ::testing::ValuesIn(kinds),
                          [](const auto& kind) { return std::string(kind.param.name); });

@@ -106,13 +106,23 @@ struct Cycle {
     std::set<std::string> expectedContent{}; ///< of operations that returned
 };
 
+/// What an application saw of its write cycles.
+class SeenCycles : public Application {
+public:
+    explicit SeenCycles(std::vector<Cycle> given) : cycles(std::move(given)) {}
+
+    std::vector<Cycle> cycles;
+};
+
 /// Write cycles of one model.
-class WriteCycles : public Application {
+/// @tparam Writer `Model`, or a class with its operations
+template <class Writer>
+class WriteCyclesOf : public SeenCycles {
 public:
     /// With blocks of 200 bytes each array has a block, and 22 results need an index block.
-    WriteCycles(const std::string& folder, Reaction reaction, unsigned int results = 22,
-                const ParallelFor& parallelFor = {})
-        : cycles{{folder + "/first", results}, {folder + "/second", 1}}, reaction_(reaction) {
+    WriteCyclesOf(const std::string& folder, Reaction reaction, unsigned int results = 22,
+                  const ParallelFor& parallelFor = {})
+        : SeenCycles({{folder + "/first", results}, {folder + "/second", 1}}), reaction_(reaction) {
         options_.parallelFor = parallelFor;
     }
 
@@ -120,9 +130,9 @@ public:
         cycles.resize(count);
         for (Cycle& cycle : cycles) {
             std::filesystem::remove(cycle.path);
-            if (!model_ && !attempt("Model", [&] { model_ = std::make_unique<Model>(); })) {
+            if (!model_ && !attempt("Model", [&] { model_ = std::make_unique<Writer>(); })) {
                 hasStopped_ = false;
-                model_ = std::make_unique<Model>();
+                model_ = std::make_unique<Writer>();
             }
             cycle.isOpen = attempt("saveTo", [&] { model_->saveTo(cycle.path, options_); });
             if (cycle.isOpen) {
@@ -136,15 +146,13 @@ public:
     /// One more write cycle, in which no error is expected.
     void runAgain(const std::string& path) {
         if (!model_) {
-            model_ = std::make_unique<Model>();
+            model_ = std::make_unique<Writer>();
         }
         model_->saveTo(path, options_);
         Everything(1).addTo(*model_);
         model_->close();
         model_.reset();
     }
-
-    std::vector<Cycle> cycles;
 
 private:
     template <class Action>
@@ -186,11 +194,11 @@ private:
             copyTo(Array2d<unsigned int>(20, 6), Array2d<unsigned int>(1, 2));
         });
         attempt("move construction", [&] {
-            auto next = std::make_unique<Model>(std::move(*model_));
+            auto next = std::make_unique<Writer>(std::move(*model_));
             model_.swap(next);
         });
         attempt("move assignment", [&] {
-            auto next = std::make_unique<Model>();
+            auto next = std::make_unique<Writer>();
             *next = std::move(*model_);
             model_.swap(next);
         });
@@ -211,8 +219,10 @@ private:
     Reaction reaction_;
     SaverOptions options_{true, "a tool with a long name", "a version with a long name"};
     bool hasStopped_ = false;
-    std::unique_ptr<Model> model_;
+    std::unique_ptr<Writer> model_;
 };
+
+using WriteCycles = WriteCyclesOf<Model>;
 
 /// A test of the file of one write cycle.
 class WrittenFileTest : public FolderTest {

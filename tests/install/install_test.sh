@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Tests the installed library. Usage: install_test.sh CHECK, with these variables:
 #   SOURCE_DIR, BUILD_DIR   folders of the project
-#   CXX, CXXFLAGS           compiler of the build and its flags
+#   CXX, CXXFLAGS, C        compilers of the build and their flags
 #   MPIEXEC                 for the check "mpi"
 #   PREFIX                  (optional) the folder with bin, include and lib of another package
+#   READER                  (optional) the folder with the Python package of another package
 #   MEKINFO, PKG_CONFIG     (optional) commands to use instead of those of package and system
 set -euo pipefail
 
@@ -57,6 +58,86 @@ check_reader() {
     ./first_model model.mek
     diff <(./maximum model.mek) <(./maximum_of_results model.mek) || fail "the programs differ"
     [ "$(./maximum model.mek)" = "/bar/HE8 Temperature: 70" ] || fail "$(./maximum model.mek)"
+}
+
+# flags_of NAME: reads the flags of pkg-config into the array `flags`
+flags_of() {
+    local pkg_config
+    read -r -a pkg_config <<<"${PKG_CONFIG:-pkg-config}"
+    read -r -a flags < <(PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name "$1.pc")") \
+        "${pkg_config[@]}" --cflags --libs "$1")
+}
+
+# $1: language; builds the solver in a new folder with CMake, and from the command line given by the
+# other arguments. Both write the same model, which the Python reader opens.
+check_solver() {
+    local folder=$work/$1 libraries flags
+    flags_of "mekapi2-$1"
+    libraries=$(dirname "$(find "$prefix" -name libmekapi2_c.so)")
+    rm -rf "$folder"
+    mkdir -p "$folder"
+    cmake -S "$SOURCE_DIR/examples" -B "$folder/cmake" -DCMAKE_PREFIX_PATH="$prefix" \
+        -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_C_FLAGS="$CXXFLAGS" -DCMAKE_Fortran_FLAGS="$CXXFLAGS"
+    cmake --build "$folder/cmake" --target "heat_$1"
+    cd "$folder"
+    "${@:2}" -o heat "${flags[@]}" -Wl,-rpath,"$libraries"
+    "cmake/heat_$1" cmake.mek
+    ./heat pkg_config.mek
+    "$(dirname "$mekinfo")/mekdiff" cmake.mek pkg_config.mek
+    "$mekinfo" --lint cmake.mek
+    ! ./heat none/heat.mek 2>errors || fail "a file in a missing folder"
+    grep -q 'none/heat.mek' errors || fail "no message: $(cat errors)"
+    /usr/bin/python3 -c 'import numpy' 2>/dev/null || return 0
+    PYTHONPATH=${READER:-$SOURCE_DIR/python} /usr/bin/python3 -B - <<'END'
+import mekapi2
+with mekapi2.open("cmake.mek") as file:
+    temperature = file["/heat/plate"].variables["Temperature"]
+    assert list(temperature.steps) == [str(number) for number in range(11)]
+    assert float(temperature.attributes("10")["Time"]) == 5
+    first, last = temperature.array("0"), temperature.array("10")
+    assert first.max() == 100 and 20 < last.max() < 60
+    assert abs(first.mean() - last.mean()) < 1e-4  # no heat is lost
+END
+}
+
+check_c() {
+    local compile_c
+    read -r -a compile_c <<<"${C:-cc} $CXXFLAGS -std=c99"
+    compile_c+=("${warnings[@]}" -Wstrict-prototypes)
+    check_solver c "${compile_c[@]}" "$SOURCE_DIR/examples/c/heat.c"
+    check_c_header "${compile_c[@]}"
+}
+
+# As C and as C++, with all warnings; with the example in its comment. $@: compiler and flags
+check_c_header() {
+    local flags
+    flags_of mekapi2-c
+    sed -n '\,^/// @code$,,\,^/// @endcode$,{s,^/// \?,,;/^@/!p}' "$prefix/include/mekapi2.h" \
+        >example.c
+    "$@" example.c -o example "${flags[@]}" -Wl,-rpath,"$(dirname "$(find "$prefix" -name libmekapi2_c.so)")"
+    ./example || fail "the example in mekapi2.h exits with $?"
+    "${compile[@]}" "${warnings[@]}" -Wold-style-cast "${flags[@]}" -fsyntax-only -x c++ example.c
+    compile_readme c "$@"
+}
+
+# $1: language; compiles and runs its program in README.md with the compiler and flags in $2...
+compile_readme() {
+    sed -n "/^\`\`\`$1\$/,/^\`\`\`\$/{/^\`\`\`/d;p}" "$SOURCE_DIR/README.md" >"readme.${1/fortran/f90}"
+    flags_of "mekapi2-$1"
+    "${@:2}" "readme.${1/fortran/f90}" -o readme "${flags[@]}" \
+        -Wl,-rpath,"$(dirname "$(find "$prefix" -name libmekapi2_c.so)")"
+    rm -f bar.mek
+    ./readme || fail "the program in $1 in README.md exits with $?"
+    "$mekinfo" --check bar.mek >/dev/null || fail "bar.mek is invalid"
+}
+
+check_fortran() {
+    local compile_fortran
+    read -r -a compile_fortran <<<"gfortran $CXXFLAGS -std=f2008 -Wall -Wextra -pedantic -Werror"
+    check_solver fortran "${compile_fortran[@]}" "$SOURCE_DIR/examples/fortran/heat.f90"
+    compile_readme fortran "${compile_fortran[@]}"
+    # another compiler, or another version of it, compiles the sources of the module
+    gfortran -J. -c "$prefix"/share/mekapi2/fortran/mekapi2{_c,}.f90
 }
 
 check_pkg_config() {
@@ -224,11 +305,24 @@ check_exports() {
         LC_ALL=C sort -u) || fail "other classes are exported"
 }
 
+# The library for C exports the functions in its header, with a version.
+check_exports_of_c() {
+    local library
+    library=$(find "$prefix" -name libmekapi2_c.so)
+    [ "$(readelf -d "$library" | grep -c 'SONAME.*\[libmekapi2_c.so.2\]')" -eq 1 ] || fail "SONAME"
+    diff <(tr '\n' ' ' <"$prefix/include/mekapi2.h" | grep -oE ' MEK_API [^;(]*[ *]mek_[a-z0-9_]+\(' |
+        sed -E 's/.*[ *](mek_[a-z0-9_]+)\($/\1@@MEKAPI2_C_2.0/' | LC_ALL=C sort) \
+        <(nm -D --defined-only "$library" | awk '$2 == "T" {print $3}' | LC_ALL=C sort) ||
+        fail "the exported functions differ from those in mekapi2.h"
+    [ "$(nm -D --defined-only "$library" | grep -vc ' T mek_')" -eq 1 ] || fail "other exports"
+}
+
 check_paths() {
     local library texts
     library=$(find "$prefix" -name libMekApi2.so)
     texts=$(strings -a "$library")
     grep -q 'tyr/qbf/index.cpp$' <<<"$texts" || fail "$library has no source paths"
+    texts+=$(find "$prefix" -name 'libmekapi2_c.*' -exec strings -a {} +)
     ! grep -F -e "$SOURCE_DIR" -e "$BUILD_DIR" <<<"$texts" || fail "$library has build paths"
     ! grep -rIF -e "$SOURCE_DIR" -e "$work" "$prefix" || fail "the package has build paths"
 }

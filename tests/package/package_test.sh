@@ -9,8 +9,8 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 root=$work/root
 runtime=libmekapi2-2
-names=("$runtime" libmekapi2-dev libmekapi2-mpi-dev libmekapi2-reader-dev mekapi2-doc mekapi2-tools
-    paraview-mekapi2 python3-mekapi2)
+names=("$runtime" libmekapi2-dev libmekapi2-mpi-dev libmekapi2-reader-dev libmekapi2-c2 libmekapi2-c-dev
+    libmekapi2-fortran-dev mekapi2-doc mekapi2-tools paraview-mekapi2 python3-mekapi2)
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
@@ -27,6 +27,12 @@ check_policy() {
 check_contents() {
     local name version documents
     version=$(field_of $runtime Version)
+    for name in libmekapi2-c-dev:libmekapi2-c2 libmekapi2-fortran-dev:libmekapi2-c-dev; do
+        grep -qF "${name#*:} (= $version)" <<<"$(field_of "${name%:*}" Depends)" ||
+            fail "${name%:*} does not depend on ${name#*:} of its version"
+    done
+    grep -qF "$runtime (>= " <<<"$(field_of libmekapi2-c2 Depends)" ||
+        fail "libmekapi2-c2 does not depend on $runtime"
     for name in libmekapi2-dev mekapi2-tools python3-mekapi2; do
         grep -qF "$runtime (= $version)" <<<"$(field_of $name Depends)" ||
             fail "$name does not depend on $runtime of its version"
@@ -35,7 +41,7 @@ check_contents() {
         grep -qF "$name (>= " <<<"$(field_of $runtime Depends)" ||
             fail "$runtime does not depend on $name"
     done
-    for name in $runtime libmekapi2-dev libmekapi2-mpi-dev libmekapi2-reader-dev; do
+    for name in $runtime libmekapi2-{dev,mpi-dev,reader-dev,c2,c-dev,fortran-dev}; do
         [ "$(field_of "$name" Multi-Arch)" = same ] || fail "$name cannot be installed twice"
         ! files_of "$name" | grep '^./usr/lib/[^/]*$' || fail "$name has files of two architectures"
     done
@@ -74,10 +80,12 @@ check_cmake() {
     check_file "$work/heat.mek"
 }
 
-check_pkg_config() {
+# $1: check of the tests of the installed library
+check_installation() {
     SOURCE_DIR=$source BUILD_DIR=$work CXX=c++ CXXFLAGS='' PREFIX=$root/usr \
+        READER=$root/usr/lib/python3/dist-packages \
         PKG_CONFIG="pkg-config --define-variable=prefix=$root/usr" \
-        "$source/tests/install/install_test.sh" pkg_config
+        "$source/tests/install/install_test.sh" "$1"
 }
 
 check_tools() {
@@ -129,7 +137,9 @@ export LD_LIBRARY_PATH
 check_policy
 check_contents
 check_cmake
-check_pkg_config
+check_installation pkg_config
+check_installation c
+check_installation fortran
 check_tools
 check_python
 check_pip

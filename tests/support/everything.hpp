@@ -55,7 +55,9 @@ public:
     explicit Everything(unsigned int results = allResults, Attempt attempt = runPlainly)
         : results_(results), attempt_(std::move(attempt)) {}
 
-    void addTo(Model& model) {
+    /// @tparam Writer `Model`, or a class with its operations
+    template <class Writer>
+    void addTo(Writer& model) {
         addTree(model);
         if (skin_ != 0) {
             addArrays(model);
@@ -81,7 +83,8 @@ private:
         return attributes;
     }
 
-    void addTree(Model& model) {
+    template <class Writer>
+    void addTree(Writer& model) {
         const Paths paths = {rootPath + "/part of long name/",
                              rootPath + "/part of long name/" + bodyName,
                              rootPath + "/part of long name/" + skinName};
@@ -122,12 +125,13 @@ private:
         attempt_("getNodeId", [&] { model.getNodeId(names); });
     }
 
-    template <class... Arguments>
-    void addArray(Model& model, const std::string& content, const Arguments&... arguments) {
+    template <class Writer, class... Arguments>
+    void addArray(Writer& model, const std::string& content, const Arguments&... arguments) {
         attempt_(content, [&] { model.addArrayProperty(arguments...); });
     }
 
-    void addArrays(Model& model) {
+    template <class Writer>
+    void addArrays(Writer& model) {
         const Step noStep;
         const Array1d<unsigned int> both({body_, skin_});
         addArray(model, skinName + "/Coordinates", DatasetType::Coordinates,

@@ -1,0 +1,135 @@
+/// @file
+/// Compares the interfaces for C and Fortran with that for C++: the time of many small arrays, of
+/// which the interface itself takes the largest part. The languages take turns. Prints a table.
+
+#include <tyr/mek2/model.hpp>
+
+#include "bindings/workload.h"
+#include "support/childprocess.hpp"
+#include "support/measure.hpp"
+#include "support/report.hpp"
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace Bench;
+namespace fs = std::filesystem;
+
+int writeWithCpp(const Workload* workload) {
+    using namespace Tyr::Mek2;
+    SaverOptions options;
+    options.overwrite = true;
+    Model model;
+    model.saveTo(workload->path, options);
+    model.addNode(NodeType::RootGroup, "model");
+    const unsigned int part = model.addNode(NodeType::Shape, "part");
+    for (unsigned int number = 0; number < stepCount; ++number) {
+        Step step{workload->names[number]};
+        step.attributes.set("Step", number);
+        step.attributes.set("Time", 0.01F * static_cast<float>(number));
+        const Array1d<float> values(workload->values, valueCount);
+        model.addArrayProperty("Temperature", DatasetType::ResultA1, values, part, step);
+    }
+    model.close();
+    return 0;
+}
+
+struct Language {
+    const char* name;
+    int (*write)(const Workload*);
+    std::vector<double> seconds{};
+};
+
+double measure(const Language& language, const Workload& workload) {
+    return std::stod(outputOfCopy([&] {
+        return std::to_string(processorSecondsOf([&] {
+            if (language.write(&workload) != 0) {
+                throw std::runtime_error(std::string(language.name) + ": a call failed");
+            }
+        }));
+    }));
+}
+
+using Names = std::vector<std::array<char, nameLength>>;
+
+Names stepNames(char padding) {
+    Names names(stepCount);
+    for (std::size_t number = 0; number < names.size(); ++number) {
+        names[number].fill(padding);
+        const std::string name = "step " + std::to_string(number);
+        std::memcpy(names[number].data(), name.data(), name.size());
+    }
+    return names;
+}
+
+void run(int rounds, const fs::path& folder, const std::string& figuresFile) {
+    Names names = stepNames('\0');
+    Names fortranNames = stepNames(' ');
+    const std::string path = (folder / "mekapi2-bindings").string();
+    const Workload workload = {path.c_str(),
+                               {1, 2, 3, 4, 5, 6, 7, 8, 9, 10},
+                               reinterpret_cast<char(*)[nameLength]>(names.data()),
+                               reinterpret_cast<char(*)[nameLength]>(fortranNames.data())};
+    std::vector<Language> languages = {{"C++", writeWithCpp}, {"C", writeWithC}};
+#if defined(BENCH_FORTRAN)
+    languages.push_back({"Fortran", writeWithFortran});
+#endif
+    for (int round = 0; round < rounds; ++round) {
+        for (Language& language : languages) {
+            language.seconds.push_back(measure(language, workload));
+        }
+    }
+    fs::remove(path);
+    Table table("100,000 arrays of 10 values", {"Language", "CPU seconds", "relative to C++"});
+    Figures figures;
+    const double base = median(languages[0].seconds);
+    for (const Language& language : languages) {
+        const double seconds = median(language.seconds);
+        table.addRow({language.name, fixed(seconds, 3), fixed(seconds / base, 3)});
+        if (language.write != writeWithCpp) {
+            figures.add(
+                "100,000 small arrays through " + std::string(language.name) + ", relative to C++",
+                seconds / base, " x");
+        }
+    }
+    table.print();
+    figures.appendTo(figuresFile);
+}
+
+} // namespace
+
+int main(int argc, char** argv) try {
+    int rounds = 11;
+    fs::path folder = fs::temp_directory_path();
+    std::string figures;
+    for (int i = 1; i + 1 < argc; i += 2) {
+        const std::string name = argv[i];
+        const std::string value = argv[i + 1];
+        if (name == "--rounds") {
+            rounds = std::atoi(value.c_str());
+        } else if (name == "--folder") {
+            folder = value;
+        } else if (name == "--figures") {
+            figures = value;
+        } else {
+            throw std::runtime_error("unknown option " + name);
+        }
+    }
+    run(rounds, folder, figures);
+    return EXIT_SUCCESS;
+} catch (const std::exception& error) {
+    std::fprintf(stderr,
+                 "bindings: %s\n"
+                 "usage: bindings [--rounds N] [--folder FOLDER] [--figures FILE]\n",
+                 error.what());
+    return EXIT_FAILURE;
+}

@@ -1,0 +1,209 @@
+! Tests of the Fortran module that the model in all languages does not make.
+! Usage: fortran_test FOLDER, or fortran_test stop
+program fortran_test
+    use, intrinsic :: iso_c_binding
+    use, intrinsic :: iso_fortran_env, only: int32, int64, real32, real64
+    use mekapi2
+    implicit none
+
+    type, bind(C) :: memory_usage
+        integer(c_size_t) :: arena, ordblks, smblks, hblks, hblkhd, usmblks, fsmblks, uordblks, &
+            fordblks, keepcost
+    end type
+
+    interface
+        function mallinfo2() result(usage) bind(C)
+            import
+            type(memory_usage) :: usage
+        end function
+    end interface
+
+    character(1000) :: folder
+    integer :: failures = 0
+
+    call get_command_argument(1, folder)
+    if (folder == 'stop') call stop_at_error()
+    call report_errors()
+    call refuse_values()
+    call read_sections_and_connectivity()
+    call recover_and_finalise()
+    call use_the_same_memory()
+    if (failures > 0) error stop 'there are failures'
+
+contains
+
+    subroutine expect(condition, what)
+        logical, intent(in) :: condition
+        character(*), intent(in) :: what
+        if (condition) return
+        failures = failures + 1
+        print '(2a)', 'FAILED: ', what
+    end subroutine
+
+    function file(name)
+        character(*), intent(in) :: name
+        character(:), allocatable :: file
+        file = trim(folder) // '/' // name
+    end function
+
+    subroutine open_shape(model, path, id)
+        type(mek_model), intent(inout) :: model
+        character(*), intent(in) :: path
+        integer(int32), intent(out) :: id
+        call model%save_to(path, overwrite=.true., journal=path /= '')
+        call model%add_node(MEK_ROOT_GROUP, 'root')
+        call model%add_node(MEK_SHAPE, 'shape', id)
+    end subroutine
+
+    subroutine stop_at_error()
+        type(mek_model) :: model
+        character(80) :: message
+        call model%add_node(MEK_ROOT_GROUP, 'root', errmsg=message) ! without stat
+        print '(a)', 'not stopped'
+    end subroutine
+
+    subroutine report_errors()
+        type(mek_model) :: model
+        type(mek_error) :: error
+        character(80) :: message
+        integer :: status
+        integer(int32) :: id, ids(1)
+        message = 'kept'
+        call model%close(stat=status, errmsg=message)
+        call expect(status == MEK_OK .and. message == 'kept', 'close without a write cycle')
+        call model%add_node(MEK_ROOT_GROUP, 'root', id, stat=status, errmsg=message)
+        call expect(status == MEK_INVALID_STATE .and. id == 0, 'no file is open')
+        call expect(message == 'InvalidObjectState: File not open.', message)
+        call expect(mek_status_name(status) == 'MEK_INVALID_STATE', 'name of the status')
+        call model%last_error(error)
+        call expect(error%status == MEK_INVALID_STATE .and. error%line > 0, 'place of the error')
+        call expect(index(error%file, 'tyr/') == 1, error%file)
+        call expect(mek_version() >= 20000, 'version')
+        call model%save_to(file('none/model'), stat=status)
+        call model%last_error(error)
+        call expect(status == MEK_MISCELLANEOUS .and. error%system_error == 2, 'missing folder')
+        call model%close()
+        call model%save_to('', threads=-1, stat=status, errmsg=message)
+        call expect(status == MEK_INVALID_ARGUMENTS, message)
+        call open_shape(model, '', id)
+        call model%add_array(MEK_COORDINATES, reshape([1.0, 2.0, 3.0], [3, 1]), id, stat=status)
+        call expect(status == MEK_INVALID_STATE, 'an array without a file')
+        call model%set_current_node_id(9, stat=status)
+        call expect(status == MEK_OUT_OF_BOUNDS, 'an unknown id')
+        call model%move_to_parent_node(stat=status)
+        call expect(status == MEK_OK, 'an error of the call before')
+        call model%get_node_id('/root/none', id)
+        call expect(id == 0, 'a node that does not exist')
+        call model%checkpoint(stat=status)
+        call expect(status == MEK_INVALID_STATE, 'a checkpoint without a journal')
+        call model%add_assembly_components(['/root/a', '/root/b'], ids, stat=status)
+        call expect(status == MEK_MISUSE, 'ids of another size')
+        call mek_recover(file('none'), file('output'), stat=status)
+        call expect(status == MEK_FILE_OPEN, 'recovery without a journal')
+    end subroutine
+
+    subroutine refuse_values()
+        type(mek_model) :: model
+        type(mek_attributes) :: attributes
+        character(120) :: message
+        integer(int32) :: id
+        integer :: status, count
+        call attributes%set('revision', -1, stat=status, errmsg=message)
+        call expect(status == MEK_VALUE_OUT_OF_RANGE, message)
+        call attributes%set('revision', 4294967296_int64, stat=status)
+        call expect(status == MEK_VALUE_OUT_OF_RANGE, 'an attribute of more than 32 bits')
+        call open_shape(model, file('refused'), id)
+        call model%add_array(MEK_CONNECTIVITY_0, [1, 0], id, stat=status, errmsg=message)
+        call expect(status == MEK_VALUE_OUT_OF_RANGE, message)
+        call model%add_array(MEK_NODE_IDS, [0, -1], id, stat=status, errmsg=message)
+        call expect(status == MEK_VALUE_OUT_OF_RANGE, message)
+        call model%add_array(MEK_RESULT_A1, [1e300_real64], id, 'T', stat=status, errmsg=message)
+        call expect(status == MEK_VALUE_OUT_OF_RANGE, message)
+        call model%add_array(MEK_RESULT_A1, [1e300_real64, 1d0], id, 'T', out_of_range=count)
+        call expect(count == 1, 'number of values out of range')
+        call model%add_array(MEK_COORDINATES, reshape([1.0, 2.0], [2, 1]), id, stat=status)
+        call expect(status == MEK_INVALID_ARGUMENTS, 'two coordinates')
+        call model%close()
+    end subroutine
+
+    !> Writes two files, which the test compares: from sections, and from whole arrays.
+    subroutine read_sections_and_connectivity()
+        type(mek_model) :: model
+        real(real32) :: grid(4, 6)
+        integer(int32) :: corners(3, 4), id, i
+        grid = reshape([(real(i, real32), i = 1, 24)], [4, 6])
+        corners = reshape([(i, i = 1, 12)], [3, 4])
+        call open_shape(model, file('sections'), id)
+        call model%add_array(MEK_COORDINATES, grid(4:2:-1, 2::2), id)
+        call model%add_array(MEK_RESULT_A1, grid(2, :), id, 'row')
+        call model%add_array(MEK_RESULT_A3, grid(2:4, 3:2), id, 'empty')
+        call model%add_array(MEK_CONNECTIVITY_1, corners(:2, ::3), id)
+        call model%add_array(MEK_CONNECTIVITY_2, corners, id)
+        call model%close()
+        call open_shape(model, file('whole'), id)
+        call model%add_array(MEK_COORDINATES, &
+            reshape([8., 7., 6., 16., 15., 14., 24., 23., 22.], [3, 3]), id)
+        call model%add_array(MEK_RESULT_A1, [2., 6., 10., 14., 18., 22.], id, 'row')
+        call model%add_array(MEK_CONNECTIVITY_1, [0, 1, 9, 10], id, base=0)
+        call model%add_array(MEK_CONNECTIVITY_2, [(i, i = 0, 11)], id, base=0)
+        call model%close()
+    end subroutine
+
+    subroutine recover_and_finalise()
+        type(mek_recovery_report) :: report
+        call write_and_recover(report)
+        call expect(report%saved%arrays == 1 .and. report%saved%bytes == 8, 'saved by a recovery')
+        call expect(report%lost%calls == 0 .and. report%reason == '', 'lost by a recovery')
+    end subroutine
+
+    !> The finaliser completes the file "finalised", which the test compares with "recovered".
+    subroutine write_and_recover(report)
+        type(mek_recovery_report), intent(out) :: report
+        type(mek_model) :: model
+        integer(int32) :: id
+        call open_shape(model, file('finalised'), id)
+        call model%add_array(MEK_RESULT_A1, [1.0, 2.0], id, 'T', mek_step('1'))
+        call model%checkpoint()
+        call mek_recover(file('finalised'), file('recovered'), .true., report)
+    end subroutine
+
+    subroutine use_the_same_memory()
+        type(mek_model) :: model
+        type(mek_step) :: step
+        type(mek_step) :: steps(2)
+        type(mek_properties) :: properties
+        type(memory_usage) :: before, after
+        real(real32) :: coordinates(3, 2)
+        integer(int32) :: id, root, round
+        integer :: status
+        coordinates = 1
+        call open_shape(model, '', id)
+        do round = 1, 100000
+            call step%attributes%clear()
+            call step%attributes%set('Time', 0.5)
+            call step%attributes%set('a key of a string', 'a string that needs an allocation')
+            step%name = 'a step with a long name'
+            steps(1) = step
+            steps(2) = mek_step('another step', step%attributes)
+            call properties%set(MEK_SCALE, [1.0, 1.0, 1.0])
+            call model%add_array(MEK_COORDINATES, coordinates, id, 'points', &
+                mek_step('a step with a long name', step%attributes), stat=status)
+            call model%add_array(MEK_COORDINATES, coordinates, [id], steps=steps, stat=status)
+            call expect(status == MEK_INVALID_STATE, 'an array without a file')
+            call model%set_node_data(1, properties, step%attributes)
+            call model%get_node_id('/root', root)
+            call model%get_node_id(['root '], root)
+            call use_another_model()
+            if (round == 100) before = mallinfo2()
+        end do
+        after = mallinfo2()
+        call expect(after%uordblks == before%uordblks, 'a million calls use more memory')
+    end subroutine
+
+    subroutine use_another_model()
+        type(mek_model) :: model
+        integer :: status
+        call model%set_current_node_id(1, stat=status)
+        call expect(status == MEK_INVALID_STATE, "a model without a file")
+    end subroutine
+end program
