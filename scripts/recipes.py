@@ -12,7 +12,7 @@ import sys
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[1]
-RECIPE = re.compile(r"^## (.+?)$.*?^```(python|sh)\n(.*?)^```", re.DOTALL | re.MULTILINE)
+PART = re.compile(r"^## (.+?)$|^```(python|sh)\n(.*?)^```", re.DOTALL | re.MULTILINE)
 
 
 def main(programs: str, folder: str) -> None:
@@ -21,11 +21,15 @@ def main(programs: str, folder: str) -> None:
     environment = {**os.environ, "PATH": os.pathsep.join(folders), "MPLBACKEND": "Agg"}
     shells = {"python": [sys.executable, "-W", "error", "-c"], "sh": ["sh", "-euc"]}
     text = (ROOT / "docs" / "recipes.md").read_text(encoding="utf-8")
-    for title, language, program in RECIPE.findall(text):
-        print(f"== {title}", flush=True)
+    recipe = ""
+    for title, language, program in PART.findall(text):
+        if title:
+            recipe = title
+            print(f"== {recipe}", flush=True)
+            continue
         command = [*shells[language], program]
         if subprocess.run(command, cwd=folder, env=environment).returncode != 0:
-            sys.exit(f"recipes: failed: {title}")
+            sys.exit(f"recipes: failed: {recipe}")
 
 
 if __name__ == "__main__":
