@@ -183,7 +183,9 @@ Step stepOf(const mek_step& step) {
 /// rest of this interface.
 class Loan {
 public:
-    Loan(mek_attributes& owner, Step& borrower) : owner_(owner), borrower_(borrower) { exchange(); }
+    Loan(const mek_attributes& owner, Step& borrower) : owner_(owner), borrower_(borrower) {
+        exchange();
+    }
     Loan(const Loan&) = delete;
     Loan& operator=(const Loan&) = delete;
     ~Loan() { exchange(); }
@@ -191,7 +193,7 @@ public:
 private:
     void exchange() noexcept { std::swap(owner_.values, borrower_.attributes); }
 
-    mek_attributes& owner_;
+    const mek_attributes& owner_;
     Step& borrower_;
 };
 
@@ -203,7 +205,7 @@ void addForStep(Model& model, const Request& request, const Array& array, const 
         return;
     }
     Step step{given.name != nullptr ? given.name : ""};
-    const Loan loan(const_cast<mek_attributes&>(*given.attributes), step);
+    const Loan loan(*given.attributes, step);
     add(model, request, array, ids, step);
 }
 

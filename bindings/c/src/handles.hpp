@@ -10,7 +10,7 @@
 #include <string>
 
 struct mek_attributes {
-    Tyr::Mek2::Attributes values{};
+    mutable Tyr::Mek2::Attributes values{}; // a call lends them to a step
 };
 
 struct mek_properties {

@@ -56,9 +56,10 @@ mek_status setOption(mek_options* options, const char* call, const Set& set) {
 ParallelFor callerOf(mek_parallel_for function, void* context) {
     return [function, context](std::size_t count, const Task& task) {
         const auto runTask = [](void* data, std::size_t index) {
-            (*static_cast<const Task*>(data))(index);
+            (**static_cast<const Task**>(data))(index);
         };
-        if (function(context, count, runTask, const_cast<Task*>(&task)) != 0) {
+        const Task* address = &task;
+        if (function(context, count, runTask, &address) != 0) {
             MekC::refuse(MEK_CALLBACK_FAILED, "the function for parallel tasks failed");
         }
     };
