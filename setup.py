@@ -29,8 +29,8 @@ class BuildWithCMake(build_ext):
             "MEKAPI2_BUILD_PYTHON": "ON",
             "Python3_EXECUTABLE": sys.executable,
             **dict.fromkeys(
-                [f"MEKAPI2_{name}" for name in ("BUILD_TOOLS", "BUILD_TESTS", "BUILD_EXAMPLES",
-                                                "INSTALL")], "OFF"),
+                [f"MEKAPI2_{name}" for name in ("BUILD_C", "BUILD_TOOLS", "BUILD_TESTS",
+                                                "BUILD_EXAMPLES", "INSTALL")], "OFF"),
         }
         definitions = [f"-D{key}={value}" for key, value in options.items()]
         subprocess.run(["cmake", "-S", ROOT, "-B", folder, *definitions], check=True)

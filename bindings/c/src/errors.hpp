@@ -19,13 +19,14 @@ struct Refusal {
 
 [[noreturn]] void refuse(mek_status status, std::string message);
 
+/// @throws Refusal `MEK_MISUSE`: `pointer` is null
+void checkNotNull(const void* pointer, const char* name);
+
 /// @return `*pointer`
 /// @throws Refusal `MEK_MISUSE`: it is null
 template <class T>
 T& required(T* pointer, const char* name) {
-    if (pointer == nullptr) {
-        refuse(MEK_MISUSE, std::string(name) + " is null");
-    }
+    checkNotNull(pointer, name);
     return *pointer;
 }
 

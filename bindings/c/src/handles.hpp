@@ -53,13 +53,18 @@ inline const Tyr::Mek2::Attributes& valuesOf(const mek_attributes* attributes) {
 
 /// @param name of the argument
 inline const char* requiredString(const char* string, const char* name) {
-    return &required(string, name);
+    checkNotNull(string, name);
+    return string;
 }
 
+/// @param values can have any alignment
 /// @throws Refusal `MEK_MISUSE`: `values` is null, and `count` is not 0
 template <class T>
 const T* requiredArray(const T* values, std::size_t count, const char* name) {
-    return count == 0 ? values : &required(values, name);
+    if (count != 0) {
+        checkNotNull(values, name);
+    }
+    return values;
 }
 
 } // namespace MekC
