@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Writes the reference in docs/c.md and docs/fortran.md from the comments of the interfaces.
 
-Usage: reference.py [--check]
+Usage: python3 scripts/reference.py [--check]
 
 With --check, changes nothing and fails if a page is out of date. A reference is the part of a page
 below its last heading "## Reference".
