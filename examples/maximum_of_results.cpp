@@ -25,9 +25,9 @@ void printMaximum(MekReader::File& file, const MekReader::Node& node,
         return;
     }
     const MekReader::VariableName name = MekReader::splitName(variable.name);
-    std::cout << MekReader::pathOf(file, node) << ' ' << name.result;
-    if (!name.step.empty()) {
-        std::cout << ", step " << name.step;
+    std::cout << MekReader::pathOf(file, node) << ' ' << name.quantity;
+    if (name.step) {
+        std::cout << ", step " << *name.step;
     }
     std::cout << ": " << *largest << '\n';
 }

@@ -78,7 +78,7 @@ const Variable& variable(const Node& node, std::string_view name, std::string_vi
     const auto found =
         std::find_if(node.variables.begin(), node.variables.end(), [&](const Variable& candidate) {
             const MekReader::VariableName names = MekReader::splitName(candidate.name);
-            return names.result == name && names.step == step;
+            return names.quantity == name && names.step.value_or("") == step;
         });
     return node.variables.at(static_cast<std::size_t>(found - node.variables.begin()));
 }

@@ -113,7 +113,7 @@ private:
         for (const Side* const side : {&left_, &right_}) {
             for (const Node& node : side->file.nodes()) {
                 for (const Variable& variable : node.variables) {
-                    if (MekReader::splitName(variable.name).result == name) {
+                    if (MekReader::splitName(variable.name).quantity == name) {
                         return;
                     }
                 }
@@ -251,7 +251,7 @@ private:
     std::vector<const Variable*> comparedVariables(const Node& node) const {
         std::vector<const Variable*> variables;
         for (const Variable& variable : node.variables) {
-            const auto name = MekReader::splitName(variable.name).result;
+            const auto name = MekReader::splitName(variable.name).quantity;
             if (comparesEverything() || std::find(options_.only.begin(), options_.only.end(),
                                                   name) != options_.only.end()) {
                 variables.push_back(&variable);
@@ -355,8 +355,8 @@ private:
 
     std::string placeOf(const Node& node, const Variable& variable) const {
         const MekReader::VariableName name = MekReader::splitName(variable.name);
-        return placeOf(node) + ": " + inQuotes(name.result) +
-               (name.step.empty() ? "" : ", step " + inQuotes(name.step));
+        return placeOf(node) + ": " + inQuotes(name.quantity) +
+               (name.step ? ", step " + inQuotes(*name.step) : "");
     }
 
     void addOnlyIn(const Side& side, const std::string& what) { add(what, "only in " + side.name); }

@@ -3,6 +3,7 @@
 #include "mekinfo/contentsize.hpp"
 #include "mekinfo/statistics.hpp"
 #include "meknames/lookup.hpp"
+#include "mekreader/variables.hpp"
 #include "mekvtu/timeline.hpp"
 
 #include <nlohmann/json.hpp>
@@ -227,7 +228,7 @@ private:
 
     /// What the array determines is that of the owner, and null if there is none.
     Json variableJson(const Variable& variable) {
-        const MekNames::VariableName name = MekNames::splitName(variable.name);
+        const MekReader::VariableName name = MekReader::splitName(variable.name);
         const bool hasArray = !file_.hasCircularLinks(variable);
         const Variable& owner = hasArray ? file_.owner(variable) : variable;
         Json object{{"name", name.quantity},

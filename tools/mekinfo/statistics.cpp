@@ -3,6 +3,7 @@
 #include "console/error.hpp"
 #include "mekinfo/table.hpp"
 #include "meknames/lookup.hpp"
+#include "mekreader/variables.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -57,7 +58,7 @@ std::string shownElement(double element, const Variable& owner) {
 /// @param path of the shape of the variable
 Row rowOf(const File& file, StatisticsReader& reader, const std::string& path,
           const Variable& variable) {
-    const MekNames::VariableName name = MekNames::splitName(variable.name);
+    const MekReader::VariableName name = MekReader::splitName(variable.name);
     Row row{path, Console::printable(name.quantity),
             name.step ? Console::printable(*name.step) : "-"};
     if (file.hasCircularLinks(variable)) {

@@ -110,7 +110,7 @@ private:
     std::size_t addResults(const Node& geometry) {
         std::set<std::string_view> quantities;
         for (const Variable& variable : geometry.variables) {
-            const MekNames::VariableName name = MekNames::splitName(variable.name);
+            const MekReader::VariableName name = MekReader::splitName(variable.name);
             if (!isResult(variable, name.quantity)) {
                 continue;
             }

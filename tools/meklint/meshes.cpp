@@ -34,8 +34,7 @@ Meshes::Meshes(const MekReader::Node& geometry) {
         if (ownerOf(variable) == nullptr || placeOf(unused, variable) == nullptr) {
             continue;
         }
-        const Variable** const place =
-            placeOf(meshes_[MekReader::splitName(variable.name).step], variable);
+        const Variable** const place = placeOf(meshes_[MekReader::stepOf(variable.name)], variable);
         if (*place == nullptr) {
             *place = &variable;
         } else {

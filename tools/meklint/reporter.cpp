@@ -14,7 +14,8 @@ void Reporter::add(const MekReader::Node& node, const std::string& message) cons
 void Reporter::add(const MekReader::Node& node, const MekReader::Variable& variable,
                    const std::string& message) const {
     const MekReader::VariableName name = MekReader::splitName(variable.name);
-    report_({placeOf(node), std::string(name.result), std::string(name.step), message});
+    report_(
+        {placeOf(node), std::string(name.quantity), std::string(name.step.value_or("")), message});
 }
 
 std::string Reporter::placeOf(const MekReader::Node& node) const {

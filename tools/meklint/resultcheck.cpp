@@ -32,7 +32,7 @@ std::string problemOf(const Variable& result, const MeshVariables& mesh, const N
 
 /// The meshes that a result applies to: that of its step; without a step all meshes.
 std::vector<std::string_view> stepsOf(const Variable& result, const Meshes& meshes) {
-    const std::string_view step = MekReader::splitName(result.name).step;
+    const std::string_view step = MekReader::stepOf(result.name);
     std::vector<std::string_view> steps;
     if (step.empty()) {
         steps = meshes.steps();

@@ -20,8 +20,8 @@ void checkNames(const Reporter& reporter, const Node& geometry) {
         if (!names.insert(variable.name).second) {
             reporter.add(geometry, variable, "an earlier variable has the same name and step");
         }
-        const std::string_view step = MekReader::splitName(variable.name).step;
-        if (!MekReader::splitName(step).step.empty()) {
+        const std::string_view step = MekReader::stepOf(variable.name);
+        if (!MekReader::stepOf(step).empty()) {
             reporter.add(geometry, variable, "its name has two steps: the byte 1E occurs twice");
         }
     }
@@ -33,7 +33,7 @@ public:
     explicit PositionCheck(const Reporter& reporter) : reporter_(reporter) {}
 
     void check(const Node& geometry, const Variable& variable) {
-        const std::string_view step = MekReader::splitName(variable.name).step;
+        const std::string_view step = MekReader::stepOf(variable.name);
         if (step.empty()) {
             return;
         }

@@ -2,6 +2,7 @@
 
 #include "mekreader/error.hpp"
 #include "mekreader/quotes.hpp"
+#include "mekreader/variables.hpp"
 
 #include <algorithm>
 
@@ -11,7 +12,9 @@ namespace {
 
 using MekReader::inQuotes;
 using MekReader::Node;
+using MekReader::splitName;
 using MekReader::Variable;
+using MekReader::VariableName;
 
 bool startsWith(std::string_view text, std::string_view start) {
     return text.substr(0, start.size()) == start;
@@ -88,13 +91,6 @@ std::string listSteps(const Node& geometry, std::string_view quantity) {
 }
 
 } // namespace
-
-VariableName splitName(std::string_view name) {
-    constexpr char stepSeparator = 0x1E;
-    const std::size_t end = name.find(stepSeparator);
-    return end == std::string_view::npos ? VariableName{name, std::nullopt}
-                                         : VariableName{name.substr(0, end), name.substr(end + 1)};
-}
 
 Tree::Tree(const MekReader::File& file) : file_(file), children_(file.nodes().size()) {
     std::uint32_t id = 0;

@@ -22,15 +22,6 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// The parts of the name of a variable.
-struct VariableName {
-    std::string_view quantity;
-    std::optional<std::string_view> step; ///< empty if the array belongs to no step
-};
-
-/// @param name must outlive the result
-VariableName splitName(std::string_view name);
-
 /// The tree of a file.
 class Tree {
 public:

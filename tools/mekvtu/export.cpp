@@ -83,7 +83,7 @@ std::set<std::string> notesOnCircles(const MekReader::File& file) {
     for (const MekReader::Node& node : file.nodes()) {
         for (const MekReader::Variable& variable : node.variables) {
             if (file.hasCircularLinks(variable)) {
-                notes.insert("\"" + std::string(MekReader::splitName(variable.name).result) +
+                notes.insert("\"" + std::string(MekReader::splitName(variable.name).quantity) +
                              "\" of node " + std::to_string(node.id) + " (\"" + node.name +
                              "\") has no array: its links form a circle; it is left out");
             }

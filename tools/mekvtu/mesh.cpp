@@ -22,7 +22,7 @@ const Variable* find(const File& file, const MekReader::Node& geometry, std::str
                      const Predicate& isWanted) {
     const Variable* withoutStep = nullptr;
     for (const Variable& variable : geometry.variables) {
-        const std::string_view ofStep = MekReader::splitName(variable.name).step;
+        const std::string_view ofStep = MekReader::stepOf(variable.name);
         if (!isWanted(variable) || (!ofStep.empty() && ofStep != step) ||
             file.hasCircularLinks(variable)) {
             continue;

@@ -50,14 +50,14 @@ void Results::addTo(VtuFile& output, const MeshPart& part, std::string_view step
         }
         variables.push_back(&variable);
         const MekReader::VariableName name = MekReader::splitName(variable.name);
-        if (!name.step.empty() && name.step == step) {
-            ofThisStep.insert(name.result);
+        if (name.step && !name.step->empty() && *name.step == step) {
+            ofThisStep.insert(name.quantity);
         }
     }
     for (const Variable* const variable : variables) {
         const MekReader::VariableName name = MekReader::splitName(variable->name);
-        const bool isShown =
-            name.step.empty() ? ofThisStep.count(name.result) == 0 : name.step == step;
+        const bool isShown = name.step.value_or("").empty() ? ofThisStep.count(name.quantity) == 0
+                                                            : *name.step == step;
         if (isShown && !part.source.holds(&file_.owner(*variable))) {
             add(output, part, *variable);
         }
@@ -66,7 +66,7 @@ void Results::addTo(VtuFile& output, const MeshPart& part, std::string_view step
 
 void Results::add(VtuFile& output, const MeshPart& part, const Variable& variable) {
     const MekReader::Values& values = valuesOf(variable);
-    const std::string_view name = MekReader::splitName(variable.name).result;
+    const std::string_view name = MekReader::splitName(variable.name).quantity;
     const bool isOfNodes = isNodeResult(variable);
     if (isOfNodes && values.rows() == part.mesh.coordinateRows) {
         addToPoints(output, part, name, values);
@@ -100,7 +100,7 @@ void Results::addToPoints(VtuFile& output, const MeshPart& part, std::string_vie
 }
 
 const MekReader::Values& Results::valuesOf(const Variable& variable) {
-    if (!MekReader::splitName(variable.name).step.empty()) {
+    if (!MekReader::stepOf(variable.name).empty()) {
         ofStep_ = readValues(file_, variable);
         return ofStep_;
     }

@@ -50,7 +50,7 @@ std::vector<FoundStep> stepsOf(const MekReader::File& file) {
     std::map<std::string, std::size_t, std::less<>> indexes;
     for (const MekReader::Node& node : file.nodes()) {
         for (const MekReader::Variable& variable : node.variables) {
-            const std::string_view name = MekReader::splitName(variable.name).step;
+            const std::string_view name = MekReader::stepOf(variable.name);
             if (name.empty()) {
                 continue;
             }

@@ -5,24 +5,29 @@
 #include "mekreader/model.hpp"
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
 namespace MekReader {
 
-/// The name of a quantity and of a step. A variable without a step belongs to all steps.
+/// The parts of the name of a variable.
 struct VariableName {
-    std::string_view result; ///< the quantity, such as "Stress"
-    std::string_view step;   ///< empty for none
+    std::string_view quantity;            ///< such as "Stress"
+    std::optional<std::string_view> step; ///< of a variable that belongs to all steps: none
 };
 
 /// Splits the name of a variable at the first byte 1E.
+/// @param name must outlive the result
 inline VariableName splitName(std::string_view name) {
     constexpr char stepSeparator = 0x1E;
     const std::size_t end = name.find(stepSeparator);
-    return end == std::string_view::npos ? VariableName{name, {}}
+    return end == std::string_view::npos ? VariableName{name, std::nullopt}
                                          : VariableName{name.substr(0, end), name.substr(end + 1)};
 }
+
+/// The step in the name of a variable; empty for none.
+inline std::string_view stepOf(std::string_view name) { return splitName(name).step.value_or(""); }
 
 /// Variable types of the file format.
 namespace VariableType {
@@ -50,7 +55,7 @@ inline bool isPolylength(const Variable& variable) {
 inline bool isConnectivity(const Variable& variable) {
     return variable.type >= VariableType::firstConnectivity &&
            variable.type <= VariableType::lastConnectivity &&
-           splitName(variable.name).result != "Part Elements";
+           splitName(variable.name).quantity != "Part Elements";
 }
 
 /// Whether the array has a row for each node.
