@@ -55,7 +55,7 @@ public:
     template <class... T>
     void add(const std::variant<T...>& variant) {
         add(variant.index());
-        std::visit([this](const auto& held) { add(held); }, variant);
+        std::visit([this](const auto& held) { this->add(held); }, variant);
     }
 
     void add(const Attributes& attributes) { add(ValueAccess::of(attributes)); }
