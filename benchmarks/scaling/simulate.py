@@ -9,7 +9,7 @@ as in `ParallelModel`:
 3. Rank 0 receives the compressed bytes of all ranks through its link, one message of each rank.
 4. When the content of a block has reached its limit, rank 0 writes the block. All ranks wait.
 
-With groups, each group of ranks does this with a file of its own, at the same time; the groups share
+With groups, each group of ranks writes its own file, all at the same time; the groups share
 the file system. An array of 4 GiB or more does not fit one file: the table leaves it out.
 
 Usage: simulate.py [--NAME VALUE]... ; --help lists the parameters and their defaults.

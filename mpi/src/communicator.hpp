@@ -19,7 +19,7 @@ struct Request {
     std::uint64_t arguments = 0; ///< a hash value
 };
 
-/// A communicator of its own. Rank 0 is the root. All operations from `agree` on are collective and
+/// A private communicator. Rank 0 is the root. All operations from `agree` on are collective and
 /// need no memory of the application, so none ends on one rank alone.
 class Communicator {
 public:

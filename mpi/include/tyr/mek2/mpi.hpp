@@ -67,7 +67,7 @@ using FailedRank = boost::error_info<struct FailedRankTag, int>;
 /// error of the lowest one. The model can be used afterwards as documented at `Model`. Exceptions
 /// of other libraries become `MiscelleneousException`, and `std::bad_alloc`
 /// `MemoryAllocationException`. Different calls or different arguments are an error, too:
-/// `InvalidArguments`. After different calls each rank must find its way back to common ones.
+/// `InvalidArguments`. After it, all ranks must make the same calls again.
 ///
 /// If one rank destroys the object while others call an operation, for example because an exception
 /// of the application ends the function that owns it, `InvalidObjectState` "rank N: the model was
@@ -77,7 +77,7 @@ using FailedRank = boost::error_info<struct FailedRankTag, int>;
 /// compressed form, plus some 500 bytes for each rank. Each rank waits until rank 0 has added the
 /// array.
 ///
-/// The object has a communicator of its own. Errors of MPI itself end the program. MPI must be
+/// The object has a private communicator. Errors of MPI itself end the program. MPI must be
 /// initialised before; the object must be destroyed before `MPI_Finalize`. One thread at a time may
 /// use it, with the level of thread support that this needs.
 class ParallelModel {
