@@ -228,6 +228,7 @@ TEST_F(CTest, ReportsErrorsOfFiles) {
     EXPECT_EQ(mek_save_to(model, path("none/model").c_str(), options), MEK_MISCELLANEOUS);
     EXPECT_EQ(mek_last_error(model)->system_error, ENOENT);
     require(mek_close(model));
+#if !defined(_WIN32) // the message has one byte for each character there
     std::string longPath = path("");
     while (longPath.size() < 1500) {
         longPath += "\xCE\x9B"; // two bytes, so that one of two limits is in a character
@@ -239,6 +240,7 @@ TEST_F(CTest, ReportsErrorsOfFiles) {
         EXPECT_EQ(message.back(), '\x9B');
         require(mek_close(model));
     }
+#endif
     require(mek_options_set_compression_level(options, 10));
     EXPECT_EQ(saveTo(path("old")), MEK_INVALID_ARGUMENTS);
     require(mek_options_set_compression_level(options, 1));
