@@ -71,13 +71,14 @@ flags_of() {
 # $1: language; builds the solver in a new folder with CMake, and from the command line given by the
 # other arguments. Both write the same model, which the Python reader opens.
 check_solver() {
-    local folder=$work/$1 libraries flags
+    local folder=$work/$1 libraries flags c
+    read -r c _ <<<"${C:-cc}"
     flags_of "mekapi2-$1"
     libraries=$(dirname "$(find "$prefix" -name libmekapi2_c.so)")
     rm -rf "$folder"
     mkdir -p "$folder"
     cmake -S "$SOURCE_DIR/examples" -B "$folder/cmake" -DCMAKE_PREFIX_PATH="$prefix" \
-        -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_C_FLAGS="$CXXFLAGS" -DCMAKE_Fortran_FLAGS="$CXXFLAGS"
+        -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_C_COMPILER="$c" -DCMAKE_${1^}_FLAGS="$CXXFLAGS"
     cmake --build "$folder/cmake" --target "heat_$1"
     cd "$folder"
     "${@:2}" -o heat "${flags[@]}" -Wl,-rpath,"$libraries"
@@ -116,7 +117,8 @@ check_c_header() {
         >example.c
     "$@" example.c -o example "${flags[@]}" -Wl,-rpath,"$(dirname "$(find "$prefix" -name libmekapi2_c.so)")"
     ./example || fail "the example in mekapi2.h exits with $?"
-    "${compile[@]}" "${warnings[@]}" -Wold-style-cast "${flags[@]}" -fsyntax-only -x c++ example.c
+    "${compile[@]}" "${warnings[@]}" -Wold-style-cast -I"$prefix/include" -fsyntax-only \
+        -x c++ example.c
     compile_readme c "$@"
 }
 
