@@ -47,7 +47,7 @@ Fault awaitedFault = Fault::None;
 std::uint64_t callsUntilFault = 0;
 bool isInLibrary = false;
 bool isInFlush = false;
-std::int64_t allocations = 0;
+std::int64_t allocationCount = 0;
 std::int64_t bytesOfNew = 0;
 std::vector<Testing::RecordedWrite>* recording = nullptr;
 
@@ -70,7 +70,7 @@ bool fails(Fault kind) {
 }
 
 void* counted(void* memory) {
-    allocations += memory != nullptr ? 1 : 0;
+    allocationCount += memory != nullptr ? 1 : 0;
     return memory;
 }
 
@@ -196,7 +196,7 @@ void* __wrap_realloc(void* memory, std::size_t size) {
 }
 
 void __wrap_free(void* memory) {
-    allocations -= memory != nullptr ? 1 : 0;
+    allocationCount -= memory != nullptr ? 1 : 0;
     __real_free(memory);
 }
 
@@ -284,7 +284,7 @@ std::uint64_t nextCall(std::uint64_t number) { return number + (number < 32 ? 1 
 LibraryCall::LibraryCall() { isInLibrary = true; }
 LibraryCall::~LibraryCall() { isInLibrary = false; }
 
-std::int64_t liveAllocations() { return allocations; }
+std::int64_t liveAllocations() { return allocationCount; }
 std::int64_t allocatedBytes() { return bytesOfNew; }
 
 std::size_t recordedWrites() { return recording->size(); }

@@ -25,7 +25,7 @@ struct JournalFault {
 
 std::ostream& operator<<(std::ostream& out, const JournalFault& kind) { return out << kind.name; }
 
-const JournalFault kinds[] = {
+const JournalFault journalFaults[] = {
     {"Open", Fault::Open, true, true},
     {"OpenInPlace", Fault::Open, false, true},
     {"Write", Fault::Write, true, true},
@@ -181,7 +181,7 @@ TEST_P(JournalFaultTest, ARecoveryThatFailsLeavesNothing) {
     EXPECT_TRUE(isDone && !HasFailure()) << "in call " << number - 1;
 }
 
-INSTANTIATE_TEST_SUITE_P(Faults, JournalFaultTest, ::testing::ValuesIn(kinds),
+INSTANTIATE_TEST_SUITE_P(Faults, JournalFaultTest, ::testing::ValuesIn(journalFaults),
                          [](const auto& kind) { return std::string(kind.param.name); });
 
 } // namespace

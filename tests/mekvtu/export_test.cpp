@@ -93,13 +93,13 @@ TEST_F(ExportTest, RefusesInvalidMeshes) {
                                    Step{});
         };
     };
-    const auto solid = DatasetType::Connectivity2;
+    const auto solids = DatasetType::Connectivity2;
     EXPECT_EQ(errorOf([](Model&, unsigned int) {}), "no geometry has coordinates");
-    EXPECT_EQ(errorOf(mesh(solid, {0, 1, 2, 4}, {4})),
+    EXPECT_EQ(errorOf(mesh(solids, {0, 1, 2, 4}, {4})),
               "shape \"S\": element 0 uses row 4 of 4 coordinates");
-    EXPECT_EQ(errorOf(mesh(solid, {0, 1, 2, 3, 0, 1, 2}, {4, 4})),
+    EXPECT_EQ(errorOf(mesh(solids, {0, 1, 2, 3, 0, 1, 2}, {4, 4})),
               "shape \"S\": element 1 exceeds the connectivity");
-    EXPECT_EQ(errorOf(mesh(solid, {0, 1, 2, 3, 0, 1, 2}, {4})),
+    EXPECT_EQ(errorOf(mesh(solids, {0, 1, 2, 3, 0, 1, 2}, {4})),
               "shape \"S\": the polylengths add up to 4, but the connectivity has 7 rows");
     EXPECT_EQ(errorOf(mesh(DatasetType::Connectivity0, {0, 1}, {})),
               "shape \"S\": unknown number of nodes per element: no polylength, and the name is no "

@@ -7,6 +7,7 @@
 
 #include "errors.hpp"
 
+#include <memory>
 #include <string>
 
 struct mek_attributes {
@@ -41,7 +42,7 @@ template <class Handle>
 mek_status create(Handle** handle, const char* call) noexcept {
     return run(call, [&] {
         Handle*& created = required(handle, "the address of the handle");
-        created = new Handle;
+        created = std::make_unique<Handle>().release();
     });
 }
 

@@ -1,4 +1,4 @@
-#include "mekreader/error.hpp"
+#include "mekreader/blockerror.hpp"
 #include "mekreader/model.hpp"
 
 #include <algorithm>
@@ -18,10 +18,6 @@ constexpr std::array<std::uint8_t, 29> widths = {0, 3, 0, 0, 1, 1, 1, 0, 0, 1, 0
 
 std::string describe(const Node& node) {
     return "node " + std::to_string(node.id) + " (\"" + node.name + "\")";
-}
-
-[[noreturn]] void fail(const Block& block, const std::string& reason) {
-    throw Error("block " + std::to_string(block.number) + " (\"" + block.name + "\"): " + reason);
 }
 
 [[noreturn]] void fail(const Node& node, const std::string& reason) {

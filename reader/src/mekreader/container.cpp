@@ -1,7 +1,7 @@
 #include "mekreader/container.hpp"
 
+#include "mekreader/blockerror.hpp"
 #include "mekreader/bytecursor.hpp"
-#include "mekreader/error.hpp"
 
 #include <zlib.h>
 
@@ -40,15 +40,6 @@ bool isIndexNumber(std::uint64_t number) {
 
 bool isAllZero(std::string_view bytes) {
     return std::all_of(bytes.begin(), bytes.end(), [](char byte) { return byte == 0; });
-}
-
-std::string describe(const Block& block) {
-    std::string text = "block " + std::to_string(block.number);
-    return block.isEmpty() || block.isIndex() ? text : text + " (\"" + block.name + "\")";
-}
-
-[[noreturn]] void fail(const Block& block, const std::string& reason) {
-    throw Error(describe(block) + ": " + reason);
 }
 
 /// The last entry of a complete table has a name: that of an empty block, or that of an index block

@@ -242,5 +242,6 @@ Array1d<unsigned int> Model::addAssemblyComponents(
     }
 TYR_MEK2_FOR_ARRAY_PROPERTIES(TYR_MEK2_DEFINE)
 TYR_MEK2_FOR_ARRAY(TYR_MEK2_DEFINE, PackedArray)
+#undef TYR_MEK2_DEFINE
 
 } // namespace Tyr::Mek2

@@ -8,7 +8,7 @@ namespace Tyr::Mek2::Journal {
 
 namespace {
 
-constexpr std::size_t pieceSize = std::size_t{64} * 1024;
+constexpr std::size_t writeSize = std::size_t{64} * 1024;
 constexpr std::size_t blockRecordSize = 256;
 constexpr std::size_t blocksPerCall = 4; // a call fills two blocks at most
 
@@ -105,7 +105,7 @@ void Writer::appendState(const TyrMek::Tree& tree, unsigned int id, unsigned int
 }
 
 void Writer::writeIfLarge() noexcept {
-    if (isIncomplete_ || file_.pendingSize() < pieceSize) {
+    if (isIncomplete_ || file_.pendingSize() < writeSize) {
         return;
     }
     try {
