@@ -22,7 +22,7 @@ from __future__ import annotations
 import importlib
 from typing import TYPE_CHECKING, Any
 
-from . import _meshiohook, errors
+from . import _meshiohook, _pyvistahook, errors
 from .enumerations import DatasetType, NodeType, PropertyType
 from .errors import *
 from .errors import OverflowError as OverflowError  # not in __all__: it hides a builtin
@@ -50,6 +50,7 @@ __all__ = [
 ]
 
 _meshiohook.register()
+_pyvistahook.register()
 
 _OF_WRITER = {
     "Model": (".model", "Model"),

@@ -1,60 +1,20 @@
-"""Registers ``.mek`` as a format of meshio, at once or when meshio is imported.
-
-meshio has no entry points for formats, and importing it takes longer than importing NumPy. So a
-program that does not use meshio does not import it.
-"""
+"""Registers ``.mek`` as a format of meshio, at once or when meshio is imported."""
 
 from __future__ import annotations
 
-import importlib.util
 import os
-import sys
-from collections.abc import Sequence
-from importlib.abc import MetaPathFinder
-from importlib.machinery import ModuleSpec
 from pathlib import Path
-from types import ModuleType
-from typing import TYPE_CHECKING, Any, Optional, Union
+from typing import TYPE_CHECKING, Any, Union
+
+from ._importhook import when_imported
 
 if TYPE_CHECKING:
     import meshio
 
-_NAME = "meshio"
-
 
 def register() -> None:
     """Register the format now if meshio is imported, otherwise when it will be."""
-    module = sys.modules.get(_NAME)
-    if module is not None:
-        _register_in(module)
-    elif not any(isinstance(finder, _Finder) for finder in sys.meta_path):
-        sys.meta_path.insert(0, _Finder())
-
-
-class _Finder(MetaPathFinder):
-    """Finds meshio as the other finders do, and lets its loader register the format."""
-
-    def find_spec(
-        self,
-        name: str,
-        path: Optional[Sequence[str]],
-        target: Optional[ModuleType] = None,
-    ) -> Optional[ModuleSpec]:
-        if name != _NAME:
-            return None
-        sys.meta_path.remove(self)
-        spec = importlib.util.find_spec(name)
-        if spec is None or spec.loader is None:
-            sys.meta_path.insert(0, self)
-            return spec
-        execute = spec.loader.exec_module
-
-        def execute_and_register(module: ModuleType) -> None:
-            execute(module)
-            _register_in(module)
-
-        setattr(spec.loader, "exec_module", execute_and_register)
-        return spec
+    when_imported("meshio", _register_in)
 
 
 def _register_in(module: Any) -> None:

@@ -190,3 +190,14 @@ def test_meshio_is_extended_when_it_is_imported_and_only_then(tmp_path):
     for first, loaded in (("import mekapi2", "not"), ("import meshio, mekapi2.reader", "")):
         command = [sys.executable, "-c", code.format(first, loaded)]
         assert subprocess.run(command, capture_output=True, text=True, check=True).stdout == "18\n"
+
+
+def test_pyvista_accepts_collections_and_blocks(tmp_path):
+    pyvista = pytest.importorskip("pyvista")
+    test_vtu.write(tmp_path / "a.mek")
+    with mekapi2.open(tmp_path / "a.mek") as file:
+        flat = pyvista.wrap(file.to_vtk(file.steps[0]))
+        nested = pyvista.wrap(file.to_vtk(file.steps[0], multiblock=True))
+    assert flat.keys() == ["one & all/HE8", "one & all/placed/TE4"]
+    assert nested.keys() == ["HE8", "placed"]
+    assert flat[0].n_cells == nested[0].n_cells > 0

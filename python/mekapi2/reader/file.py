@@ -346,7 +346,7 @@ class File:
             The same for results at points and at cells. By default ``arrays``.
         multiblock : bool
             Return nested blocks: one for each group that has shapes below it, and one for each
-            shape. Programs that do not know collections, such as PyVista, use these.
+            shape, for programs that do not know collections.
 
         Returns
         -------

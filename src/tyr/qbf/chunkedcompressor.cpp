@@ -9,7 +9,7 @@ namespace TyrQbf {
 namespace {
 
 constexpr std::size_t chunkSize = std::size_t{128} * 1024;
-constexpr std::size_t dictionarySize = std::size_t{32} * 1024;
+constexpr std::size_t windowSize = std::size_t{32} * 1024;
 constexpr std::size_t chunksAtOnce = 64;
 
 /// A block, seen as chunks. An empty one has one chunk.
@@ -25,7 +25,7 @@ public:
         const std::size_t start = number * chunkSize;
         const bool isLast = number + 1 == ChunkCount();
         CompressPiece(bytes + start, std::min(chunkSize, size - start), level,
-                      isLast ? PieceEnd::Final : PieceEnd::Flush, number > 0 ? dictionarySize : 0,
+                      isLast ? PieceEnd::Final : PieceEnd::Flush, number > 0 ? windowSize : 0,
                       piece);
     }
 
