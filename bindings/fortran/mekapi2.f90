@@ -157,10 +157,13 @@ module mekapi2
 
     !> Writes models, one write cycle after the other. A write cycle starts with `save_to` and ends
     !> with `close`. The finaliser ends an open write cycle and discards its errors, like `destroy`.
-    !> Variables of the main program are not finalised. A model cannot be assigned to another.
+    !> The language does not finalise variables of the main program and of modules, and those with
+    !> `save`. The assignment of a model in use stops the program. A copy that the language makes
+    !> without an assignment, as in `allocate (b, source=a)`, is a model without a write cycle.
     type :: mek_model
         private
         type(c_ptr) :: handle = c_null_ptr
+        integer(c_intptr_t) :: owner = 0 !< address of the object that created the model of C
         type(request) :: request
     contains
         !> save_to(path, overwrite, tool_name, tool_version, relink_replaced, journal,
@@ -720,9 +723,27 @@ contains
 
     !> Creates the model of C on its first use.
     integer(c_int) function open_handle(this) result(status)
-        class(mek_model), intent(inout) :: this
+        class(mek_model), intent(inout), target :: this
         status = MEK_OK
-        if (.not. c_associated(this%handle)) status = c_model_create(this%handle)
+        call forget_model_of_other(this)
+        if (c_associated(this%handle)) return
+        status = c_model_create(this%handle)
+        this%owner = transfer(c_loc(this%handle), this%owner)
+    end function
+
+    !> The language copies objects without a call of this module, as in `allocate (b, source=a)`.
+    !> Such a copy must not use the model of the other object, or free it.
+    subroutine forget_model_of_other(this)
+        class(mek_model), intent(inout) :: this
+        type(request) :: unused
+        if (is_owner(this)) return
+        this%handle = c_null_ptr
+        this%request = unused
+    end subroutine
+
+    logical function is_owner(this)
+        class(mek_model), intent(in), target :: this
+        is_owner = this%owner == transfer(c_loc(this%handle), this%owner)
     end function
 
     subroutine save_to(this, path, overwrite, tool_name, tool_version, relink_replaced, journal, &
@@ -800,6 +821,7 @@ contains
         integer, intent(out), optional :: stat
         character(*), intent(inout), optional :: errmsg
         if (present(stat)) stat = MEK_OK
+        call forget_model_of_other(this)
         if (.not. c_associated(this%handle)) return ! no write cycle is open
         call finish(c_close(this%handle), this%handle, stat, errmsg)
     end subroutine
@@ -821,6 +843,7 @@ contains
         type(c_ptr) :: found
         found = c_null_ptr
         path = ''
+        call forget_model_of_other(this)
         if (.not. c_associated(this%handle)) return
         if (c_temporary_path(this%handle, found) == MEK_OK) path = to_fortran(found)
     end function
@@ -1402,11 +1425,12 @@ contains
     subroutine last_error(this, error)
         class(mek_model), intent(in) :: this
         type(mek_error), intent(out) :: error
-        error = error_of(this%handle)
+        error = error_of(merge(this%handle, c_null_ptr, is_owner(this)))
     end subroutine
 
     subroutine destroy_model(this)
         class(mek_model), intent(inout) :: this
+        call forget_model_of_other(this)
         call c_model_destroy(this%handle)
         this%handle = c_null_ptr
         call free_steps(this%request)
@@ -1415,16 +1439,18 @@ contains
         this%request%of_array%count = 0
     end subroutine
 
-    subroutine finalise_model(this)
+    impure elemental subroutine finalise_model(this)
         type(mek_model), intent(inout) :: this
         call this%destroy()
     end subroutine
 
-    !> Two variables would free the same model.
+    !> Two variables would write to the same file. Models that are not in use are accepted, since
+    !> they can be components. The procedure is not elemental: with an elemental one, gfortran 12
+    !> does not allocate an array of a type with such a component when it is assigned.
     subroutine refuse_copy(this, other)
         class(mek_model), intent(inout) :: this
         class(mek_model), intent(in) :: other
-        if (.not. c_associated(this%handle, other%handle)) then
+        if (c_associated(this%handle) .or. c_associated(other%handle)) then
             write (error_unit, '(a)') 'mekapi2: a mek_model cannot be assigned to another'
             error stop 1
         end if

@@ -156,14 +156,18 @@ contains
         call expect(report%lost%calls == 0 .and. report%reason == '', 'lost by a recovery')
     end subroutine
 
-    !> The finaliser completes the file "finalised", which the test compares with "recovered".
+    !> The finaliser completes the file "finalised", which the test compares with "recovered". It
+    !> does not free the model of another object, of which the copy has the components.
     subroutine write_and_recover(report)
         type(mek_recovery_report), intent(out) :: report
-        type(mek_model) :: model
+        type(mek_model) :: models(1)
+        type(mek_model), allocatable :: copy
         integer(int32) :: id
-        call open_shape(model, file('finalised'), id)
-        call model%add_array(MEK_RESULT_A1, [1.0, 2.0], id, 'T', mek_step('1'))
-        call model%checkpoint()
+        call open_shape(models(1), file('finalised'), id)
+        call models(1)%add_array(MEK_RESULT_A1, [1.0, 2.0], id, 'T', mek_step('1'))
+        call models(1)%checkpoint()
+        allocate (copy, source=models(1))
+        call copy%close()
         call mek_recover(file('finalised'), file('recovered'), .true., report)
     end subroutine
 
