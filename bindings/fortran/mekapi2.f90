@@ -1054,7 +1054,7 @@ contains
         if (.not. present(step) .and. .not. present(steps)) return
         count = merge(1, 0, present(step))
         if (present(steps)) count = count + size(steps)
-        call reserve_steps(this, count)
+        call reserve_steps(this, max(count, 1)) ! also without a step the address is not null
         if (present(step)) call set_step(1, step)
         do i = 1, count - merge(1, 0, present(step))
             call set_step(count - size(steps) + i, steps(i))
@@ -1084,7 +1084,7 @@ contains
             if (size(this%steps) >= count) return
         end if
         call free_steps(this)
-        allocate (this%steps(max(count, 1)), this%step_names(count), this%of_steps(count))
+        allocate (this%steps(count), this%step_names(count), this%of_steps(count))
     end subroutine
 
     subroutine free_steps(this)

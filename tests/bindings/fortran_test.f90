@@ -108,6 +108,7 @@ contains
         character(120) :: message
         integer(int32) :: id
         integer :: status, count
+        type(mek_step) :: none(0)
         call attributes%set('revision', -1, stat=status, errmsg=message)
         call expect(status == MEK_VALUE_OUT_OF_RANGE, message)
         call attributes%set('revision', 4294967296_int64, stat=status)
@@ -119,7 +120,10 @@ contains
         call expect(status == MEK_VALUE_OUT_OF_RANGE, message)
         call model%add_array(MEK_RESULT_A1, [1e300_real64], id, 'T', stat=status, errmsg=message)
         call expect(status == MEK_VALUE_OUT_OF_RANGE, message)
-        call model%add_array(MEK_RESULT_A1, [1e300_real64, 1d0], id, 'T', out_of_range=count)
+        call model%add_array(MEK_RESULT_A1, [1.0], id, 'T', steps=none, stat=status)
+        call expect(status == MEK_MISUSE, 'no steps')
+        call model%add_array(MEK_RESULT_A1, [1e300_real64, 1d0], id, 'T', mek_step('1'), &
+            out_of_range=count)
         call expect(count == 1, 'number of values out of range')
         call model%add_array(MEK_COORDINATES, reshape([1.0, 2.0], [2, 1]), id, stat=status)
         call expect(status == MEK_INVALID_ARGUMENTS, 'two coordinates')
