@@ -77,8 +77,8 @@ module mekapi2
         !>
         !> Stores a value under a key, and replaces a value of the same key. `value` is a `real32`,
         !> a `real64` (rounded to 32 bits), an `int32` or `int64` from 0 to 4294967295, or a string.
-        !> Another integer gives `MEK_VALUE_OUT_OF_RANGE`. The file has the first 256 bytes of a
-        !> string.
+        !> Other integers, and finite values that a 32-bit real cannot have, give
+        !> `MEK_VALUE_OUT_OF_RANGE`. The file has the first 256 bytes of a string.
         generic :: set => attributes_set_real32, attributes_set_real64, attributes_set_int32, &
             attributes_set_int64, attributes_set_string
         !> clear()
@@ -393,30 +393,30 @@ contains
         integer, intent(out), optional :: stat
         character(*), intent(inout), optional :: errmsg
         if (present(stat)) stat = status
-        if (status /= MEK_OK) call report_error(error_of(handle), stat, errmsg)
+        if (status /= MEK_OK) call report_error(error_of(handle), status, stat, errmsg)
     end subroutine
 
-    !> The same for an error that this module finds.
+    subroutine report_error(error, status, stat, errmsg)
+        type(mek_error), intent(in) :: error
+        integer(c_int), intent(in) :: status
+        integer, intent(out), optional :: stat
+        character(*), intent(inout), optional :: errmsg
+        call refuse(status, error%class_name // ': ' // error%message, stat, errmsg)
+    end subroutine
+
+    !> Reports an error to the caller, or stops the program.
+    !> @param message with the class of the error
     subroutine refuse(status, message, stat, errmsg)
         integer, intent(in) :: status
         character(*), intent(in) :: message
         integer, intent(out), optional :: stat
         character(*), intent(inout), optional :: errmsg
-        type(mek_error) :: error
-        if (present(stat)) stat = status
-        error%class_name = mek_status_name(status)
-        error%message = message
-        call report_error(error, stat, errmsg)
-    end subroutine
-
-    !> @param stat not changed
-    subroutine report_error(error, stat, errmsg)
-        type(mek_error), intent(in) :: error
-        integer, intent(inout), optional :: stat
-        character(*), intent(inout), optional :: errmsg
-        if (present(errmsg)) errmsg = error%class_name // ': ' // error%message
-        if (present(stat)) return
-        write (error_unit, '(4a)') 'mekapi2: ', error%class_name, ': ', error%message
+        if (present(errmsg)) errmsg = message
+        if (present(stat)) then
+            stat = status
+            return
+        end if
+        write (error_unit, '(2a)') 'mekapi2: ', message
         error stop 1
     end subroutine
 
@@ -511,21 +511,34 @@ contains
         this%entries(number)%key = to_c(key)
     end function
 
-    subroutine attributes_set_real32(this, key, value)
+    subroutine attributes_set_real32(this, key, value, stat, errmsg)
         class(mek_attributes), intent(inout) :: this
         character(*), intent(in) :: key
         real(real32), intent(in) :: value
+        integer, intent(out), optional :: stat
+        character(*), intent(inout), optional :: errmsg
         integer :: number
         number = entry_of(this, key)
         this%entries(number)%kind = OF_REAL
         this%entries(number)%real_value = value
+        call finish(MEK_OK, c_null_ptr, stat, errmsg)
     end subroutine
 
-    subroutine attributes_set_real64(this, key, value)
+    subroutine attributes_set_real64(this, key, value, stat, errmsg)
         class(mek_attributes), intent(inout) :: this
         character(*), intent(in) :: key
         real(real64), intent(in) :: value
-        call this%attributes_set_real32(key, real(value, real32))
+        integer, intent(out), optional :: stat
+        character(*), intent(inout), optional :: errmsg
+        ! the smallest number that is rounded to an infinite one
+        real(real64), parameter :: limit = real(huge(1.0_real32), real64) + 2.0_real64**103
+        character(32) :: number_text
+        if (abs(value) >= limit .and. abs(value) <= huge(value)) then
+            write (number_text, '(es24.16e3)') value
+            call refuse_attribute(key, number_text, 'in the range of a 32-bit real', stat, errmsg)
+            return
+        end if
+        call this%attributes_set_real32(key, real(value, real32), stat)
     end subroutine
 
     subroutine attributes_set_int32(this, key, value, stat, errmsg)
@@ -547,23 +560,33 @@ contains
         integer :: number
         if (value < 0 .or. value > LARGEST_UNSIGNED) then
             write (number_text, '(i0)') value
-            call refuse(MEK_VALUE_OUT_OF_RANGE, 'attribute "' // trim(key) // '": ' // &
-                trim(number_text) // ' is not a number from 0 to 4294967295', stat, errmsg)
+            call refuse_attribute(key, number_text, 'a number from 0 to 4294967295', stat, errmsg)
             return
         end if
-        if (present(stat)) stat = MEK_OK
         number = entry_of(this, key)
         this%entries(number)%kind = OF_UNSIGNED
         this%entries(number)%bits = to_bits(value)
+        if (present(stat)) stat = MEK_OK
     end subroutine
 
-    subroutine attributes_set_string(this, key, value)
+    subroutine attributes_set_string(this, key, value, stat, errmsg)
         class(mek_attributes), intent(inout) :: this
         character(*), intent(in) :: key, value
+        integer, intent(out), optional :: stat
+        character(*), intent(inout), optional :: errmsg
         integer :: number
         number = entry_of(this, key)
         this%entries(number)%kind = OF_STRING
         this%entries(number)%text = to_c(value)
+        call finish(MEK_OK, c_null_ptr, stat, errmsg)
+    end subroutine
+
+    subroutine refuse_attribute(key, value, expected, stat, errmsg)
+        character(*), intent(in) :: key, value, expected
+        integer, intent(out), optional :: stat
+        character(*), intent(inout), optional :: errmsg
+        call refuse(MEK_VALUE_OUT_OF_RANGE, 'ValueOutOfRange: attribute "' // trim(key) // &
+            '": ' // trim(adjustl(value)) // ' is not ' // expected, stat, errmsg)
     end subroutine
 
     !> The `int32` with the bits of an unsigned number.
@@ -762,7 +785,8 @@ contains
         integer(c_int) :: status
         options = c_null_ptr
         if (is_negative(threads) .or. is_negative(block_size)) then
-            call refuse(MEK_INVALID_ARGUMENTS, 'threads or block_size is negative', stat, errmsg)
+            call refuse(MEK_INVALID_ARGUMENTS, &
+                'InvalidArguments: threads or block_size is negative', stat, errmsg)
             return
         end if
         status = open_handle(this)
@@ -987,7 +1011,8 @@ contains
         integer(c_int) :: status
         integer :: i
         if (.not. has_size(ids, size(paths)) .or. .not. fits(attributes)) then
-            call refuse(MEK_MISUSE, 'ids or attributes have another size than paths', stat, errmsg)
+            call refuse(MEK_MISUSE, 'Misuse: ids or attributes have another size than paths', &
+                stat, errmsg)
             return
         end if
         added = 0

@@ -113,6 +113,8 @@ contains
         call expect(status == MEK_VALUE_OUT_OF_RANGE, message)
         call attributes%set('revision', 4294967296_int64, stat=status)
         call expect(status == MEK_VALUE_OUT_OF_RANGE, 'an attribute of more than 32 bits')
+        call attributes%set('time', -1e39_real64, stat=status, errmsg=message)
+        call expect(status == MEK_VALUE_OUT_OF_RANGE, message)
         call open_shape(model, file('refused'), id)
         call model%add_array(MEK_CONNECTIVITY_0, [1, 0], id, stat=status, errmsg=message)
         call expect(status == MEK_VALUE_OUT_OF_RANGE, message)
