@@ -366,10 +366,10 @@ contains
         found%size = c_sizeof(found)
         status = c_recover(to_c(unfinished), to_c(output), flag(overwrite), observer, &
             observer_context, found)
+        if (present(report)) report%reason = ''
         if (status == MEK_OK .and. present(report)) then
             report%saved = amount_of(found%saved)
             report%lost = amount_of(found%lost)
-            report%reason = ''
             do i = 1, size(found%reason)
                 if (found%reason(i) == c_null_char) exit
                 report%reason = report%reason // found%reason(i)
@@ -1343,8 +1343,8 @@ contains
         where = memory_of(values)
         if (is_connectivity(kind) .and. where%columns > 1) then
             if (.not. has_no_gaps(where)) then
-                call add_int32_1(this, kind, reshape(values, [size(values)]), ids, name, step, &
-                    steps, attributes, base, stat, errmsg)
+                call add_int32_1(this, kind, reshape(values, [size(values, kind=int64)]), ids, &
+                    name, step, steps, attributes, base, stat, errmsg)
                 return
             end if
             where%rows = where%rows * where%columns
