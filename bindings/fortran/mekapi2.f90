@@ -20,7 +20,7 @@ module mekapi2
     public :: mek_recovery_amount, mek_recovery_report
     public :: mek_recover, mek_version, mek_status_name
 
-    !> Values of `stat`; docs/c.md describes them.
+    !> Values of `stat`; docs/c.md describes them. `MEK_ERROR_OF_OTHER_KIND` is `MEK_ERROR` of C.
     integer, parameter, public :: MEK_OK = 0, MEK_ERROR_OF_OTHER_KIND = 1, MEK_MISCELLANEOUS = 2, &
         MEK_INVALID_ARGUMENTS = 3, MEK_FILE_OPEN = 5, MEK_FILE_WRITE = 7, MEK_OUT_OF_BOUNDS = 11, &
         MEK_OVERFLOW = 12, MEK_KEY_NOT_FOUND = 14, MEK_BLOCK_MEMORY = 16, MEK_INVALID_STATE = 17, &
@@ -136,16 +136,16 @@ module mekapi2
         character(kind=c_char, len=:), allocatable :: text
     end type
 
-    !> Attributes in the form of C, which are used again: if the keys stay the same, as in a loop
-    !> over the steps, only the values are set.
+    !> Attributes in the form of C. They are kept for the next call: if it has the same keys, as in
+    !> a loop over the steps, only the values are set.
     type :: c_attributes
         type(c_ptr) :: handle = c_null_ptr
         type(string), allocatable :: keys(:)
         integer :: count = 0
     end type
 
-    !> The optional arguments of `add_array` in the form of C. Owns what the options point to, and
-    !> is used again.
+    !> The optional arguments of `add_array` in the form of C. Owns what the options point to. Its
+    !> memory is kept for the next call.
     type :: request
         type(c_array_options) :: options
         character(kind=c_char, len=:), allocatable :: name
@@ -175,18 +175,17 @@ module mekapi2
         !>
         !> - `overwrite`: an existing file is replaced; otherwise it is an error.
         !> - `tool_name`, `tool_version`: of the writing program.
-        !> - `relink_replaced`: an array for a variable that is a link makes it an owner.
+        !> - `relink_replaced`: a variable that is a link and gets a new array becomes its owner.
         !> - `journal`: allows `checkpoint`, and recovery after the program was killed.
         !> - `replace_when_complete`: the file has a temporary name until `close`.
-        !> - `threads`: compresses on so many threads; 0: as many as the processor has.
+        !> - `threads`: number of threads that compress; 0: as many as the processor has.
         !> - `parallel_for`, `parallel_context`: a `bind(C)` function of type `mek_parallel_for` of
         !>   docs/c.md, as a `c_funptr`, and its context, as a `c_ptr`.
         !> - `block_size`: bytes of arrays after which a block ends. 0: the default of 200 MiB.
         !> - `compression_level`: 1 (fast) to 9 (small); the default is 6.
         !>
-        !> Errors: `MEK_INVALID_STATE`, `MEK_FILE_OPEN`, `MEK_FILE_WRITE`, `MEK_MISCELLANEOUS`,
-        !> `MEK_INVALID_ARGUMENTS`. After the second to the fourth, call `close` before the next
-        !> `save_to`.
+        !> Errors: `MEK_INVALID_STATE`, `MEK_INVALID_ARGUMENTS`, `MEK_FILE_OPEN`, `MEK_FILE_WRITE`,
+        !> `MEK_MISCELLANEOUS`. After the last three, call `close` before the next `save_to`.
         procedure :: save_to
         !> close(stat, errmsg)
         !>
@@ -240,7 +239,7 @@ module mekapi2
         !> ends in the separator is a group, otherwise its last name is a shape. `ids`, of the same
         !> size, are the ids of the groups and of the geometries of the shapes. `attributes`, of the
         !> same size, are those of the last group of each path. Errors: `MEK_INVALID_STATE`,
-        !> `MEK_INVALID_ARGUMENTS`, `MEK_NOT_YET_IMPLEMENTED`; `MEK_MISUSE` for another size.
+        !> `MEK_INVALID_ARGUMENTS`, `MEK_NOT_YET_IMPLEMENTED`; `MEK_MISUSE` if a size differs.
         procedure :: add_assembly_components
         procedure, private :: add_real32_1, add_real32_2, add_real64_1, add_real64_2
         procedure, private :: add_int32_1, add_int32_2
@@ -252,21 +251,21 @@ module mekapi2
         !> Writes an array to the file and attaches it as a named variable to geometries, for steps.
         !> All but the first three arguments are optional.
         !>
-        !> - `values` is an array of `real32`, `real64` or `int32`. Of rank 1, it has one value for
-        !>   each row. Of rank 2, `values(:, i)` is row i of the file: `coordinates(3, n)` is n rows
-        !>   of 3. The file has 32-bit reals and unsigned integers. A section is read where it is;
-        !>   no array is copied before the call of the library. A connectivity of n elements with k
-        !>   nodes each can have the shape (k, n); only a section of it is copied.
+        !> - `values` is an array of `real32`, `real64` or `int32`. An array of rank 1 has one value
+        !>   for each row. In an array of rank 2, `values(:, i)` is row i of the file:
+        !>   `coordinates(3, n)` is n rows of 3. The file has 32-bit reals and unsigned integers. The
+        !>   library reads arrays and sections without a copy. A connectivity of n elements with k
+        !>   nodes each can have the shape (k, n). Only a section of such an array is copied.
         !> - `ids` is the id of a geometry, or an array of them.
         !> - `name` of the variable; results have no default name.
         !> - `step` is one step, `steps` an array of steps; without both, the array belongs to no
         !>   step, like a mesh.
-        !> - `base` is subtracted from integers. The default is 1 for a connectivity, which counts
-        !>   the nodes from 1 in Fortran and from 0 in the file, and 0 for all other types: node
-        !>   and element ids stay as they are.
-        !>   A value that is negative afterwards gives `MEK_VALUE_OUT_OF_RANGE`.
+        !> - `base` is subtracted from integers. A value that is negative afterwards gives
+        !>   `MEK_VALUE_OUT_OF_RANGE`. The default is 1 for a connectivity, which counts the nodes
+        !>   from 1 in Fortran and from 0 in the file. It is 0 for all other types: node and element
+        !>   ids are stored unchanged.
         !> - `out_of_range`, for `real64` only, is the number of finite values that a 32-bit real
-        !>   cannot have. They are written as infinite. Without it, they give
+        !>   cannot have. They are written as infinite. Without `out_of_range`, such a value gives
         !>   `MEK_VALUE_OUT_OF_RANGE`.
         !>
         !> Errors: also `MEK_INVALID_STATE`, `MEK_INVALID_ARGUMENTS`, `MEK_OVERFLOW`,
@@ -276,12 +275,14 @@ module mekapi2
             add_real64_2_id, add_int32_1_id, add_int32_2_id
         !> last_error(error)
         !>
-        !> Describes the result of the last call with this model; `error` is a `mek_error`.
+        !> Describes the result of the last call of the library with this model; `error` is a
+        !> `mek_error`. Errors of `ids` or `attributes` of another size, and of a negative
+        !> `threads` or `block_size`, occur before that call: only `stat` and `errmsg` have them.
         procedure :: last_error
         !> destroy()
         !>
-        !> Ends an open write cycle, discards its errors and frees the memory of the model, which
-        !> can be used again.
+        !> Ends an open write cycle, discards its errors and frees the memory of the model. The
+        !> model can be used again.
         procedure :: destroy => destroy_model
         procedure, private :: refuse_copy
         generic :: assignment(=) => refuse_copy
