@@ -524,7 +524,7 @@ typedef struct mek_array_options {
 /// - `options`: null: the defaults
 /// @retval MEK_INVALID_STATE no write cycle is open, or it has no file
 /// @retval MEK_INVALID_ARGUMENTS unknown type, invalid number of columns, or no name for a result
-/// @retval MEK_OVERFLOW 2^31 or more rows or ids, or an array of 2^32 bytes or more
+/// @retval MEK_OVERFLOW 2^31 or more rows, columns or ids, or an array of 2^32 bytes or more
 /// @retval MEK_KEY_NOT_FOUND no node has one of the ids; the current node is then this unknown id
 /// @retval MEK_VALUE_OUT_OF_RANGE an integer is out of range after `base` is subtracted; nothing is
 ///     written
