@@ -21,15 +21,14 @@ struct ids {
 
 static mek_model* model = NULL;
 
-/* Ends the program if a call failed. */
-static void check(mek_status status) {
-    if (status != MEK_OK) {
-        const mek_error* error = mek_last_error(model);
-        fprintf(stderr, "same_model: %s: %s: %s\n", error->function, error->class_name,
-                error->message);
+static void require(int condition, const char* message) {
+    if (!condition) {
+        fprintf(stderr, "same_model: %s\n", message);
         exit(1);
     }
 }
+
+static void check(mek_status status) { require(status == MEK_OK, mek_last_error(model)->message); }
 
 static int run_tasks(void* context, size_t count, mek_task task, void* data) {
     size_t* runs = context;
@@ -54,17 +53,24 @@ static mek_attributes* new_attributes(void) {
     return attributes;
 }
 
+static void set_three(mek_properties* properties, mek_property_type type, float first, float second,
+                      float third) {
+    float values[3];
+    values[0] = first;
+    values[1] = second;
+    values[2] = third;
+    check(mek_properties_set_f32_array(properties, type, values, 3));
+}
+
 static void add_placed_group(void) {
-    const float translation[] = {1, 2, 3};
     const float rotation[] = {0, 0, 1, 0.5F};
-    const float scale[] = {2, 2, 4};
     mek_properties* placement = NULL;
     mek_attributes* side = NULL;
     uint32_t id = 0;
     check(mek_properties_create(&placement));
-    check(mek_properties_set_f32_array(placement, MEK_TRANSLATION, translation, 3));
+    set_three(placement, MEK_TRANSLATION, 1, 2, 3);
     check(mek_properties_set_f32_array(placement, MEK_ROTATION, rotation, 4));
-    check(mek_properties_set_f32_array(placement, MEK_SCALE, scale, 3));
+    set_three(placement, MEK_SCALE, 2, 2, 4);
     check(mek_attributes_create(&side));
     check(mek_attributes_set_string(side, "side", "left"));
     check(mek_set_current_node_id(model, 1));
@@ -75,17 +81,14 @@ static void add_placed_group(void) {
 }
 
 static void add_coloured_shape(void) {
-    const float diffuse[] = {0.25F, 0.5F, 0.75F};
     const float specular[] = {1, 0.5F, 0.25F, 0.125F};
-    const float emissive[] = {0.125F, 0, 0};
-    const float ambient[] = {0.5F, 0.5F, 0.5F};
     mek_properties* material = NULL;
     uint32_t id = 0;
     check(mek_properties_create(&material));
-    check(mek_properties_set_f32_array(material, MEK_DIFFUSE_COLOR, diffuse, 3));
+    set_three(material, MEK_DIFFUSE_COLOR, 0.25F, 0.5F, 0.75F);
     check(mek_properties_set_f32_array(material, MEK_SPECULAR_COLOR, specular, 4));
-    check(mek_properties_set_f32_array(material, MEK_EMISSIVE_COLOR, emissive, 3));
-    check(mek_properties_set_f32_array(material, MEK_AMBIENT_COLOR, ambient, 3));
+    set_three(material, MEK_EMISSIVE_COLOR, 0.125F, 0, 0);
+    set_three(material, MEK_AMBIENT_COLOR, 0.5F, 0.5F, 0.5F);
     check(mek_properties_set_f32(material, MEK_TRANSPARENCY, 0.25F));
     check(mek_properties_set_f32(material, MEK_AMBIENT_INTENSITY, 0.5F));
     check(mek_properties_set_f32(material, MEK_SHININESS, 0.5F));
@@ -114,10 +117,7 @@ static struct ids add_tree(void) {
     check(mek_get_node_id(model, "/" ROOT "/part/body/body", NULL, &ids.body));
     check(mek_get_node_id_of_names(model, names, 3, &ids.skin));
     ++ids.skin; /* the geometry of the shape */
-    if (added[1] != ids.body) {
-        fprintf(stderr, "same_model: the ids are not in the order of the paths\n");
-        exit(1);
-    }
+    require(added[1] == ids.body, "the ids are not in the order of the paths");
     return ids;
 }
 
@@ -210,10 +210,7 @@ static void add_results(const struct ids* ids) {
     options.name = "counts";
     check(mek_add_array_u32(model, MEK_RESULT_B1, counts, 2, 1, both + 1, 1, &options));
     mek_attributes_destroy(vibration);
-    if (out_of_range != 0) {
-        fprintf(stderr, "same_model: %d values are out of range\n", (int)out_of_range);
-        exit(1);
-    }
+    require(out_of_range == 0, "values are out of range");
 }
 
 static void save_to(const char* path, size_t* runs) {
@@ -233,10 +230,7 @@ static void save_to(const char* path, size_t* runs) {
     check(mek_save_to(model, path, options));
     mek_options_destroy(options);
     check(mek_temporary_path(model, &temporary));
-    if (temporary[0] == '\0') {
-        fprintf(stderr, "same_model: there is no temporary file\n");
-        exit(1);
-    }
+    require(temporary[0] != '\0', "there is no temporary file");
 }
 
 int main(int argc, char** argv) {
