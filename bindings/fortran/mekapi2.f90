@@ -253,9 +253,10 @@ module mekapi2
         !>
         !> - `values` is an array of `real32`, `real64` or `int32`. An array of rank 1 has one value
         !>   for each row. In an array of rank 2, `values(:, i)` is row i of the file:
-        !>   `coordinates(3, n)` is n rows of 3. The file has 32-bit reals and unsigned integers. The
-        !>   library reads arrays and sections without a copy. A connectivity of n elements with k
-        !>   nodes each can have the shape (k, n). Only a section of such an array is copied.
+        !>   `coordinates(3, n)` is n rows of 3. The file has 32-bit reals and unsigned integers.
+        !>   The library reads arrays and sections without a copy. A connectivity of n elements
+        !>   with k nodes each can have the shape (k, n). Only a section of such an array is
+        !>   copied.
         !> - `ids` is the id of a geometry, or an array of them.
         !> - `name` of the variable; results have no default name.
         !> - `step` is one step, `steps` an array of steps; without both, the array belongs to no
