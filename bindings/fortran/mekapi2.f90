@@ -760,10 +760,14 @@ contains
     !> Such a copy must not use the model of the other object, or free it.
     subroutine forget_model_of_other(this)
         class(mek_model), intent(inout) :: this
-        type(request) :: unused
         if (is_owner(this)) return
         this%handle = c_null_ptr
-        this%request = unused
+        call forget(this%request)
+    end subroutine
+
+    subroutine forget(this)
+        type(request), intent(out) :: this
+        this%options = c_array_options()
     end subroutine
 
     logical function is_owner(this)

@@ -14,12 +14,8 @@ struct point {
     int32_t number; /* from 1 */
 };
 
-struct ids {
-    uint32_t body;
-    uint32_t skin;
-};
-
 static mek_model* model = NULL;
+static uint32_t ids[2]; /* of the geometries body and skin */
 
 static void require(int condition, const char* message) {
     if (!condition) {
@@ -99,13 +95,12 @@ static void add_coloured_shape(void) {
     mek_properties_destroy(material);
 }
 
-static struct ids add_tree(void) {
+static void add_tree(void) {
     const char* const paths[] = {"/" ROOT "/part/", "/" ROOT "/part/body", "/" ROOT "/part/skin"};
     const char* const others[] = {"|" ROOT "|second|", "|" ROOT "|part|body"};
     const char* const names[] = {ROOT, "part", "skin"};
     const mek_attributes* of_others[2] = {NULL, NULL};
     mek_attributes* attributes = new_attributes();
-    struct ids ids = {0, 0};
     uint32_t added[3];
     of_others[0] = attributes;
     check(mek_add_node(model, MEK_FLAGGED_ROOT_GROUP, ROOT, attributes, NULL));
@@ -114,18 +109,16 @@ static struct ids add_tree(void) {
     mek_attributes_destroy(attributes);
     add_placed_group();
     add_coloured_shape();
-    check(mek_get_node_id(model, "/" ROOT "/part/body/body", NULL, &ids.body));
-    check(mek_get_node_id_of_names(model, names, 3, &ids.skin));
-    ++ids.skin; /* the geometry of the shape */
-    require(added[1] == ids.body, "the ids are not in the order of the paths");
-    return ids;
+    check(mek_get_node_id(model, "/" ROOT "/part/body/body", NULL, &ids[0]));
+    check(mek_get_node_id_of_names(model, names, 3, &ids[1]));
+    ++ids[1]; /* the geometry of the shape */
+    require(added[1] == ids[0], "the ids are not in the order of the paths");
 }
 
-static void add_mesh(const struct ids* ids) {
+static void add_mesh(void) {
     static struct point points[POINT_COUNT];
     mek_array_options interleaved = MEK_ARRAY_OPTIONS_INIT;
     uint32_t lengths[10];
-    uint32_t both[2];
     size_t i, j;
     for (i = 0; i < POINT_COUNT; ++i) {
         for (j = 0; j < 3; ++j) {
@@ -136,20 +129,18 @@ static void add_mesh(const struct ids* ids) {
     for (i = 0; i < 10; ++i) {
         lengths[i] = 8;
     }
-    both[0] = ids->body;
-    both[1] = ids->skin;
     interleaved.row_stride = sizeof(struct point);
-    check(mek_add_array_f32(model, MEK_COORDINATES, points[0].position, POINT_COUNT, 3, both, 2,
+    check(mek_add_array_f32(model, MEK_COORDINATES, points[0].position, POINT_COUNT, 3, ids, 2,
                             &interleaved));
     interleaved.base = 1;
-    check(mek_add_array_i32(model, MEK_CONNECTIVITY_2, &points[0].number, 80, 1, both, 1,
+    check(mek_add_array_i32(model, MEK_CONNECTIVITY_2, &points[0].number, 80, 1, ids, 1,
                             &interleaved));
-    check(mek_add_array_u32(model, MEK_POLYLENGTH_2, lengths, 10, 1, both, 1, NULL));
-    check(mek_add_array_i32(model, MEK_NODE_IDS, &points[0].number, POINT_COUNT, 1, both, 2,
+    check(mek_add_array_u32(model, MEK_POLYLENGTH_2, lengths, 10, 1, ids, 1, NULL));
+    check(mek_add_array_i32(model, MEK_NODE_IDS, &points[0].number, POINT_COUNT, 1, ids, 2,
                             &interleaved));
 }
 
-static void add_kinds(uint32_t id) {
+static void add_kinds(void) {
     static const size_t widths[] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 3, 1, 3, 6, 6, 1, 3,
                                     6, 6, 1, 3, 6, 6, 1, 1, 3, 6, 6, 1, 1, 3, 6};
     const uint32_t numbers[] = {7, 8, 9};
@@ -173,27 +164,25 @@ static void add_kinds(uint32_t id) {
         snprintf(name, sizeof name, "kind %d", (int)kind);
         if (kind < 9 || kind == MEK_NODE_IDS || kind == MEK_ELEMENT_IDS) {
             options.row_stride = options.column_stride = 0;
-            check(mek_add_array_u32(model, kind, numbers, 3, 1, &id, 1, &options));
+            check(mek_add_array_u32(model, kind, numbers, 3, 1, ids + 1, 1, &options));
         } else {
             options.row_stride = sizeof(float);
             options.column_stride = sizeof by_column[0];
-            check(mek_add_array_f32(model, kind, by_column[0], 3, widths[kind], &id, 1, &options));
+            check(mek_add_array_f32(model, kind, by_column[0], 3, widths[kind], ids + 1, 1,
+                                    &options));
         }
     }
     mek_attributes_destroy(time);
 }
 
-static void add_results(const struct ids* ids) {
+static void add_results(void) {
     const double shape[] = {1, 2, 3, 4, 5, 6};
     const double wide[] = {0.1, 0.2, 1e30F};
     const uint32_t counts[] = {2000000000, 2000000001};
     mek_attributes* vibration = NULL;
     mek_step step = {"mode 1", NULL};
     mek_array_options options = MEK_ARRAY_OPTIONS_INIT;
-    uint32_t both[2];
     size_t out_of_range = 9;
-    both[0] = ids->body;
-    both[1] = ids->skin;
     check(mek_attributes_create(&vibration));
     check(mek_attributes_set_string(vibration, "Category", "Vibration"));
     check(mek_attributes_set_f32(vibration, "Frequency", 12.5F));
@@ -201,14 +190,14 @@ static void add_results(const struct ids* ids) {
     options.steps = &step;
     options.step_count = 1;
     options.attributes = vibration;
-    check(mek_add_array_f64(model, MEK_RESULT_A3, shape, 2, 3, both, 1, &options, NULL));
+    check(mek_add_array_f64(model, MEK_RESULT_A3, shape, 2, 3, ids, 1, &options, NULL));
     step.name = "1";
     options.attributes = NULL;
     options.name = "T";
-    check(mek_add_array_f64(model, MEK_RESULT_A1, wide, 3, 1, both, 2, &options, &out_of_range));
-    check(mek_add_array_f64(model, MEK_RESULT_A1, wide, 3, 1, both + 1, 1, &options, NULL));
+    check(mek_add_array_f64(model, MEK_RESULT_A1, wide, 3, 1, ids, 2, &options, &out_of_range));
+    check(mek_add_array_f64(model, MEK_RESULT_A1, wide, 3, 1, ids + 1, 1, &options, NULL));
     options.name = "counts";
-    check(mek_add_array_u32(model, MEK_RESULT_B1, counts, 2, 1, both + 1, 1, &options));
+    check(mek_add_array_u32(model, MEK_RESULT_B1, counts, 2, 1, ids + 1, 1, &options));
     mek_attributes_destroy(vibration);
     require(out_of_range == 0, "values are out of range");
 }
@@ -234,15 +223,14 @@ static void save_to(const char* path, size_t* runs) {
 }
 
 int main(int argc, char** argv) {
-    struct ids ids;
     size_t runs = 0;
     save_to(argc > 1 ? argv[1] : "same_model.mek", &runs);
-    ids = add_tree();
-    add_mesh(&ids);
+    add_tree();
+    add_mesh();
     check(mek_checkpoint(model, MEK_DURABILITY_PROCESS));
-    add_kinds(ids.skin);
+    add_kinds();
     check(mek_checkpoint(model, MEK_DURABILITY_DEVICE));
-    add_results(&ids);
+    add_results();
     check(mek_close(model));
     mek_model_destroy(model);
     return runs > 0 ? 0 : 1;
