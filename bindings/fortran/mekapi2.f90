@@ -338,7 +338,7 @@ contains
     function mek_status_name(status) result(name)
         integer, intent(in) :: status
         character(:), allocatable :: name
-        name = to_fortran(c_status_name(status))
+        call to_fortran(c_status_name(status), name)
     end function
 
     !> mek_recover(unfinished, output, overwrite, report, on_temporary_file, context, stat, errmsg)
@@ -428,19 +428,20 @@ contains
         type(c_error), pointer :: found
         call c_f_pointer(c_last_error(handle), found)
         error%status = found%status
-        error%class_name = to_fortran(found%class_name)
-        error%message = to_fortran(found%message)
-        error%function = to_fortran(found%function)
-        error%file = to_fortran(found%file)
+        call to_fortran(found%class_name, error%class_name)
+        call to_fortran(found%message, error%message)
+        call to_fortran(found%function, error%function)
+        call to_fortran(found%file, error%file)
         error%line = found%line
         error%system_error = found%system_error
     end function
 
-    ! Conversions
+    ! Conversions. No function of a result with a deferred length is called here: gfortran 12 keeps
+    ! the length in a static variable, which all threads would share.
 
     pure function to_c(text) result(converted)
         character(*), intent(in) :: text
-        character(kind=c_char, len=:), allocatable :: converted
+        character(kind=c_char, len=len_trim(text) + 1) :: converted
         converted = trim(text) // c_null_char
     end function
 
@@ -458,9 +459,9 @@ contains
         copy(length + 1:length + 1) = c_null_char
     end subroutine
 
-    function to_fortran(text) result(converted)
+    subroutine to_fortran(text, converted)
         type(c_ptr), intent(in) :: text
-        character(:), allocatable :: converted
+        character(:), allocatable, intent(out) :: converted
         character(kind=c_char), pointer :: characters(:)
         integer :: i, length
         length = int(c_strlen(text))
@@ -469,7 +470,7 @@ contains
         do i = 1, length
             converted(i:i) = characters(i)
         end do
-    end function
+    end subroutine
 
     pure integer(c_int) function flag(given)
         logical, intent(in), optional :: given
@@ -875,7 +876,7 @@ contains
         path = ''
         call forget_model_of_other(this)
         if (.not. c_associated(this%handle)) return
-        if (c_temporary_path(this%handle, found) == MEK_OK) path = to_fortran(found)
+        if (c_temporary_path(this%handle, found) == MEK_OK) call to_fortran(found, path)
     end function
 
     subroutine add_node(this, kind, name, id, attributes, stat, errmsg)
@@ -932,12 +933,12 @@ contains
         character(*), intent(in), optional :: separator
         integer, intent(out), optional :: stat
         character(*), intent(inout), optional :: errmsg
+        character(kind=c_char, len=:), allocatable :: used
         integer(c_int) :: status
         id = 0
+        call separator_to_c(separator, used)
         status = open_handle(this)
-        if (status == MEK_OK) then
-            status = c_get_node_id(this%handle, to_c(path), to_c(separator_or(separator)), id)
-        end if
+        if (status == MEK_OK) status = c_get_node_id(this%handle, to_c(path), used, id)
         call finish(status, this%handle, stat, errmsg)
     end subroutine
 
@@ -958,12 +959,12 @@ contains
         call finish(status, this%handle, stat, errmsg)
     end subroutine
 
-    pure function separator_or(separator) result(used)
+    pure subroutine separator_to_c(separator, converted)
         character(*), intent(in), optional :: separator
-        character(:), allocatable :: used
-        used = '/'
-        if (present(separator)) used = separator
-    end function
+        character(kind=c_char, len=:), allocatable, intent(out) :: converted
+        converted = '/' // c_null_char
+        if (present(separator)) converted = to_c(separator)
+    end subroutine
 
     !> Copies strings in the form of C, and returns their addresses.
     function addresses_of(names, copies) result(addresses)
@@ -1013,6 +1014,7 @@ contains
         character(*), intent(inout), optional :: errmsg
         type(string), target :: copies(size(paths))
         type(c_ptr) :: handles(size(paths)), reporter
+        character(kind=c_char, len=:), allocatable :: used
         integer(c_int32_t) :: added(size(paths))
         integer(c_int) :: status
         integer :: i
@@ -1021,6 +1023,7 @@ contains
                 stat, errmsg)
             return
         end if
+        call separator_to_c(separator, used)
         added = 0
         handles = c_null_ptr
         reporter = c_null_ptr
@@ -1034,11 +1037,10 @@ contains
             reporter = this%handle
             if (present(attributes)) then
                 status = c_add_components_with_attributes(this%handle, &
-                    addresses_of(paths, copies), handles, size(paths, kind=c_size_t), &
-                    to_c(separator_or(separator)), added)
+                    addresses_of(paths, copies), handles, size(paths, kind=c_size_t), used, added)
             else
                 status = c_add_assembly_components(this%handle, addresses_of(paths, copies), &
-                    size(paths, kind=c_size_t), to_c(separator_or(separator)), added)
+                    size(paths, kind=c_size_t), used, added)
             end if
         end if
         do i = 1, size(paths)

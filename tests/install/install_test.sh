@@ -138,6 +138,8 @@ check_fortran() {
     read -r -a compile_fortran <<<"gfortran $CXXFLAGS -std=f2008 -Wall -Wextra -pedantic -Werror"
     check_solver fortran "${compile_fortran[@]}" "$SOURCE_DIR/examples/fortran/heat.f90"
     compile_readme fortran "${compile_fortran[@]}"
+    ! nm "$(find "$prefix" -name libmekapi2_fortran.a)" 2>&1 | grep ' [bd] ' ||
+        fail "threads share these variables"
     # another compiler, or another version of it, compiles the sources of the module
     gfortran -J. -c "$prefix"/share/mekapi2/fortran/mekapi2{_c,}.f90
 }
