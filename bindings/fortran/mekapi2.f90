@@ -766,6 +766,7 @@ contains
         call forget(this%request)
     end subroutine
 
+    !> Frees the memory of Fortran.
     subroutine forget(this)
         type(request), intent(out) :: this
         this%options = c_array_options()
@@ -1468,8 +1469,7 @@ contains
         this%handle = c_null_ptr
         call free_steps(this%request)
         call c_attributes_destroy(this%request%of_array%handle)
-        this%request%of_array%handle = c_null_ptr
-        this%request%of_array%count = 0
+        call forget(this%request)
     end subroutine
 
     impure elemental subroutine finalise_model(this)
