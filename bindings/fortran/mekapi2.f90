@@ -20,7 +20,7 @@ module mekapi2
     public :: mek_recovery_amount, mek_recovery_report
     public :: mek_recover, mek_version, mek_status_name
 
-    !> Values of `stat`; docs/c.md describes them.
+    !> Values of `stat`; docs/c.md describes them. `MEK_ERROR_OF_OTHER_KIND` is `MEK_ERROR` of C.
     integer, parameter, public :: MEK_OK = 0, MEK_ERROR_OF_OTHER_KIND = 1, MEK_MISCELLANEOUS = 2, &
         MEK_INVALID_ARGUMENTS = 3, MEK_FILE_OPEN = 5, MEK_FILE_WRITE = 7, MEK_OUT_OF_BOUNDS = 11, &
         MEK_OVERFLOW = 12, MEK_KEY_NOT_FOUND = 14, MEK_BLOCK_MEMORY = 16, MEK_INVALID_STATE = 17, &
@@ -77,8 +77,8 @@ module mekapi2
         !>
         !> Stores a value under a key, and replaces a value of the same key. `value` is a `real32`,
         !> a `real64` (rounded to 32 bits), an `int32` or `int64` from 0 to 4294967295, or a string.
-        !> Another integer gives `MEK_VALUE_OUT_OF_RANGE`. The file has the first 256 bytes of a
-        !> string.
+        !> Other integers, and finite values that a 32-bit real cannot have, give
+        !> `MEK_VALUE_OUT_OF_RANGE`. The file has the first 256 bytes of a string.
         generic :: set => attributes_set_real32, attributes_set_real64, attributes_set_int32, &
             attributes_set_int64, attributes_set_string
         !> clear()
@@ -136,16 +136,16 @@ module mekapi2
         character(kind=c_char, len=:), allocatable :: text
     end type
 
-    !> Attributes in the form of C, which are used again: if the keys stay the same, as in a loop
-    !> over the steps, only the values are set.
+    !> Attributes in the form of C. They are kept for the next call: if it has the same keys, as in
+    !> a loop over the steps, only the values are set.
     type :: c_attributes
         type(c_ptr) :: handle = c_null_ptr
         type(string), allocatable :: keys(:)
         integer :: count = 0
     end type
 
-    !> The optional arguments of `add_array` in the form of C. Owns what the options point to, and
-    !> is used again.
+    !> The optional arguments of `add_array` in the form of C. Owns what the options point to. Its
+    !> memory is kept for the next call.
     type :: request
         type(c_array_options) :: options
         character(kind=c_char, len=:), allocatable :: name
@@ -157,10 +157,13 @@ module mekapi2
 
     !> Writes models, one write cycle after the other. A write cycle starts with `save_to` and ends
     !> with `close`. The finaliser ends an open write cycle and discards its errors, like `destroy`.
-    !> Variables of the main program are not finalised. A model cannot be assigned to another.
+    !> The language does not finalise variables of the main program and of modules, and those with
+    !> `save`. The assignment of a model in use stops the program. A copy that the language makes
+    !> without an assignment, as in `allocate (b, source=a)`, is a model without a write cycle.
     type :: mek_model
         private
         type(c_ptr) :: handle = c_null_ptr
+        integer(c_intptr_t) :: owner = 0 !< address of the object that created the model of C
         type(request) :: request
     contains
         !> save_to(path, overwrite, tool_name, tool_version, relink_replaced, journal,
@@ -172,18 +175,17 @@ module mekapi2
         !>
         !> - `overwrite`: an existing file is replaced; otherwise it is an error.
         !> - `tool_name`, `tool_version`: of the writing program.
-        !> - `relink_replaced`: an array for a variable that is a link makes it an owner.
+        !> - `relink_replaced`: a variable that is a link and gets a new array becomes its owner.
         !> - `journal`: allows `checkpoint`, and recovery after the program was killed.
         !> - `replace_when_complete`: the file has a temporary name until `close`.
-        !> - `threads`: compresses on so many threads; 0: as many as the processor has.
+        !> - `threads`: number of threads that compress; 0: as many as the processor has.
         !> - `parallel_for`, `parallel_context`: a `bind(C)` function of type `mek_parallel_for` of
         !>   docs/c.md, as a `c_funptr`, and its context, as a `c_ptr`.
         !> - `block_size`: bytes of arrays after which a block ends. 0: the default of 200 MiB.
         !> - `compression_level`: 1 (fast) to 9 (small); the default is 6.
         !>
-        !> Errors: `MEK_INVALID_STATE`, `MEK_FILE_OPEN`, `MEK_FILE_WRITE`, `MEK_MISCELLANEOUS`,
-        !> `MEK_INVALID_ARGUMENTS`. After the second to the fourth, call `close` before the next
-        !> `save_to`.
+        !> Errors: `MEK_INVALID_STATE`, `MEK_INVALID_ARGUMENTS`, `MEK_FILE_OPEN`, `MEK_FILE_WRITE`,
+        !> `MEK_MISCELLANEOUS`. After the last three, call `close` before the next `save_to`.
         procedure :: save_to
         !> close(stat, errmsg)
         !>
@@ -237,7 +239,7 @@ module mekapi2
         !> ends in the separator is a group, otherwise its last name is a shape. `ids`, of the same
         !> size, are the ids of the groups and of the geometries of the shapes. `attributes`, of the
         !> same size, are those of the last group of each path. Errors: `MEK_INVALID_STATE`,
-        !> `MEK_INVALID_ARGUMENTS`, `MEK_NOT_YET_IMPLEMENTED`; `MEK_MISUSE` for another size.
+        !> `MEK_INVALID_ARGUMENTS`, `MEK_NOT_YET_IMPLEMENTED`; `MEK_MISUSE` if a size differs.
         procedure :: add_assembly_components
         procedure, private :: add_real32_1, add_real32_2, add_real64_1, add_real64_2
         procedure, private :: add_int32_1, add_int32_2
@@ -249,21 +251,22 @@ module mekapi2
         !> Writes an array to the file and attaches it as a named variable to geometries, for steps.
         !> All but the first three arguments are optional.
         !>
-        !> - `values` is an array of `real32`, `real64` or `int32`. Of rank 1, it has one value for
-        !>   each row. Of rank 2, `values(:, i)` is row i of the file: `coordinates(3, n)` is n rows
-        !>   of 3. The file has 32-bit reals and unsigned integers. A section is read where it is;
-        !>   no array is copied before the call of the library. A connectivity of n elements with k
-        !>   nodes each can have the shape (k, n); only a section of it is copied.
+        !> - `values` is an array of `real32`, `real64` or `int32`. An array of rank 1 has one value
+        !>   for each row. In an array of rank 2, `values(:, i)` is row i of the file:
+        !>   `coordinates(3, n)` is n rows of 3. The file has 32-bit reals and unsigned integers.
+        !>   The library reads arrays and sections without a copy. A connectivity of n elements
+        !>   with k nodes each can have the shape (k, n). Only a section of such an array is
+        !>   copied.
         !> - `ids` is the id of a geometry, or an array of them.
         !> - `name` of the variable; results have no default name.
         !> - `step` is one step, `steps` an array of steps; without both, the array belongs to no
         !>   step, like a mesh.
-        !> - `base` is subtracted from integers. The default is 1 for a connectivity, which counts
-        !>   the nodes from 1 in Fortran and from 0 in the file, and 0 for all other types: node
-        !>   and element ids stay as they are.
-        !>   A value that is negative afterwards gives `MEK_VALUE_OUT_OF_RANGE`.
+        !> - `base` is subtracted from integers. A value that is negative afterwards gives
+        !>   `MEK_VALUE_OUT_OF_RANGE`. The default is 1 for a connectivity, which counts the nodes
+        !>   from 1 in Fortran and from 0 in the file. It is 0 for all other types: node and element
+        !>   ids are stored unchanged.
         !> - `out_of_range`, for `real64` only, is the number of finite values that a 32-bit real
-        !>   cannot have. They are written as infinite. Without it, they give
+        !>   cannot have. They are written as infinite. Without `out_of_range`, such a value gives
         !>   `MEK_VALUE_OUT_OF_RANGE`.
         !>
         !> Errors: also `MEK_INVALID_STATE`, `MEK_INVALID_ARGUMENTS`, `MEK_OVERFLOW`,
@@ -273,12 +276,14 @@ module mekapi2
             add_real64_2_id, add_int32_1_id, add_int32_2_id
         !> last_error(error)
         !>
-        !> Describes the result of the last call with this model; `error` is a `mek_error`.
+        !> Describes the result of the last call of the library with this model; `error` is a
+        !> `mek_error`. Errors of `ids` or `attributes` of another size, and of a negative
+        !> `threads` or `block_size`, occur before that call: only `stat` and `errmsg` have them.
         procedure :: last_error
         !> destroy()
         !>
-        !> Ends an open write cycle, discards its errors and frees the memory of the model, which
-        !> can be used again.
+        !> Ends an open write cycle, discards its errors and frees the memory of the model. The
+        !> model can be used again.
         procedure :: destroy => destroy_model
         procedure, private :: refuse_copy
         generic :: assignment(=) => refuse_copy
@@ -333,7 +338,7 @@ contains
     function mek_status_name(status) result(name)
         integer, intent(in) :: status
         character(:), allocatable :: name
-        name = to_fortran(c_status_name(status))
+        call to_fortran(c_status_name(status), name)
     end function
 
     !> mek_recover(unfinished, output, overwrite, report, on_temporary_file, context, stat, errmsg)
@@ -363,10 +368,10 @@ contains
         found%size = c_sizeof(found)
         status = c_recover(to_c(unfinished), to_c(output), flag(overwrite), observer, &
             observer_context, found)
+        if (present(report)) report%reason = ''
         if (status == MEK_OK .and. present(report)) then
             report%saved = amount_of(found%saved)
             report%lost = amount_of(found%lost)
-            report%reason = ''
             do i = 1, size(found%reason)
                 if (found%reason(i) == c_null_char) exit
                 report%reason = report%reason // found%reason(i)
@@ -390,30 +395,30 @@ contains
         integer, intent(out), optional :: stat
         character(*), intent(inout), optional :: errmsg
         if (present(stat)) stat = status
-        if (status /= MEK_OK) call report_error(error_of(handle), stat, errmsg)
+        if (status /= MEK_OK) call report_error(error_of(handle), status, stat, errmsg)
     end subroutine
 
-    !> The same for an error that this module finds.
+    subroutine report_error(error, status, stat, errmsg)
+        type(mek_error), intent(in) :: error
+        integer(c_int), intent(in) :: status
+        integer, intent(out), optional :: stat
+        character(*), intent(inout), optional :: errmsg
+        call refuse(status, error%class_name // ': ' // error%message, stat, errmsg)
+    end subroutine
+
+    !> Reports an error to the caller, or stops the program.
+    !> @param message with the class of the error
     subroutine refuse(status, message, stat, errmsg)
         integer, intent(in) :: status
         character(*), intent(in) :: message
         integer, intent(out), optional :: stat
         character(*), intent(inout), optional :: errmsg
-        type(mek_error) :: error
-        if (present(stat)) stat = status
-        error%class_name = mek_status_name(status)
-        error%message = message
-        call report_error(error, stat, errmsg)
-    end subroutine
-
-    !> @param stat not changed
-    subroutine report_error(error, stat, errmsg)
-        type(mek_error), intent(in) :: error
-        integer, intent(inout), optional :: stat
-        character(*), intent(inout), optional :: errmsg
-        if (present(errmsg)) errmsg = error%class_name // ': ' // error%message
-        if (present(stat)) return
-        write (error_unit, '(4a)') 'mekapi2: ', error%class_name, ': ', error%message
+        if (present(errmsg)) errmsg = message
+        if (present(stat)) then
+            stat = status
+            return
+        end if
+        write (error_unit, '(2a)') 'mekapi2: ', message
         error stop 1
     end subroutine
 
@@ -423,19 +428,20 @@ contains
         type(c_error), pointer :: found
         call c_f_pointer(c_last_error(handle), found)
         error%status = found%status
-        error%class_name = to_fortran(found%class_name)
-        error%message = to_fortran(found%message)
-        error%function = to_fortran(found%function)
-        error%file = to_fortran(found%file)
+        call to_fortran(found%class_name, error%class_name)
+        call to_fortran(found%message, error%message)
+        call to_fortran(found%function, error%function)
+        call to_fortran(found%file, error%file)
         error%line = found%line
         error%system_error = found%system_error
     end function
 
-    ! Conversions
+    ! Conversions. No function of a result with a deferred length is called here: gfortran 12 keeps
+    ! the length in a static variable, which all threads would share.
 
     pure function to_c(text) result(converted)
         character(*), intent(in) :: text
-        character(kind=c_char, len=:), allocatable :: converted
+        character(kind=c_char, len=len_trim(text) + 1) :: converted
         converted = trim(text) // c_null_char
     end function
 
@@ -453,9 +459,9 @@ contains
         copy(length + 1:length + 1) = c_null_char
     end subroutine
 
-    function to_fortran(text) result(converted)
+    subroutine to_fortran(text, converted)
         type(c_ptr), intent(in) :: text
-        character(:), allocatable :: converted
+        character(:), allocatable, intent(out) :: converted
         character(kind=c_char), pointer :: characters(:)
         integer :: i, length
         length = int(c_strlen(text))
@@ -464,7 +470,7 @@ contains
         do i = 1, length
             converted(i:i) = characters(i)
         end do
-    end function
+    end subroutine
 
     pure integer(c_int) function flag(given)
         logical, intent(in), optional :: given
@@ -508,21 +514,34 @@ contains
         this%entries(number)%key = to_c(key)
     end function
 
-    subroutine attributes_set_real32(this, key, value)
+    subroutine attributes_set_real32(this, key, value, stat, errmsg)
         class(mek_attributes), intent(inout) :: this
         character(*), intent(in) :: key
         real(real32), intent(in) :: value
+        integer, intent(out), optional :: stat
+        character(*), intent(inout), optional :: errmsg
         integer :: number
         number = entry_of(this, key)
         this%entries(number)%kind = OF_REAL
         this%entries(number)%real_value = value
+        call finish(MEK_OK, c_null_ptr, stat, errmsg)
     end subroutine
 
-    subroutine attributes_set_real64(this, key, value)
+    subroutine attributes_set_real64(this, key, value, stat, errmsg)
         class(mek_attributes), intent(inout) :: this
         character(*), intent(in) :: key
         real(real64), intent(in) :: value
-        call this%attributes_set_real32(key, real(value, real32))
+        integer, intent(out), optional :: stat
+        character(*), intent(inout), optional :: errmsg
+        ! the smallest number that is rounded to an infinite one
+        real(real64), parameter :: limit = real(huge(1.0_real32), real64) + 2.0_real64**103
+        character(32) :: number_text
+        if (abs(value) >= limit .and. abs(value) <= huge(value)) then
+            write (number_text, '(es24.16e3)') value
+            call refuse_attribute(key, number_text, 'in the range of a 32-bit real', stat, errmsg)
+            return
+        end if
+        call this%attributes_set_real32(key, real(value, real32), stat)
     end subroutine
 
     subroutine attributes_set_int32(this, key, value, stat, errmsg)
@@ -544,23 +563,33 @@ contains
         integer :: number
         if (value < 0 .or. value > LARGEST_UNSIGNED) then
             write (number_text, '(i0)') value
-            call refuse(MEK_VALUE_OUT_OF_RANGE, 'attribute "' // trim(key) // '": ' // &
-                trim(number_text) // ' is not a number from 0 to 4294967295', stat, errmsg)
+            call refuse_attribute(key, number_text, 'a number from 0 to 4294967295', stat, errmsg)
             return
         end if
-        if (present(stat)) stat = MEK_OK
         number = entry_of(this, key)
         this%entries(number)%kind = OF_UNSIGNED
         this%entries(number)%bits = to_bits(value)
+        if (present(stat)) stat = MEK_OK
     end subroutine
 
-    subroutine attributes_set_string(this, key, value)
+    subroutine attributes_set_string(this, key, value, stat, errmsg)
         class(mek_attributes), intent(inout) :: this
         character(*), intent(in) :: key, value
+        integer, intent(out), optional :: stat
+        character(*), intent(inout), optional :: errmsg
         integer :: number
         number = entry_of(this, key)
         this%entries(number)%kind = OF_STRING
         this%entries(number)%text = to_c(value)
+        call finish(MEK_OK, c_null_ptr, stat, errmsg)
+    end subroutine
+
+    subroutine refuse_attribute(key, value, expected, stat, errmsg)
+        character(*), intent(in) :: key, value, expected
+        integer, intent(out), optional :: stat
+        character(*), intent(inout), optional :: errmsg
+        call refuse(MEK_VALUE_OUT_OF_RANGE, 'ValueOutOfRange: attribute "' // trim(key) // &
+            '": ' // trim(adjustl(value)) // ' is not ' // expected, stat, errmsg)
     end subroutine
 
     !> The `int32` with the bits of an unsigned number.
@@ -720,9 +749,32 @@ contains
 
     !> Creates the model of C on its first use.
     integer(c_int) function open_handle(this) result(status)
-        class(mek_model), intent(inout) :: this
+        class(mek_model), intent(inout), target :: this
         status = MEK_OK
-        if (.not. c_associated(this%handle)) status = c_model_create(this%handle)
+        call forget_model_of_other(this)
+        if (c_associated(this%handle)) return
+        status = c_model_create(this%handle)
+        this%owner = transfer(c_loc(this%handle), this%owner)
+    end function
+
+    !> The language copies objects without a call of this module, as in `allocate (b, source=a)`.
+    !> Such a copy must not use the model of the other object, or free it.
+    subroutine forget_model_of_other(this)
+        class(mek_model), intent(inout) :: this
+        if (is_owner(this)) return
+        this%handle = c_null_ptr
+        call forget(this%request)
+    end subroutine
+
+    !> Frees the memory of Fortran.
+    subroutine forget(this)
+        type(request), intent(out) :: this
+        this%options = c_array_options()
+    end subroutine
+
+    logical function is_owner(this)
+        class(mek_model), intent(in), target :: this
+        is_owner = this%owner == transfer(c_loc(this%handle), this%owner)
     end function
 
     subroutine save_to(this, path, overwrite, tool_name, tool_version, relink_replaced, journal, &
@@ -741,7 +793,8 @@ contains
         integer(c_int) :: status
         options = c_null_ptr
         if (is_negative(threads) .or. is_negative(block_size)) then
-            call refuse(MEK_INVALID_ARGUMENTS, 'threads or block_size is negative', stat, errmsg)
+            call refuse(MEK_INVALID_ARGUMENTS, &
+                'InvalidArguments: threads or block_size is negative', stat, errmsg)
             return
         end if
         status = open_handle(this)
@@ -800,6 +853,7 @@ contains
         integer, intent(out), optional :: stat
         character(*), intent(inout), optional :: errmsg
         if (present(stat)) stat = MEK_OK
+        call forget_model_of_other(this)
         if (.not. c_associated(this%handle)) return ! no write cycle is open
         call finish(c_close(this%handle), this%handle, stat, errmsg)
     end subroutine
@@ -821,8 +875,9 @@ contains
         type(c_ptr) :: found
         found = c_null_ptr
         path = ''
+        call forget_model_of_other(this)
         if (.not. c_associated(this%handle)) return
-        if (c_temporary_path(this%handle, found) == MEK_OK) path = to_fortran(found)
+        if (c_temporary_path(this%handle, found) == MEK_OK) call to_fortran(found, path)
     end function
 
     subroutine add_node(this, kind, name, id, attributes, stat, errmsg)
@@ -879,12 +934,12 @@ contains
         character(*), intent(in), optional :: separator
         integer, intent(out), optional :: stat
         character(*), intent(inout), optional :: errmsg
+        character(kind=c_char, len=:), allocatable :: used
         integer(c_int) :: status
         id = 0
+        call separator_to_c(separator, used)
         status = open_handle(this)
-        if (status == MEK_OK) then
-            status = c_get_node_id(this%handle, to_c(path), to_c(separator_or(separator)), id)
-        end if
+        if (status == MEK_OK) status = c_get_node_id(this%handle, to_c(path), used, id)
         call finish(status, this%handle, stat, errmsg)
     end subroutine
 
@@ -905,12 +960,12 @@ contains
         call finish(status, this%handle, stat, errmsg)
     end subroutine
 
-    pure function separator_or(separator) result(used)
+    pure subroutine separator_to_c(separator, converted)
         character(*), intent(in), optional :: separator
-        character(:), allocatable :: used
-        used = '/'
-        if (present(separator)) used = separator
-    end function
+        character(kind=c_char, len=:), allocatable, intent(out) :: converted
+        converted = '/' // c_null_char
+        if (present(separator)) converted = to_c(separator)
+    end subroutine
 
     !> Copies strings in the form of C, and returns their addresses.
     function addresses_of(names, copies) result(addresses)
@@ -960,13 +1015,16 @@ contains
         character(*), intent(inout), optional :: errmsg
         type(string), target :: copies(size(paths))
         type(c_ptr) :: handles(size(paths)), reporter
+        character(kind=c_char, len=:), allocatable :: used
         integer(c_int32_t) :: added(size(paths))
         integer(c_int) :: status
         integer :: i
         if (.not. has_size(ids, size(paths)) .or. .not. fits(attributes)) then
-            call refuse(MEK_MISUSE, 'ids or attributes have another size than paths', stat, errmsg)
+            call refuse(MEK_MISUSE, 'Misuse: ids or attributes have another size than paths', &
+                stat, errmsg)
             return
         end if
+        call separator_to_c(separator, used)
         added = 0
         handles = c_null_ptr
         reporter = c_null_ptr
@@ -980,11 +1038,10 @@ contains
             reporter = this%handle
             if (present(attributes)) then
                 status = c_add_components_with_attributes(this%handle, &
-                    addresses_of(paths, copies), handles, size(paths, kind=c_size_t), &
-                    to_c(separator_or(separator)), added)
+                    addresses_of(paths, copies), handles, size(paths, kind=c_size_t), used, added)
             else
                 status = c_add_assembly_components(this%handle, addresses_of(paths, copies), &
-                    size(paths, kind=c_size_t), to_c(separator_or(separator)), added)
+                    size(paths, kind=c_size_t), used, added)
             end if
         end if
         do i = 1, size(paths)
@@ -1031,7 +1088,7 @@ contains
         if (.not. present(step) .and. .not. present(steps)) return
         count = merge(1, 0, present(step))
         if (present(steps)) count = count + size(steps)
-        call reserve_steps(this, count)
+        call reserve_steps(this, max(count, 1)) ! also without a step the address is not null
         if (present(step)) call set_step(1, step)
         do i = 1, count - merge(1, 0, present(step))
             call set_step(count - size(steps) + i, steps(i))
@@ -1061,7 +1118,7 @@ contains
             if (size(this%steps) >= count) return
         end if
         call free_steps(this)
-        allocate (this%steps(max(count, 1)), this%step_names(count), this%of_steps(count))
+        allocate (this%steps(count), this%step_names(count), this%of_steps(count))
     end subroutine
 
     subroutine free_steps(this)
@@ -1295,8 +1352,8 @@ contains
         where = memory_of(values)
         if (is_connectivity(kind) .and. where%columns > 1) then
             if (.not. has_no_gaps(where)) then
-                call add_int32_1(this, kind, reshape(values, [size(values)]), ids, name, step, &
-                    steps, attributes, base, stat, errmsg)
+                call add_int32_1(this, kind, reshape(values, [size(values, kind=int64)]), ids, &
+                    name, step, steps, attributes, base, stat, errmsg)
                 return
             end if
             where%rows = where%rows * where%columns
@@ -1402,29 +1459,31 @@ contains
     subroutine last_error(this, error)
         class(mek_model), intent(in) :: this
         type(mek_error), intent(out) :: error
-        error = error_of(this%handle)
+        error = error_of(merge(this%handle, c_null_ptr, is_owner(this)))
     end subroutine
 
     subroutine destroy_model(this)
         class(mek_model), intent(inout) :: this
+        call forget_model_of_other(this)
         call c_model_destroy(this%handle)
         this%handle = c_null_ptr
         call free_steps(this%request)
         call c_attributes_destroy(this%request%of_array%handle)
-        this%request%of_array%handle = c_null_ptr
-        this%request%of_array%count = 0
+        call forget(this%request)
     end subroutine
 
-    subroutine finalise_model(this)
+    impure elemental subroutine finalise_model(this)
         type(mek_model), intent(inout) :: this
         call this%destroy()
     end subroutine
 
-    !> Two variables would free the same model.
+    !> Two variables would write to the same file. Models that are not in use are accepted, since
+    !> they can be components. The procedure is not elemental: with an elemental one, gfortran 12
+    !> does not allocate an array of a type with such a component when it is assigned.
     subroutine refuse_copy(this, other)
         class(mek_model), intent(inout) :: this
         class(mek_model), intent(in) :: other
-        if (.not. c_associated(this%handle, other%handle)) then
+        if (c_associated(this%handle) .or. c_associated(other%handle)) then
             write (error_unit, '(a)') 'mekapi2: a mek_model cannot be assigned to another'
             error stop 1
         end if

@@ -14,22 +14,17 @@ struct point {
     int32_t number; /* from 1 */
 };
 
-struct ids {
-    uint32_t body;
-    uint32_t skin;
-};
-
 static mek_model* model = NULL;
+static uint32_t ids[2]; /* of the geometries body and skin */
 
-/* Ends the program if a call failed. */
-static void check(mek_status status) {
-    if (status != MEK_OK) {
-        const mek_error* error = mek_last_error(model);
-        fprintf(stderr, "same_model: %s: %s: %s\n", error->function, error->class_name,
-                error->message);
+static void require(int condition, const char* message) {
+    if (!condition) {
+        fprintf(stderr, "same_model: %s\n", message);
         exit(1);
     }
 }
+
+static void check(mek_status status) { require(status == MEK_OK, mek_last_error(model)->message); }
 
 static int run_tasks(void* context, size_t count, mek_task task, void* data) {
     size_t* runs = context;
@@ -54,17 +49,24 @@ static mek_attributes* new_attributes(void) {
     return attributes;
 }
 
+static void set_three(mek_properties* properties, mek_property_type type, float first, float second,
+                      float third) {
+    float values[3];
+    values[0] = first;
+    values[1] = second;
+    values[2] = third;
+    check(mek_properties_set_f32_array(properties, type, values, 3));
+}
+
 static void add_placed_group(void) {
-    const float translation[] = {1, 2, 3};
     const float rotation[] = {0, 0, 1, 0.5F};
-    const float scale[] = {2, 2, 4};
     mek_properties* placement = NULL;
     mek_attributes* side = NULL;
     uint32_t id = 0;
     check(mek_properties_create(&placement));
-    check(mek_properties_set_f32_array(placement, MEK_TRANSLATION, translation, 3));
+    set_three(placement, MEK_TRANSLATION, 1, 2, 3);
     check(mek_properties_set_f32_array(placement, MEK_ROTATION, rotation, 4));
-    check(mek_properties_set_f32_array(placement, MEK_SCALE, scale, 3));
+    set_three(placement, MEK_SCALE, 2, 2, 4);
     check(mek_attributes_create(&side));
     check(mek_attributes_set_string(side, "side", "left"));
     check(mek_set_current_node_id(model, 1));
@@ -75,17 +77,14 @@ static void add_placed_group(void) {
 }
 
 static void add_coloured_shape(void) {
-    const float diffuse[] = {0.25F, 0.5F, 0.75F};
     const float specular[] = {1, 0.5F, 0.25F, 0.125F};
-    const float emissive[] = {0.125F, 0, 0};
-    const float ambient[] = {0.5F, 0.5F, 0.5F};
     mek_properties* material = NULL;
     uint32_t id = 0;
     check(mek_properties_create(&material));
-    check(mek_properties_set_f32_array(material, MEK_DIFFUSE_COLOR, diffuse, 3));
+    set_three(material, MEK_DIFFUSE_COLOR, 0.25F, 0.5F, 0.75F);
     check(mek_properties_set_f32_array(material, MEK_SPECULAR_COLOR, specular, 4));
-    check(mek_properties_set_f32_array(material, MEK_EMISSIVE_COLOR, emissive, 3));
-    check(mek_properties_set_f32_array(material, MEK_AMBIENT_COLOR, ambient, 3));
+    set_three(material, MEK_EMISSIVE_COLOR, 0.125F, 0, 0);
+    set_three(material, MEK_AMBIENT_COLOR, 0.5F, 0.5F, 0.5F);
     check(mek_properties_set_f32(material, MEK_TRANSPARENCY, 0.25F));
     check(mek_properties_set_f32(material, MEK_AMBIENT_INTENSITY, 0.5F));
     check(mek_properties_set_f32(material, MEK_SHININESS, 0.5F));
@@ -96,13 +95,12 @@ static void add_coloured_shape(void) {
     mek_properties_destroy(material);
 }
 
-static struct ids add_tree(void) {
+static void add_tree(void) {
     const char* const paths[] = {"/" ROOT "/part/", "/" ROOT "/part/body", "/" ROOT "/part/skin"};
     const char* const others[] = {"|" ROOT "|second|", "|" ROOT "|part|body"};
     const char* const names[] = {ROOT, "part", "skin"};
     const mek_attributes* of_others[2] = {NULL, NULL};
     mek_attributes* attributes = new_attributes();
-    struct ids ids = {0, 0};
     uint32_t added[3];
     of_others[0] = attributes;
     check(mek_add_node(model, MEK_FLAGGED_ROOT_GROUP, ROOT, attributes, NULL));
@@ -111,21 +109,16 @@ static struct ids add_tree(void) {
     mek_attributes_destroy(attributes);
     add_placed_group();
     add_coloured_shape();
-    check(mek_get_node_id(model, "/" ROOT "/part/body/body", NULL, &ids.body));
-    check(mek_get_node_id_of_names(model, names, 3, &ids.skin));
-    ++ids.skin; /* the geometry of the shape */
-    if (added[1] != ids.body) {
-        fprintf(stderr, "same_model: the ids are not in the order of the paths\n");
-        exit(1);
-    }
-    return ids;
+    check(mek_get_node_id(model, "/" ROOT "/part/body/body", NULL, &ids[0]));
+    check(mek_get_node_id_of_names(model, names, 3, &ids[1]));
+    ++ids[1]; /* the geometry of the shape */
+    require(added[1] == ids[0], "the ids are not in the order of the paths");
 }
 
-static void add_mesh(const struct ids* ids) {
+static void add_mesh(void) {
     static struct point points[POINT_COUNT];
     mek_array_options interleaved = MEK_ARRAY_OPTIONS_INIT;
     uint32_t lengths[10];
-    uint32_t both[2];
     size_t i, j;
     for (i = 0; i < POINT_COUNT; ++i) {
         for (j = 0; j < 3; ++j) {
@@ -136,20 +129,18 @@ static void add_mesh(const struct ids* ids) {
     for (i = 0; i < 10; ++i) {
         lengths[i] = 8;
     }
-    both[0] = ids->body;
-    both[1] = ids->skin;
     interleaved.row_stride = sizeof(struct point);
-    check(mek_add_array_f32(model, MEK_COORDINATES, points[0].position, POINT_COUNT, 3, both, 2,
+    check(mek_add_array_f32(model, MEK_COORDINATES, points[0].position, POINT_COUNT, 3, ids, 2,
                             &interleaved));
     interleaved.base = 1;
-    check(mek_add_array_i32(model, MEK_CONNECTIVITY_2, &points[0].number, 80, 1, both, 1,
+    check(mek_add_array_i32(model, MEK_CONNECTIVITY_2, &points[0].number, 80, 1, ids, 1,
                             &interleaved));
-    check(mek_add_array_u32(model, MEK_POLYLENGTH_2, lengths, 10, 1, both, 1, NULL));
-    check(mek_add_array_i32(model, MEK_NODE_IDS, &points[0].number, POINT_COUNT, 1, both, 2,
+    check(mek_add_array_u32(model, MEK_POLYLENGTH_2, lengths, 10, 1, ids, 1, NULL));
+    check(mek_add_array_i32(model, MEK_NODE_IDS, &points[0].number, POINT_COUNT, 1, ids, 2,
                             &interleaved));
 }
 
-static void add_kinds(uint32_t id) {
+static void add_kinds(void) {
     static const size_t widths[] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 3, 1, 3, 6, 6, 1, 3,
                                     6, 6, 1, 3, 6, 6, 1, 1, 3, 6, 6, 1, 1, 3, 6};
     const uint32_t numbers[] = {7, 8, 9};
@@ -173,27 +164,25 @@ static void add_kinds(uint32_t id) {
         snprintf(name, sizeof name, "kind %d", (int)kind);
         if (kind < 9 || kind == MEK_NODE_IDS || kind == MEK_ELEMENT_IDS) {
             options.row_stride = options.column_stride = 0;
-            check(mek_add_array_u32(model, kind, numbers, 3, 1, &id, 1, &options));
+            check(mek_add_array_u32(model, kind, numbers, 3, 1, ids + 1, 1, &options));
         } else {
             options.row_stride = sizeof(float);
             options.column_stride = sizeof by_column[0];
-            check(mek_add_array_f32(model, kind, by_column[0], 3, widths[kind], &id, 1, &options));
+            check(mek_add_array_f32(model, kind, by_column[0], 3, widths[kind], ids + 1, 1,
+                                    &options));
         }
     }
     mek_attributes_destroy(time);
 }
 
-static void add_results(const struct ids* ids) {
+static void add_results(void) {
     const double shape[] = {1, 2, 3, 4, 5, 6};
     const double wide[] = {0.1, 0.2, 1e30F};
     const uint32_t counts[] = {2000000000, 2000000001};
     mek_attributes* vibration = NULL;
     mek_step step = {"mode 1", NULL};
     mek_array_options options = MEK_ARRAY_OPTIONS_INIT;
-    uint32_t both[2];
     size_t out_of_range = 9;
-    both[0] = ids->body;
-    both[1] = ids->skin;
     check(mek_attributes_create(&vibration));
     check(mek_attributes_set_string(vibration, "Category", "Vibration"));
     check(mek_attributes_set_f32(vibration, "Frequency", 12.5F));
@@ -201,19 +190,16 @@ static void add_results(const struct ids* ids) {
     options.steps = &step;
     options.step_count = 1;
     options.attributes = vibration;
-    check(mek_add_array_f64(model, MEK_RESULT_A3, shape, 2, 3, both, 1, &options, NULL));
+    check(mek_add_array_f64(model, MEK_RESULT_A3, shape, 2, 3, ids, 1, &options, NULL));
     step.name = "1";
     options.attributes = NULL;
     options.name = "T";
-    check(mek_add_array_f64(model, MEK_RESULT_A1, wide, 3, 1, both, 2, &options, &out_of_range));
-    check(mek_add_array_f64(model, MEK_RESULT_A1, wide, 3, 1, both + 1, 1, &options, NULL));
+    check(mek_add_array_f64(model, MEK_RESULT_A1, wide, 3, 1, ids, 2, &options, &out_of_range));
+    check(mek_add_array_f64(model, MEK_RESULT_A1, wide, 3, 1, ids + 1, 1, &options, NULL));
     options.name = "counts";
-    check(mek_add_array_u32(model, MEK_RESULT_B1, counts, 2, 1, both + 1, 1, &options));
+    check(mek_add_array_u32(model, MEK_RESULT_B1, counts, 2, 1, ids + 1, 1, &options));
     mek_attributes_destroy(vibration);
-    if (out_of_range != 0) {
-        fprintf(stderr, "same_model: %d values are out of range\n", (int)out_of_range);
-        exit(1);
-    }
+    require(out_of_range == 0, "values are out of range");
 }
 
 static void save_to(const char* path, size_t* runs) {
@@ -233,22 +219,18 @@ static void save_to(const char* path, size_t* runs) {
     check(mek_save_to(model, path, options));
     mek_options_destroy(options);
     check(mek_temporary_path(model, &temporary));
-    if (temporary[0] == '\0') {
-        fprintf(stderr, "same_model: there is no temporary file\n");
-        exit(1);
-    }
+    require(temporary[0] != '\0', "there is no temporary file");
 }
 
 int main(int argc, char** argv) {
-    struct ids ids;
     size_t runs = 0;
     save_to(argc > 1 ? argv[1] : "same_model.mek", &runs);
-    ids = add_tree();
-    add_mesh(&ids);
+    add_tree();
+    add_mesh();
     check(mek_checkpoint(model, MEK_DURABILITY_PROCESS));
-    add_kinds(ids.skin);
+    add_kinds();
     check(mek_checkpoint(model, MEK_DURABILITY_DEVICE));
-    add_results(&ids);
+    add_results();
     check(mek_close(model));
     mek_model_destroy(model);
     return runs > 0 ? 0 : 1;

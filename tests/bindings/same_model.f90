@@ -77,40 +77,47 @@ contains
         if (added(2) /= body) error stop 'the ids are not in the order of the paths'
     end subroutine
 
+    !> Some arrays are sections with gaps, in rank 1 and 2 and against the order of memory.
     subroutine add_mesh()
-        real(real32), allocatable :: coordinates(:, :)
-        integer(int32), allocatable :: numbers(:)
+        real(real32), allocatable :: points(:, :)
+        integer(int32), allocatable :: pairs(:, :)
         integer :: i, j
-        allocate (coordinates(3, POINT_COUNT), numbers(POINT_COUNT))
+        allocate (points(4, 2 * POINT_COUNT), pairs(2, POINT_COUNT))
         do i = 1, POINT_COUNT
-            coordinates(:, i) = [(0.5 * (i - 1) + 0.25 * (j - 1), j = 1, 3)]
-            numbers(i) = i
+            points(4:2:-1, 2 * i) = [(0.5 * (i - 1) + 0.25 * (j - 1), j = 1, 3)]
+            pairs(2, i) = i
         end do
-        call model%add_array(MEK_COORDINATES, coordinates, [body, skin])
-        call model%add_array(MEK_CONNECTIVITY_2, reshape(numbers(:80), [8, 10]), body)
+        call model%add_array(MEK_COORDINATES, points(4:2:-1, 2::2), [body, skin])
+        call model%add_array(MEK_CONNECTIVITY_2, reshape(pairs(2, :80), [8, 10]), body)
         call model%add_array(MEK_POLYLENGTH_2, [(8, i = 1, 10)], body)
-        call model%add_array(MEK_NODE_IDS, numbers, [body, skin], base=1)
+        call model%add_array(MEK_NODE_IDS, pairs(2, :), [body, skin], base=1)
+        call model%add_array(MEK_RESULT_A3, points(2:4, 3:2), body, 'no rows, so no variable')
     end subroutine
 
     subroutine add_kinds()
         integer, parameter :: WIDTHS(0:30) = [1, 1, 1, 1, 1, 1, 1, 1, 1, 3, 1, 3, 6, 6, 1, 3, &
             6, 6, 1, 3, 6, 6, 1, 1, 3, 6, 6, 1, 1, 3, 6]
         type(mek_step) :: steps(2)
-        real(real32) :: by_column(3, 6)
+        real(real32) :: values(6, 3)
+        integer(int32) :: cells(3, 1)
         character(10) :: name
         integer :: kind, i, j
         steps(1)%name = 'first'
         steps(2) = mek_step('second')
         call steps(2)%attributes%set('Time', 0.5)
-        by_column = reshape([((real(j, real32) + 0.125 * i, j = 0, 2), i = 0, 5)], [3, 6])
+        values = reshape([((real(j, real32) + 0.125 * i, i = 0, 5), j = 0, 2)], [6, 3])
+        cells(:, 1) = [10, 9, 8]
         do kind = 0, 30
             write (name, '(a,i0)') 'kind ', kind
             select case (kind)
-            case (:8, MEK_NODE_IDS, MEK_ELEMENT_IDS)
+            case (MEK_CONNECTIVITY_1)
+                call model%add_array(kind, cells(3:1:-1, :), skin, name, steps=steps)
+            case (:MEK_CONNECTIVITY_0, MEK_CONNECTIVITY_2:8, MEK_NODE_IDS, MEK_ELEMENT_IDS)
                 call model%add_array(kind, [7, 8, 9], skin, name, steps=steps, base=0)
+            case (MEK_RESULT_A1)
+                call model%add_array(kind, values(1, :), skin, name, steps=steps)
             case default
-                call model%add_array(kind, transpose(by_column(:, :WIDTHS(kind))), skin, name, &
-                    steps=steps)
+                call model%add_array(kind, values(:WIDTHS(kind), :), skin, name, steps=steps)
             end select
         end do
     end subroutine

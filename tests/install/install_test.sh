@@ -138,6 +138,8 @@ check_fortran() {
     read -r -a compile_fortran <<<"gfortran $CXXFLAGS -std=f2008 -Wall -Wextra -pedantic -Werror"
     check_solver fortran "${compile_fortran[@]}" "$SOURCE_DIR/examples/fortran/heat.f90"
     compile_readme fortran "${compile_fortran[@]}"
+    ! nm "$(find "$prefix" -name libmekapi2_fortran.a)" 2>&1 | grep ' [bd] ' ||
+        fail "threads share these variables"
     # another compiler, or another version of it, compiles the sources of the module
     gfortran -J. -c "$prefix"/share/mekapi2/fortran/mekapi2{_c,}.f90
 }
@@ -190,7 +192,7 @@ check_system_prefix() {
 
 # Another project contains this one and asks for a static library, and later for its installation.
 check_static() {
-    local build=$work-static output
+    local build=$work-static fortran=OFF output
     configure() {
         cmake -S "$SOURCE_DIR/tests/install/subproject" -B "$build" -DMEKAPI2="$SOURCE_DIR" \
             -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_CXX_FLAGS="$CXXFLAGS" -DBUILD_SHARED_LIBS=OFF \
@@ -207,12 +209,34 @@ check_static() {
     diff <("$BUILD_DIR/bin/handling_failures" "$build/file.mek") - <<<"$output" ||
         fail "the exceptions of the static and the shared library differ"
 
-    configure -DMEKAPI2_INSTALL=ON
+    [ ! -e "$BUILD_DIR/fortran/mekapi2.mod" ] || fortran=ON
+    configure -DMEKAPI2_INSTALL=ON -DMEKAPI2_BUILD_C=ON -DMEKAPI2_BUILD_FORTRAN=$fortran
+    cmake --build "$build"
     cmake --install "$build" --prefix "$build/prefix"
-    work=$build prefix=$build/prefix mekinfo=$BUILD_DIR/bin/mekinfo
+    work=$build prefix=$build/prefix mekinfo=$BUILD_DIR/bin/mekinfo PKG_CONFIG="pkg-config --static"
     check_cmake
     check_pkg_config
-    ! ldd "$build"/*/{application,libmodule.so} | grep MekApi2 || fail "the library is shared"
+    check_static_solver C "${C:-cc}" "$SOURCE_DIR/examples/c/heat.c"
+    [ $fortran = OFF ] ||
+        check_static_solver Fortran gfortran "$SOURCE_DIR/examples/fortran/heat.f90"
+    ! ldd "$build"/*/{application,libmodule.so,solver,made} | grep -i MekApi2 ||
+        fail "the library is shared"
+}
+
+# $1: language, the only one of the project; $2: its compiler; $3: source file
+check_static_solver() {
+    local folder=$work/$1 flags
+    mkdir -p "$folder"
+    printf '%s\n' "cmake_minimum_required(VERSION 3.25)" "project(Solver LANGUAGES $1)" \
+        "find_package(MekApi2 REQUIRED COMPONENTS $1)" "add_executable(solver $3)" \
+        "target_link_libraries(solver MekApi2::$1)" >"$folder/CMakeLists.txt"
+    cmake -S "$folder" -B "$folder" -DCMAKE_PREFIX_PATH="$prefix"
+    cmake --build "$folder"
+    flags_of "mekapi2-${1,,}"
+    cd "$folder"
+    "$2" "$3" -o made "${flags[@]}"
+    ./solver cmake.mek && ./made pkg_config.mek
+    "$BUILD_DIR/bin/mekdiff" cmake.mek pkg_config.mek
 }
 
 # The program in the README is the one that was compiled.

@@ -29,20 +29,34 @@ check_package() {
     find "$package" -name '*.dll' -printf '%f  %s bytes\n' | sort
 }
 
-# Which DLLs the library needs, what it exports, and that it contains no paths.
+# $1: DLL; the others that it needs
+needed_by() {
+    x86_64-w64-mingw32-objdump -p "$1" | sed -n 's/.*DLL Name: //p' | LC_ALL=C sort | tr '\n' ' '
+}
+
+# $1: DLL; the names that it exports
+exported_by() {
+    x86_64-w64-mingw32-objdump -p "$1" | sed -n '/Name Pointer/,/^$/s/^.*\[ *[0-9]*\].* //p'
+}
+
+# Which DLLs the libraries need, what they export, and that they contain no paths.
 check_library() {
-    local dll=$package/bin/MekApi2.dll needed exported
-    needed=$(x86_64-w64-mingw32-objdump -p "$dll" | sed -n 's/.*DLL Name: //p' | sort | tr '\n' ' ')
-    [ "$needed" = "ADVAPI32.dll KERNEL32.dll libgcc_s_seh-1.dll libstdc++-6.dll msvcrt.dll " ] ||
-        fail "it needs other DLLs: $needed"
-    exported=$(x86_64-w64-mingw32-objdump -p "$dll" |
-        sed -n '/Name Pointer/,/^$/s/^.*\[ *[0-9]*\].* //p' | c++filt -p |
+    local dll=$package/bin/MekApi2.dll c=$package/bin/mekapi2_c.dll exported
+    local runtime="libgcc_s_seh-1.dll libstdc++-6.dll"
+    [ "$(needed_by "$dll")" = "ADVAPI32.dll KERNEL32.dll $runtime msvcrt.dll " ] ||
+        fail "it needs other DLLs: $(needed_by "$dll")"
+    exported=$(exported_by "$dll" | c++filt -p |
         sed -E -e 's/^[a-zA-Z -]+ (for|to) (Tyr::[^-]*)(-in-.*)?$/\2/' \
             -e 's/^(Tyr::[A-Za-z0-9]+::[A-Za-z0-9]+(<[a-z ]+>)?)::.*/\1/')
     [ "$(grep -c '^Tyr::Mek2::Model$' <<<"$exported")" -ge 32 ] || fail "Model is not exported"
     diff <(grep -v '^typeinfo' "$SOURCE_DIR/tests/install/exports.txt") <(LC_ALL=C sort -u <<<"$exported") ||
         fail "other classes are exported"
-    ! strings -a "$dll" | grep -F -e "$SOURCE_DIR" -e "$BUILD_DIR" -e /usr || fail "it contains paths"
+    [ "$(needed_by "$c")" = "KERNEL32.dll MekApi2.dll $runtime msvcrt.dll " ] ||
+        fail "the library for C needs other DLLs: $(needed_by "$c")"
+    diff <(tr '\n' ' ' <"$package/include/mekapi2.h" | grep -oE ' MEK_API [^;(]*[ *]mek_[a-z0-9_]+\(' |
+        grep -oE 'mek_[a-z0-9_]+\($' | tr -d '(' | LC_ALL=C sort) \
+        <(exported_by "$c" | LC_ALL=C sort) || fail "the exports differ from those in mekapi2.h"
+    ! strings -a "$dll" "$c" | grep -F -e "$SOURCE_DIR" -e "$BUILD_DIR" -e /usr || fail "it contains paths"
     ! grep -rIF -e "$SOURCE_DIR" "$package" || fail "the package contains paths"
 }
 

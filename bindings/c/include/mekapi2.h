@@ -98,7 +98,7 @@ typedef enum mek_status {
     MEK_INVALID_STATE = 17,       ///< the state does not allow the call, for example no open file
     MEK_WRONG_TYPE = 19,          ///< a property has a value of another type
     MEK_NOT_YET_IMPLEMENTED = 20, ///< a path starts with another root
-    MEK_MISUSE = 100,             ///< a null pointer, or an invalid size of a structure
+    MEK_MISUSE = 100,             ///< a null pointer, or a structure with an invalid member
     MEK_NO_MEMORY = 101,          ///< no memory
     MEK_VALUE_OUT_OF_RANGE = 102, ///< a value of an array is out of range of the file
     MEK_CALLBACK_FAILED = 103     ///< a callback returned another number than 0
@@ -130,8 +130,8 @@ typedef struct mek_error {
 
 /// Describes the result of the last call with a model.
 ///
-/// - `model`: null: the last call of this thread that has no model, or a null pointer for one
-/// @return never null; valid until the next such call
+/// - `model`: null: the last call of this thread without a model or with a null pointer for it
+/// @return a description that is valid until the next such call; not null
 ///
 /// Threads: model.
 MEK_API const mek_error* mek_last_error(const mek_model* model);
@@ -148,8 +148,8 @@ MEK_API void mek_attributes_destroy(mek_attributes* attributes);
 /// Removes all attributes, so that the list can be used again. Threads: attributes.
 MEK_API mek_status mek_attributes_clear(mek_attributes* attributes);
 
-/// Stores a value under a key. Replaces a value of the same key. Of a string the file has the first
-/// 256 bytes; of a signed integer the low 32 bits: -1 is read as 4294967295. Threads: attributes.
+/// Stores a value under a key. Replaces a value of the same key. The file has the first 256 bytes
+/// of a string. It has no signed integers: -1 is read as 4294967295. Threads: attributes.
 /// @{
 MEK_API mek_status mek_attributes_set_f32(mek_attributes* attributes, const char* key, float value);
 MEK_API mek_status mek_attributes_set_i32(mek_attributes* attributes, const char* key,
@@ -160,8 +160,8 @@ MEK_API mek_status mek_attributes_set_string(mek_attributes* attributes, const c
                                              const char* value);
 /// @}
 
-/// Key of a property, one of the following. The type of all enumerated arguments is a number of 32
-/// bits, so that a program can pass a number that a later version of the library knows.
+/// Key of a property, one of the following. Enumerated arguments are numbers of 32 bits, so that a
+/// program can pass a number of a later version of the library.
 typedef int32_t mek_property_type;
 /// Keys 0 to 2 are for groups, the others for shapes. A point is scaled first, then rotated, then
 /// translated. Channels of colours are red, green, blue, from 0 to 1.
@@ -223,7 +223,7 @@ MEK_API mek_status mek_options_create(mek_options** options);
 /// Frees the options; a null pointer is ignored. Threads: options.
 MEK_API void mek_options_destroy(mek_options* options);
 
-/// 0, the default: an existing file is an error. Else it is replaced. Threads: options.
+/// 0, the default: an existing file is an error. Not 0: it is replaced. Threads: options.
 MEK_API mek_status mek_options_set_overwrite(mek_options* options, int overwrite);
 
 /// Name and version of the writing program. By default both are empty, and none is written.
@@ -231,9 +231,9 @@ MEK_API mek_status mek_options_set_overwrite(mek_options* options, int overwrite
 MEK_API mek_status mek_options_set_tool(mek_options* options, const char* name,
                                         const char* version);
 
-/// Applies if the first variable of a call of `mek_add_array_...` is a link of an earlier call.
-/// 0, the default: it stays a link, and no variable refers to the new array. Else it becomes the
-/// owner of the new array. Threads: options.
+/// What happens if the first variable of a call of `mek_add_array_...` is a link of an earlier
+/// call. 0, the default: it stays a link, and no variable refers to the new array. Not 0: it
+/// becomes the owner of the new array. Threads: options.
 MEK_API mek_status mek_options_set_relink_replaced(mek_options* options, int relink_replaced);
 
 /// Not 0: a second file NAME.journal records the write cycle, so that `mek_checkpoint` can be
@@ -246,20 +246,20 @@ MEK_API mek_status mek_options_set_journal(mek_options* options, int journal);
 MEK_API mek_status mek_options_set_replace_when_complete(mek_options* options,
                                                          int replace_when_complete);
 
-/// Compresses large arrays in chunks by this function, on threads of the application. The file has
-/// the same bytes for every number of threads, also for one; without this option the bytes differ,
-/// and the content is the same. Null, the default: no chunks. Replaces `mek_options_set_threads`.
-/// The function and `context` must be valid until the write cycle ends. Threads: options.
+/// Compresses large arrays in chunks, and calls this function to run the tasks on threads of the
+/// application. The bytes of the file do not depend on the number of threads. They differ from
+/// those without this option; the content is the same. Null, the default: no chunks. Replaces
+/// `mek_options_set_threads`. The function and `context` must be valid until the write cycle ends.
+/// Threads: options.
 MEK_API mek_status mek_options_set_parallel_for(mek_options* options, mek_parallel_for function,
                                                 void* context);
 
-/// The same with `threads - 1` threads that the library starts, and which end before its call
-/// returns; 0: as many threads as the processor has. Replaces `mek_options_set_parallel_for`.
-/// Threads: options.
+/// The same with `threads` threads: that of the call, and others that end before the call returns.
+/// 0: as many as the processor has. Replaces `mek_options_set_parallel_for`. Threads: options.
 MEK_API mek_status mek_options_set_threads(mek_options* options, uint32_t threads);
 
-/// Bytes of a block of arrays after which the next one begins. 0, the default: the value of the
-/// environment variable MEKWRITER_DEFAULT_BLOCK_SIZE, or 200 MiB. Threads: options.
+/// Size in bytes at which a block of arrays ends. 0, the default: the value of the environment
+/// variable MEKWRITER_DEFAULT_BLOCK_SIZE, or 200 MiB. Threads: options.
 MEK_API mek_status mek_options_set_block_size(mek_options* options, uint32_t block_size);
 
 /// From 1 (fast) to 9 (small). Default: 6. Threads: options.
@@ -306,7 +306,7 @@ MEK_API mek_status mek_save_to(mek_model* model, const char* path, const mek_opt
 /// @retval MEK_BLOCK_MEMORY no memory for a block
 MEK_API mek_status mek_close(mek_model* model);
 
-/// After what a checkpoint can still be recovered.
+/// The events after which a checkpoint can be recovered.
 typedef int32_t mek_durability;
 /// Values of `mek_durability`.
 enum {
@@ -314,12 +314,13 @@ enum {
     MEK_DURABILITY_DEVICE = 1   ///< also a power failure: waits for the device
 };
 
-/// Makes everything so far recoverable by `mek_recover` and the program mekrecover, however the
-/// process ends. Needs `mek_options_set_journal`. The time depends on what was added since the last
-/// checkpoint. After an error the write cycle can continue. Threads: model.
+/// Makes everything so far recoverable, however the process ends: `mek_recover` or the program
+/// mekrecover makes a complete file of it. Needs `mek_options_set_journal`. The time depends on
+/// what was added since the last checkpoint. After an error the write cycle can continue. Threads:
+/// model.
 ///
 /// @retval MEK_INVALID_STATE no file is open; there is no journal; or the journal is incomplete,
-///     for lack of memory to record a call
+///     because there was no memory to record a call
 /// @retval MEK_FILE_WRITE the system could not write
 /// @retval MEK_INVALID_ARGUMENTS unknown durability
 /// @retval MEK_MISCELLANEOUS a block cannot be compressed
@@ -382,8 +383,8 @@ MEK_API mek_status mek_move_to_parent_node(mek_model* model);
 MEK_API mek_status mek_get_node_id(mek_model* model, const char* path, const char* separator,
                                    uint32_t* id);
 
-/// The same for the `count` names in the path; the name of the root is the first. No name may
-/// contain the character 0x1E. Threads: model.
+/// The same for a path of `count` names; the first is that of the root. No name may contain the
+/// character 0x1E. Threads: model.
 MEK_API mek_status mek_get_node_id_of_names(mek_model* model, const char* const* names,
                                             size_t count, uint32_t* id);
 
@@ -484,14 +485,14 @@ typedef struct mek_step {
 
 /// Options of a call of `mek_add_array_...`. Later versions add members at the end.
 typedef struct mek_array_options {
-    size_t size;                      ///< `sizeof(mek_array_options)`
+    size_t size;                      ///< `sizeof(mek_array_options)`, at most 1024
     const char* name;                 ///< of the variable; null: the default name of the type
     const mek_step* steps;            ///< null, with a `step_count` of 0: one step without a name
     size_t step_count;                ///< number of `steps`
     const mek_attributes* attributes; ///< of the variable; may be null
     ptrdiff_t row_stride;    ///< bytes from a value to that of the next row; 0: rows without gaps
     ptrdiff_t column_stride; ///< bytes from a value to that of the next column; 0: without gaps
-    int32_t base;            ///< is subtracted from integers: 1 for numbers that count from 1
+    int32_t base;            ///< subtracted from integers: 1 if they count from 1; else 0
 } mek_array_options;
 
 /// Initialises a `mek_array_options` with the defaults.
@@ -524,7 +525,7 @@ typedef struct mek_array_options {
 /// - `options`: null: the defaults
 /// @retval MEK_INVALID_STATE no write cycle is open, or it has no file
 /// @retval MEK_INVALID_ARGUMENTS unknown type, invalid number of columns, or no name for a result
-/// @retval MEK_OVERFLOW 2^31 or more rows or ids, or an array of 2^32 bytes or more
+/// @retval MEK_OVERFLOW 2^31 or more rows, columns or ids, or an array of 2^32 bytes or more
 /// @retval MEK_KEY_NOT_FOUND no node has one of the ids; the current node is then this unknown id
 /// @retval MEK_VALUE_OUT_OF_RANGE an integer is out of range after `base` is subtracted; nothing is
 ///     written
@@ -544,11 +545,11 @@ MEK_API mek_status mek_add_array_i32(mek_model* model, mek_dataset_type type, co
                                      size_t id_count, const mek_array_options* options);
 /// @}
 
-/// The same for doubles.
+/// The same for doubles. Threads: model.
 ///
 /// - `out_of_range` (output): number of finite values that a float cannot have; they are written as
 ///   infinite. Null: such a value is an error, and nothing is written.
-/// @retval MEK_VALUE_OUT_OF_RANGE `out_of_range` is null, and a value is out of range
+/// @retval MEK_VALUE_OUT_OF_RANGE a value is out of range, and `out_of_range` is null
 MEK_API mek_status mek_add_array_f64(mek_model* model, mek_dataset_type type, const double* values,
                                      size_t rows, size_t columns, const uint32_t* ids,
                                      size_t id_count, const mek_array_options* options,
@@ -577,7 +578,7 @@ typedef struct mek_recovery_report {
 /// Receives the path of a temporary file.
 typedef void (*mek_temporary_file)(void* context, const char* path);
 
-/// Makes a complete file from an unfinished one and its journal. Only reads its input, which can
+/// Makes a complete file from an unfinished one and its journal. The input is not changed, and can
 /// belong to a write cycle that is still open. Threads: any.
 ///
 /// - `unfinished`: path that was passed to `mek_save_to`, that of the journal, or that of the

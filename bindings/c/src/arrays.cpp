@@ -42,9 +42,11 @@ mek_array_options readOptions(const mek_array_options* given) {
     if (given == nullptr) {
         return options;
     }
+    constexpr std::size_t largestSize = 1024; // a larger one is not initialised
     const auto* const bytes = reinterpret_cast<const unsigned char*>(given);
-    if (given->size < sizeof options || std::any_of(bytes + sizeof options, bytes + given->size,
-                                                    [](unsigned char byte) { return byte != 0; })) {
+    if (given->size < sizeof options || given->size > largestSize ||
+        std::any_of(bytes + sizeof options, bytes + given->size,
+                    [](unsigned char byte) { return byte != 0; })) {
         refuse(MEK_MISUSE, "mek_array_options has a size of " + std::to_string(given->size) +
                                ", expected " + std::to_string(sizeof options));
     }
@@ -62,8 +64,8 @@ void checkSizes(const Request& request) {
     constexpr std::uint64_t largestSize = std::numeric_limits<std::uint32_t>::max();
     const std::uint64_t largestRows =
         largestSize / sizeof(float) / std::max<std::size_t>(request.columns, 1);
-    if (request.rows > largestCount || request.idCount > largestCount) {
-        refuse(MEK_OVERFLOW, "2^31 or more rows or ids");
+    if (std::max({request.rows, request.columns, request.idCount}) > largestCount) {
+        refuse(MEK_OVERFLOW, "2^31 or more rows, columns or ids");
     }
     if (request.rows > largestRows) {
         refuse(MEK_OVERFLOW, "an array of 2^32 bytes or more");
@@ -125,11 +127,12 @@ struct Subtract {
 
 struct Narrow {
     std::size_t* outOfRange; ///< null: refuses values out of range
-    /// Does not convert a value out of range, which would raise a floating-point exception.
+    /// Neither a value out of range nor a not-a-number raises a floating-point exception, which
+    /// ends programs that trap them.
     bool operator()(double value, float& result) {
         constexpr double limit = 0x1.ffffffp127; // between the largest float and 2^128
         const double size = std::abs(value);
-        const bool isInRange = !(size >= limit) || std::isinf(value);
+        const bool isInRange = !std::isgreaterequal(size, limit) || std::isinf(value);
         constexpr float infinity = std::numeric_limits<float>::infinity();
         result = isInRange ? static_cast<float>(value)
                            : std::copysign(infinity, value < 0 ? -1.0F : 1.0F);

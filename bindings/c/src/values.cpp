@@ -41,16 +41,18 @@ mek_status setPropertyArray(mek_properties* properties, mek_property_type type, 
                             std::size_t count, const char* call) {
     return run(call, [&] {
         const Value* const first = requiredArray(values, count, "the array of values");
+        std::vector<Value> copy;
+        copy.reserve(count); // fails for a count that would overflow the address of the end
+        copy.assign(first, first + count);
         required(properties, "the list of properties")
-            .values.set(static_cast<Tyr::Mek2::PropertyType>(type),
-                        std::vector<Value>(first, first + count));
+            .values.set(static_cast<Tyr::Mek2::PropertyType>(type), copy);
     });
 }
 
 /// @param set receives the options
 template <class Set>
 mek_status setOption(mek_options* options, const char* call, const Set& set) {
-    return run(call, [&] { set(required(options, "the options").values); });
+    return run(call, [&] { set(required(options, "the object of options").values); });
 }
 
 ParallelFor callerOf(mek_parallel_for function, void* context) {
