@@ -196,7 +196,7 @@ check_static() {
     configure() {
         cmake -S "$SOURCE_DIR/tests/install/subproject" -B "$build" -DMEKAPI2="$SOURCE_DIR" \
             -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_CXX_FLAGS="$CXXFLAGS" -DBUILD_SHARED_LIBS=OFF \
-            -DMEKAPI2_DEFLATE="$DEFLATE" "$@"
+            -DMEKAPI2_DEFLATE="$DEFLATE" -DCMAKE_UNITY_BUILD=ON "$@"
     }
     rm -rf "$build"
     configure
