@@ -3,12 +3,10 @@
 #include <tyr/mek2/recovery.hpp>
 
 #include "fault/writecycles.hpp"
-
-#include <zlib.h>
+#include "support/journalrecords.hpp"
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <iostream>
 #include <random>
 #include <string>
@@ -17,35 +15,6 @@
 namespace {
 
 using namespace Testing;
-
-constexpr std::size_t headSize = 28;
-constexpr std::size_t payloadStart = 5;
-constexpr std::size_t crcSize = 4;
-
-std::uint32_t numberAt(const std::string& bytes, std::size_t position) {
-    std::uint32_t number = 0;
-    std::memcpy(&number, &bytes[position], sizeof number);
-    return number;
-}
-
-void setNumber(std::string& bytes, std::size_t position, std::uint32_t number) {
-    std::memcpy(&bytes[position], &number, sizeof number);
-}
-
-std::vector<std::string> recordsOf(const std::string& journal) {
-    std::vector<std::string> records;
-    for (std::size_t at = headSize; at < journal.size(); at += records.back().size()) {
-        records.push_back(journal.substr(at, payloadStart + numberAt(journal, at) + crcSize));
-    }
-    return records;
-}
-
-void setCrc(std::string& record) {
-    const std::size_t size = record.size() - crcSize;
-    setNumber(record, size,
-              static_cast<std::uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(record.data()),
-                                               static_cast<uInt>(size))));
-}
 
 class DamagedJournalTest : public FolderTest {
 protected:
@@ -157,7 +126,7 @@ TEST_F(DamagedJournalTest, ForgedRecordsMakeValidFiles) {
         SCOPED_TRACE(runs);
         std::vector<std::string> changed = records;
         std::string& record = changed[below(records.size())];
-        const std::size_t at = payloadStart + below(record.size() - payloadStart - crcSize - 3);
+        const std::size_t at = recordBeginSize + below(record.size() - recordBeginSize - 3);
         switch (below(4)) {
             case 0:
                 record.swap(changed[below(records.size())]);
@@ -169,12 +138,11 @@ TEST_F(DamagedJournalTest, ForgedRecordsMakeValidFiles) {
                 record[at] = static_cast<char>(random());
                 break;
             default:
-                setNumber(record, at, numbers[below(numbers.size())]);
+                record.replace(at, 4, bytesOf(numbers[below(numbers.size())]));
         }
-        std::string bytes = journal.substr(0, headSize);
-        for (std::string& each : changed) {
-            setCrc(each);
-            bytes += each;
+        std::string bytes = journal.substr(0, journalHeadSize);
+        for (const std::string& each : changed) {
+            bytes += withChecksum(each);
         }
         recoverFrom(bytes, true);
     }
