@@ -78,12 +78,15 @@ void Communicator::agree(const Request& request, const Failure& failure) {
 }
 
 void Communicator::agree(const Failure& failure) {
-    const int failed = failure ? rank_ : size_;
+    // a destroyed model comes first: no other error may hide that a rank has left
+    const bool isDestroyed = failure.code == Failure::modelDestroyed;
+    const int failed = isDestroyed ? rank_ - size_ : failure ? rank_ : size_;
     int first = size_;
     MPI_Allreduce(&failed, &first, 1, MPI_INT, MPI_MIN, communicator_);
     if (first == size_) {
         return;
     }
+    first = first < 0 ? first + size_ : first;
     Failure raised = failure;
     MPI_Bcast(&raised, sizeof raised, MPI_BYTE, first, communicator_);
     wasDestroyed_ = raised.code == Failure::modelDestroyed;

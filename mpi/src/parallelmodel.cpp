@@ -114,6 +114,24 @@ private:
     std::optional<PackedAssembly> assembly_;
 };
 
+/// A communicator whose processes could wait for others without end is an error here.
+void requireIntracommunicator(MPI_Comm communicator) {
+    int isInitialized = 0;
+    int isFinalized = 0;
+    MPI_Initialized(&isInitialized);
+    MPI_Finalized(&isFinalized);
+    if (isInitialized == 0 || isFinalized != 0) {
+        TYR_RAISE(Exception::InvalidObjectState("MPI is not initialised"));
+    }
+    int isIntercommunicator = 1;
+    if (communicator != MPI_COMM_NULL) {
+        MPI_Comm_test_inter(communicator, &isIntercommunicator);
+    }
+    if (isIntercommunicator != 0) {
+        TYR_RAISE(Exception::InvalidArguments("not an intracommunicator"));
+    }
+}
+
 } // namespace
 
 class ParallelModel::Implementation {
@@ -202,11 +220,7 @@ const Attributes& ParallelModel::emptyAttributes() {
 }
 
 ParallelModel::ParallelModel(MPI_Comm communicator) {
-    int isInitialized = 0;
-    MPI_Initialized(&isInitialized);
-    if (isInitialized == 0) {
-        TYR_RAISE(Exception::InvalidObjectState("MPI is not initialised"));
-    }
+    requireIntracommunicator(communicator);
     Communicator ranks(communicator);
     ranks.agree(failureOf([&] {
         implementation_ = std::make_unique<Implementation>();
@@ -246,6 +260,7 @@ void ParallelModel::saveTo(const std::string& path, const SaverOptions& options)
 
 void ParallelModel::close() {
     implementation_->run(Operation::Close, Digest(), [&] { implementation_->model->close(); });
+    implementation_->parallelFor = nullptr; // the application may end its threads now
 }
 
 void ParallelModel::checkpoint(Durability durability) {

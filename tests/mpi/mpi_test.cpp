@@ -267,7 +267,6 @@ protected:
     void finish() {
         addArray();
         model->close();
-        model.reset();
         if (rank == 0) {
             MekReader::File file(path("file"));
             MekReader::check(path("file"));
@@ -287,6 +286,7 @@ protected:
 };
 
 TEST_F(MpiErrorTest, ErrorsOfEachRankAreRaisedOnAll) {
+    EXPECT_THROW(ParallelModel(MPI_COMM_NULL), InvalidArguments);
     for (int failing = 0; failing < size; ++failing) {
         bool throws = false;
         start([&](std::size_t count, const auto& task) {
@@ -325,6 +325,8 @@ TEST_F(MpiErrorTest, ErrorsOfEachRankAreRaisedOnAll) {
                       named(failing) + "another operation than on rank 0");
         }
         finish();
+        throws = true; // the function is not called any more
+        EXPECT_EQ(errorOf<InvalidObjectState>([&] { addArray(); }), "rank 0: File not open.");
     }
 }
 
@@ -373,7 +375,10 @@ TEST_F(MpiErrorTest, ARankThatLeavesEndsTheWorkOfAll) {
         if (rank == failing) {
             model.reset();
         } else {
-            EXPECT_EQ(errorOf<InvalidObjectState>([&] { addArray(); }),
+            const Array2d<float> tooWide(1, 7); // another error on the ranks that remain
+            EXPECT_EQ(errorOf<InvalidObjectState>([&] {
+                          model->addArrayProperty("r", DatasetType::ResultA1, tooWide, 3U, Step{});
+                      }),
                       named(failing) + "the model was destroyed");
             EXPECT_EQ(Testing::messageOf<InvalidObjectState>([&] { model->close(); }),
                       "the model was destroyed on another rank, or MPI has ended");

@@ -64,10 +64,10 @@ using FailedRank = boost::error_info<struct FailedRankTag, int>;
 ///
 /// Errors are collective. What is raised on one rank is raised on all, with the same class; the
 /// message begins with "rank N: ", and `FailedRank` is attached. If several ranks fail, it is the
-/// error of the lowest one. The model can be used afterwards as documented at `Model`. Exceptions
-/// of other libraries become `MiscelleneousException`, and `std::bad_alloc`
-/// `MemoryAllocationException`. Different calls or different arguments are an error, too:
-/// `InvalidArguments`. After it, all ranks must make the same calls again.
+/// error of the lowest one; a destroyed model comes first. The model can be used afterwards as
+/// documented at `Model`. Exceptions of other libraries become `MiscelleneousException`, and
+/// `std::bad_alloc` `MemoryAllocationException`. Different calls or different arguments are an
+/// error, too: `InvalidArguments`. After it, all ranks must make the same calls again.
 ///
 /// If one rank destroys the object while others call an operation, for example because an exception
 /// of the application ends the function that owns it, `InvalidObjectState` "rank N: the model was
@@ -79,12 +79,14 @@ using FailedRank = boost::error_info<struct FailedRankTag, int>;
 ///
 /// The object has a private communicator. Errors of MPI itself end the program. MPI must be
 /// initialised before; the object must be destroyed before `MPI_Finalize`. One thread at a time may
-/// use it, with the level of thread support that this needs.
+/// use it. `MPI_THREAD_FUNNELED` is enough if this is the main thread; tasks of `parallelFor` call
+/// no function of MPI.
 class ParallelModel {
 public:
     /// No write cycle is open.
-    /// @param communicator is duplicated; an intracommunicator
-    /// @throws InvalidObjectState "MPI is not initialised"
+    /// @param communicator an intracommunicator, which is duplicated
+    /// @throws InvalidObjectState "MPI is not initialised", or it has ended
+    /// @throws InvalidArguments "not an intracommunicator", also for `MPI_COMM_NULL`
     explicit ParallelModel(MPI_Comm communicator);
 
     /// Ends an open write cycle like the destructor of `Model`.
