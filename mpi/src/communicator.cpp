@@ -122,13 +122,18 @@ void Transfer::receive(int rank, const Area* areas, std::size_t count) {
               &requests_[static_cast<std::size_t>(rank)]);
 }
 
-void Transfer::send(const Area* areas, std::size_t count) {
-    const AreaType type(areas, count);
-    MPI_Send(MPI_BOTTOM, 1, type.type, 0, messageTag, communicator_.communicator_);
-}
-
 void Transfer::finish() {
     MPI_Waitall(static_cast<int>(requests_.size()), requests_.data(), MPI_STATUSES_IGNORE);
+}
+
+void Transfer::receive(int rank, void* address, std::size_t size) {
+    MPI_Recv(address, static_cast<int>(size), MPI_BYTE, rank, messageTag,
+             communicator_.communicator_, MPI_STATUS_IGNORE);
+}
+
+void Transfer::send(const Communicator& communicator, const Area* areas, std::size_t count) {
+    const AreaType type(areas, count);
+    MPI_Ssend(MPI_BOTTOM, 1, type.type, 0, messageTag, communicator.communicator_);
 }
 
 } // namespace Tyr::Mek2
