@@ -2,6 +2,7 @@
 #include <tyr/mek2/model.hpp>
 #include <tyr/mek2/packedarray.hpp>
 #include <tyr/mek2/recovery.hpp>
+#include <tyr/mek2/threads.hpp>
 
 #include "support/testing.hpp"
 #include "support/withoutdate.hpp"
@@ -38,12 +39,7 @@ PackedArray inParts(std::mt19937& random, const std::vector<T>& values, std::siz
     std::size_t first = 0;
     for (const std::size_t end : {rows / 2, rows / 2, rows - random() % 2, rows}) {
         const PackedArray part(values.data() + first * width, end - first, width,
-                               static_cast<int>(1 + random() % 9),
-                               [](std::size_t count, const auto& task) {
-                                   while (count != 0) {
-                                       task(--count);
-                                   }
-                               });
+                               static_cast<int>(1 + random() % 9), parallelForThreads(2));
         parts.push_back(PackedArray::fromBytes(part.toBytes()));
         first = end;
     }
@@ -71,8 +67,8 @@ public:
 
 class PackedArrayTest : public Testing::FolderTest {
 protected:
-    /// Adds random arrays, all of them plain or a random half of them packed. An array from a source
-    /// may fail before.
+    /// Adds random arrays, all of them plain or a random half of them packed. An array from a
+    /// source may fail before.
     template <class T>
     static void addArray(Model& model, std::mt19937& random, bool mayPack,
                          const Array1d<unsigned int>& ids) {
