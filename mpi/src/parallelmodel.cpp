@@ -108,8 +108,21 @@ private:
         part_ = PackedArray();
     }
 
-    /// Receives all messages, also after an error of `sink`.
+    /// A small array is received as a whole, since this needs fewer messages.
     void read(const Sink& sink) override {
+        constexpr std::uint64_t small = 1024 * 1024;
+        if (compressedSize() > small) {
+            readPlanes(sink);
+            return;
+        }
+        PackedAssembly assembly(heads_);
+        load(assembly);
+        const PackedArray whole = assembly.finish();
+        sink(whole.data(), whole.size());
+    }
+
+    /// Receives all messages, also after an error of `sink`.
+    void readPlanes(const Sink& sink) {
         std::vector<unsigned char> buffer(largestPlaneOfOthers());
         std::exception_ptr error;
         const auto pass = [&](const unsigned char* bytes, std::size_t size) noexcept {
@@ -139,6 +152,17 @@ private:
         if (error != nullptr) {
             std::rethrow_exception(error);
         }
+    }
+
+    /// Of all parts.
+    std::uint64_t compressedSize() const {
+        std::uint64_t size = 0;
+        for (const PackedHead& head : heads_) {
+            for (const PackedPlane& plane : head.planes) {
+                size += plane.size;
+            }
+        }
+        return size;
     }
 
     std::size_t largestPlaneOfOthers() const {

@@ -82,7 +82,15 @@ private:
     std::mt19937 random_;
 };
 
-/// The same calls for a `Model` and a `SharingModel`. The last array is noise.
+/// It cannot be compressed.
+Array2d<unsigned int> noise(std::size_t rows) {
+    std::mt19937 random(1);
+    Array2d<unsigned int> array(rows, 3);
+    std::generate_n(array.data(), array.size(), std::ref(random));
+    return array;
+}
+
+/// The same calls for a `Model` and a `SharingModel`. The last array is large.
 template <class Writer>
 void addModel(Writer& model, unsigned int seed, const std::function<void()>& afterCall) {
     Testing::Everything(8 + seed, [&](const std::string&, const auto& operation) {
@@ -90,11 +98,8 @@ void addModel(Writer& model, unsigned int seed, const std::function<void()>& aft
         afterCall();
         return true;
     }).addTo(model);
-    std::mt19937 random(seed);
-    Array2d<unsigned int> noise(1000, 3);
-    std::generate_n(noise.data(), noise.size(), std::ref(random));
-    model.addArrayProperty(DatasetType::Coordinates, noise, model.addNode(NodeType::Shape, "noise"),
-                           Step{});
+    model.addArrayProperty(DatasetType::Coordinates, noise(100'000),
+                           model.addNode(NodeType::Shape, "noise"), Step{});
 }
 
 class MpiTest : public ::testing::Test {
@@ -295,6 +300,10 @@ TEST_F(MpiErrorTest, AFullDiskIsAnErrorOfAllRanksAndLosesNothing) {
     small.rlim_cur = rank == 0 ? 2850 : limit.rlim_cur;
     setrlimit(RLIMIT_FSIZE, &small);
     EXPECT_EQ(errorOf<FileWriteException>([&] { addArray(); }), "rank 0: Unable to write to file");
+    EXPECT_EQ(errorOf<FileWriteException>([&] {
+                  model->addArrayProperty(DatasetType::Coordinates, noise(100'000), 3U, Step{});
+              }),
+              "rank 0: Unable to write to file");
     setrlimit(RLIMIT_FSIZE, &limit);
     finish();
 }
