@@ -110,7 +110,7 @@ private:
 
     /// A small array is received as a whole, since this needs fewer messages.
     void read(const Sink& sink) override {
-        constexpr std::uint64_t small = 1024 * 1024;
+        constexpr std::uint64_t small = std::uint64_t{1024} * 1024;
         if (compressedSize() > small) {
             readPlanes(sink);
             return;
