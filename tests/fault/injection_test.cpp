@@ -38,9 +38,9 @@ struct FaultKind {
 
 std::ostream& operator<<(std::ostream& out, const FaultKind& kind) { return out << kind.name; }
 
-/// Starts a thread, then runs the tasks.
-void runAfterThread(std::size_t count, const std::function<void(std::size_t)>& task) {
-    parallelForThreads(2)(count, [](std::size_t) {});
+/// Starts two threads, then runs the tasks.
+void runAfterThreads(std::size_t count, const std::function<void(std::size_t)>& task) {
+    parallelForThreads(3)(count, [](std::size_t) {});
     runTasks(count, task);
 }
 
@@ -60,7 +60,7 @@ const FaultKind kinds[] = {
     {"CompressMemory", Fault::CompressMemory, true, Loss::None, "|16 Memory allocation error|"},
     {"Compress", Fault::Compress, true, Loss::None, "|2 Unable to compress block|"},
     {"WriteChunk", Fault::Write, true, Loss::Unknown, writeErrors, runTasks},
-    {"NewInTask", Fault::New, false, Loss::None, "|0 |", runAfterThread},
+    {"NewInTask", Fault::New, false, Loss::None, "|0 |", runAfterThreads},
     {"ChunkMemory", Fault::ChunkMemory, true, Loss::None, "|16 Memory allocation error|", runTasks},
     {"Chunk", Fault::Chunk, true, Loss::None, "|2 Unable to compress block|", runTasks},
     {"ParallelFor", Fault::ParallelFor, true, Loss::None, "|0 |", runTasks},
