@@ -6,8 +6,8 @@ as in `ParallelModel`:
 
 1. Each rank shuffles and compresses its rows. The slowest rank decides.
 2. Three broadcasts and one reduction pass a tree of all ranks, and rank 0 gathers 208 bytes of each.
-3. Rank 0 receives the compressed bytes of all ranks through its link: one message from each rank, or
-   one for each plane if the array completes a block.
+3. Rank 0 receives the compressed bytes of all ranks through its link: one message from each rank,
+   or one for each plane if the array completes a block.
 4. When the content of a block has reached its limit, rank 0 writes the block. All ranks wait.
 
 With groups, each group of ranks writes its own file, all at the same time; the groups share

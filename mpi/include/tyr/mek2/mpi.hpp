@@ -73,10 +73,10 @@ using FailedRank = boost::error_info<struct FailedRankTag, int>;
 /// of the application ends the function that owns it, `InvalidObjectState` "rank N: the model was
 /// destroyed" is raised on the others. The object cannot be used afterwards.
 ///
-/// Each rank needs twice the memory of its rows in compressed form. Rank 0 also needs memory for the
-/// arrays of a block up to its limit, compressed; for one compressed plane of another rank; and some
-/// 500 bytes for each rank. An array that completes a block is written while it is received. Each
-/// rank waits until rank 0 has added the array.
+/// Each rank needs twice the memory of its rows in compressed form. Rank 0 also needs memory for
+/// the arrays of a block up to its limit, compressed; for one compressed plane of another rank; and
+/// some 500 bytes for each rank. An array that completes a block is written while it is received.
+/// Each rank waits until rank 0 has added the array.
 ///
 /// The object has a private communicator. Errors of MPI itself end the program. MPI must be
 /// initialised before; the object must be destroyed before `MPI_Finalize`. One thread at a time may
