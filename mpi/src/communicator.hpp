@@ -98,8 +98,8 @@ public:
     /// Receives a message with one area, and waits for it.
     void receive(int rank, void* address, std::size_t size);
 
-    /// Sends a message to the root, and waits until it is received: MPI would keep short messages of
-    /// many ranks in the memory of the root.
+    /// Sends a message to the root, and waits until it is received: otherwise MPI could keep short
+    /// messages of many ranks in the memory of the root.
     static void send(const Communicator& communicator, const Area* areas, std::size_t count);
 
 private:
