@@ -186,12 +186,11 @@ public:
     virtual void read(const Sink& sink) = 0;
 };
 
-/// An array whose bytes never are in memory as a whole, unless they fit the current block.
+/// An array whose parts are elsewhere. It may be larger than the memory.
 ///
-/// `Model::addArrayProperty` calls one function of the source, at most once: `read` if the block is
-/// complete with this array and is written, `load` otherwise. After an error of the source or of
-/// `read` the file does not contain the array. If there are no rows, or after an earlier error, no
-/// function is called.
+/// `Model::addArrayProperty` calls one function of the source, once: `read` if the array completes
+/// a block, which is then written, and `load` otherwise. It calls none if there are no rows, or
+/// after an earlier error. If the source or the file raises an error, the array is not in the file.
 class MEKAPI2_API PackedStream {
 public:
     /// @param parts descriptions of the parts, in the order of their rows

@@ -50,8 +50,8 @@ using FailedRank = boost::error_info<struct FailedRankTag, int>;
 /// Writes models like `Model`, from all ranks of a communicator.
 ///
 /// All operations are collective: each rank calls the same ones in the same order, construction and
-/// destruction included. Rank 0 owns the `Model` and the file. An operation has the result that is
-/// documented at `Model`, and returns it on all ranks.
+/// destruction included. Rank 0 owns the `Model` and the file. An operation returns the result that
+/// `Model` documents, on all ranks.
 ///
 /// All arguments must be equal on all ranks, except:
 /// - the rows of an array. Each rank gives its own, or none; the array of the file has the rows of
