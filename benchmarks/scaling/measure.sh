@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Prints a table of the time that 1, 2 and 4 ranks need to write the same model.
+# Prints a table of the time that 1, 2 and 4 ranks need to write the same model, and a table of the
+# memory of 4 ranks that write arrays larger than a block.
 # Usage: measure.sh PROGRAM FOLDER, where PROGRAM is the benchmark "ranks"
 set -euo pipefail
 program=$1
@@ -9,11 +10,24 @@ options=()
 if mpiexec --version | grep -qE 'OpenRTE|Open MPI'; then
     options=(--oversubscribe)
 fi
+
+# run RANKS [MB_PER_ARRAY ARRAYS MB_PER_BLOCK]
+run() { mpiexec ${options[@]+"${options[@]}"} -n "$1" "$program" "$file" "${@:2}"; }
+
+header() {
+    echo
+    echo "| $1 | Array, s | Compression, CPU s | Rank 0 besides, CPU s | of both | MB/s |" \
+        "Peak of rank 0, MB | Peak of others, MB |"
+    echo "|---:|---:|---:|---:|---:|---:|---:|---:|"
+}
+
 echo "$(nproc) processors, load $(cut -d ' ' -f 1-3 /proc/loadavg)"
-echo
-echo "| Ranks | Array of 60 MB, s | Compression, CPU s | Rank 0 besides, CPU s | of both | MB/s |"
-echo "|---:|---:|---:|---:|---:|---:|"
+header "Ranks, array of 60 MB"
 for ranks in 1 2 4; do
-    mpiexec ${options[@]+"${options[@]}"} -n $ranks "$program" "$file"
+    run $ranks
+done
+header "Ranks, array of 800 MB, blocks of 200, 20 and 10 MB"
+for megabytes in 200 20 10; do
+    run 4 800 1 $megabytes
 done
 rm "$file"

@@ -6,7 +6,8 @@ as in `ParallelModel`:
 
 1. Each rank shuffles and compresses its rows. The slowest rank decides.
 2. Three broadcasts and one reduction pass a tree of all ranks, and rank 0 gathers 208 bytes of each.
-3. Rank 0 receives the compressed bytes of all ranks through its link, one message of each rank.
+3. Rank 0 receives the compressed bytes of all ranks through its link: one message from each rank,
+   or one for each plane if the array completes a block.
 4. When the content of a block has reached its limit, rank 0 writes the block. All ranks wait.
 
 With groups, each group of ranks writes its own file, all at the same time; the groups share
@@ -28,6 +29,7 @@ PARAMETERS = {
     "compression": (50e6, "bytes per second that one rank shuffles and compresses"),
     "spread": (0.1, "the slowest rank needs this fraction more than the fastest"),
     "ratio": (2.5, "bytes before compression, by bytes after it"),
+    "planes": (4, "of an array: 4 for each column"),
     "latency": (2e-6, "seconds of a message between two ranks"),
     "message": (1e-6, "seconds of rank 0 for each message that it receives"),
     "link": (10e9, "bytes per second through the network link of rank 0"),
@@ -51,10 +53,11 @@ def simulate(ranks, groups, p, seed=1):
         # the largest of `ranks` uniform numbers
         slowest = source.random() ** (1 / ranks)
         compress += p["share"] / p["compression"] * (1 + p["spread"] * slowest)
-        messages = size - 1
-        network += 5 * depth * p["latency"] + messages * (p["message"] + HEAD / p["link"])
-        network += messages * p["share"] / p["ratio"] / p["link"]
         content += array
+        others = size - 1
+        messages = others * (p["planes"] if content >= p["block"] else 1)
+        network += 5 * depth * p["latency"] + messages * p["message"]
+        network += others * (p["share"] / p["ratio"] + HEAD) / p["link"]
         if content >= p["block"]:
             write += content / p["ratio"] / stream
             content = 0.0

@@ -1,7 +1,7 @@
 // The heat equation on a plate that is distributed over the ranks of an MPI program: each rank has
 // some rows of points, solves there, and writes its part of the one file.
 //
-// Usage: mpiexec -n 4 heat [FILE]
+// Usage: mpiexec -n 4 heat [FILE], with at most 80 ranks: each needs a row of points
 #include <tyr/mek2/mpi.hpp>
 
 #include <algorithm>

@@ -78,12 +78,15 @@ void Communicator::agree(const Request& request, const Failure& failure) {
 }
 
 void Communicator::agree(const Failure& failure) {
-    const int failed = failure ? rank_ : size_;
+    // a destroyed model comes first: no other error may hide that a rank has left
+    const bool isDestroyed = failure.code == Failure::modelDestroyed;
+    const int failed = isDestroyed ? rank_ - size_ : failure ? rank_ : size_;
     int first = size_;
     MPI_Allreduce(&failed, &first, 1, MPI_INT, MPI_MIN, communicator_);
     if (first == size_) {
         return;
     }
+    first = first < 0 ? first + size_ : first;
     Failure raised = failure;
     MPI_Bcast(&raised, sizeof raised, MPI_BYTE, first, communicator_);
     wasDestroyed_ = raised.code == Failure::modelDestroyed;
@@ -119,13 +122,18 @@ void Transfer::receive(int rank, const Area* areas, std::size_t count) {
               &requests_[static_cast<std::size_t>(rank)]);
 }
 
-void Transfer::send(const Area* areas, std::size_t count) {
-    const AreaType type(areas, count);
-    MPI_Send(MPI_BOTTOM, 1, type.type, 0, messageTag, communicator_.communicator_);
-}
-
 void Transfer::finish() {
     MPI_Waitall(static_cast<int>(requests_.size()), requests_.data(), MPI_STATUSES_IGNORE);
+}
+
+void Transfer::receive(int rank, void* address, std::size_t size) {
+    MPI_Recv(address, static_cast<int>(size), MPI_BYTE, rank, messageTag,
+             communicator_.communicator_, MPI_STATUS_IGNORE);
+}
+
+void Transfer::send(const Communicator& communicator, const Area* areas, std::size_t count) {
+    const AreaType type(areas, count);
+    MPI_Ssend(MPI_BOTTOM, 1, type.type, 0, messageTag, communicator.communicator_);
 }
 
 } // namespace Tyr::Mek2

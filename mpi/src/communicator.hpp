@@ -43,11 +43,12 @@ public:
     bool isDisbanded() const;
 
     /// Whether all ranks make the same request and none has failed.
-    /// @throws the failure of the lowest rank that has one
+    /// @throws the failure that the other `agree` raises
     void agree(const Request& request, const Failure& failure);
 
     /// Whether no rank has failed.
-    /// @throws the failure of the lowest rank that has one
+    /// @throws the failure of the lowest rank whose model was destroyed; otherwise of the lowest
+    ///     rank that has one
     void agree(const Failure& failure);
 
     /// Whether the root has failed. Failures of other ranks are not known.
@@ -75,7 +76,7 @@ private:
 };
 
 /// Moves bytes from all ranks to places in the memory of the root. A message is a list of areas, so
-/// its size has no limit of 31 bits.
+/// its size has no limit of 31 bits. Messages of one rank are received in the order of sending.
 class Transfer {
 public:
     struct Area {
@@ -91,11 +92,15 @@ public:
     /// Receives a message of one rank into `count` areas, until `finish`.
     void receive(int rank, const Area* areas, std::size_t count);
 
-    /// Sends a message to the root.
-    void send(const Area* areas, std::size_t count);
-
-    /// Waits for all messages.
+    /// Waits for all these messages.
     void finish();
+
+    /// Receives a message with one area, and waits for it.
+    void receive(int rank, void* address, std::size_t size);
+
+    /// Sends a message to the root, and waits until it is received: otherwise MPI could keep short
+    /// messages of many ranks in the memory of the root.
+    static void send(const Communicator& communicator, const Area* areas, std::size_t count);
 
 private:
     Communicator& communicator_;

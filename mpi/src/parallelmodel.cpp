@@ -8,9 +8,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <optional>
 #include <tuple>
+#include <vector>
 
 namespace Tyr::Mek2 {
 
@@ -34,13 +37,16 @@ enum class Operation : std::uint64_t {
 constexpr std::size_t mostPlanes = std::tuple_size_v<decltype(PackedHead::planes)>;
 static_assert(mostPlanes <= Transfer::mostAreas);
 
-/// Gathers the parts of one array on rank 0. The operations are collective.
-class Gathering {
+/// Moves the parts of one array to rank 0.
+class Gathering : public PackedSource {
 public:
     explicit Gathering(Communicator& communicator) : communicator_(communicator) {}
 
-    /// Takes the memory for the descriptions of all parts. Not collective.
-    void prepare() {
+    /// Compresses the rows of this rank and takes the memory for the descriptions of all parts. Not
+    /// collective.
+    template <class Pack>
+    void prepare(const Pack& pack) {
+        part_ = pack();
         if (communicator_.isRoot()) {
             const auto ranks = static_cast<std::size_t>(communicator_.size());
             heads_.resize(ranks);
@@ -48,71 +54,168 @@ public:
         }
     }
 
-    /// @throws InvalidArguments, OverflowError, MemoryAllocationException as `PackedAssembly`
-    void run(PackedArray& part) {
-        communicator_.gather(&part.head(), sizeof(PackedHead), heads_.data());
-        communicator_.agreeWithRoot(failureOf([&] {
-            if (communicator_.isRoot()) {
-                assembly_.emplace(heads_);
-            }
-        }));
-        Transfer transfer(communicator_, requests_);
+    /// Calls `add` with the array on rank 0. Collective.
+    /// @throws what `add` raises, and the errors of `PackedStream`
+    template <class Add>
+    void run(const Add& add) {
+        communicator_.gather(&part_.head(), sizeof(PackedHead), heads_.data());
+        Failure failure;
         if (communicator_.isRoot()) {
-            receiveOthers(transfer);
-            copyOwn(part);
-            transfer.finish();
-        } else if (part.head().rows != 0) {
-            send(transfer, part);
+            failure = failureOf([&] { add(PackedStream(heads_, *this)); });
+            if (way_ == Way::None) { // nothing was read
+                announce(Way::None);
+            }
+        } else {
+            announce(Way::None);
+            send();
         }
-        part = PackedArray();
+        communicator_.agreeWithRoot(failure);
     }
-
-    /// On rank 0, once all parts are there.
-    PackedArray finish() { return assembly_->finish(); }
 
 private:
-    using Areas = std::array<Transfer::Area, mostPlanes>;
+    enum class Way : int {
+        None,
+        Whole, ///< one message from each rank
+        Planes ///< a message for each plane from each rank, in the order of the file
+    };
 
-    void receiveOthers(Transfer& transfer) {
+    /// Sends the way from rank 0 to all.
+    void announce(Way way) {
+        way_ = way;
+        communicator_.broadcast(way_);
+    }
+
+    void load(PackedAssembly& assembly) override {
+        announce(Way::Whole);
+        Transfer transfer(communicator_, requests_);
         for (std::size_t rank = 1; rank < heads_.size(); ++rank) {
             const PackedHead& head = heads_[rank];
-            if (head.rows == 0) {
-                continue;
+            std::array<Transfer::Area, mostPlanes> areas;
+            for (std::size_t plane = 0; plane < head.planeCount() && head.rows != 0; ++plane) {
+                areas[plane] = {assembly.target(rank, plane), head.planes[plane].size};
             }
-            Areas areas;
-            for (std::size_t plane = 0; plane < head.planeCount(); ++plane) {
-                areas[plane] = {assembly_->target(rank, plane), head.planes[plane].size};
+            if (head.rows != 0) {
+                transfer.receive(static_cast<int>(rank), areas.data(), head.planeCount());
             }
-            transfer.receive(static_cast<int>(rank), areas.data(), head.planeCount());
+        }
+        const unsigned char* own = part_.data();
+        for (std::size_t plane = 0; own != nullptr && plane < heads_[0].planeCount(); ++plane) {
+            const std::size_t size = heads_[0].planes[plane].size;
+            std::copy_n(own, size, assembly.target(0, plane));
+            own += size;
+        }
+        transfer.finish();
+        part_ = PackedArray();
+    }
+
+    /// A small array is received as a whole, since this needs fewer messages.
+    void read(const Sink& sink) override {
+        constexpr std::uint64_t small = std::uint64_t{1024} * 1024;
+        if (compressedSize() > small) {
+            readPlanes(sink);
+            return;
+        }
+        PackedAssembly assembly(heads_);
+        load(assembly);
+        const PackedArray whole = assembly.finish();
+        sink(whole.data(), whole.size());
+    }
+
+    /// Receives all messages, also after an error of `sink`.
+    void readPlanes(const Sink& sink) {
+        std::vector<unsigned char> buffer(largestPlaneOfOthers());
+        std::exception_ptr error;
+        const auto pass = [&](const unsigned char* bytes, std::size_t size) noexcept {
+            try {
+                if (error == nullptr) {
+                    sink(bytes, size);
+                }
+            } catch (...) {
+                error = std::current_exception();
+            }
+        };
+        announce(Way::Planes);
+        Transfer transfer(communicator_, requests_);
+        const unsigned char* own = part_.data();
+        for (std::size_t plane = 0; plane < mostPlanes; ++plane) {
+            for (std::size_t rank = 0; rank < heads_.size(); ++rank) {
+                const std::size_t size = heads_[rank].planes[plane].size; // 0: there is none
+                if (rank == 0) {
+                    pass(own, size);
+                    own += size;
+                } else if (size != 0) {
+                    transfer.receive(static_cast<int>(rank), buffer.data(), size);
+                    pass(buffer.data(), size);
+                }
+            }
+        }
+        if (error != nullptr) {
+            std::rethrow_exception(error);
         }
     }
 
-    void copyOwn(const PackedArray& part) {
-        const PackedHead& head = part.head();
-        const unsigned char* source = part.data();
-        for (std::size_t plane = 0; plane < head.planeCount() && head.rows != 0; ++plane) {
-            const std::size_t size = head.planes[plane].size;
-            std::copy_n(source, size, assembly_->target(0, plane));
-            source += size;
+    /// Of all parts.
+    std::uint64_t compressedSize() const {
+        std::uint64_t size = 0;
+        for (const PackedHead& head : heads_) {
+            for (const PackedPlane& plane : head.planes) {
+                size += plane.size;
+            }
         }
+        return size;
     }
 
-    static void send(Transfer& transfer, const PackedArray& part) {
-        const PackedHead& head = part.head();
-        Areas areas;
-        const unsigned char* source = part.data();
+    std::size_t largestPlaneOfOthers() const {
+        std::uint32_t size = 0;
+        for (std::size_t rank = 1; rank < heads_.size(); ++rank) {
+            for (const PackedPlane& plane : heads_[rank].planes) {
+                size = std::max(size, plane.size);
+            }
+        }
+        return size;
+    }
+
+    void send() const {
+        const PackedHead& head = part_.head();
+        if (head.rows == 0 || way_ == Way::None) {
+            return;
+        }
+        std::array<Transfer::Area, mostPlanes> areas;
+        const unsigned char* source = part_.data();
         for (std::size_t plane = 0; plane < head.planeCount(); ++plane) {
             areas[plane] = {source, head.planes[plane].size};
             source += head.planes[plane].size;
         }
-        transfer.send(areas.data(), head.planeCount());
+        const std::size_t areasOfMessage = way_ == Way::Whole ? head.planeCount() : 1;
+        for (std::size_t plane = 0; plane < head.planeCount(); plane += areasOfMessage) {
+            Transfer::send(communicator_, areas.data() + plane, areasOfMessage);
+        }
     }
 
     Communicator& communicator_;
+    PackedArray part_;
     std::vector<PackedHead> heads_;
     std::vector<MPI_Request> requests_;
-    std::optional<PackedAssembly> assembly_;
+    Way way_ = Way::None;
 };
+
+/// A communicator whose processes could wait for others without end is an error here.
+void requireIntracommunicator(MPI_Comm communicator) {
+    int isInitialized = 0;
+    int isFinalized = 0;
+    MPI_Initialized(&isInitialized);
+    MPI_Finalized(&isFinalized);
+    if (isInitialized == 0 || isFinalized != 0) {
+        TYR_RAISE(Exception::InvalidObjectState("MPI is not initialised"));
+    }
+    int isIntercommunicator = 1;
+    if (communicator != MPI_COMM_NULL) {
+        MPI_Comm_test_inter(communicator, &isIntercommunicator);
+    }
+    if (isIntercommunicator != 0) {
+        TYR_RAISE(Exception::InvalidArguments("not an intracommunicator"));
+    }
+}
 
 } // namespace
 
@@ -202,11 +305,7 @@ const Attributes& ParallelModel::emptyAttributes() {
 }
 
 ParallelModel::ParallelModel(MPI_Comm communicator) {
-    int isInitialized = 0;
-    MPI_Initialized(&isInitialized);
-    if (isInitialized == 0) {
-        TYR_RAISE(Exception::InvalidObjectState("MPI is not initialised"));
-    }
+    requireIntracommunicator(communicator);
     Communicator ranks(communicator);
     ranks.agree(failureOf([&] {
         implementation_ = std::make_unique<Implementation>();
@@ -246,6 +345,7 @@ void ParallelModel::saveTo(const std::string& path, const SaverOptions& options)
 
 void ParallelModel::close() {
     implementation_->run(Operation::Close, Digest(), [&] { implementation_->model->close(); });
+    implementation_->parallelFor = nullptr; // the application may end its threads now
 }
 
 void ParallelModel::checkpoint(Durability durability) {
@@ -330,12 +430,9 @@ Array1d<unsigned int> ParallelModel::addAssemblyComponents(
 
 void ParallelModel::addRows(const std::string* name, DatasetType type, const Rows& rows,
                             const Ids& ids, const Steps& steps, const Attributes& attributes) {
-    PackedArray part;
     Gathering gathering(implementation_->ranks);
-    const Failure failure = failureOf([&] {
-        part = packed(rows, *implementation_);
-        gathering.prepare();
-    });
+    const Failure failure =
+        failureOf([&] { gathering.prepare([&] { return packed(rows, *implementation_); }); });
     Digest arguments(name != nullptr, type, rows.isInteger, ids.count, attributes);
     for (std::size_t i = 0; i < ids.count; ++i) {
         arguments.add(ids.values[i]);
@@ -350,10 +447,8 @@ void ParallelModel::addRows(const std::string* name, DatasetType type, const Row
         arguments.add(steps.single->attributes);
     }
     implementation_->begin(Operation::AddArray, arguments, failure);
-    gathering.run(part);
-    implementation_->runOnRoot([&] {
+    gathering.run([&](const PackedStream& whole) {
         const Array1d<unsigned int> idList(ids.values, ids.count);
-        const PackedArray whole = gathering.finish();
         const auto add = [&](const auto& stepList) {
             Model& model = *implementation_->model;
             name != nullptr

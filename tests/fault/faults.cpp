@@ -8,6 +8,7 @@
 #endif
 #include <zlib.h>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -47,7 +48,7 @@ Fault awaitedFault = Fault::None;
 std::uint64_t callsUntilFault = 0;
 bool isInLibrary = false;
 bool isInFlush = false;
-std::int64_t allocationCount = 0;
+std::atomic<std::int64_t> allocationCount = 0; // threads free memory when they end
 std::int64_t bytesOfNew = 0;
 std::vector<Testing::RecordedWrite>* recording = nullptr;
 

@@ -1,6 +1,8 @@
 /// Each call of the system, the allocator and the compression fails once for each of the three
 /// reactions of the application, with the interfaces for C++ and for C. The test of a kind lists
 /// the faults that broke a promise.
+#include <tyr/mek2/threads.hpp>
+
 #include "fault/writecycles.hpp"
 #if defined(TYR_TEST_HAS_C)
 #include "support/cmodel.hpp"
@@ -36,6 +38,12 @@ struct FaultKind {
 
 std::ostream& operator<<(std::ostream& out, const FaultKind& kind) { return out << kind.name; }
 
+/// Starts two threads, then runs the tasks.
+void runAfterThreads(std::size_t count, const std::function<void(std::size_t)>& task) {
+    parallelForThreads(3)(count, [](std::size_t) {});
+    runTasks(count, task);
+}
+
 const char* const writeErrors = "|7 Unable to write to file|7 Saving the buffer failed|";
 
 // The lack of memory for a log line is not reported, since log lines are dropped.
@@ -52,7 +60,7 @@ const FaultKind kinds[] = {
     {"CompressMemory", Fault::CompressMemory, true, Loss::None, "|16 Memory allocation error|"},
     {"Compress", Fault::Compress, true, Loss::None, "|2 Unable to compress block|"},
     {"WriteChunk", Fault::Write, true, Loss::Unknown, writeErrors, runTasks},
-    {"NewInTask", Fault::New, false, Loss::None, "|0 |", runTasks},
+    {"NewInTask", Fault::New, false, Loss::None, "|0 |", runAfterThreads},
     {"ChunkMemory", Fault::ChunkMemory, true, Loss::None, "|16 Memory allocation error|", runTasks},
     {"Chunk", Fault::Chunk, true, Loss::None, "|2 Unable to compress block|", runTasks},
     {"ParallelFor", Fault::ParallelFor, true, Loss::None, "|0 |", runTasks},

@@ -2,11 +2,14 @@
 #include <tyr/mek2/model.hpp>
 #include <tyr/mek2/packedarray.hpp>
 #include <tyr/mek2/recovery.hpp>
+#include <tyr/mek2/threads.hpp>
 
 #include "support/testing.hpp"
 #include "support/withoutdate.hpp"
 
+#include <algorithm>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -36,21 +39,36 @@ PackedArray inParts(std::mt19937& random, const std::vector<T>& values, std::siz
     std::size_t first = 0;
     for (const std::size_t end : {rows / 2, rows / 2, rows - random() % 2, rows}) {
         const PackedArray part(values.data() + first * width, end - first, width,
-                               static_cast<int>(1 + random() % 9),
-                               [](std::size_t count, const auto& task) {
-                                   while (count != 0) {
-                                       task(--count);
-                                   }
-                               });
+                               static_cast<int>(1 + random() % 9), parallelForThreads(2));
         parts.push_back(PackedArray::fromBytes(part.toBytes()));
         first = end;
     }
     return PackedArray::concatenate(parts);
 }
 
+/// The bytes of an array in memory.
+class MemorySource : public PackedSource {
+public:
+    explicit MemorySource(const PackedArray& whole) : array(whole) {}
+
+    void load(PackedAssembly& assembly) override {
+        std::copy_n(array.data(), array.size(), assembly.target(0, 0));
+    }
+    void read(const Sink& sink) override {
+        sink(array.data(), array.size());
+        if (fails) {
+            throw std::runtime_error("no more bytes");
+        }
+    }
+
+    const PackedArray& array;
+    bool fails = false;
+};
+
 class PackedArrayTest : public Testing::FolderTest {
 protected:
-    /// Adds random arrays, all of them plain or a random half of them packed.
+    /// Adds random arrays, all of them plain or a random half of them packed. An array from a
+    /// source may fail before.
     template <class T>
     static void addArray(Model& model, std::mt19937& random, bool mayPack,
                          const Array1d<unsigned int>& ids) {
@@ -63,12 +81,21 @@ protected:
         const Step step{std::to_string(random() % 5)};
         const bool packs = random() % 2 == 0 && mayPack;
         std::mt19937 other = random;
-        if (packs) {
-            model.addArrayProperty("r", types[kind], inParts(other, values, widths[kind]), ids,
-                                   step);
-        } else {
-            model.addArrayProperty("r", types[kind], Array2d<T>(rows, widths[kind], values), ids,
-                                   step);
+        const auto add = [&](const auto& array) {
+            model.addArrayProperty("r", types[kind], array, ids, step);
+        };
+        if (!packs) {
+            add(Array2d<T>(rows, widths[kind], values));
+            return;
+        }
+        const PackedArray whole = inParts(other, values, widths[kind]);
+        const std::vector<PackedHead> heads{whole.head()};
+        MemorySource source(whole);
+        source.fails = other() % 2 == 0;
+        try {
+            add(PackedStream(heads, source));
+        } catch (const std::runtime_error&) {
+            add(whole);
         }
     }
 

@@ -32,6 +32,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -158,23 +159,66 @@ public:
     PackedArray finish();
 
 private:
+    friend class PackedStream;
+
     std::shared_ptr<PackedStorage> whole_;
     std::vector<unsigned char> bytes_;
     std::size_t partCount_;
     std::vector<std::size_t> offsets_; ///< by plane, then part
 };
 
-#define TYR_MEK2_DECLARE(ID, STEPS)                                                               \
-    template <>                                                                                   \
-    MEKAPI2_API void Model::addArrayProperty(const std::string&, DatasetType, const PackedArray&, \
-                                             const ID&, const STEPS&, const Attributes&);         \
-    template <>                                                                                   \
-    MEKAPI2_API void Model::addArrayProperty(DatasetType, const PackedArray&, const ID&,          \
-                                             const STEPS&, const Attributes&);
-TYR_MEK2_DECLARE(unsigned int, Step)
-TYR_MEK2_DECLARE(unsigned int, StepList)
-TYR_MEK2_DECLARE(Array1d<unsigned int>, Step)
-TYR_MEK2_DECLARE(Array1d<unsigned int>, StepList)
+/// Gets the compressed bytes of an array from where its parts are, such as other processes.
+class PackedSource {
+public:
+    /// Receives bytes; may throw.
+    using Sink = std::function<void(const unsigned char* bytes, std::size_t count)>;
+
+    PackedSource() = default;
+    PackedSource(const PackedSource&) = delete;
+    PackedSource& operator=(const PackedSource&) = delete;
+    virtual ~PackedSource() = default;
+
+    /// Copies the bytes of all parts to their places.
+    virtual void load(PackedAssembly& assembly) = 0;
+
+    /// Passes the bytes of all parts to `sink`: the first plane of each part, in the order of the
+    /// parts, then the second planes, and so on.
+    virtual void read(const Sink& sink) = 0;
+};
+
+/// An array whose parts are elsewhere. It may be larger than the memory.
+///
+/// `Model::addArrayProperty` calls one function of the source, once: `read` if the array completes
+/// a block, which is then written, and `load` otherwise. It calls none if there are no rows, or
+/// after an earlier error. If the source or the file raises an error, the array is not in the file.
+class MEKAPI2_API PackedStream {
+public:
+    /// @param parts descriptions of the parts, in the order of their rows
+    /// @param source must live as long as this object, like `parts`
+    /// @throws InvalidArguments, OverflowError as `PackedAssembly`
+    PackedStream(const std::vector<PackedHead>& parts, PackedSource& source);
+
+private:
+    friend struct ValueAccess;
+
+    std::shared_ptr<const PackedStorage> data_;
+};
+
+#define TYR_MEK2_DECLARE(ARRAY, ID, STEPS)                                                       \
+    template <>                                                                                  \
+    MEKAPI2_API void Model::addArrayProperty(const std::string&, DatasetType, const ARRAY&,      \
+                                             const ID&, const STEPS&, const Attributes&);        \
+    template <>                                                                                  \
+    MEKAPI2_API void Model::addArrayProperty(DatasetType, const ARRAY&, const ID&, const STEPS&, \
+                                             const Attributes&);
+TYR_MEK2_DECLARE(PackedArray, unsigned int, Step)
+TYR_MEK2_DECLARE(PackedArray, unsigned int, StepList)
+TYR_MEK2_DECLARE(PackedArray, Array1d<unsigned int>, Step)
+TYR_MEK2_DECLARE(PackedArray, Array1d<unsigned int>, StepList)
+TYR_MEK2_DECLARE(PackedStream, unsigned int, Step)
+TYR_MEK2_DECLARE(PackedStream, unsigned int, StepList)
+TYR_MEK2_DECLARE(PackedStream, Array1d<unsigned int>, Step)
+TYR_MEK2_DECLARE(PackedStream, Array1d<unsigned int>, StepList)
 #undef TYR_MEK2_DECLARE
 
 } // namespace Tyr::Mek2

@@ -23,15 +23,15 @@
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
+#include <exception>
 #include <functional>
-#include <system_error>
 #include <thread>
 #include <vector>
 
 namespace Tyr::Mek2 {
 
 /// A function that runs tasks on the calling thread and on `threads - 1` new threads, which end
-/// before it returns. If the system refuses a thread, fewer run.
+/// before it returns. If the system has no thread or no memory for it, fewer run.
 /// @param threads 0: as many as the processor has
 inline ParallelFor parallelForThreads(unsigned int threads = 0) {
     const unsigned int wanted = threads != 0 ? threads : std::thread::hardware_concurrency();
@@ -49,8 +49,8 @@ inline ParallelFor parallelForThreads(unsigned int threads = 0) {
             while (others.size() + 1 < most) {
                 others.emplace_back(work);
             }
-        } catch (const std::system_error&) {
-            // the threads that run do all the work
+        } catch (const std::exception&) {
+            // no thread or no memory for it; the threads that run do all the work
         }
         work();
         for (std::thread& other : others) {

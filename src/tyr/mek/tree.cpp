@@ -191,7 +191,11 @@ std::uint64_t Tree::WriteStreamDataset(const TyrQbf::SharedPiece& packed, int co
     const std::uint64_t size = BeginDataset(count, width);
     const std::uint64_t offset = file.index.GetDataLength(heavyData);
     if (size != 0) {
-        file.index.PutPiece(heavyData, packed);
+        if (packed->source != nullptr) {
+            file.index.PutPieceFromSource(heavyData, packed, file.stream);
+        } else {
+            file.index.PutPiece(heavyData, packed);
+        }
         file.SetBlockFlags(heavyData, TyrQbf::FlagFreeze); // also of a new block
         file.index.FlushFrozen(file.stream);
     }

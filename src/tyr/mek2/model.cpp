@@ -70,6 +70,7 @@ Adder::TableAdder<T> adderFor(const Array2d<T>&) {
 }
 
 Adder::PackedAdder adderFor(const PackedArray&) { return {}; }
+Adder::PackedAdder adderFor(const PackedStream&) { return {}; }
 
 Column<unsigned int> idColumn(unsigned int id) { return Column<unsigned int>::Constant(1, id); }
 const Column<unsigned int>& idColumn(const Array1d<unsigned int>& ids) {
@@ -242,6 +243,7 @@ Array1d<unsigned int> Model::addAssemblyComponents(
     }
 TYR_MEK2_FOR_ARRAY_PROPERTIES(TYR_MEK2_DEFINE)
 TYR_MEK2_FOR_ARRAY(TYR_MEK2_DEFINE, PackedArray)
+TYR_MEK2_FOR_ARRAY(TYR_MEK2_DEFINE, PackedStream)
 #undef TYR_MEK2_DEFINE
 
 } // namespace Tyr::Mek2

@@ -92,7 +92,7 @@ std::shared_ptr<const PackedStorage> packRows(const T* values, std::size_t rows,
     return pack(values, head, level, parallelFor);
 }
 
-/// Adds the rows of a part to `whole`, and the checksums of its planes.
+/// Adds the rows of a part to `whole`, and the sizes and checksums of its planes.
 void append(PackedHead& whole, const PackedHead& part, std::size_t number) {
     if (part.rows == 0) {
         return;
@@ -110,10 +110,34 @@ void append(PackedHead& whole, const PackedHead& part, std::size_t number) {
         TyrQbf::DeflatePiece joined;
         joined.AppendContent(whole.rows, whole.planes[plane].checksum);
         joined.AppendContent(part.rows, part.planes[plane].checksum);
-        whole.planes[plane].checksum = joined.checksum;
+        const std::uint64_t size =
+            std::uint64_t{whole.planes[plane].size} + part.planes[plane].size;
+        if (size > std::numeric_limits<std::uint32_t>::max()) {
+            TYR_RAISE(Exception::OverflowError());
+        }
+        whole.planes[plane] = {static_cast<std::uint32_t>(size), joined.checksum};
     }
     whole.rows += part.rows;
     refuseTooManyBytes(whole.rows, whole.width);
+}
+
+/// The description of the rows of all parts.
+PackedHead join(const std::vector<PackedHead>& parts) {
+    PackedHead whole;
+    for (std::size_t number = 0; number < parts.size(); ++number) {
+        sizeOf(parts[number]);
+        append(whole, parts[number], number);
+    }
+    return whole;
+}
+
+/// A piece with the content of all planes, without bytes.
+TyrQbf::DeflatePiece pieceOf(const PackedHead& head) {
+    TyrQbf::DeflatePiece piece;
+    for (std::size_t plane = 0; plane < head.planeCount(); ++plane) {
+        piece.AppendContent(head.rows, head.planes[plane].checksum);
+    }
+    return piece;
 }
 
 } // namespace
@@ -184,26 +208,17 @@ std::size_t PackedArray::size() const { return data_ != nullptr ? data_->piece->
 
 PackedAssembly::PackedAssembly(const std::vector<PackedHead>& parts)
     : whole_(std::make_shared<PackedStorage>()), partCount_(parts.size()) {
-    PackedHead& head = whole_->head;
-    for (std::size_t number = 0; number < parts.size(); ++number) {
-        sizeOf(parts[number]);
-        append(head, parts[number], number);
-    }
+    const PackedHead& head = whole_->head = join(parts);
     if (head.rows == 0) {
         return;
     }
     offsets_.reserve(head.planeCount() * partCount_);
     std::size_t size = 0;
     for (std::size_t plane = 0; plane < head.planeCount(); ++plane) {
-        const std::size_t start = size;
         for (const PackedHead& part : parts) {
             offsets_.push_back(size);
             size += part.rows != 0 ? part.planes[plane].size : 0;
         }
-        if (size - start > std::numeric_limits<std::uint32_t>::max()) {
-            TYR_RAISE(Exception::OverflowError());
-        }
-        head.planes[plane].size = static_cast<std::uint32_t>(size - start);
     }
     bytes_.resize(size);
 }
@@ -219,15 +234,29 @@ PackedArray PackedAssembly::finish() {
     if (whole_->head.rows == 0) {
         return array;
     }
-    auto piece = std::make_shared<TyrQbf::DeflatePiece>();
+    auto piece = std::make_shared<TyrQbf::DeflatePiece>(pieceOf(whole_->head));
     piece->bytes = std::move(bytes_);
-    const PackedHead& head = whole_->head;
-    for (std::size_t plane = 0; plane < head.planeCount(); ++plane) {
-        piece->AppendContent(head.rows, head.planes[plane].checksum);
-    }
     whole_->piece = std::move(piece);
     array.data_ = std::move(whole_);
     return array;
+}
+
+PackedStream::PackedStream(const std::vector<PackedHead>& parts, PackedSource& source) {
+    const PackedHead head = join(parts);
+    if (head.rows == 0) {
+        return;
+    }
+    auto bytes = std::make_shared<TyrQbf::PieceSource>();
+    bytes->size = sizeOf(head);
+    bytes->load = [&parts, &source] {
+        PackedAssembly assembly(parts);
+        source.load(assembly);
+        return std::move(assembly.bytes_);
+    };
+    bytes->read = [&source](const TyrQbf::Sink& sink) { source.read(sink); };
+    auto piece = std::make_shared<TyrQbf::DeflatePiece>(pieceOf(head));
+    piece->source = std::move(bytes);
+    data_ = std::make_shared<const PackedStorage>(PackedStorage{head, std::move(piece)});
 }
 
 } // namespace Tyr::Mek2

@@ -96,6 +96,9 @@ struct ValueAccess {
         return heldBy(properties.data_);
     }
     static const std::vector<StepData>& of(const StepList& steps) { return heldBy(steps.data_); }
+    static const std::shared_ptr<const PackedStorage>& of(const PackedStream& array) {
+        return array.data_;
+    }
     static const std::shared_ptr<const PackedStorage>& of(const PackedArray& array) {
         return array.data_;
     }

@@ -40,7 +40,7 @@ ChunkedCompressor::ChunkedCompressor(ParallelFor tasks, std::int32_t compression
     : parallelFor(std::move(tasks)), level(compressionLevel) {}
 
 void ChunkedCompressor::operator()(const unsigned char* content, std::uint32_t length,
-                                   const ZlibAssembly::Sink& sink) const {
+                                   const Sink& sink) const {
     const Content block(content, length);
     ZlibAssembly stream(level, sink);
     std::vector<DeflatePiece> pieces(std::min(chunksAtOnce, block.ChunkCount()));

@@ -24,8 +24,7 @@ public:
     /// compressor for each running task.
     /// @throws MemoryAllocationException
     /// @throws MiscelleneousException "Unable to compress block", "Not all tasks were run"
-    void operator()(const unsigned char* content, std::uint32_t length,
-                    const ZlibAssembly::Sink& sink) const;
+    void operator()(const unsigned char* content, std::uint32_t length, const Sink& sink) const;
 
     /// For other work of the same write cycle.
     const ParallelFor& Tasks() const { return parallelFor; }

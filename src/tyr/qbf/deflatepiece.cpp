@@ -92,7 +92,11 @@ ZlibAssembly::ZlibAssembly(std::int32_t level, const Sink& receiver) : sink(rece
 }
 
 void ZlibAssembly::Add(const DeflatePiece& piece) {
-    sink(piece.bytes.data(), piece.bytes.size());
+    if (piece.source != nullptr) {
+        piece.source->read(sink);
+    } else {
+        sink(piece.bytes.data(), piece.bytes.size());
+    }
     whole.AppendContent(piece.contentLength, piece.checksum);
 }
 

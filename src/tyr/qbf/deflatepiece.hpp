@@ -13,19 +13,34 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace TyrQbf {
 
+/// Receives bytes in parts, in order.
+using Sink = std::function<void(const unsigned char* bytes, std::size_t count)>;
+
+/// Compressed bytes that are not in memory. One of the functions is called, at most once.
+struct PieceSource {
+    std::uint64_t size = 0;
+    std::function<std::vector<unsigned char>()> load{}; ///< all bytes
+    std::function<void(const Sink&)> read{};            ///< passes all bytes to a sink
+};
+
 /// Compressed bytes, and what an assembly needs to know of their content. Several pieces with their
 /// bytes one after the other are one piece.
 struct DeflatePiece {
+    /// Number of compressed bytes.
+    std::uint64_t Size() const { return source != nullptr ? source->size : bytes.size(); }
+
     /// Adds the length and the checksum of the content that follows; the caller adds its bytes.
     void AppendContent(std::uint64_t length, std::uint32_t adler32);
 
     std::vector<unsigned char> bytes{};
     std::uint64_t contentLength = 0;
-    std::uint32_t checksum = 1; ///< Adler-32 of the content
+    std::uint32_t checksum = 1;                  ///< Adler-32 of the content
+    std::shared_ptr<const PieceSource> source{}; ///< if not null, it has the bytes
 };
 
 enum class PieceEnd {
@@ -44,14 +59,11 @@ void CompressPiece(const unsigned char* content, std::size_t length, std::int32_
 /// Makes one zlib stream of pieces.
 class ZlibAssembly {
 public:
-    /// Receives the stream in parts, in order.
-    using Sink = std::function<void(const unsigned char* bytes, std::size_t count)>;
-
     /// Bytes of the stream besides those of the pieces, with an `End`.
     static constexpr std::uint32_t overhead = 8;
 
     /// Passes on the header.
-    /// @param receiver must live as long as this object
+    /// @param receiver receives the stream; must live as long as this object
     ZlibAssembly(std::int32_t level, const Sink& receiver);
 
     /// Passes on the bytes of the next piece.

@@ -84,9 +84,16 @@ private:
     std::FILE* stream;
 };
 
+/// The same piece with its bytes in memory.
+SharedPiece Loaded(const DeflatePiece& piece) {
+    auto loaded = std::make_shared<DeflatePiece>();
+    loaded->bytes = piece.source->load();
+    loaded->AppendContent(piece.contentLength, piece.checksum);
+    return loaded;
+}
+
 /// The zlib stream of a block of pieces.
-void Assemble(const std::vector<SharedPiece>& pieces, std::int32_t level,
-              const ZlibAssembly::Sink& sink) {
+void Assemble(const std::vector<SharedPiece>& pieces, std::int32_t level, const Sink& sink) {
     ZlibAssembly stream(level, sink);
     for (const SharedPiece& piece : pieces) {
         stream.Add(*piece);
@@ -136,16 +143,48 @@ void Index::PutPiece(const std::string& name, const SharedPiece& piece) {
     }
     pieces.push_back(piece);
     entries[number].flags |= FlagCompress;
-    block.capacity += piece->bytes.size();
+    block.capacity += piece->Size();
     block.position += addedLength;
     block.length = block.position;
+}
+
+void Index::PutPieceFromSource(const std::string& name, const SharedPiece& piece,
+                               std::FILE* stream) {
+    PutPiece(name, piece);
+    const BlockSizeLimiter& limiter = GetBlockSizeLimiter(name);
+    const BlockNumber number = limiter.blockNumbers.back();
+    try {
+        if (blocks[number].length < limiter.limit) {
+            packedBlocks[number].back() = Loaded(*piece);
+        } else {
+            SetBlockFlags(name, FlagFreeze);
+            FlushFrozen(stream);
+        }
+    } catch (...) {
+        if (!entries[number].frozen) {
+            RemoveLastPiece(number);
+        }
+        throw;
+    }
+}
+
+void Index::RemoveLastPiece(BlockNumber number) {
+    Block& block = blocks[number];
+    std::vector<SharedPiece>& pieces = packedBlocks[number];
+    block.capacity -= pieces.back()->Size();
+    block.position -= static_cast<std::uint32_t>(pieces.back()->contentLength);
+    block.length = block.position;
+    pieces.pop_back();
+    if (pieces.empty()) {
+        packedBlocks.erase(number);
+    }
 }
 
 /// The current block of `name` if it has no bytes and lengths of 32 bits suffice, otherwise a new
 /// one.
 Index::BlockNumber Index::GetBlockForPiece(const std::string& name, const DeflatePiece& piece) {
     constexpr std::uint32_t largest = std::numeric_limits<std::uint32_t>::max();
-    std::uint64_t storedLength = lengthFieldSize + ZlibAssembly::overhead + piece.bytes.size();
+    std::uint64_t storedLength = lengthFieldSize + ZlibAssembly::overhead + piece.Size();
     if (storedLength > largest) {
         TYR_RAISE(Tyr::Exception::OverflowError());
     }
@@ -406,14 +445,13 @@ void Index::WriteBufferToFileStream(std::uint64_t number, std::FILE* stream) {
     }
     if ((entry.flags & FlagCompress) != 0) {
         if (const auto packed = packedBlocks.find(number); packed != packedBlocks.end()) {
-            WriteInParts(number, stream, [&](const ZlibAssembly::Sink& sink) {
-                Assemble(packed->second, level, sink);
-            });
+            WriteInParts(number, stream,
+                         [&](const Sink& sink) { Assemble(packed->second, level, sink); });
             packedBlocks.erase(packed);
             return;
         }
         if (parallelFor) {
-            WriteInParts(number, stream, [&](const ZlibAssembly::Sink& sink) {
+            WriteInParts(number, stream, [&](const Sink& sink) {
                 ChunkedCompressor(parallelFor, level)(block.data, block.length, sink);
             });
             return;

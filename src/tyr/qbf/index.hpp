@@ -96,6 +96,13 @@ public:
     /// @throws OverflowError content or compressed bytes do not fit 32-bit lengths
     void PutPiece(const std::string& name, const SharedPiece& piece);
 
+    /// The same for a piece with a `source`. If its block takes no more data afterwards, the block
+    /// is written at once and the bytes are read in parts; otherwise they are loaded. After an
+    /// error the piece is not part of the block.
+    /// @throws FileWriteException "Saving the buffer failed", "Unable to write to file"
+    /// @throws NotYetImplemented as `FlushFrozen`; exceptions of the source pass through
+    void PutPieceFromSource(const std::string& name, const SharedPiece& piece, std::FILE* stream);
+
     /// Appends numbers and strings; the same as one `Put` for each.
     template <class... T>
     void PutEach(const std::string& name, const T&... values);
@@ -210,7 +217,7 @@ private:
 
     BlockObserver observer;
 
-    using Compression = std::function<void(const ZlibAssembly::Sink&)>;
+    using Compression = std::function<void(const Sink&)>;
 
     void WriteInParts(BlockNumber number, std::FILE* stream, const Compression& compress);
     void CompressAndWrite(BlockNumber number, std::FILE* stream, const Compression& compress);
@@ -218,6 +225,7 @@ private:
     bool IsOpen(const BlockSizeLimiter* limiter) const;
     bool HasPieces(BlockNumber number) const { return packedBlocks.count(number) != 0; }
     BlockNumber GetBlockForPiece(const std::string& name, const DeflatePiece& piece);
+    void RemoveLastPiece(BlockNumber number);
 
     /// The pieces of each block that has pieces and is not written.
     std::map<BlockNumber, std::vector<SharedPiece>> packedBlocks;

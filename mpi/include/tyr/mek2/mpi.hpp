@@ -50,8 +50,8 @@ using FailedRank = boost::error_info<struct FailedRankTag, int>;
 /// Writes models like `Model`, from all ranks of a communicator.
 ///
 /// All operations are collective: each rank calls the same ones in the same order, construction and
-/// destruction included. Rank 0 owns the `Model` and the file. An operation has the result that is
-/// documented at `Model`, and returns it on all ranks.
+/// destruction included. Rank 0 owns the `Model` and the file. An operation returns the result that
+/// `Model` documents, on all ranks.
 ///
 /// All arguments must be equal on all ranks, except:
 /// - the rows of an array. Each rank gives its own, or none; the array of the file has the rows of
@@ -64,27 +64,30 @@ using FailedRank = boost::error_info<struct FailedRankTag, int>;
 ///
 /// Errors are collective. What is raised on one rank is raised on all, with the same class; the
 /// message begins with "rank N: ", and `FailedRank` is attached. If several ranks fail, it is the
-/// error of the lowest one. The model can be used afterwards as documented at `Model`. Exceptions
-/// of other libraries become `MiscelleneousException`, and `std::bad_alloc`
-/// `MemoryAllocationException`. Different calls or different arguments are an error, too:
-/// `InvalidArguments`. After it, all ranks must make the same calls again.
+/// error of the lowest one; a destroyed model comes first. The model can be used afterwards as
+/// documented at `Model`. Exceptions of other libraries become `MiscelleneousException`, and
+/// `std::bad_alloc` `MemoryAllocationException`. Different calls or different arguments are an
+/// error, too: `InvalidArguments`. After it, all ranks must make the same calls again.
 ///
 /// If one rank destroys the object while others call an operation, for example because an exception
 /// of the application ends the function that owns it, `InvalidObjectState` "rank N: the model was
 /// destroyed" is raised on the others. The object cannot be used afterwards.
 ///
-/// Rank 0 needs the memory of `Model` for one block in compressed form, plus its own rows in
-/// compressed form, plus some 500 bytes for each rank. Each rank waits until rank 0 has added the
-/// array.
+/// Each rank needs twice the memory of its rows in compressed form. Rank 0 also needs memory for
+/// the arrays of a block up to its limit, compressed; for one compressed plane of another rank; and
+/// some 500 bytes for each rank. An array that completes a block is written while it is received.
+/// Each rank waits until rank 0 has added the array.
 ///
 /// The object has a private communicator. Errors of MPI itself end the program. MPI must be
 /// initialised before; the object must be destroyed before `MPI_Finalize`. One thread at a time may
-/// use it, with the level of thread support that this needs.
+/// use it. `MPI_THREAD_FUNNELED` is enough if this is the main thread; tasks of `parallelFor` call
+/// no function of MPI.
 class ParallelModel {
 public:
     /// No write cycle is open.
-    /// @param communicator is duplicated; an intracommunicator
-    /// @throws InvalidObjectState "MPI is not initialised"
+    /// @param communicator an intracommunicator, which is duplicated
+    /// @throws InvalidObjectState "MPI is not initialised", or it has ended
+    /// @throws InvalidArguments "not an intracommunicator", also for `MPI_COMM_NULL`
     explicit ParallelModel(MPI_Comm communicator);
 
     /// Ends an open write cycle like the destructor of `Model`.
