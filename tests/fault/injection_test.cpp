@@ -38,12 +38,6 @@ struct FaultKind {
 
 std::ostream& operator<<(std::ostream& out, const FaultKind& kind) { return out << kind.name; }
 
-/// Starts two threads, then runs the tasks.
-void runAfterThreads(std::size_t count, const std::function<void(std::size_t)>& task) {
-    parallelForThreads(3)(count, [](std::size_t) {});
-    runTasks(count, task);
-}
-
 const char* const writeErrors = "|7 Unable to write to file|7 Saving the buffer failed|";
 
 // The lack of memory for a log line is not reported, since log lines are dropped.
@@ -60,7 +54,7 @@ const FaultKind kinds[] = {
     {"CompressMemory", Fault::CompressMemory, true, Loss::None, "|16 Memory allocation error|"},
     {"Compress", Fault::Compress, true, Loss::None, "|2 Unable to compress block|"},
     {"WriteChunk", Fault::Write, true, Loss::Unknown, writeErrors, runTasks},
-    {"NewInTask", Fault::New, false, Loss::None, "|0 |", runAfterThreads},
+    {"NewInTask", Fault::New, false, Loss::None, "|0 |", runTasks},
     {"ChunkMemory", Fault::ChunkMemory, true, Loss::None, "|16 Memory allocation error|", runTasks},
     {"Chunk", Fault::Chunk, true, Loss::None, "|2 Unable to compress block|", runTasks},
     {"ParallelFor", Fault::ParallelFor, true, Loss::None, "|0 |", runTasks},
@@ -230,6 +224,21 @@ TEST_P(InjectionTest, AllPromisesAreKeptThroughTheInterfaceForC) {
     injectAll<CModel>();
 }
 #endif
+
+TEST(ParallelForThreadsTest, RunsEachTaskWithoutMemoryForThreads) {
+    const ParallelFor parallelFor = parallelForThreads(4);
+    std::uint64_t number = 1;
+    std::vector<int> runs;
+    const auto run = [&] {
+        runs.assign(8, 0);
+        const LibraryCall call;
+        parallelFor(runs.size(), [&](std::size_t task) { ++runs[task]; });
+    };
+    for (; injectFault(Fault::New, number, run); ++number) {
+        EXPECT_EQ(runs, std::vector<int>(8, 1)) << number;
+    }
+    EXPECT_GE(number, 4U); // one for each thread
+}
 
 INSTANTIATE_TEST_SUITE_P(Faults, InjectionTest, ::testing::ValuesIn(kinds),
                          [](const auto& kind) { return std::string(kind.param.name); });

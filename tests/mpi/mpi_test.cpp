@@ -145,7 +145,8 @@ protected:
 };
 
 TEST_F(MpiTest, HoldsTheModelOfOneProcessInTheSameBytesEachTime) {
-    for (unsigned int seed = 0; seed < 6; ++seed) {
+    const unsigned int seeds = size < 4 ? 6 : 3; // ranks that wait use the processor
+    for (unsigned int seed = 0; seed < seeds; ++seed) {
         SCOPED_TRACE(seed);
         SaverOptions options{true};
         options.journal = seed % 2 != 0;

@@ -44,8 +44,8 @@ inline ParallelFor parallelForThreads(unsigned int threads = 0) {
         };
         std::vector<std::thread> others;
         const std::size_t most = std::min<std::size_t>(wanted, count);
-        others.reserve(most);
         try {
+            others.reserve(most);
             while (others.size() + 1 < most) {
                 others.emplace_back(work);
             }
