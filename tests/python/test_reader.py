@@ -18,14 +18,13 @@ WORDS = ["", "a", "b", "a b", "ä/ö", "模型", "x" * 200, "\U0001f642"]
 class RandomModel:
     """Adds nodes, properties and arrays in random order, some of them again."""
 
-    def __init__(self, path, seed, monkeypatch):
+    def __init__(self, path, seed, monkeypatch, sizes=(50, 999, 10**6)):
         self.random = np.random.default_rng(seed)
-        size = self.random.choice([50, 999, 10**6])
-        monkeypatch.setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", str(size))
-        self.written, self.shapes = {}, []
+        monkeypatch.setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", str(self.random.choice(sizes)))
+        self.written, self.shapes, self.groups = {}, [], {}
         threads = (None, 1, 2)[seed % 3]
         with Model(path, tool_name=self.word(), tool_version="1", threads=threads) as self.model:
-            self.groups = [self.model.add_node("RootGroup", self.word(), self.attributes())]
+            self.add_group("RootGroup")
             for _ in range(self.random.integers(1, 60)):
                 self.random.choice([self.add_node, self.set_data, self.add_array, self.add_array])()
 
@@ -36,17 +35,23 @@ class RandomModel:
         values = [int(self.random.integers(2**32)), float(self.random.normal()), self.word(), True]
         return {f"{self.word()}{n}": self.random.choice(np.array(values, object)) for n in range(3)}
 
+    def add_group(self, kind):
+        attributes = self.attributes()
+        self.groups[self.model.add_node(kind, self.word(), attributes)] = attributes
+
     def add_node(self):
-        self.model.set_current_node(int(self.random.choice(self.groups)))
+        self.model.set_current_node(int(self.random.choice([*self.groups])))
         if self.random.random() < 0.5:
-            self.groups.append(self.model.add_node("Group", self.word(), self.attributes()))
+            self.add_group("Group")
         else:
             self.shapes.append(self.model.add_node("Shape", self.word()))
 
     def set_data(self):
         numbers = self.random.normal(size=10)
         placed = {"Translation": numbers[:3], "Rotation": numbers[3:7], "Scale": numbers[7:]}
-        self.model.set_node_data(int(self.random.choice(self.groups)), placed, self.attributes())
+        group, attributes = int(self.random.choice([*self.groups])), self.attributes()
+        self.model.set_node_data(group, placed, attributes)
+        self.groups[group].update(attributes)
         if self.shapes:
             colored = {"DiffuseColor": numbers[:3], "Shininess": numbers[3], "MaterialFlag": False}
             self.model.set_node_data(int(self.random.choice(self.shapes)), colored)
@@ -74,12 +79,16 @@ def test_reads_random_models_as_the_reader_in_cpp(path, monkeypatch):
     arrays = 0
     for seed in range(MODELS):
         path.unlink(missing_ok=True)
-        written = RandomModel(path, seed, monkeypatch).written
+        model = RandomModel(path, seed, monkeypatch)
         assert oracle.read(path) == oracle.ask(path), seed
         with mekapi2.open(path) as file:
             found = file.read_all(threads=1 + seed % 2)
+            for group, attributes in model.groups.items():
+                floats = {key: np.float32(one) for key, one in attributes.items()
+                          if isinstance(one, float)}  # fmt: skip
+                assert file.nodes[group - 1].attributes == {**attributes, **floats}, (seed, group)
         arrays += len(found)
-        for key, array in written.items():
+        for key, array in model.written.items():
             is_equal = found[key].dtype == array.dtype and np.array_equal(found[key], array)
             assert is_equal, (seed, key)
     assert arrays > 5 * MODELS

@@ -9,18 +9,18 @@ import mekapi2
 import numpy as np
 
 
-def _mekinfo(*arguments):
+def mekinfo(*arguments):
     command = [os.environ["MEKINFO"], *arguments]
     return subprocess.run(command, stdout=subprocess.PIPE, encoding="utf-8", errors="replace")
 
 
 def ask(path):
     """Return "unfinished", "damaged", or the nodes of a valid file."""
-    verdict = _mekinfo("--check", path)
+    verdict = mekinfo("--check", path)
     if verdict.returncode != 0:
         assert verdict.returncode == 1 and ": INVALID, " in verdict.stdout
         return "unfinished" if ": INVALID, file is unfinished: " in verdict.stdout else "damaged"
-    nodes = json.loads(_mekinfo("--json", "--stats", path).stdout)["nodes"]
+    nodes = json.loads(mekinfo("--json", "--stats", path).stdout)["nodes"]
     for node in nodes:
         for variable in node.get("variables", []):
             variable["link"] = variable["link"] is not None
