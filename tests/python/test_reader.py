@@ -86,7 +86,9 @@ def test_reads_random_models_as_the_reader_in_cpp(path, monkeypatch):
             for group, attributes in model.groups.items():
                 floats = {key: np.float32(one) for key, one in attributes.items()
                           if isinstance(one, float)}  # fmt: skip
-                assert file.nodes[group - 1].attributes == {**attributes, **floats}, (seed, group)
+                stored = file.nodes[group - 1].attributes
+                assert stored == {**attributes, **floats}, (seed, group)
+                assert [*stored] == sorted(stored, key=str.encode), (seed, group)
         arrays += len(found)
         for key, array in model.written.items():
             is_equal = found[key].dtype == array.dtype and np.array_equal(found[key], array)
