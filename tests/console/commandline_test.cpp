@@ -39,10 +39,6 @@ protected:
         Testing::run("frd2mek job.frd model.mek");
     }
 
-    static void write(const std::string& name, std::string_view bytes) {
-        std::ofstream(name, std::ios::binary) << bytes;
-    }
-
     static void expect(const std::vector<Case>& cases) {
         for (const auto& [command, exitCode, output, errors] : cases) {
             const Testing::Run run = Testing::run(command);
@@ -95,9 +91,9 @@ TEST_F(CommandLineTest, FollowsOneConvention) {
 
 TEST_F(CommandLineTest, InspectsManyFiles) {
     const std::string bytes = Testing::readFile("model.mek");
-    write("cut.mek", bytes.substr(0, 2000));
-    write("run.mek", bytes.substr(0, 2000));
-    write("run.mek.journal", "");
+    std::ofstream("cut.mek", std::ios::binary) << bytes.substr(0, 2000);
+    std::filesystem::copy_file("cut.mek", "run.mek");
+    std::ofstream("run.mek.journal").flush();
     std::filesystem::copy_file("model.mek", "other.mek");
     const std::string facts =
         ": OK, 10 nodes, 39 variables, " + std::to_string(bytes.size()) + " bytes";
@@ -224,25 +220,19 @@ TEST_F(CommandLineTest, NamesForeignFiles) {
     using Foreign = std::tuple<const char*, std::string_view, const char*>;
     for (const auto& [name, bytes, error] :
          {Foreign{"a.gz", "\x1F\x8B\x08", "this is a gzip file; decompress it first"},
-          {"a.bz2", "BZh91AY&SY", "this is a bzip2 file; decompress it first"},
           {"a.xz", "\xFD\x37zXZ\0\0"sv, "this is an xz file; decompress it first"},
-          {"a.zip", "PK\x03\x04", "this is a zip archive; extract the file first"},
-          {"a.h5", "\x89HDF\r\n\x1A\n", "this is an HDF5 file"},
           {"a.tar", tar, "this is a tar archive; extract the file first"},
-          {"a.so", "\x7F\x45LF\x02", "this is a program or library (ELF)"},
-          {"a.vtk", "# vtk DataFile Version 3.0\n", "this is a legacy VTK file"},
           {"a.vtu", "<?xml version=\"1.0\"?>\n<VTKFile type=\"UnstructuredGrid\">\n",
            "this is a VTK XML file"},
-          {"a.msh", "$MeshFormat\n4.1 0 8\n", "this is a Gmsh mesh"},
           {"a.inp", "** a comment\r\n\r\n*Heading\r\n",
            "this is an input deck; solve it and convert the .frd file"},
           {"empty", "", "the file is empty"}}) {
-        write(name, bytes);
+        std::ofstream(name, std::ios::binary) << bytes;
         const std::string message = std::string(": ") + error + '\n';
         const std::string command = "frd2mek " + std::string(name);
         expect({{command.c_str(), 1, "", message.c_str()}});
     }
-    write("a.txt", "notes\n");
+    std::ofstream("a.txt") << "notes\n";
     expect({
         {"frd2mek model.mek a.mek", 1, "", ": this is a model file; mekinfo shows it\n"},
         {"mekinfo job.frd", 1, "",
@@ -274,13 +264,7 @@ TEST_F(CommandLineTest, ReportsWhatCannotBeWritten) {
          "mekinfo: full/model-0-TR3-0.vtu: File too large\n"},
         {"ulimit -f 1; mekinfo --vtu killed/deep model.mek", 128 + SIGXFSZ, "", ""},
     });
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(".")) {
-        names.push_back(entry.path().filename().string());
-    }
-    std::sort(names.begin(), names.end());
-    EXPECT_EQ(names,
-              (std::vector<std::string>{"folder", "job.frd", "job.mek", "model.mek", "pipe"}));
+    EXPECT_EQ(names(), "folder job.frd job.mek model.mek pipe ");
 }
 
 TEST_F(CommandLineTest, IsCompletedByBash) {

@@ -16,10 +16,6 @@ using std::filesystem::perms;
 
 class OutputFileTest : public Testing::FolderTest {
 protected:
-    static void write(const std::filesystem::path& path, const std::string& text) {
-        std::ofstream(path) << text;
-    }
-
     std::ptrdiff_t countFiles() const {
         return std::distance(std::filesystem::directory_iterator(folder),
                              std::filesystem::directory_iterator());
@@ -31,8 +27,8 @@ protected:
 TEST_F(OutputFileTest, GivesEachWriterItsOwnFile) {
     Console::OutputFile first(target, false);
     Console::OutputFile second(target, false);
-    write(first.unfinishedPath(), "first");
-    write(second.unfinishedPath(), "second");
+    std::ofstream(first.unfinishedPath()) << "first";
+    std::ofstream(second.unfinishedPath()) << "second";
 
     first.finish();
 
@@ -41,7 +37,7 @@ TEST_F(OutputFileTest, GivesEachWriterItsOwnFile) {
     EXPECT_EQ(Testing::readFile(target), "first");
     {
         Console::OutputFile third(target, true);
-        write(third.unfinishedPath(), "third");
+        std::ofstream(third.unfinishedPath()) << "third";
         EXPECT_EQ(countFiles(), 3);
     }
     EXPECT_EQ(Testing::readFile(target), "first");
@@ -52,13 +48,13 @@ TEST_F(OutputFileTest, GivesEachWriterItsOwnFile) {
 
 TEST_F(OutputFileTest, KeepsPermissionsOfWhatItReplaces) {
     const perms unusual = perms::owner_read | perms::owner_exec | perms::group_read;
-    write(target, "earlier");
+    std::ofstream(target) << "earlier";
     std::filesystem::permissions(target, unusual);
     std::filesystem::create_symlink("out.mek", folder / "link");
 
     Console::OutputFile output(folder / "link", true);
     const perms unfinished = std::filesystem::status(output.unfinishedPath()).permissions();
-    write(output.unfinishedPath(), "later");
+    std::ofstream(output.unfinishedPath()) << "later";
     output.finish();
 
     EXPECT_EQ(unfinished, perms::owner_read | perms::owner_write);

@@ -1,13 +1,13 @@
 #include <tyr/mek2/model.hpp>
 
+#include "mekinfo/print.hpp"
 #include "mekreader/model.hpp"
 #include "support/everything.hpp"
 #include "support/testing.hpp"
 
-#include <array>
+#include <sstream>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace {
 
@@ -18,31 +18,24 @@ using Blocks = std::pair<const char*, std::size_t>;
 
 class EverythingTest : public FolderTest, public ::testing::WithParamInterface<Blocks> {
 protected:
-    static void checkTree(const MekReader::File& file) {
-        const std::string longString(256, 's');
-        const MekReader::AttributeList attributes = {{"unsigned", 4000000000U},
-                                                     {"int", 4294967295U},
-                                                     {"float", 1.5F},
-                                                     {"a string with a long key", longString},
-                                                     {"", "line\nend \xC3\xA9\x1A"}};
-        EXPECT_TRUE(file.nodes()[0].group->attributes == attributes);
-        EXPECT_EQ(file.nodes()[0].group->rootFlag, 1);
-        ASSERT_EQ(file.nodes()[7].name, groupName);
-        const MekReader::Group& group = *file.nodes()[7].group;
-        EXPECT_EQ(group.translation, (std::array<float, 3>{0.1F, -2, 3e30F}));
-        EXPECT_EQ(group.rotation, (std::array<float, 4>{0, 1, 0, 0.5F}));
-        EXPECT_EQ(group.scale, (std::array<float, 3>{2, 2, 2}));
-        ASSERT_EQ(file.nodes()[8].name, shapeName);
-        const MekReader::Material& material = *file.nodes()[8].material;
-        using Colors = std::vector<std::array<float, 4>>;
-        EXPECT_EQ(
-            (Colors{material.diffuseColor, material.emissiveColor, material.ambientColor,
-                    material.specularColor}),
-            (Colors{
-                {0.2F, 0.4F, 0.6F, 1}, {0.1F, 0, 0, 1}, {0.1F, 0.2F, 0.3F, 0.5F}, {1, 2, 3, 1}}));
-        EXPECT_EQ(material.transparency, 0.25F);
-        EXPECT_EQ(material.shininess, 0.2F);
-        EXPECT_FALSE(material.materialFlag);
+    static void checkTree(MekReader::File& file) {
+        std::ostringstream stream;
+        MekInfo::print(stream, file);
+        const std::string listing = stream.str();
+        EXPECT_NE(listing.find("scale 1 1 1  root flag\n"), std::string::npos);
+        EXPECT_EQ(listing.substr(listing.rfind("8 Group")),
+                  "8 Group \"a group with a long name\"\n"
+                  "      translation 0.1 -2 3e+30  rotation 0 1 0 0.5  scale 2 2 2\n"
+                  "      \"\" = \"line\\x0Aend \xC3\xA9\\x1A\"\n"
+                  "      \"a string with a long key\" = \"" +
+                      std::string(256, 's') +
+                      "\"\n      \"float\" = 1.5f\n      \"int\" = 4294967295\n"
+                      "      \"unsigned\" = 4000000000\n"
+                      "    9 Shape \"a shape with a long name\"\n"
+                      "      diffuse 0.2 0.4 0.6 1  specular 1 2 3 1\n"
+                      "      emissive 0.1 0 0 1  ambient 0.1 0.2 0.3 0.5\n"
+                      "      transparency 0.25  shininess 0.2  flag off\n"
+                      "      10 Geometry \"a shape with a long name\"\n");
     }
 
     static void checkArrays(MekReader::File& file) {

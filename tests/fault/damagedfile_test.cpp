@@ -14,7 +14,6 @@ using namespace Testing;
 
 constexpr std::size_t firstEntry = 20;
 constexpr std::size_t entrySize = 139;
-constexpr std::size_t storedLengthOffset = 133;
 constexpr std::size_t flagsOffset = 137;
 constexpr std::size_t firstBlock = 2800;
 constexpr std::int64_t readerBuffer = std::int64_t{256} * 1024; // at most
@@ -60,24 +59,6 @@ protected:
 TEST_F(DamagedFileTest, EachFlippedBitIsFoundOrHarmless) {
     flipBits(1, stateStride());
     flipBits(22, 41 * stateStride());
-}
-
-TEST_F(DamagedFileTest, TheErrorNamesTheDamage) {
-    write(1);
-    const std::string undamaged = written();
-    const auto expectError = [&](std::size_t position, const char* bytes, const char* error) {
-        overwrite(position, bytes);
-        EXPECT_NE(checkError().find(error), std::string::npos) << checkError();
-        overwrite(0, undamaged);
-    };
-    expectError(0, "X", "signature");
-    expectError(firstEntry, "\x07", "block 0 (\"Heavy Data\"): the id is 7");
-    expectError(firstEntry + flagsOffset, "\x02", "block 0 (\"Heavy Data\"): it has unknown flags");
-    expectError(firstEntry + storedLengthOffset, "\xFF\xFF\xFF\x7F",
-                "file is unfinished: block 0 (\"Heavy Data\")");
-    expectError(firstBlock, "\xFF\xFF\xFF\x7F",
-                "block 0 (\"Heavy Data\"): it has less content than its length says");
-    expectError(firstBlock + 4, "\x79", "block 0 (\"Heavy Data\"): incorrect header check");
 }
 
 } // namespace

@@ -32,8 +32,8 @@ protected:
             file = readFile(path("a.mek"));
             journal = readFile(path("a.mek.journal"));
         }
-        write("a.mek", file);
-        write("a.mek.journal", journal);
+        std::ofstream(path("a.mek"), std::ios::binary) << file;
+        std::ofstream(path("a.mek.journal"), std::ios::binary) << journal;
         const std::int64_t start = allocatedBytes();
         EXPECT_EQ(recover(path("a.mek"), path("out"), true).reason, "");
         // with a block size of 1, each value has a block with an entry
@@ -44,7 +44,7 @@ protected:
 
     /// Recovers from a changed journal. @return whether an exception or the report describes damage
     bool recoverFrom(const std::string& changed, bool isForged) {
-        write("a.mek.journal", changed);
+        std::ofstream(path("a.mek.journal"), std::ios::binary) << changed;
         bool isFound = true;
         const std::int64_t start = allocatedBytes();
         const std::string error = messageOf<Tyr::Exception::Exception>(
@@ -80,10 +80,6 @@ private:
         EXPECT_THROW(model.addAssemblyComponents(
                          {rootPath + "/" + groupName + "/", rootPath + "/new/", "/other"}),
                      Tyr::Exception::NotYetImplemented);
-    }
-
-    void write(const char* name, const std::string& bytes) const {
-        std::ofstream(path(name), std::ios::binary) << bytes;
     }
 
     void expectValid(bool isForged) const {

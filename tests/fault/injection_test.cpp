@@ -13,7 +13,6 @@
 #include <exception>
 #include <filesystem>
 #include <iostream>
-#include <iterator>
 #include <string>
 #include <vector>
 

@@ -5,7 +5,6 @@
 #include "support/cmodel.hpp"
 #endif
 
-#include <algorithm>
 #include <cstdint>
 #include <iostream>
 #include <ostream>
@@ -82,12 +81,6 @@ protected:
         return wasInjected;
     }
 
-    int countParts() const {
-        return static_cast<int>(std::count_if(
-            fs::directory_iterator(folder), fs::directory_iterator(),
-            [](const fs::directory_entry& entry) { return entry.path().extension() == ".part"; }));
-    }
-
     static constexpr unsigned int results = 3;
     std::uint64_t incompleteJournals = 0;
 
@@ -107,7 +100,7 @@ private:
     bool hasOld() const { return !GetParam().replaces || readFile(path("first")) == "old"; }
 
     /// Whether neither a journal nor a temporary file is left.
-    bool isTidy() const { return countParts() == 0 && !fs::exists(path("first.journal")); }
+    bool isTidy() const { return partIn(folder).empty() && !fs::exists(path("first.journal")); }
 
     template <class Writer>
     void use(CheckpointedRunOf<Writer>& run) {
@@ -174,7 +167,7 @@ TEST_P(JournalFaultTest, ARecoveryThatFailsLeavesNothing) {
         EXPECT_EQ(fs::exists(path("recovered")), isDone);
         EXPECT_TRUE(!isDone || readFile(path("recovered")) == expected);
         fs::remove(path("recovered"));
-        EXPECT_EQ(countParts(), GetParam().fault == Fault::Remove ? 1 : 0);
+        EXPECT_EQ(partIn(folder).empty(), GetParam().fault != Fault::Remove);
         EXPECT_EQ(openFiles(), files);
         EXPECT_EQ(liveAllocations(), allocations);
     }

@@ -37,9 +37,13 @@ protected:
 class FullDeviceTest : public SystemErrorTest {
 protected:
     /// Only root may mount, except in a user namespace.
-    static bool mayMount() {
-        return (unshare(CLONE_NEWNS) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) &&
-               mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    void SetUp() override {
+        const bool isApart = unshare(CLONE_NEWNS) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0;
+        if (!isApart || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            !mountPages(1)) {
+            GTEST_SKIP() << "no right to mount";
+        }
+        umount(folder.c_str());
     }
 
     bool mountPages(long pages) const {
@@ -51,15 +55,10 @@ protected:
 /// An index block is not written before the end, so that a device can be full only for the tables
 /// and the last flush.
 TEST_F(FullDeviceTest, AFileThatDoesNotFitIsReportedAndUnfinished) {
-    if (!mayMount()) {
-        GTEST_SKIP() << "no namespace for a mount";
-    }
     const BlockSizeVariable blockSize("200");
     std::set<std::string> errors;
     for (int pages = 1; errors.count("") == 0; ++pages) {
-        if (!mountPages(pages)) {
-            GTEST_SKIP() << "no right to mount";
-        }
+        ASSERT_TRUE(mountPages(pages));
         errors.insert(errorOfWrite());
         umount(folder.c_str());
     }
@@ -69,18 +68,13 @@ TEST_F(FullDeviceTest, AFileThatDoesNotFitIsReportedAndUnfinished) {
 
 /// The application frees space after a checkpoint that failed; the checkpoint before is kept.
 TEST_F(FullDeviceTest, ACheckpointThatDoesNotFitIsMadeUpForByTheNext) {
-    if (!mayMount()) {
-        GTEST_SKIP() << "no namespace for a mount";
-    }
     const BlockSizeVariable blockSize("200");
     const fs::path output = temporaryPath("recovered");
     CheckpointedRun complete(output.string(), 22);
     ASSERT_TRUE(complete.run());
     std::size_t failures = 0;
     for (long free = 1; free <= 4; ++free) {
-        if (!mountPages(free + 40)) {
-            GTEST_SKIP() << "no right to mount";
-        }
+        ASSERT_TRUE(mountPages(free + 40));
         std::ofstream(path("other"))
             << std::string(static_cast<std::size_t>(40 * sysconf(_SC_PAGESIZE)), 'o');
         CheckpointedRun run(path("first"), 22);

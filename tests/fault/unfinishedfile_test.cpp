@@ -9,10 +9,7 @@ namespace {
 
 using namespace Testing;
 
-class UnfinishedFileTest : public WrittenFileTest {
-protected:
-    void expectUnfinished() const { EXPECT_EQ(checkError().substr(0, 19), "file is unfinished:"); }
-};
+using UnfinishedFileTest = WrittenFileTest;
 
 TEST_F(UnfinishedFileTest, AfterEachWrittenByte) {
     std::size_t states = 0;
@@ -23,7 +20,7 @@ TEST_F(UnfinishedFileTest, AfterEachWrittenByte) {
         std::filesystem::resize_file(path("first"), 0);
         replay(writes, step, [&](std::size_t) {
             if (written() != finished) {
-                expectUnfinished();
+                EXPECT_EQ(checkError().substr(0, 19), "file is unfinished:");
                 ++states;
             }
         });
@@ -37,7 +34,7 @@ TEST_F(UnfinishedFileTest, AtEachShorterSize) {
     write(1);
     for (std::size_t size = written().size(); size-- > 0;) {
         std::filesystem::resize_file(path("first"), size);
-        expectUnfinished();
+        EXPECT_EQ(checkError().substr(0, 19), "file is unfinished:");
     }
 }
 

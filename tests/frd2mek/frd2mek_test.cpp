@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -27,10 +26,6 @@ constexpr std::uint32_t missing = 0x7FC00000;
 /// Runs the program on result files from the corpus of the fuzz target.
 class ConverterTest : public Testing::ProgramTest {
 protected:
-    void write(const std::string& name, const std::string& text) const {
-        std::ofstream(path(name), std::ios::binary) << text;
-    }
-
     static std::string seed(const std::string& name) {
         return Testing::readFile(Testing::seedFolder / name);
     }
@@ -38,7 +33,7 @@ protected:
     /// Converts a result file with this content and checks the model file.
     /// @param warning what the program says about the file
     MekReader::File converted(const std::string& text, const std::string& warning = "") const {
-        write("job.frd", text);
+        std::ofstream("job.frd", std::ios::binary) << text;
         const Testing::Run result = Testing::run("frd2mek job.frd --overwrite --salvage");
         EXPECT_EQ(result.exitCode, 0);
         EXPECT_EQ(result.errors,
@@ -51,17 +46,15 @@ protected:
     /// @param start of the message
     void expectRefused(const std::string& text, const std::string& start,
                        const std::string& options = "") const {
-        write("job.frd", text);
-        write("job.mek", "earlier");
+        std::ofstream("job.frd", std::ios::binary) << text;
+        std::ofstream("job.mek") << "earlier";
 
         const Testing::Run result = Testing::run("frd2mek job.frd --overwrite " + options);
 
         EXPECT_EQ(result.exitCode, 1) << start;
         EXPECT_EQ(result.errors.substr(0, start.size() + 17), "frd2mek: job.frd:" + start);
         EXPECT_EQ(Testing::readFile(path("job.mek")), "earlier");
-        const auto files = std::distance(std::filesystem::directory_iterator(folder),
-                                         std::filesystem::directory_iterator());
-        EXPECT_EQ(files, 2) << result.errors;
+        EXPECT_EQ(names(), "job.frd job.mek ") << result.errors;
     }
 };
 

@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <functional>
-#include <set>
 #include <string>
 #include <thread>
 
@@ -40,20 +39,6 @@ protected:
     std::string errorOfSave(const std::string& to, const SaverOptions& options) {
         Model other;
         return messageOf<FileOpenException>([&] { other.saveTo(to, options); });
-    }
-
-    /// The names in the folder; that of a temporary file ends in ".part".
-    std::string names() const {
-        std::set<std::string> sorted;
-        for (const auto& entry : fs::directory_iterator(folder)) {
-            const fs::path name = entry.path().filename();
-            sorted.insert(name.extension() == ".part" ? ".part" : name.string());
-        }
-        std::string all;
-        for (const std::string& name : sorted) {
-            all += name + ' ';
-        }
-        return all;
     }
 
     void writeOld(const std::string& name) { std::ofstream(path(name)) << "old"; }
@@ -166,12 +151,9 @@ TEST_F(SafeOutputTest, RecoversAnUnfinishedFileByEachOfItsPathsAndNoOther) {
         writeOld("out");
         EXPECT_TRUE(recover(path("out"), path("live")).isComplete()); // while it is written
     }
-    std::string part;
-    for (const auto& entry : fs::directory_iterator(folder)) {
-        part = entry.path().extension() == ".part" ? entry.path().filename().string() : part;
-    }
     EXPECT_EQ(names(), ".part live out out.journal ");
-    for (const std::string& name : {std::string("out"), std::string("out.journal"), part}) {
+    for (const std::string& name :
+         {std::string("out"), std::string("out.journal"), partIn(folder)}) {
         EXPECT_EQ(recover(path(name), path("by any"), true).saved.arrays, 6U);
         EXPECT_EQ(withoutDate(path("by any")), withoutDate(path("live")));
     }

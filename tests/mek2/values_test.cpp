@@ -1,5 +1,4 @@
 #include "support/testing.hpp"
-#include "tyr/mek2/helper/attributes.hpp"
 #include "tyr/mek2/valuestorage.hpp"
 
 #include <string>
@@ -55,33 +54,6 @@ TEST(Values, CopiesAreDeepAndMovesLeaveEmptyValues) {
     attributes = std::move(others);
     others.set("k", 2.0F); // NOLINT(bugprone-use-after-move): it is empty
     EXPECT_EQ(std::get<std::string>(ValueAccess::of(attributes).at("k")), "text");
-}
-
-/// Code of the converted value, or -1 if the conversion refuses it.
-int convertedType(const AttributeVariant& value) {
-    try {
-        return std::visit(Helper::Attributes::AttributeValueGetter(), value).type;
-    } catch (const Tyr::Exception::InvalidArguments& error) {
-        EXPECT_STREQ(error.what(), "Invalid arguments");
-        return -1;
-    }
-}
-
-template <std::size_t... Index>
-std::vector<int> convertedTypes(std::index_sequence<Index...>) {
-    return {convertedType(AttributeVariant(std::in_place_index<Index>))...};
-}
-
-TEST(AttributeConversion, AcceptsSixOfTheTwentySixKinds) {
-    EXPECT_EQ(convertedTypes(std::make_index_sequence<std::variant_size_v<AttributeVariant>>()),
-              (std::vector<int>{1,  -1, 0,  -1, 0,  -1, 2,  -1, -1, -1, 3,  -1, -1,
-                                -1, 0,  -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1}));
-
-    const AttributeMap map = {{"", 2.5}, {"i", -1}, {"s", std::int64_t{0x1FFFFFFFE}}};
-    const auto list = Helper::Attributes::toAttributeList(map);
-    EXPECT_EQ(list.values.Find("")->value.doubleValue, 2.5);
-    EXPECT_EQ(list.values.Find("i")->value.uintValue, 4294967295U);
-    EXPECT_EQ(list.values.Find("s")->value.uintValue, 4294967294U);
 }
 
 } // namespace

@@ -100,7 +100,6 @@ TEST_F(MekRecoverTest, RefusesEachKindOfUnsuitableInput) {
     std::ofstream("text.mek") << "text";
     std::ofstream("a.mek.journal") << "text";
     EXPECT_EQ(Testing::run("mekrecover run.mek").exitCode, 0);
-    expectError("none.mek", "none.mek: No such file or directory");
     expectError("folder", "folder: Is a directory");
     expectError("run.mek --overwrite --output folder", "folder: Is a directory");
     expectError("run.mek --overwrite --output none/a",
@@ -169,11 +168,7 @@ TEST_F(MekRecoverTest, SkipsTablesOfTheIndex) {
               "many.recovered.mek: saved 242 calls, 240 arrays, 240 steps, 1920 bytes of arrays\n",
               "");
     MekReader::check("many.recovered.mek");
-    std::string temporary;
-    for (const auto& entry : std::filesystem::directory_iterator(".")) {
-        temporary =
-            entry.path().extension() == ".part" ? entry.path().filename().string() : temporary;
-    }
+    const std::string temporary = Testing::partIn(".");
     expectError(temporary, "many.recovered.mek: exists; use --overwrite to replace it");
     const Testing::Run blocks = Testing::run("mekrecover --blocks " + temporary);
     EXPECT_EQ(blocks.exitCode, 0) << blocks.errors;

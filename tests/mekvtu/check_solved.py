@@ -31,7 +31,6 @@ TYPES = dict(enumerate([
 ], 1))
 VECTOR, TENSOR = 2, 4
 BINARY = ("oneel", "section", "sc123", "fricloop", "truss")  # decks that are solved twice
-DIFFERS = r', \S+ to \S+|"Time" = ".*"'  # in the listings of two solutions
 
 
 class ResultFile:
@@ -130,15 +129,16 @@ def asking_for_results(deck, folder):
     return re.sub(r"(?im)^(?=\*END STEP)", request, text)
 
 
-def check_binary(solve, deck, parts, tree):
+def check_binary(solve, deck, of_text):
     """Binary results have the same content as their text, but for its six digits."""
     deck = re.sub(r"(?im)^\*(NODE|EL|CONTACT) *FILE", r"*\1 OUTPUT", deck)
     path = solve("binary", deck.replace("EL OUTPUT", "ELEMENT OUTPUT"))
     assert b"\0" in path.with_suffix(".frd").read_bytes()
-    assert re.sub(DIFFERS, "", mekfile.tree(path)) == re.sub(DIFFERS, "", tree)
-    for mesh, binary in zip(parts, mekfile.exported(path), strict=True):
-        for name, values in mesh.point_data.items():
-            np.testing.assert_allclose(binary.point_data[name], values, 5.2e-6, err_msg=name)
+    command = [os.environ["MEKDIFF"], "--rel", "5.2e-6", of_text, path]
+    run = subprocess.run(command, stdout=subprocess.PIPE, text=True)
+    *found, _ = run.stdout.splitlines() or [""]
+    assert run.returncode < 2
+    assert all(line.startswith('/job: attribute "Time": ') for line in found), run.stdout
 
 
 def main(deck, decks, ccx, frd2mek):
@@ -160,7 +160,7 @@ def main(deck, decks, ccx, frd2mek):
         parts = mekfile.exported(path)
         steps = steps_of(parts)
         if deck in BINARY:
-            check_binary(solve, text, parts, mekfile.tree(path))
+            check_binary(solve, text, path)
     for parts in steps.values():
         check_elements(file, parts)
     for result in file.results:

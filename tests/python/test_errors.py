@@ -1,6 +1,5 @@
 """What each invalid call raises: its class, and words of its message."""
 
-import copy
 import os
 import pickle
 
@@ -91,7 +90,6 @@ CALLS = [
          "18446744073709551616 at [1] does not fit in 64 bits; pass it as float"),
     ]),
     (lambda m: m.add_array("ResultA1", HUGE, 2, name="x"), MemoryError, ""),
-    (copy.copy, TypeError, "cannot be copied"),
     (pickle.dumps, TypeError, "cannot be copied or pickled"),
     (lambda m: Model(m.path), FileExistsError, "[Errno 17] File exists: "),
     (lambda m: (open(f"{m.path}.journal", "x").close(), Model(m.path, journal=True)),
@@ -103,7 +101,6 @@ CALLS = [
     (lambda m: Model("a\0b"), ValueError, "'a\\x00b' contains a zero character"),
     (lambda m: Model("x", overwrite="no"), TypeError, "overwrite must be True or False, not str"),
     (lambda m: (m.close(), m.add_node("Group", "")), "InvalidObjectState", "the model is closed"),
-    (lambda m: (m.close(), m.__enter__()), "InvalidObjectState", "the model is closed"),
 ]  # fmt: skip
 
 

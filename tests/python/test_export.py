@@ -62,11 +62,7 @@ def test_round_trip_through_each_format(tmp_path, capsys, suffix, widths):
 
 
 def test_all_element_types_sets_and_regions(tmp_path):
-    points = test_convert.random(50, 3)
-    blocks = []
-    for kind, name in test_convert.NAMES.items():
-        count = int(name.lstrip("BEGHPQRTUVYX"))
-        blocks.append((kind, [test_convert.RANDOM.permutation(50)[:count] for _ in range(2)]))
+    points, blocks = test_convert.all_element_types()
     sets = {"all of it": [np.arange(2) if n == 3 else [] for n in range(len(blocks))]}
     sets["half"] = [[1] if n in (4, 5) else [] for n in range(len(blocks))]
     meshio.Mesh(points, blocks, cell_sets=sets, point_sets={"p": [1, 7]}).write(tmp_path / "a.mek")

@@ -9,6 +9,7 @@ import mekapi2
 import numpy as np
 import oracle
 import pytest
+import test_reader
 from mekapi2 import CircularLinkError, FormatError, Model, UnfinishedError
 
 EVERY = int(os.environ.get("READER_DAMAGE_STEP", "61"))  # 1 flips every bit, which takes minutes
@@ -16,10 +17,11 @@ HEAVY, TREE, LIGHT = "Heavy Data", "Mek Tree", "Light Data"
 STREAMS = [HEAVY, TREE, LIGHT, "Attributes", "Resources", "Global Information"]
 
 
-def everything(ask, path, results, monkeypatch):
-    """Return the file of a model with 1, 22 or 230 results: one, two or three index tables."""
-    monkeypatch.setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", "200" if results > 1 else "10000000")
-    oracle.Oracle()(f"everything {results} {path}")
+def written(path, tables, monkeypatch):
+    """Return the file of a model with one, two or three index tables."""
+    path.unlink(missing_ok=True)
+    sizes = [{1: 10**7, 2: 200, 3: 10}[tables]]
+    test_reader.RandomModel(path, 18, monkeypatch, sizes)
     return path.read_bytes()
 
 
@@ -39,22 +41,25 @@ def container(streams):
     return b"\x89QBF\r\n\x1a\n1.3\0" + struct.pack("<II", 2784, 20) + entries + blocks
 
 
-def test_each_flipped_bit_has_the_same_verdict(path, ask, monkeypatch):
-    for results, step in ((1, EVERY), (22, 41 * EVERY), (230, 997 * EVERY)):
-        undamaged = everything(ask, path, results, monkeypatch)
+def test_each_flipped_bit_has_the_same_verdict(path, monkeypatch):
+    for tables, step in ((1, EVERY), (2, 41 * EVERY), (3, 997 * EVERY)):
+        undamaged = written(path, tables, monkeypatch)
+        assert oracle.read(path) == oracle.ask(path)
+        with mekapi2.open(path) as file:
+            assert len(file._container.blocks) > {1: 5, 2: 20, 3: 220}[tables]
         verdicts = []
-        for bit in range(results % 7, 8 * len(undamaged), step):
+        for bit in range(tables, 8 * len(undamaged), step):
             damaged = bytearray(undamaged)
             damaged[bit // 8] ^= 1 << bit % 8
             path.write_bytes(damaged)
-            verdicts.append(ask(f"read {path}"))
-            assert oracle.read(path) == verdicts[-1], (results, bit)
-        assert verdicts.count("damaged\n") > len(verdicts) / 2
+            verdicts.append(oracle.ask(path))
+            assert oracle.read(path) == verdicts[-1], (tables, bit)
+        assert verdicts.count("damaged") > len(verdicts) / 2
 
 
-def test_unfinished_files_are_recognized(path, ask, monkeypatch):
-    for results in (1, 22, 230):
-        finished = everything(ask, path, results, monkeypatch)
+def test_unfinished_files_are_recognized(path, monkeypatch):
+    for tables in (1, 2, 3):
+        finished = written(path, tables, monkeypatch)
         sizes = range(1, len(finished), 7 * EVERY + 4)
         states = [finished[:size] for size in sizes]
         in_table = [size for size in sizes if 12 < size < 2600]
@@ -62,14 +67,14 @@ def test_unfinished_files_are_recognized(path, ask, monkeypatch):
         states.append(finished + b"x")
         for state in states:
             path.write_bytes(state)
-            assert oracle.read(path) == ask(f"read {path}") == "unfinished\n", (results, len(state))
+            assert oracle.read(path) == oracle.ask(path) == "unfinished", (tables, len(state))
     path.write_bytes(finished[:5000])
     with pytest.raises(UnfinishedError, match="^file is unfinished: .* mekrecover"):
         mekapi2.open(path)
 
 
-def test_changes_below_valid_checksums_have_the_same_verdict(path, ask, monkeypatch):
-    everything(ask, path, 1, monkeypatch)
+def test_changes_below_valid_checksums_have_the_same_verdict(path, monkeypatch):
+    written(path, 1, monkeypatch)
     streams = content(path)
     random, verdicts = np.random.default_rng(1), set()
     for _ in range(12_000 // EVERY):
@@ -85,25 +90,26 @@ def test_changes_below_valid_checksums_have_the_same_verdict(path, ask, monkeypa
         found = oracle.read(path)
         assert tracemalloc.get_traced_memory()[1] < 2_000_000
         tracemalloc.stop()
-        assert found == ask(f"read {path}"), (name, at, data[at : at + 4])
-        verdicts.add(found.split()[0])
+        assert found == oracle.ask(path), (name, at, data[at : at + 4])
+        verdicts.add(found if isinstance(found, str) else "valid")
     assert verdicts == {"valid", "damaged"}
 
 
 @pytest.mark.parametrize(
-    "position, bytes_, error, place",
+    "position, bytes_, error, place, in_cpp",
     [
-        (0, b"X", "not a model file", (None, None, 0)),
-        (20, b"\7", "block 0: its id is 7", (0, None, None)),
-        (157, b"\2", "block 0: it has the unknown flags 0x02", (0, None, None)),
-        (2800, b"\xff\xff\xff\xff", "less content than its length says", (0, HEAVY, None)),
-        (2800, b"\0\0\0\0", "more content than its length says", (0, HEAVY, None)),
-        (2804, b"\x79", "incorrect header check", (0, HEAVY, None)),
+        (0, b"X", "not a model file", (None, None, 0), "not a model file"),
+        (20, b"\7", "block 0: its id is 7", (0, None, None), "(\"Heavy Data\"): the id is 7"),
+        (157, b"\2", "block 0: it has the unknown flags 0x02", (0, None, None), "unknown flags"),
+        (2800, b"\xff" * 4, "less content than its length says", (0, HEAVY, None), "less content"),
+        (2800, bytes(4), "more content than its length says", (0, HEAVY, None), "more content"),
+        (2804, b"\x79", "incorrect header check", (0, HEAVY, None), "incorrect header check"),
     ],
 )
-def test_the_error_says_what_and_where(path, ask, monkeypatch, position, bytes_, error, place):
-    data = everything(ask, path, 1, monkeypatch)
+def test_the_error_says_what_and_where(path, monkeypatch, position, bytes_, error, place, in_cpp):
+    data = written(path, 1, monkeypatch)
     path.write_bytes(data[:position] + bytes_ + data[position + len(bytes_) :])
+    assert in_cpp in oracle.mekinfo("--check", path).stdout
     tracemalloc.start()
     with pytest.raises(FormatError, match=error) as caught, mekapi2.open(path) as file:
         file.check()
@@ -127,9 +133,9 @@ def linked(path, count, target):
     path.write_bytes(container({**streams, LIGHT: b"".join(light), "Attributes": attributes}))
 
 
-def test_circles_and_long_chains_of_links(path, ask):
+def test_circles_and_long_chains_of_links(path):
     linked(path, 4, lambda index: {1: 0, 2: 3, 3: 2, 4: 2}[index])
-    assert oracle.read(path) == ask(f"read {path}") and "circle" in oracle.read(path)
+    assert oracle.read(path) == oracle.ask(path)
     with mekapi2.open(path) as file:
         file.check()
         variables = file["/r/s"].variables

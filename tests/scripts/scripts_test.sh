@@ -41,7 +41,6 @@ done < <(find scripts -maxdepth 1 -type f -executable)
 expect 1 "demo: missing.frd: No such file or directory" scripts/demo missing.frd
 expect 1 "demo: .: Is a directory" scripts/demo .
 expect 0 "Usage: scripts/demo" scripts/demo a.frd --help
-expect 0 "Usage: scripts/test" scripts/test release --help
 expect 2 "scripts/setup --help" scripts/setup --bogus
 expect 2 "more than one file" scripts/demo a.frd b.frd
 expect 2 "no target 'unknown'" scripts/fuzz 1 unknown

@@ -5,6 +5,7 @@ import subprocess
 from xml.etree import ElementTree
 
 import meshio
+import numpy as np
 from meshio._mesh import topological_dimension
 
 topological_dimension.setdefault("wedge15", 3)  # meshio reads this type, and does not know it
@@ -28,6 +29,12 @@ def tree(path):
 def assert_clean(path):
     """Raise an error if mekinfo finds what no viewer can show."""
     _mekinfo("--lint", path)
+
+
+def check_bits(found, expected, name="", dtype=np.float32):
+    """The bits are equal, also those of -0 and NaN."""
+    arrays = [np.ascontiguousarray(each, dtype).view(np.uint32) for each in (found, expected)]
+    np.testing.assert_array_equal(arrays[0].reshape(arrays[1].shape), arrays[1], name)
 
 
 def exported(path, *options):

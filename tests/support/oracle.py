@@ -1,83 +1,111 @@
-"""What the C++ reader finds in a file, and the same of the reader in Python."""
+"""What mekinfo finds in a file, and the same of the reader in Python."""
 
+import json
+import math
 import os
-import struct
 import subprocess
-import zlib
 
 import mekapi2
 import numpy as np
 
 
-class Oracle:
-    """Runs the program oracle.cpp, which describes its commands."""
-
-    def __init__(self):
-        self._process = subprocess.Popen(
-            os.environ["ORACLE"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, encoding="utf-8"
-        )
-
-    def __call__(self, command):
-        self._process.stdin.write(f"{command}\n")
-        self._process.stdin.flush()
-        return "".join(iter(self._process.stdout.readline, "\n"))
+def mekinfo(*arguments):
+    command = [os.environ["MEKINFO"], *arguments]
+    return subprocess.run(command, stdout=subprocess.PIPE, encoding="utf-8", errors="replace")
 
 
-def _hex(text):
-    return text.encode("utf-8", "surrogateescape").hex() + " "
+def ask(path):
+    """Return "unfinished", "damaged", or the nodes of a valid file."""
+    verdict = mekinfo("--check", path)
+    if verdict.returncode != 0:
+        assert verdict.returncode == 1 and ": INVALID, " in verdict.stdout
+        return "unfinished" if ": INVALID, file is unfinished: " in verdict.stdout else "damaged"
+    nodes = json.loads(mekinfo("--json", "--stats", path).stdout)["nodes"]
+    for node in nodes:
+        for variable in node.get("variables", []):
+            variable["link"] = variable["link"] is not None
+    return nodes
 
 
-def _bits(*numbers):
-    return "".join(struct.pack("<f", number).hex() for number in numbers) + " "
+def _text(text):
+    return text.encode("utf-8", "surrogateescape").decode("utf-8", "replace")
+
+
+def _number(number):
+    """A float as its shortest decimal number."""
+    if not math.isfinite(number):
+        return "NaN" if math.isnan(number) else "Infinity" if number > 0 else "-Infinity"
+    return float(str(number)) if isinstance(number, np.float32) else number
+
+
+def _floats(values):
+    if isinstance(values, tuple):
+        return [_floats(each) for each in values]
+    return _number(np.float32(values))
 
 
 def _attributes(attributes):
-    for key, value in attributes.items():
-        form = {str: "s", int: "u", np.float32: "f", float: "d"}[type(value)]
-        code = {"u": "<I", "f": "<f", "d": "<d"}
-        bits = _hex(value) if form == "s" else struct.pack(code[form], value).hex() + " "
-        yield f"attribute {_hex(key)}{form} {bits}"
+    types = {str: "string", int: "u32", np.float32: "f32", float: "f64"}
+    return [
+        {"key": _text(key), "type": types[type(value)],
+         "value": _text(value) if isinstance(value, str) else _number(value)}
+        for key, value in attributes.items()
+    ]  # fmt: skip
+
+
+def _statistics(array):
+    numbers = array[~np.isnan(array)]
+    found = {"minimum": None, "maximum": None, "mean": None, "nan": array.size - numbers.size}
+    if numbers.size > 0:
+        with np.errstate(all="ignore"):
+            mean = np.cumsum(numbers, dtype=float)[-1] / numbers.size
+        ends = [_number(end if array.dtype == "<f4" else int(end))
+                for end in (numbers.min(), numbers.max())]  # fmt: skip
+        found.update(minimum=ends[0], maximum=ends[1], mean=_number(float(mean)))
+    return found
 
 
 def _variable(variable, step):
-    name = variable.name if step is None else f"{variable.name}\x1e{step}"
-    head = f"variable {_hex(name)}{variable._record(step).type} {variable.is_link(step):d} "
-    head += f"{variable.is_vibration(step):d} "
-    if not variable.has_array(step):
-        yield head + "circle"
-        return
-    array = variable.array(step)
-    assert (array.shape, array.dtype) == (variable.shape(step), variable.dtype(step))
-    element, width = 1 if array.dtype == "<f4" else 5, array.size // len(array)
-    yield head + f"{element} {len(array)} {width} {zlib.crc32(array)}"
-    yield from _attributes(variable.attributes(step))
+    found = {"name": _text(variable.name), "step": None if step is None else _text(step),
+             "type": variable._record(step).type, "elementType": None, "rows": None, "width": None,
+             "link": variable.is_link(step), "vibration": variable.is_vibration(step),
+             "attributes": _attributes(variable.attributes(step)), "statistics": None}  # fmt: skip
+    if variable.has_array(step):
+        array = variable.array(step)
+        assert (array.shape, array.dtype) == (variable.shape(step), variable.dtype(step))
+        found["elementType"] = "f32" if array.dtype == "<f4" else "u32"
+        found.update(rows=len(array), width=array.size // len(array))
+        found["statistics"] = _statistics(array)
+    return found
 
 
 def _node(node):
     record = node._record
-    yield f"node {record.id} {record.parent} {_hex(record.name)}{record.type}"
+    found = {"id": record.id, "parent": record.parent or None, "type": record.type,
+             "name": _text(record.name), "path": _text(node.path)}  # fmt: skip
     if node.kind == "group":
-        placement = node._record.placement
-        yield f"placement {_bits(*placement[:3])}{_bits(*placement[3:7])}{_bits(*placement[7:10])}"
-        yield from _attributes(node.attributes)
+        floats = _floats(record.placement)
+        found.update(translation=floats[:3], rotation=floats[3:7], scale=floats[7:10],
+                     rootFlag=floats[10] != 0, attributes=_attributes(node.attributes))  # fmt: skip
     if node.material:
-        *colors, transparency, shininess, flag = node.material
-        numbers = _bits(transparency) + _bits(shininess)
-        yield f"material {''.join(_bits(*color) for color in colors)}{numbers}{flag:d}"
-    of_node = node.variables if node.kind == "geometry" else {}
-    steps = [(variable, step) for variable in of_node.values() for step in variable._keys]
-    for variable, step in sorted(steps, key=lambda item: item[0]._keys[item[1]]):
-        yield from _variable(variable, step)
+        *numbers, flag = node.material
+        names = [f"{kind}Color" for kind in ("diffuse", "specular", "emissive", "ambient")]
+        names += ["transparency", "shininess"]
+        found["material"] = dict(zip(names, _floats(tuple(numbers))), materialFlag=flag)
+    if node.kind == "geometry":
+        steps = [(each, step) for each in node.variables.values() for step in each._keys]
+        steps.sort(key=lambda item: item[0]._keys[item[1]])
+        found["variables"] = [_variable(*item) for item in steps]
+    return found
 
 
 def read(path):
-    """Return the verdict on a file and its content, as the command "read" of the oracle does."""
+    """Return what the reader in Python finds, in the form of `ask`."""
     try:
         with mekapi2.open(path) as file:
             file.check()
-            lines = ["valid", *(line for node in file for line in _node(node))]
+            return [_node(node) for node in file]
     except mekapi2.UnfinishedError:
-        lines = ["unfinished"]
+        return "unfinished"
     except mekapi2.FormatError:
-        lines = ["damaged"]
-    return "".join(f"{line}\n" for line in lines)
+        return "damaged"

@@ -12,6 +12,7 @@
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -41,6 +42,16 @@ inline std::string readFile(const std::filesystem::path& path) {
     return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
+/// The name of the temporary file in a folder; an empty string if there is none.
+inline std::string partIn(const std::filesystem::path& folder) {
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        if (entry.path().extension() == ".part") {
+            return entry.path().filename().string();
+        }
+    }
+    return "";
+}
+
 /// A test with an empty folder, which is removed at its end.
 class FolderTest : public ::testing::Test {
 protected:
@@ -48,6 +59,20 @@ protected:
     ~FolderTest() override { std::filesystem::remove_all(folder); }
 
     std::string path(const std::string& name) const { return (folder / name).string(); }
+
+    /// The names in the folder; that of a temporary file ends in ".part".
+    std::string names() const {
+        std::set<std::string> sorted;
+        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+            const std::filesystem::path name = entry.path().filename();
+            sorted.insert(name.extension() == ".part" ? ".part" : name.string());
+        }
+        std::string all;
+        for (const std::string& name : sorted) {
+            all += name + ' ';
+        }
+        return all;
+    }
 
     const std::filesystem::path folder =
         temporaryPath(::testing::UnitTest::GetInstance()->current_test_info()->name());
