@@ -76,6 +76,7 @@ check_cmake() {
 # $1: check of the tests of the installed library
 check_installation() {
     SOURCE_DIR=$source BUILD_DIR=$work CXX=c++ CXXFLAGS='' PREFIX=$root/usr \
+        READER=$root/usr/lib/python3/dist-packages \
         PKG_CONFIG="pkg-config --define-variable=prefix=$root/usr" \
         "$source/tests/install/install_test.sh" "$1"
 }
