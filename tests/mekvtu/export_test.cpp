@@ -133,7 +133,7 @@ TEST_F(ExportTest, LeavesOutCirclesOfLinks) {
     EXPECT_NE(listing.str().find("link to [0] of node 5, no array: the links form a circle\n"),
               std::string::npos);
     const MekVtu::ExportSummary summary = MekVtu::exportVtu(file, folder / "out", "in");
-    EXPECT_EQ(summary.files, 2U);        // neither B nor D has coordinates
+    EXPECT_EQ(summary.files, 2U); // neither B nor D has coordinates
     EXPECT_EQ(summary.notes.size(), 5U);
     EXPECT_EQ(summary.notes.back(),
               "\"X\" of node 7 (\"C\") has no array: its links form a circle; it is left out");
