@@ -98,25 +98,58 @@ TEST(Tree, SeedsTheGeneratorOfTheProcess) {
 
 /// Also after other code changed `variables` or `offsets`, the first variable of a name is found.
 TEST(Geometry, SeesChangesOfItsMembers) {
-    Geometry geometry("g");
-    const auto add = [&](const std::string& name) {
-        return geometry.AddVariable(name, VariableType(), 7, {}, {});
-    };
-    for (const char* name : {"a", "b", "c"}) {
-        add(name);
+    using Change = void (*)(Geometry&);
+    const std::pair<Change, std::string> changes[] = {
+        {[](Geometry&) {}, "a b c x "},
+        {[](Geometry& g) { g.variables.clear(); }, "x "},
+        {[](Geometry& g) { g.variables.erase(g.variables.begin()); }, "b c x "},
+        {[](Geometry& g) { g.variables[1].name = "x"; }, "a x c "},
+        {[](Geometry& g) { g.variables.insert(g.variables.begin(), g.variables[2]); },
+         "c a b c x "},
+        {[](Geometry& g) { g.offsets.erase("c"); }, "a b c x "},
+        {[](Geometry& g) {
+             g.offsets = {{"a", 1}, {"y", 2}, {"z", 3}};
+         },
+         "a b c x "},
+        {[](Geometry& g) { g.offsets.clear(); }, "a b c x "}};
+    for (const auto& [change, expected] : changes) {
+        Geometry geometry("g");
+        const auto add = [&](const std::string& name) {
+            return geometry.AddVariable(name, VariableType(), 7, {}, {});
+        };
+        for (const char* name : {"a", "b", "c"}) {
+            add(name);
+        }
+        change(geometry);
+        for (const char* name : {"x", "x"}) { // known the second time
+            const unsigned int index = add(name);
+            EXPECT_EQ(std::as_const(geometry).variables[index].name, name);
+            EXPECT_EQ(geometry.offsets.at(name), 7U);
+        }
+        std::string names;
+        for (const Geometry::Variable& variable : geometry.variables) {
+            names += variable.name + ' ';
+        }
+        EXPECT_EQ(names, expected);
     }
-    geometry.offsets = {{"a", 1}, {"y", 2}, {"z", 3}};
-    EXPECT_EQ(add("x"), 3U);
-    EXPECT_EQ(add("b"), 1U);
-    EXPECT_EQ(geometry.offsets.at("x") + geometry.offsets.at("b"), 14U);
-    geometry.variables[1].name = "x";
-    geometry.variables.insert(geometry.variables.begin(), geometry.variables[2]);
-    EXPECT_EQ(add("c"), 0U);
-    EXPECT_EQ(add("x"), 2U);
-    EXPECT_EQ(add("b"), 5U);
 }
 
-TEST(Tree, FindsNodesAfterChangesOfItsMembers) {
+struct IsLonger {
+    bool operator()(const std::string& value, const std::string& pattern) const {
+        return value.size() > pattern.size();
+    }
+};
+
+TEST(Tree, FindsNodesByAnyPredicateAndAfterChangesOfMembers) {
+    TyrAdt::Tree<std::string> strings;
+    for (const char* text : {"n", "n", "longer"}) {
+        strings.AddChild();
+        strings.GetCurrentNode().value = text;
+        strings.MoveToParent();
+    }
+    strings.MoveToChild(std::string("nn"), IsLonger());
+    EXPECT_EQ(strings.currentId, 4U);
+
     Tree tree;
     tree.SetRootGroup("r", {});
     for (int number = 0; number < 40; ++number) {
