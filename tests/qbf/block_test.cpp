@@ -4,8 +4,12 @@
 #include "tyr/mek/globalinfo.hpp"
 #include "tyr/mek/material.hpp"
 #include "tyr/qbf/blocksizelimiter.hpp"
+#include "tyr/qbf/blockzlibcompressor.hpp"
 #include "tyr/qbf/encoding.hpp"
 
+#include <algorithm>
+#include <limits>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,6 +19,7 @@ namespace {
 using namespace TyrQbf;
 using Testing::BlockSizeVariable;
 using Testing::hex;
+using Testing::messageOf;
 
 /// A block that frees its buffer.
 struct OwnedBlock : Block {
@@ -35,7 +40,7 @@ protected:
     ~BlockTest() override { defaultBlockSize = 10485760; }
 };
 
-TEST_F(BlockTest, GrowsByTheDefaultStep) {
+TEST_F(BlockTest, GrowsByTheDefaultStepAndDoesNotWrap) {
     OwnedBlock block;
     block.putBytes("");
     EXPECT_EQ(block.capacity, 10485760U);
@@ -43,6 +48,9 @@ TEST_F(BlockTest, GrowsByTheDefaultStep) {
     block.putBytes(std::string(10485759, 'x')); // one byte below the capacity
     EXPECT_EQ(block.capacity, 10485760U);
     block.putBytes("x"); // exactly the capacity
+    EXPECT_EQ(block.capacity, 2 * 10485760U);
+    EXPECT_THROW(block.AllocateAdditionalMemory(std::numeric_limits<std::uint64_t>::max()),
+                 Tyr::Exception::MemoryAllocationException);
     EXPECT_EQ(block.capacity, 2 * 10485760U);
 }
 
@@ -73,12 +81,54 @@ TEST_F(BlockTest, ReadsTheEnvironmentLikeAThirtyTwoBitStrtoul) {
     }
 }
 
+TEST_F(BlockTest, CursorOverwritesAndStaysInsideTheContent) {
+    OwnedBlock block;
+    block.Put(std::string("abcdef"));
+    block.SetPosition(4);
+    block.putBytes("XY");
+    EXPECT_EQ(hex(block.content()), "06 00 00 00 58 59 63 64 65 66");
+    EXPECT_EQ(block.position, 6U);
+
+    block.SetPosition(10);
+    EXPECT_EQ(messageOf<Tyr::Exception::OutOfBounds>([&] { block.SetPosition(11); }),
+              "Invalid block position");
+    EXPECT_EQ(block.position, 10U);
+}
+
+TEST_F(BlockTest, CompressesToTheCapacityOfTwoPuts) {
+    std::string noise(3000, '\0'); // does not shrink
+    std::generate(noise.begin(), noise.end(), std::minstd_rand());
+    for (const std::uint32_t step : {0U, 5U, 1000U, 100000U}) {
+        const BlockSizeVariable variable(std::to_string(step).c_str());
+        OwnedBlock block;
+        block.putBytes(noise);
+        BlockZlibCompressor(6)(block);
+        EXPECT_EQ(hex(block.content().substr(0, 4)), "B8 0B 00 00");
+        const std::uint32_t first = std::max(4U, step);
+        EXPECT_EQ(block.capacity,
+                  block.length < first ? first : first + std::max(block.length - 4, step));
+    }
+}
+
 /// The bytes of one encoded value.
 template <class T>
 std::string encoded(const T& value) {
     OwnedBlock block;
     Encode(block, value);
     return hex(block.content());
+}
+
+TEST(Encoding, EncodesNumbersStringsAndVectors) {
+    EXPECT_EQ(encoded<unsigned char>(255), "FF");
+    EXPECT_EQ(encoded(0x04030201U), "01 02 03 04");
+    EXPECT_EQ(encoded<std::uint64_t>(1), "01 00 00 00 00 00 00 00");
+    EXPECT_EQ(encoded(1.0F), "00 00 80 3F");
+    EXPECT_EQ(encoded(std::string("abc")), "03 00 00 00 61 62 63");
+    EXPECT_EQ(encoded(std::string()), "00 00 00 00");
+    EXPECT_EQ(encoded(std::vector<std::string>{"ab", ""}),
+              "02 00 00 00 02 00 00 00 61 62 00 00 00 00");
+    EXPECT_EQ(encoded(std::vector<unsigned char>{1, 2}), "02 00 00 00 01 02");
+    EXPECT_EQ(encoded(std::vector<double>{2}), "01 00 00 00 00 00 00 00 00 00 00 40");
 }
 
 TEST(Encoding, SizedRecordsStartWithTheirSize) {

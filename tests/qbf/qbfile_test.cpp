@@ -124,6 +124,14 @@ TEST_F(IndexTest, FlushesFullBlocksEarlyAndKeepsTheirLength) {
     EXPECT_EQ(bytes.substr(2800), stored + 'b');
 }
 
+TEST_F(IndexTest, RejectsAFlushAboveAnUnsettledBlock) {
+    const BlockSizeVariable limit("1");
+    put("Light Data", "l");
+    put("Heavy Data", "h");
+    file.SetBlockFlags("Heavy Data", FlagFreeze);
+    EXPECT_THROW(file.index.FlushFrozen(file.stream), Tyr::Exception::NotYetImplemented);
+}
+
 TEST_F(IndexTest, KeepsPiecesAndBytesInBlocksOfTheirOwn) {
     const auto piece = [](const std::string& content) {
         auto compressed = std::make_shared<DeflatePiece>();
@@ -152,6 +160,11 @@ TEST_F(IndexTest, KeepsPiecesAndBytesInBlocksOfTheirOwn) {
     large.contentLength = 0x100000000;
     EXPECT_THROW(file.index.PutPiece("Heavy Data", std::make_shared<DeflatePiece>(large)),
                  Tyr::Exception::OverflowError);
+}
+
+TEST_F(IndexTest, RejectsMoreThanABlockCanHold) {
+    EXPECT_THROW(file.index.Put("Heavy Data", nullptr, 0x100000000), Tyr::Exception::OverflowError);
+    EXPECT_EQ(file.index.GetDataLength("Heavy Data"), 0U);
 }
 
 using QbFileTest = Testing::FolderTest;
