@@ -11,7 +11,6 @@
 #include <sstream>
 #include <string>
 #include <type_traits>
-#include <utility>
 
 using MekC::refuse;
 using MekC::required;
@@ -178,37 +177,19 @@ void add(Model& model, const Request& request, const Array& array, const Ids& id
     }
 }
 
-Step stepOf(const mek_step& step) {
-    return Step{step.name != nullptr ? step.name : "", valuesOf(step.attributes)};
-}
+const char* nameOf(const mek_step& step) { return step.name != nullptr ? step.name : ""; }
 
-/// Lends attributes to a step while it lives. A copy for each array would take longer than all the
-/// rest of this interface.
-class Loan {
-public:
-    Loan(const mek_attributes& owner, Step& borrower) : owner_(owner), borrower_(borrower) {
-        exchange();
-    }
-    Loan(const Loan&) = delete;
-    Loan& operator=(const Loan&) = delete;
-    ~Loan() { exchange(); }
-
-private:
-    void exchange() noexcept { std::swap(owner_.values, borrower_.attributes); }
-
-    const mek_attributes& owner_;
-    Step& borrower_;
-};
+Step stepOf(const mek_step& step) { return Step{nameOf(step), valuesOf(step.attributes)}; }
 
 template <class Array, class Ids>
 void addForStep(Model& model, const Request& request, const Array& array, const Ids& ids) {
     const mek_step& given = request.options.steps[0];
-    if (given.attributes == nullptr || given.attributes == request.options.attributes) {
+    if (given.attributes == nullptr) {
         add(model, request, array, ids, stepOf(given));
         return;
     }
-    Step step{given.name != nullptr ? given.name : ""};
-    const Loan loan(*given.attributes, step);
+    Step& step = given.attributes->step;
+    step.name = nameOf(given);
     add(model, request, array, ids, step);
 }
 

@@ -74,13 +74,9 @@ auto infoOr(const Tyr::Exception::Exception& exception, typename Info::value_typ
 
 void refuse(mek_status status, std::string message) { throw Refusal{status, std::move(message)}; }
 
-void checkNotNull(const void* pointer, const char* name) {
-    if (pointer == nullptr) {
-        refuse(MEK_MISUSE, std::string(name) + " is null");
-    }
-}
+void refuseNull(const char* name) { refuse(MEK_MISUSE, std::string(name) + " is null"); }
 
-void LastError::clear() noexcept {
+void LastError::reset() noexcept {
     message_[0] = '\0';
     error_ = mek_error{sizeof error_, MEK_OK, 0, 0, "", message_.data(), "", ""};
 }

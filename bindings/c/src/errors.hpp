@@ -19,8 +19,14 @@ struct Refusal {
 
 [[noreturn]] void refuse(mek_status status, std::string message);
 
+[[noreturn]] void refuseNull(const char* name);
+
 /// @throws Refusal `MEK_MISUSE`: `pointer` is null
-void checkNotNull(const void* pointer, const char* name);
+inline void checkNotNull(const void* pointer, const char* name) {
+    if (pointer == nullptr) {
+        refuseNull(name);
+    }
+}
 
 /// @return `*pointer`
 /// @throws Refusal `MEK_MISUSE`: it is null
@@ -33,11 +39,15 @@ T& required(T* pointer, const char* name) {
 /// The result of a call. Has space for its message, so that recording an error cannot fail.
 class LastError {
 public:
-    LastError() noexcept { clear(); }
+    LastError() noexcept { reset(); }
     LastError(const LastError&) = delete;
     LastError& operator=(const LastError&) = delete;
 
-    void clear() noexcept;
+    void clear() noexcept {
+        if (error_.status != MEK_OK) {
+            reset();
+        }
+    }
 
     /// Records an exception.
     /// @param call function of the interface
@@ -46,6 +56,7 @@ public:
     const mek_error& error() const noexcept { return error_; }
 
 private:
+    void reset() noexcept;
     void record(mek_status status, const char* className, const char* message) noexcept;
 
     mek_error error_{};

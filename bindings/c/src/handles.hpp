@@ -10,8 +10,10 @@
 #include <memory>
 #include <string>
 
+/// Attributes, as those of a step: to add an array for one step, only its name is set. A copy for
+/// each array would take longer than all the rest of this interface.
 struct mek_attributes {
-    mutable Tyr::Mek2::Attributes values{}; // a call lends them to a step
+    mutable Tyr::Mek2::Step step{};
 };
 
 struct mek_properties {
@@ -49,7 +51,7 @@ mek_status create(Handle** handle, const char* call) noexcept {
 /// The attributes, or none if the pointer is null.
 inline const Tyr::Mek2::Attributes& valuesOf(const mek_attributes* attributes) {
     static const Tyr::Mek2::Attributes none;
-    return attributes != nullptr ? attributes->values : none;
+    return attributes != nullptr ? attributes->step.attributes : none;
 }
 
 /// @param name of the argument

@@ -23,7 +23,7 @@ mek_status setAttribute(mek_attributes* attributes, const char* key, const Value
                         const char* call) {
     return run(call, [&] {
         required(attributes, "the list of attributes")
-            .values.set(requiredString(key, "the key"), value);
+            .step.attributes.set(requiredString(key, "the key"), value);
     });
 }
 
@@ -76,9 +76,8 @@ mek_status mek_attributes_create(mek_attributes** attributes) {
 void mek_attributes_destroy(mek_attributes* attributes) { delete attributes; }
 
 mek_status mek_attributes_clear(mek_attributes* attributes) {
-    return run(__func__, [&] {
-        required(attributes, "the list of attributes").values = Tyr::Mek2::Attributes();
-    });
+    return run(__func__,
+               [&] { required(attributes, "the list of attributes").step = Tyr::Mek2::Step(); });
 }
 
 mek_status mek_attributes_set_f32(mek_attributes* attributes, const char* key, float value) {
@@ -97,7 +96,8 @@ mek_status mek_attributes_set_string(mek_attributes* attributes, const char* key
                                      const char* value) {
     return run(__func__, [&] {
         required(attributes, "the list of attributes")
-            .values.set(requiredString(key, "the key"), requiredString(value, "the value"));
+            .step.attributes.set(requiredString(key, "the key"),
+                                 requiredString(value, "the value"));
     });
 }
 
