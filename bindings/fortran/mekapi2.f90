@@ -157,9 +157,10 @@ module mekapi2
 
     !> Writes models, one write cycle after the other. A write cycle starts with `save_to` and ends
     !> with `close`. The finaliser ends an open write cycle and discards its errors, like `destroy`.
-    !> The language does not finalise variables of the main program and of modules, and those with
-    !> `save`. The assignment of a model in use stops the program. A copy that the language makes
-    !> without an assignment, as in `allocate (b, source=a)`, is a model without a write cycle.
+    !> The language does not finalise variables of the main program, variables of modules, and
+    !> variables with `save`. The assignment of a model in use stops the program. A copy that the
+    !> language makes without an assignment, as in `allocate (b, source=a)`, is a model without a
+    !> write cycle.
     type :: mek_model
         private
         type(c_ptr) :: handle = c_null_ptr
@@ -203,6 +204,8 @@ module mekapi2
         !> temporary_path()
         !>
         !> Function: the path of the temporary file of `replace_when_complete`, or an empty string.
+        !> One thread at a time may call it, also with different models: gfortran 12 keeps the
+        !> length of such a result in a static variable.
         procedure :: temporary_path
         !> add_node(kind, name, id, attributes, stat, errmsg)
         !>
@@ -334,7 +337,8 @@ contains
 
     !> mek_status_name(status)
     !>
-    !> Function: the name of a value of `stat`, such as "MEK_FILE_OPEN".
+    !> Function: the name of a value of `stat`, such as "MEK_FILE_OPEN". One thread at a time may
+    !> call it: gfortran 12 keeps the length of such a result in a static variable.
     function mek_status_name(status) result(name)
         integer, intent(in) :: status
         character(:), allocatable :: name
