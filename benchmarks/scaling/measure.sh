@@ -16,7 +16,7 @@ run() { mpiexec ${options[@]+"${options[@]}"} -n "$1" "$program" "$file" "${@:2}
 
 header() {
     echo
-    echo "| $1 | Array, s | Compression, CPU s | Rank 0 besides, CPU s | of both | MB/s |" \
+    echo "| $1 | Array, s | Compression, CPU s | Other work of rank 0, CPU s | Its share of both | MB/s |" \
         "Peak of rank 0, MB | Peak of others, MB |"
     echo "|---:|---:|---:|---:|---:|---:|---:|---:|"
 }

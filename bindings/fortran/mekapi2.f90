@@ -77,7 +77,7 @@ module mekapi2
         !>
         !> Stores a value under a key, and replaces a value of the same key. `value` is a `real32`,
         !> a `real64` (rounded to 32 bits), an `int32` or `int64` from 0 to 4294967295, or a string.
-        !> Other integers, and finite values that a 32-bit real cannot have, give
+        !> Other integers, and finite values that are too large for a 32-bit real, give
         !> `MEK_VALUE_OUT_OF_RANGE`. The file has the first 256 bytes of a string.
         generic :: set => attributes_set_real32, attributes_set_real64, attributes_set_int32, &
             attributes_set_int64, attributes_set_string
@@ -126,8 +126,8 @@ module mekapi2
         integer :: status = MEK_OK !< `MEK_OK` if it succeeded
         character(:), allocatable :: class_name !< such as "InvalidObjectState"
         character(:), allocatable :: message
-        character(:), allocatable :: function !< place in the library; may be empty
-        character(:), allocatable :: file !< place in the library; may be empty
+        character(:), allocatable :: function !< location in the library; may be empty
+        character(:), allocatable :: file !< location in the library; may be empty
         integer :: line = 0 !< in `file`
         integer :: system_error = 0 !< `errno` of a failed operation on a file, or 0
     end type
@@ -268,8 +268,8 @@ module mekapi2
         !>   `MEK_VALUE_OUT_OF_RANGE`. The default is 1 for a connectivity, which counts the nodes
         !>   from 1 in Fortran and from 0 in the file. It is 0 for all other types: node and element
         !>   ids are stored unchanged.
-        !> - `out_of_range`, for `real64` only, is the number of finite values that a 32-bit real
-        !>   cannot have. They are written as infinite. Without `out_of_range`, such a value gives
+        !> - `out_of_range`, for `real64` only, is the number of finite values that are too large
+        !>   for a 32-bit real. They are written as infinite. Without `out_of_range`, such a value gives
         !>   `MEK_VALUE_OUT_OF_RANGE`.
         !>
         !> Errors: also `MEK_INVALID_STATE`, `MEK_INVALID_ARGUMENTS`, `MEK_OVERFLOW`,
@@ -280,8 +280,9 @@ module mekapi2
         !> last_error(error)
         !>
         !> Describes the result of the last call of the library with this model; `error` is a
-        !> `mek_error`. Errors of `ids` or `attributes` of another size, and of a negative
-        !> `threads` or `block_size`, occur before that call: only `stat` and `errmsg` have them.
+        !> `mek_error`. If the size of `ids` or `attributes` is not that of `paths`, or `threads` or
+        !> `block_size` is negative, the error occurs before that call: only `stat` and `errmsg`
+        !> have it.
         procedure :: last_error
         !> destroy()
         !>

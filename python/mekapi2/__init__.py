@@ -9,7 +9,7 @@
 ...     file["/plate/surface"].variables["Temperature"].array("t=0.5")
 
 `Model` writes one file. Its enumerations are `NodeType`, `PropertyType` and `DatasetType`; a `Step`
-is a time step, load case or mode. The library raises subclasses of `Error`. `open` reads a file; a
+is a time step, load step or mode. The library raises subclasses of `Error`. `open` reads a file; a
 damaged file raises `FormatError`. ``python3 -m mekapi2.convert`` converts mesh files of all formats
 that meshio reads, and back.
 

@@ -28,7 +28,7 @@ Path = Union[str, bytes, os.PathLike[str], os.PathLike[bytes]]
 
 @dataclass(frozen=True)
 class Step:
-    """A time step, load case or mode.
+    """A time step, load step or mode.
 
     Attributes
     ----------
@@ -81,8 +81,8 @@ class Model:
     tool_name, tool_version : str
         Name and version of the writing program, stored in the file if the name is not empty.
     journal : bool
-        Record what is not in the file yet in the file ``path.journal``, so that `checkpoint` can be
-        called and ``mekrecover`` makes a complete file after a killed run.
+        Record the calls and blocks in the file ``path.journal``, so that `checkpoint` can be called
+        and ``mekrecover`` makes a complete file after a killed run.
     replace_when_complete : bool
         Write under a temporary name, which becomes ``path`` when the model is closed. If the
         ``with`` block raises an exception, the temporary file is removed instead, unless there is a

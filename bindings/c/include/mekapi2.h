@@ -28,8 +28,8 @@
 /// @endcode
 ///
 /// **Errors.** Every call that can fail returns a `mek_status`, and `mek_last_error` has its class,
-/// message and place. No C++ exception leaves a call. After an error, an output parameter keeps its
-/// value, and the object can be used, closed or destroyed. Any call can return `MEK_MISUSE`,
+/// message and location. No C++ exception leaves a call. After an error, an output parameter keeps
+/// its value, and the object can be used, closed or destroyed. Any call can return `MEK_MISUSE`,
 /// `MEK_NO_MEMORY` and `MEK_ERROR`; the comments give the other errors.
 ///
 /// **Memory.** The library copies what it is given: strings, arrays and values can be changed or
@@ -40,7 +40,7 @@
 /// unless the comment of the call allows it.
 ///
 /// **Threads.** A call can run at the same time as calls with other objects. Two calls with the
-/// same object must not run at the same time, also if one of them only reads it. "Threads: model"
+/// same object must not run at the same time, even if one of them only reads it. "Threads: model"
 /// means that the call uses its model, and the attributes, properties and options that it is given.
 #ifndef MEKAPI2_H
 #define MEKAPI2_H
@@ -100,8 +100,8 @@ typedef enum mek_status {
     MEK_NOT_YET_IMPLEMENTED = 20, ///< a path starts with another root
     MEK_MISUSE = 100,             ///< a null pointer, or a structure with an invalid member
     MEK_NO_MEMORY = 101,          ///< no memory
-    MEK_VALUE_OUT_OF_RANGE = 102, ///< a value of an array is out of range of the file
-    MEK_CALLBACK_FAILED = 103     ///< a callback returned another number than 0
+    MEK_VALUE_OUT_OF_RANGE = 102, ///< a value is outside the range that the file can store
+    MEK_CALLBACK_FAILED = 103     ///< a callback returned a number other than 0
 } mek_status;
 
 /// The name of a status, such as "MEK_OK"; "unknown status" for other numbers. Threads: any.
@@ -124,13 +124,13 @@ typedef struct mek_error {
     int line;               ///< in `file`, or 0
     const char* class_name; ///< class of the C++ exception, such as "InvalidObjectState"
     const char* message;    ///< what was expected or found; at most 1023 bytes
-    const char* function;   ///< place in the library: its function; empty if it is not known
-    const char* file;       ///< place in the library: its source file; empty if it is not known
+    const char* function;   ///< location in the library: its function; empty if it is not known
+    const char* file;       ///< location in the library: its source file; empty if it is not known
 } mek_error;
 
 /// Describes the result of the last call with a model.
 ///
-/// - `model`: null: the last call of this thread without a model or with a null pointer for it
+/// - `model`: null: describes the last call of this thread that had no model or a null model
 /// @return a description that is valid until the next such call; not null
 ///
 /// Threads: model.
@@ -254,7 +254,7 @@ MEK_API mek_status mek_options_set_replace_when_complete(mek_options* options,
 MEK_API mek_status mek_options_set_parallel_for(mek_options* options, mek_parallel_for function,
                                                 void* context);
 
-/// The same with `threads` threads: that of the call, and others that end before the call returns.
+/// The same with `threads` threads: the calling one, and others that end before the call returns.
 /// 0: as many as the processor has. Replaces `mek_options_set_parallel_for`. Threads: options.
 MEK_API mek_status mek_options_set_threads(mek_options* options, uint32_t threads);
 
@@ -418,7 +418,7 @@ MEK_API mek_status mek_set_node_data(mek_model* model, uint32_t id,
 ///   path without a name; may be null
 /// @retval MEK_INVALID_STATE no write cycle is open
 /// @retval MEK_INVALID_ARGUMENTS a path does not start with the separator
-/// @retval MEK_NOT_YET_IMPLEMENTED a path starts with another name than that of the root
+/// @retval MEK_NOT_YET_IMPLEMENTED a path starts with a name other than that of the root
 MEK_API mek_status mek_add_assembly_components(mek_model* model, const char* const* paths,
                                                size_t count, const char* separator, uint32_t* ids);
 
@@ -504,10 +504,11 @@ typedef struct mek_array_options {
 /// The array is written once. There is one variable for each pair of an id and a step, in the order
 /// of the ids. The first variable is the owner of the array and has the attributes; the others are
 /// links to it. Ids of groups and shapes are ignored. If the geometry already has a variable of
-/// this name and step, it gets the new array. If step and array have an attribute with the same
-/// key, that of the array is used. The keys "Complex", "Contents", "DataSource", "DataType",
-/// "Structure" and those that start with "Link." are not written. "Category" with the string
-/// "Vibration" marks the variable as a vibration.
+/// this name and step, it gets the new array. If this is the first variable and a link, it stays a
+/// link, and no variable refers to the new array; see `mek_options_set_relink_replaced`. If step
+/// and array have an attribute with the same key, that of the array is used. The keys "Complex",
+/// "Contents", "DataSource", "DataType", "Structure" and those that start with "Link." are not
+/// written. "Category" with the string "Vibration" marks the variable as a vibration.
 ///
 /// If there are no rows or no ids, only the type is checked. Otherwise the last id is the current
 /// node afterwards. After an error, the variables that were added before are kept, and the array
@@ -547,8 +548,8 @@ MEK_API mek_status mek_add_array_i32(mek_model* model, mek_dataset_type type, co
 
 /// The same for doubles. Threads: model.
 ///
-/// - `out_of_range` (output): number of finite values that a float cannot have; they are written as
-///   infinite. Null: such a value is an error, and nothing is written.
+/// - `out_of_range` (output): number of finite values that are too large for a float; they are
+///   written as infinite. Null: such a value is an error, and nothing is written.
 /// @retval MEK_VALUE_OUT_OF_RANGE a value is out of range, and `out_of_range` is null
 MEK_API mek_status mek_add_array_f64(mek_model* model, mek_dataset_type type, const double* values,
                                      size_t rows, size_t columns, const uint32_t* ids,

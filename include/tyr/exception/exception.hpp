@@ -99,7 +99,8 @@ public:
     int code() const noexcept override;
 };
 
-/// A file cannot be opened, for example because it exists. Code 5.
+/// The file or its journal exists, the journal cannot be created, or an input of a recovery cannot
+/// be opened. Code 5.
 class MEKAPI2_API FileOpenException : public Exception {
 public:
     using Exception::Exception;

@@ -48,7 +48,7 @@ enum class PropertyType : std::int32_t {
     MaterialFlag = 10     ///< `bool`
 };
 
-/// The type of an array. It determines the width (numbers per row), the default name of the
+/// The type of an array. It determines the width (values per row), the default name of the
 /// variable, and the type of the variable in the file.
 ///
 /// Width 1 takes an `Array1d` or an `Array2d` of one column; width 3 or 6 takes an `Array2d` of

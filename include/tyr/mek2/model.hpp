@@ -95,14 +95,15 @@ public:
     ///
     /// @tparam S `std::string`, or `std::wstring` (on POSIX, the file name is its UTF-8 form)
     /// @throws InvalidObjectState "Not Empty": a write cycle is open; it is not changed
+    /// @throws InvalidArguments `options.compressionLevel` is not 1 to 9; no write cycle is opened
     /// @throws FileOpenException "File exists.": `options.overwrite` is false; the file is kept.
     ///     With `options.journal`: "Journal exists.", or the journal cannot be created. With
     ///     `options.replaceWhenComplete`: the path is that of a folder or a device
     /// @throws FileWriteException with `options.journal`: the system could not write
     /// @throws MiscelleneousException "Unable to open file ...": the system cannot open the file
     ///
-    /// After all but the first of these, a write cycle without a file is open. Call `close` before
-    /// the next `saveTo`.
+    /// After all but the first two of these, a write cycle without a file is open. Call `close`
+    /// before the next `saveTo`.
     template <class S>
     void saveTo(const S& path, const SaverOptions& options = SaverOptions());
 
@@ -126,7 +127,7 @@ public:
     ///     system could not write or seek
     /// @throws FileOpenException with `SaverOptions::replaceWhenComplete`, "File exists.":
     ///     `overwrite` is false, and a file has appeared at the path since `saveTo`
-    /// @throws OverflowError a stream other than the arrays has 2^32 bytes or more
+    /// @throws OverflowError a stream other than "Heavy Data" has 2^32 bytes or more
     /// @throws MiscelleneousException "Unable to compress block"
     void close();
 
@@ -238,7 +239,7 @@ public:
     /// @throws InvalidObjectState "File not open.": no write cycle is open
     /// @throws InvalidArguments "Relative paths not supported": a path does not start with
     ///     `separator`
-    /// @throws NotYetImplemented a path starts with another name than that of the root
+    /// @throws NotYetImplemented a path starts with a name other than that of the root
     /// @{
     Array1d<unsigned int> addAssemblyComponents(
         const std::vector<std::string>& paths,

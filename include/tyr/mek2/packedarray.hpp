@@ -42,8 +42,8 @@ namespace Tyr::Mek2 {
 struct PackedStorage;
 struct ValueAccess;
 
-/// A plane of a packed array: the bytes with one place in all values of one column. Planes are
-/// compressed independently.
+/// A plane of a packed array: the lowest, second, third or highest bytes of all values of one
+/// column. Planes are compressed independently.
 struct PackedPlane {
     std::uint32_t size = 0;     ///< compressed bytes
     std::uint32_t checksum = 1; ///< Adler-32 of the bytes before compression
@@ -141,7 +141,7 @@ private:
 /// copy.
 class MEKAPI2_API PackedAssembly {
 public:
-    /// Makes room for the parts.
+    /// Allocates memory for the parts.
     /// @param parts descriptions of the parts, in the order of their rows
     /// @throws InvalidArguments "part N of an array differs in width or element type", counted from
     ///     0; "a packed array is invalid"
@@ -186,7 +186,7 @@ public:
     virtual void read(const Sink& sink) = 0;
 };
 
-/// An array whose parts are elsewhere. It may be larger than the memory.
+/// An array whose parts are elsewhere. It may be larger than memory.
 ///
 /// `Model::addArrayProperty` calls one function of the source, once: `read` if the array completes
 /// a block, which is then written, and `load` otherwise. It calls none if there are no rows, or

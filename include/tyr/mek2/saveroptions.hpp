@@ -50,14 +50,14 @@ struct SaverOptions {
     bool journal = false;
 
     /// True: the file is written under a temporary name in the same folder, and `close` renames it.
-    /// Until then an existing file is unchanged. The new file gets its permission bits. If `close`
-    /// fails, or the `Model` is destroyed without `close`, the temporary file is removed, unless
-    /// there is a journal.
+    /// Until then an existing file is unchanged. The new file gets the permission bits of the
+    /// existing one. If `close` fails, or the `Model` is destroyed without `close`, the temporary
+    /// file is removed, unless there is a journal.
     bool replaceWhenComplete = false;
 
     /// If not empty, large arrays are shuffled and blocks are compressed in chunks by this
     /// function, on threads of the application; `<tyr/mek2/threads.hpp>` has one. The file has the
-    /// same bytes for every number of threads, also for one, and its content is that of a file
+    /// same bytes for every number of threads, including one, and its content is that of a file
     /// without this option. An exception of the function ends the call of `Model`; a block that was
     /// not written is kept and written by a later call.
     ParallelFor parallelFor{};
@@ -70,7 +70,7 @@ struct SaverOptions {
     int compressionLevel = 6;
 };
 
-/// After what a checkpoint can still be recovered.
+/// The events after which a checkpoint can be recovered.
 enum class Durability {
     Process, ///< any end of the process
     Device   ///< also a power failure
