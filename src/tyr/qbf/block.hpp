@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <utility>
 
 namespace TyrQbf {
 
@@ -56,6 +57,19 @@ struct Block {
 
     /// Frees the buffer and leaves the other members unchanged.
     void Release();
+};
+
+/// A block on the stack that frees its buffer, unless the buffer is taken.
+class LocalBlock {
+public:
+    LocalBlock() = default;
+    LocalBlock(const LocalBlock&) = delete;
+    LocalBlock& operator=(const LocalBlock&) = delete;
+    ~LocalBlock() { block.Release(); }
+
+    Block Take() { return std::exchange(block, Block{}); }
+
+    Block block{};
 };
 
 } // namespace TyrQbf

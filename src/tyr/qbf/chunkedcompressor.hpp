@@ -26,9 +26,6 @@ public:
     /// @throws MiscelleneousException "Unable to compress block", "Not all tasks were run"
     void operator()(const unsigned char* content, std::uint32_t length, const Sink& sink) const;
 
-    /// For other work of the same write cycle.
-    const ParallelFor& Tasks() const { return parallelFor; }
-
 private:
     ParallelFor parallelFor;
     std::int32_t level;
