@@ -164,7 +164,9 @@ TEST_F(PackedArrayTest, NeedsEqualPartsOfAValidSize) {
     }
 
     Model model;
-    model.saveTo(path("out"));
+    SaverOptions options;
+    options.journal = true;
+    model.saveTo(path("out"), options);
     const unsigned int id = model.addNode(NodeType::RootGroup, "R");
     EXPECT_THROW(model.addArrayProperty(DatasetType::Coordinates, floats, id, Step{}),
                  InvalidArguments);

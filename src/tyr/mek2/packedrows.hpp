@@ -27,10 +27,13 @@ public:
         return packed_ != nullptr ? static_cast<std::int64_t>(packed_->head.rows) : 0;
     }
 
+    std::uint32_t elementType() const {
+        return packed_ != nullptr ? packed_->head.elementType : PackedHead().elementType;
+    }
+
     // Only if there are rows:
 
     unsigned char width() const { return static_cast<unsigned char>(packed_->head.width); }
-    std::uint32_t elementType() const { return packed_->head.elementType; }
     const TyrQbf::SharedPiece& data() const { return packed_->piece; }
 
 private:
