@@ -5,14 +5,15 @@ Use ``python3 -m mekapi2.convert INPUT [OUTPUT]`` on the command line, `convert`
 
 from __future__ import annotations
 
+import errno
 import os
+import stat
 from dataclasses import dataclass
 from pathlib import Path
 from typing import TYPE_CHECKING, Optional, Union
 
 from .. import _core
 from ..model import Model
-from ._output import check_replaceable
 from ._source import ConversionError
 
 if TYPE_CHECKING:
@@ -105,6 +106,7 @@ def convert(
         tool_name="mekapi2.convert",
         tool_version=_core.version,
         replace_when_complete=True,
+        threads=0,
     ) as model:
         source = read(source_path, file_format, keep_blocks)
         counts = write(model, source, progress)
@@ -147,6 +149,33 @@ def write_mesh(path: Path, mesh: meshio.Mesh) -> None:
 
     source = source_of_mesh(path, mesh)
     with Model(
-        path, overwrite=True, tool_name="mekapi2.convert", tool_version=_core.version
+        path, overwrite=True, tool_name="mekapi2.convert", tool_version=_core.version, threads=0
     ) as model:
         write(model, source)
+
+
+def check_replaceable(path: Path, source: Path, overwrite: bool) -> None:
+    """Raise an exception if ``path`` must not be written.
+
+    Raises
+    ------
+    ConversionError
+        ``path`` is not a regular file, is the same file as ``source``, or exists and ``overwrite``
+        is false.
+    OSError
+        ``path`` is a folder or is below a file.
+    """
+    if str(path) == "-":
+        raise ConversionError("needs a regular file, not standard output", path)
+    try:
+        status = path.stat()
+    except FileNotFoundError:
+        return
+    if stat.S_ISDIR(status.st_mode):
+        raise IsADirectoryError(errno.EISDIR, os.strerror(errno.EISDIR), str(path))
+    if not stat.S_ISREG(status.st_mode):
+        raise ConversionError("needs a regular file", path)
+    if path.samefile(source):
+        raise ConversionError("is the input itself", path)
+    if not overwrite:
+        raise ConversionError("exists; use --overwrite to replace it", path)

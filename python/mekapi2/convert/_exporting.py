@@ -16,7 +16,7 @@ from numpy.typing import NDArray
 
 from ..reader import File, FormatError
 from ..reader import open as open_file
-from ._output import check_replaceable
+from . import check_replaceable
 from ._reading import format_for_writing, is_same, reverse_wedges, warnings_of
 from ._source import ConversionError
 from ._writing import Counts

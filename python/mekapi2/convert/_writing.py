@@ -13,15 +13,18 @@ from numpy.typing import NDArray
 from ..errors import InexactConversion
 from ..model import Model, Step
 from ._elements import connectivity, dataset_index
-from ._naming import Names, plain_name, separator, shape_paths
 from ._source import ConversionError, Frame, Part, Source
 from ._values import (
+    Names,
     are_ids,
     attribute,
     components,
     in_space,
     numbers,
+    plain_name,
     root_attributes,
+    separator,
+    shape_paths,
     without_mask,
 )
 
