@@ -1,10 +1,13 @@
 #!/usr/bin/env bash
 # Prints a table of the time that 1, 2 and 4 ranks need to write the same model, and a table of the
 # memory of 4 ranks that write arrays larger than a block.
-# Usage: measure.sh PROGRAM FOLDER, where PROGRAM is the benchmark "ranks"
+# Usage: measure.sh PROGRAM FOLDER [FIGURES]
+#   PROGRAM    the benchmark "ranks"
+#   FIGURES    file to which rows with figures and targets are appended
 set -euo pipefail
 program=$1
 file=$2/ranks.mek
+figures=${3:-/dev/null}
 export OMPI_ALLOW_RUN_AS_ROOT=1 OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1
 options=()
 if mpiexec --version | grep -qE 'OpenRTE|Open MPI'; then
@@ -26,8 +29,12 @@ header "Ranks, array of 60 MB"
 for ranks in 1 2 4; do
     run $ranks
 done
-header "Ranks, array of 800 MB, blocks of 200, 20 and 10 MB"
+header "Limit of a block, array of 800 MB from 4 ranks"
 for megabytes in 200 20 10; do
-    run 4 800 1 $megabytes
+    row=$(run 4 800 1 $megabytes | sed "s/^| 4 /| $megabytes MB /")
+    echo "$row"
+    awk -F ' *[|] *' -v megabytes=$megabytes '{
+        printf "| 800 MB from 4 ranks, blocks of %d MB: memory of rank 0 above that of others | ", megabytes
+        printf "%d MB | at most %d |\n", $8 - $9, megabytes }' <<<"$row" >>"$figures"
 done
 rm "$file"
