@@ -3,7 +3,8 @@
 
 Usage: python3 scripts/reference.py [--check]
 
-With --check, changes nothing and fails if a page is out of date. A reference is the part of a page
+Fails if constants of the interfaces have different numbers. With --check, changes nothing and fails
+if a page is out of date. A reference is the part of a page
 below its last heading "## Reference".
 """
 
@@ -125,10 +126,29 @@ def fortran_reference():
     return "\n\n".join(["### Constants", *result])
 
 
+def constants(path, pattern):
+    """Return the names, in lower case and without underscores, and the numbers of constants."""
+    found = re.findall(pattern, (ROOT / path).read_text())
+    return {name.lower().replace("_", ""): int(number) for name, number in found}
+
+
+def check_constants():
+    """The interfaces for C and Fortran have the numbers of the C++ enumerations."""
+    cpp = constants("include/tyr/mek2/enumerations.hpp", r"\b([A-Z]\w+) = (\d+)")
+    c = constants("bindings/c/include/mekapi2.h", r"\bMEK_(\w+) = (\d+)")
+    fortran = constants("bindings/fortran/mekapi2.f90", r"\bMEK_(\w+) = (\d+)")
+    fortran["error"] = fortran.pop("errorofotherkind")
+    if not cpp or {name: c.get(name) for name in cpp} != cpp:
+        sys.exit("mekapi2.h: the numbers are not those of enumerations.hpp")
+    if {name: c.get(name) for name in fortran} != fortran or not cpp.keys() <= fortran.keys():
+        sys.exit("mekapi2.f90: the numbers are not those of mekapi2.h")
+
+
 def main():
     check = sys.argv[1:] == ["--check"]
     if sys.argv[1:] and not check:
         sys.exit(__doc__)
+    check_constants()
     for name, reference in (("c", c_reference()), ("fortran", fortran_reference())):
         page = ROOT / "docs" / f"{name}.md"
         text = page.read_text()

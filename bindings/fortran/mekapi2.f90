@@ -18,7 +18,7 @@ module mekapi2
 
     public :: mek_attributes, mek_properties, mek_step, mek_model, mek_error
     public :: mek_recovery_amount, mek_recovery_report
-    public :: mek_recover, mek_version, mek_status_name
+    public :: mek_recover, mek_version, mek_status_name, mek_last_error
 
     !> Values of `stat`; docs/c.md describes them. `MEK_ERROR_OF_OTHER_KIND` is `MEK_ERROR` of C.
     integer, parameter, public :: MEK_OK = 0, MEK_ERROR_OF_OTHER_KIND = 1, MEK_MISCELLANEOUS = 2, &
@@ -158,7 +158,8 @@ module mekapi2
     !> Writes models, one write cycle after the other. A write cycle starts with `save_to` and ends
     !> with `close`. The finaliser ends an open write cycle and discards its errors, like `destroy`.
     !> The language does not finalise variables of the main program, variables of modules, and
-    !> variables with `save`. The assignment of a model in use stops the program. A copy that the
+    !> variables with `save`. The assignment of a model in use stops the program; the
+    !> assignment of an array of models is not checked, and loses their write cycles. A copy that the
     !> language makes without an assignment, as in `allocate (b, source=a)`, is a model without a
     !> write cycle.
     type :: mek_model
@@ -273,14 +274,15 @@ module mekapi2
         !>   `MEK_VALUE_OUT_OF_RANGE`.
         !>
         !> Errors: also `MEK_INVALID_STATE`, `MEK_INVALID_ARGUMENTS`, `MEK_OVERFLOW`,
-        !> `MEK_KEY_NOT_FOUND`, `MEK_FILE_WRITE`, `MEK_MISCELLANEOUS`, `MEK_BLOCK_MEMORY`.
+        !> `MEK_KEY_NOT_FOUND`, `MEK_FILE_WRITE`, `MEK_MISCELLANEOUS`, `MEK_BLOCK_MEMORY`, and
+        !> `MEK_MISUSE` if `steps` is empty. Pass the arguments after `ids` by keyword.
         generic :: add_array => add_real32_1, add_real32_2, add_real64_1, add_real64_2, &
             add_int32_1, add_int32_2, add_real32_1_id, add_real32_2_id, add_real64_1_id, &
             add_real64_2_id, add_int32_1_id, add_int32_2_id
         !> last_error(error)
         !>
         !> Describes the result of the last call of the library with this model; `error` is a
-        !> `mek_error`. If the size of `ids` or `attributes` is not that of `paths`, or `threads` or
+        !> `mek_error`, with empty strings if there was none since its creation or `destroy`. If the size of `ids` or `attributes` is not that of `paths`, or `threads` or
         !> `block_size` is negative, the error occurs before that call: only `stat` and `errmsg`
         !> have it.
         procedure :: last_error
@@ -345,6 +347,14 @@ contains
         character(:), allocatable :: name
         call to_fortran(c_status_name(status), name)
     end function
+
+    !> mek_last_error(error)
+    !>
+    !> Describes the result of the last call of this thread without a model, such as `mek_recover`.
+    subroutine mek_last_error(error)
+        type(mek_error), intent(out) :: error
+        error = error_of(c_null_ptr)
+    end subroutine
 
     !> mek_recover(unfinished, output, overwrite, report, on_temporary_file, context, stat, errmsg)
     !>
@@ -1483,7 +1493,14 @@ contains
     subroutine last_error(this, error)
         class(mek_model), intent(in) :: this
         type(mek_error), intent(out) :: error
-        error = error_of(merge(this%handle, c_null_ptr, is_owner(this)))
+        if (is_owner(this) .and. c_associated(this%handle)) then
+            error = error_of(this%handle)
+        else
+            error%class_name = ''
+            error%message = ''
+            error%function = ''
+            error%file = ''
+        end if
     end subroutine
 
     subroutine destroy_model(this)

@@ -18,6 +18,7 @@ module mekapi2_c
         integer(c_intptr_t) :: row_stride = 0
         integer(c_intptr_t) :: column_stride = 0
         integer(c_int32_t) :: base = 0
+        integer(c_int32_t) :: reserved = 0
     end type
 
     type, bind(C) :: c_error

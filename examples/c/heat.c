@@ -45,9 +45,15 @@ static mek_status open_model(mek_model* model, const char* path) {
     mek_options* options = NULL;
     mek_status status = mek_options_create(&options);
     if (status == MEK_OK) {
-        mek_options_set_overwrite(options, 1);
-        mek_options_set_journal(options, 1);
-        mek_options_set_replace_when_complete(options, 1);
+        status = mek_options_set_overwrite(options, 1);
+    }
+    if (status == MEK_OK) {
+        status = mek_options_set_journal(options, 1);
+    }
+    if (status == MEK_OK) {
+        status = mek_options_set_replace_when_complete(options, 1);
+    }
+    if (status == MEK_OK) {
         status = mek_options_set_tool(options, "heat", "1.0");
     }
     if (status == MEK_OK) {
@@ -156,8 +162,11 @@ int main(int argc, char** argv) {
     if (status == MEK_OK) {
         status = write_model(model, argc > 1 ? argv[1] : "heat.mek");
     }
-    if (status != MEK_OK) { /* the error of the last call, which is the one that failed */
-        const mek_error* const error = mek_last_error(model);
+    if (status != MEK_OK) {
+        const mek_error* error = mek_last_error(model);
+        if (error->status != status) { /* the call that failed had no model */
+            error = mek_last_error(NULL);
+        }
         fprintf(stderr, "heat: %s: %s (%s, line %d)\n", mek_status_name(status), error->message,
                 error->file, error->line);
     }

@@ -1,5 +1,5 @@
 ! Tests of the Fortran module that the model in all languages does not make.
-! Usage: fortran_test FOLDER, or fortran_test stop
+! Usage: fortran_test FOLDER [ROUNDS], or fortran_test stop
 program fortran_test
     use, intrinsic :: iso_c_binding
     use, intrinsic :: iso_fortran_env, only: int32, int64, real32, real64
@@ -18,7 +18,7 @@ program fortran_test
         end function
     end interface
 
-    character(1000) :: folder
+    character(1000) :: folder, rounds_given
     integer :: failures = 0
 
     call get_command_argument(1, folder)
@@ -91,8 +91,18 @@ contains
         call expect(id == 0, 'a node that does not exist')
         call model%add_assembly_components(['/root/a', '/root/b'], ids, stat=status)
         call expect(status == MEK_MISUSE, 'ids of another size')
+        call model%save_to('', compression_level=10, stat=status)
+        call expect(status == MEK_INVALID_STATE, 'an open write cycle')
+        call model%close()
+        call model%save_to('', compression_level=10, stat=status)
+        call expect(status == MEK_INVALID_ARGUMENTS, 'a compression level')
         call mek_recover(file('none'), file('output'), stat=status)
         call expect(status == MEK_FILE_OPEN, 'recovery without a journal')
+        call mek_last_error(error)
+        call expect(error%status == MEK_FILE_OPEN .and. error%system_error == 2, error%message)
+        call model%destroy()
+        call model%last_error(error)
+        call expect(error%status == MEK_OK .and. error%message == '', error%message)
     end subroutine
 
     subroutine refuse_values()
@@ -152,27 +162,33 @@ contains
         type(mek_properties) :: properties
         type(memory_usage) :: before, after
         real(real32) :: coordinates(3, 2)
-        integer(int32) :: id, root, round
-        integer :: status
+        integer(int32) :: id, root, round, rounds, call_number
         coordinates = 1
-        call open_shape(model, '', id)
-        do round = 1, 100000
-            call step%attributes%clear()
-            call step%attributes%set('Time', 0.5)
-            call step%attributes%set('a key of a string', 'a string that needs an allocation')
-            step%name = 'a step with a long name'
-            steps(1) = step
-            steps(2) = mek_step('another step', step%attributes)
-            call properties%set(MEK_SCALE, [1.0, 1.0, 1.0])
-            call model%add_array(MEK_COORDINATES, coordinates, id, 'points', &
-                mek_step('a step with a long name', step%attributes), stat=status)
-            call model%add_array(MEK_COORDINATES, coordinates, [id], steps=steps, stat=status)
-            call expect(status == MEK_INVALID_STATE, 'an array without a file')
-            call model%set_node_data(1, properties, step%attributes)
-            call model%get_node_id('/root', root)
-            call model%get_node_id(['root '], root)
-            call use_another_model()
-            if (round == 100) before = mallinfo2()
+        rounds = 500
+        call get_command_argument(2, rounds_given)
+        if (rounds_given /= '') read (rounds_given, *) rounds
+        do round = 1, rounds
+            call open_shape(model, file('many'), id)
+            do call_number = 1, 100
+                call step%attributes%clear()
+                call step%attributes%set('Time', 0.5)
+                call step%attributes%set('a key of a string', 'a string that needs an allocation')
+                step%name = 'a step with a long name'
+                steps(1) = step
+                steps(2) = mek_step('another step', step%attributes)
+                call properties%set(MEK_SCALE, [1.0, 1.0, 1.0])
+                call model%add_array(MEK_COORDINATES, coordinates, id, 'points', &
+                    mek_step('a step with a long name', step%attributes))
+                call model%add_array(MEK_COORDINATES, coordinates, [id], steps=steps)
+                call model%add_array(MEK_RESULT_A1, [1d0, 2d0], id, 'doubles')
+                call model%add_array(MEK_NODE_IDS, [1, 2], id)
+                call model%set_node_data(1, properties, step%attributes)
+                call model%get_node_id('/root', root)
+                call model%get_node_id(['root '], root)
+                call use_another_model()
+            end do
+            call model%close()
+            if (round == min(100, rounds)) before = mallinfo2()
         end do
         after = mallinfo2()
         call expect(after%uordblks == before%uordblks, 'a million calls use more memory')

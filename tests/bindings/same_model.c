@@ -213,7 +213,7 @@ static void save_to(const char* path, size_t* runs) {
     check(mek_options_set_replace_when_complete(options, 1));
     check(mek_options_set_threads(options, 2));
     check(mek_options_set_parallel_for(options, run_tasks, runs));
-    check(mek_options_set_block_size(options, 200U << 20));
+    check(mek_options_set_block_size(options, 100000));
     check(mek_options_set_compression_level(options, 6));
     check(mek_model_create(&model));
     check(mek_save_to(model, path, options));

@@ -130,6 +130,7 @@ void write(const std::string& path) {
     options.journal = true;
     options.replaceWhenComplete = true;
     options.parallelFor = parallelForThreads(2);
+    options.blockSize = 100000;
     Model model;
     model.saveTo(path, options);
     const Ids ids = addTree(model);

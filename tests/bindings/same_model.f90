@@ -13,7 +13,7 @@ program same_model
     call get_command_argument(1, path)
     call model%save_to(path, overwrite=.true., tool_name='same model', tool_version='1.2', &
         relink_replaced=.true., journal=.true., replace_when_complete=.true., threads=2, &
-        block_size=209715200, compression_level=6)
+        block_size=100000, compression_level=6)
     if (model%temporary_path() == '') error stop 'there is no temporary file'
     call add_tree()
     call add_mesh()

@@ -1,5 +1,6 @@
 """Writes the model of same_model.cpp, through the Python package."""
 
+import os
 import sys
 
 import numpy as np
@@ -58,6 +59,7 @@ def add_results(model, body, skin):
     model.add_array("ResultB1", [2000000000, 2000000001], skin, name="counts", steps="1")
 
 
+os.environ["MEKWRITER_DEFAULT_BLOCK_SIZE"] = "100000"
 options = {"overwrite": True, "journal": True, "replace_when_complete": True, "threads": 2}
 with Model(sys.argv[1], tool_name="same model", tool_version="1.2", **options) as model:
     body, skin = add_tree(model)

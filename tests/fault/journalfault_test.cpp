@@ -84,6 +84,38 @@ protected:
     static constexpr unsigned int results = 3;
     std::uint64_t incompleteJournals = 0;
 
+    /// @param recoverTo called with the paths of input and output
+    template <class Recover>
+    void injectInRecoveries(const Recover& recoverTo) {
+        const BlockSizeVariable blockSize("200");
+        CheckpointedRun run(path("first"), results);
+        run.start();
+        run.addEverything();
+        EXPECT_EQ(recoverFirst(), "");
+        const std::string expected = readFile(path("recovered"));
+        fs::remove(path("recovered"));
+        forgetRecovery();
+        run.errors.clear();
+        const std::int64_t allocations = liveAllocations();
+        const std::int64_t files = openFiles();
+        bool isDone = false;
+        const auto recoverAgain = [&] {
+            isDone = run.attempt("recover", [&] { recoverTo(path("first"), path("recovered")); });
+            run.errors.clear();
+        };
+        std::uint64_t number = 1;
+        for (; !HasFailure() && injectFault(GetParam().fault, number, recoverAgain);
+             number = nextCall(number)) {
+            EXPECT_EQ(fs::exists(path("recovered")), isDone);
+            EXPECT_TRUE(!isDone || readFile(path("recovered")) == expected);
+            fs::remove(path("recovered"));
+            EXPECT_EQ(partIn(folder).empty(), GetParam().fault != Fault::Remove);
+            EXPECT_EQ(openFiles(), files);
+            EXPECT_EQ(liveAllocations(), allocations);
+        }
+        EXPECT_TRUE(isDone && !HasFailure()) << "in call " << number - 1;
+    }
+
 private:
     void writeOld() {
         for (const auto& entry : fs::directory_iterator(folder)) {
@@ -145,33 +177,10 @@ TEST_P(JournalFaultTest, TheCheckpointsKeepTheirPromisesThroughTheInterfaceForC)
 #endif
 
 TEST_P(JournalFaultTest, ARecoveryThatFailsLeavesNothing) {
-    const BlockSizeVariable blockSize("200");
-    CheckpointedRun run(path("first"), 3);
-    run.start();
-    run.addEverything();
-    EXPECT_EQ(recoverFirst(), "");
-    const std::string expected = readFile(path("recovered"));
-    fs::remove(path("recovered"));
-    forgetRecovery();
-    run.errors.clear();
-    const std::int64_t allocations = liveAllocations();
-    const std::int64_t files = openFiles();
-    bool isDone = false;
-    const auto recoverAgain = [&] {
-        isDone = run.attempt("recover", [&] { recover(path("first"), path("recovered")); });
-        run.errors.clear();
-    };
-    std::uint64_t number = 1;
-    for (; !HasFailure() && injectFault(GetParam().fault, number, recoverAgain);
-         number = nextCall(number)) {
-        EXPECT_EQ(fs::exists(path("recovered")), isDone);
-        EXPECT_TRUE(!isDone || readFile(path("recovered")) == expected);
-        fs::remove(path("recovered"));
-        EXPECT_EQ(partIn(folder).empty(), GetParam().fault != Fault::Remove);
-        EXPECT_EQ(openFiles(), files);
-        EXPECT_EQ(liveAllocations(), allocations);
-    }
-    EXPECT_TRUE(isDone && !HasFailure()) << "in call " << number - 1;
+    injectInRecoveries([](const auto& from, const auto& to) { recover(from, to); });
+#if defined(TYR_TEST_HAS_C)
+    injectInRecoveries(recoverWithC);
+#endif
 }
 
 INSTANTIATE_TEST_SUITE_P(Faults, JournalFaultTest, ::testing::ValuesIn(journalFaults),

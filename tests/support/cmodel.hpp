@@ -254,4 +254,8 @@ private:
     Owned<mek_model> model_ = own(mek_model_create, mek_model_destroy);
 };
 
+inline void recoverWithC(const std::string& unfinished, const std::string& output) {
+    check(mek_recover(unfinished.c_str(), output.c_str(), 0, nullptr, nullptr, nullptr));
+}
+
 } // namespace Testing

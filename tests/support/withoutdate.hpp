@@ -11,8 +11,9 @@
 
 namespace Testing {
 
-/// The stored bytes of all blocks except the one that contains the date, and except the index
-/// blocks, which contain its length and are validated by the check.
+/// The stored bytes of all blocks except the one that contains the date, of which the other strings
+/// are compared, and except the index blocks, which contain its length and are validated by the
+/// check.
 inline std::string withoutDate(const std::filesystem::path& path) {
     std::ifstream stream(path, std::ios::binary);
     const std::string bytes(std::istreambuf_iterator<char>(stream), {});
@@ -24,6 +25,10 @@ inline std::string withoutDate(const std::filesystem::path& path) {
         if (block.name != "Global Information" && !block.isIndex()) {
             all += bytes.substr(block.position, block.storedLength);
         }
+    }
+    for (const MekReader::Modifier& modifier : file.modifiers()) {
+        all += modifier.toolName + modifier.toolVersion + modifier.formatVersion +
+               modifier.computerName + modifier.userName + modifier.comment;
     }
     return all;
 }

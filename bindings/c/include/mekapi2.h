@@ -37,7 +37,8 @@
 /// The caller frees nothing else, and the library frees nothing of the caller.
 ///
 /// **Strings** are zero-terminated UTF-8 and are stored unchanged. A null pointer is an error
-/// unless the comment of the call allows it.
+/// unless the comment of the call allows it. On Windows, a message that names a path has one byte
+/// for each character of the path, and is not UTF-8 if these are not ASCII.
 ///
 /// **Threads.** A call can run at the same time as calls with other objects. Two calls with the
 /// same object must not run at the same time, even if one of them only reads it. "Threads: model"
@@ -56,8 +57,7 @@
 /// @}
 
 /// One number for a version. Numbers of later versions are larger.
-#define MEK_VERSION_NUMBER(major, minor, patch) \
-    (10000 * (int32_t)(major) + 100 * (int32_t)(minor) + (int32_t)(patch))
+#define MEK_VERSION_NUMBER(major, minor, patch) (10000 * (major) + 100 * (minor) + (patch))
 
 /// @def MEK_API
 /// Marks a function that an application links to. On Windows, define MEKAPI2_STATIC to link the
@@ -214,7 +214,8 @@ typedef void (*mek_task)(void* data, size_t index);
 /// the application, and returns when all have returned.
 ///
 /// - `context`: the pointer that was passed to `mek_options_set_parallel_for`
-/// @return 0; another number ends the call of the library with `MEK_CALLBACK_FAILED`
+/// @return 0; another number ends the call of the library with `MEK_CALLBACK_FAILED`. If it returns
+///     0 without a call of each task, the error is `MEK_MISCELLANEOUS`.
 typedef int (*mek_parallel_for)(void* context, size_t count, mek_task task, void* data);
 
 /// Creates options with the defaults given below. Threads: any.
@@ -290,8 +291,8 @@ MEK_API void mek_model_destroy(mek_model* model);
 /// @retval MEK_MISCELLANEOUS the system cannot open the file
 /// @retval MEK_INVALID_ARGUMENTS the compression level is invalid
 ///
-/// After `MEK_FILE_OPEN`, `MEK_FILE_WRITE` and `MEK_MISCELLANEOUS` a write cycle without a file is
-/// open: call `mek_close` before the next `mek_save_to`.
+/// After all errors but `MEK_INVALID_STATE` and `MEK_INVALID_ARGUMENTS`, a write cycle without a
+/// file can be open: call `mek_close` before the next `mek_save_to`.
 MEK_API mek_status mek_save_to(mek_model* model, const char* path, const mek_options* options);
 
 /// Ends the write cycle: writes all data that is still in memory and the index, and closes the
@@ -493,11 +494,12 @@ typedef struct mek_array_options {
     ptrdiff_t row_stride;    ///< bytes from a value to that of the next row; 0: rows without gaps
     ptrdiff_t column_stride; ///< bytes from a value to that of the next column; 0: without gaps
     int32_t base;            ///< subtracted from integers: 1 if they count from 1; else 0
+    int32_t reserved;        ///< 0
 } mek_array_options;
 
 /// Initialises a `mek_array_options` with the defaults.
 #define MEK_ARRAY_OPTIONS_INIT \
-    { sizeof(mek_array_options), NULL, NULL, 0, NULL, 0, 0, 0 }
+    { sizeof(mek_array_options), NULL, NULL, 0, NULL, 0, 0, 0, 0 }
 
 /// Writes an array to the file and attaches it as a named variable to geometries, for steps.
 ///
@@ -510,7 +512,7 @@ typedef struct mek_array_options {
 /// "Contents", "DataSource", "DataType", "Structure" and those that start with "Link." are not
 /// written. "Category" with the string "Vibration" marks the variable as a vibration.
 ///
-/// If there are no rows or no ids, only the type is checked. Otherwise the last id is the current
+/// If there are no rows or no ids, nothing is written. Otherwise the last id is the current
 /// node afterwards. After an error, the variables that were added before are kept, and the array
 /// may be in the file without a variable. Threads: model.
 ///

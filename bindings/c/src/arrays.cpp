@@ -50,6 +50,9 @@ mek_array_options readOptions(const mek_array_options* given) {
                                ", expected " + std::to_string(sizeof options));
     }
     std::memcpy(&options, given, sizeof options);
+    if (options.reserved != 0) {
+        refuse(MEK_MISUSE, "the reserved member of mek_array_options is not 0");
+    }
     requiredArray(options.steps, options.step_count, "the array of steps");
     if (options.steps != nullptr && options.step_count == 0) {
         refuse(MEK_MISUSE, "step_count is 0: the array would belong to no variable");

@@ -50,7 +50,16 @@ const StatusNames* namesOf(int status) {
     return found != std::end(names) ? found : nullptr;
 }
 
-/// Number of the first bytes of `text` that are whole characters and not more than `limit`.
+template <class Info>
+auto infoOr(const Tyr::Exception::Exception& exception, typename Info::value_type other) {
+    const auto* const value = boost::get_error_info<Info>(exception);
+    return value != nullptr ? *value : other;
+}
+
+} // namespace
+
+void refuse(mek_status status, std::string message) { throw Refusal{status, std::move(message)}; }
+
 std::size_t wholeCharacters(const char* text, std::size_t limit) {
     const std::size_t length = std::strlen(text);
     if (length <= limit) {
@@ -63,16 +72,6 @@ std::size_t wholeCharacters(const char* text, std::size_t limit) {
     }
     return limit;
 }
-
-template <class Info>
-auto infoOr(const Tyr::Exception::Exception& exception, typename Info::value_type other) {
-    const auto* const value = boost::get_error_info<Info>(exception);
-    return value != nullptr ? *value : other;
-}
-
-} // namespace
-
-void refuse(mek_status status, std::string message) { throw Refusal{status, std::move(message)}; }
 
 void refuseNull(const char* name) { refuse(MEK_MISUSE, std::string(name) + " is null"); }
 

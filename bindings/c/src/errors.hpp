@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstddef>
 #include <exception>
 #include <string>
 
@@ -35,6 +36,9 @@ T& required(T* pointer, const char* name) {
     checkNotNull(pointer, name);
     return *pointer;
 }
+
+/// Number of the first bytes of `text` that are whole characters and not more than `limit`.
+std::size_t wholeCharacters(const char* text, std::size_t limit);
 
 /// The result of a call. Has space for its message, so that recording an error cannot fail.
 class LastError {

@@ -20,7 +20,7 @@ mek_recovery_amount amountOf(const Tyr::Mek2::RecoveryAmount& amount) {
 void copyReport(const RecoveryReport& from, mek_recovery_report& to) {
     to.saved = amountOf(from.saved);
     to.lost = amountOf(from.lost);
-    const std::size_t length = std::min(from.reason.size(), sizeof to.reason - 1);
+    const std::size_t length = MekC::wholeCharacters(from.reason.c_str(), sizeof to.reason - 1);
     std::copy_n(from.reason.data(), length, to.reason);
     to.reason[length] = '\0';
 }

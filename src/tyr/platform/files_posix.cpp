@@ -53,11 +53,13 @@ NativePath nameOf(const NativePath& path) { return path.substr(nameStart(path));
 
 NativePath linkTarget(const NativePath& path) {
     constexpr int mostLinks = 40; // as in Linux
+    const int reason = errno;     // as in `fileExists`
     NativePath target = path;
     for (int links = 0; links < mostLinks; ++links) {
         std::array<char, PATH_MAX> content{};
         const ssize_t length = readlink(target.c_str(), content.data(), content.size());
         if (length <= 0) {
+            errno = reason;
             return target;
         }
         target = content.front() == '/' ? NativePath() : folderOf(target);
