@@ -43,16 +43,16 @@ public:
     bool isDisbanded() const;
 
     /// Whether all ranks make the same request and none has failed.
-    /// @throws the failure that the other `agree` raises
+    /// @throws the error that the other `agree` raises
     void agree(const Request& request, const Failure& failure);
 
     /// Whether no rank has failed.
-    /// @throws the failure of the lowest rank whose model was destroyed; otherwise of the lowest
-    ///     rank that has one
+    /// @throws the error of the lowest rank whose model was destroyed; otherwise of the lowest rank
+    ///     that has one
     void agree(const Failure& failure);
 
     /// Whether the root has failed. Failures of other ranks are not known.
-    /// @throws the failure
+    /// @throws the error
     void agreeWithRoot(Failure failure);
 
     /// Sends bytes of the root to all.

@@ -77,6 +77,9 @@ check_reader() {
     ./first_model model.mek
     diff <(./maximum model.mek) <(./maximum_of_results model.mek) || fail "the programs differ"
     [ "$(./maximum model.mek)" = "/bar/HE8 Temperature: 70" ] || fail "$(./maximum model.mek)"
+    example_of mekreader/model.hpp >nodes.cpp
+    "${compile[@]}" "${warnings[@]}" nodes.cpp -o nodes "${flags[@]}"
+    ./nodes model.mek | grep -qx '1 Group bar' || fail "$(./nodes model.mek)"
 }
 
 # $1: language; builds the solver in a new folder with CMake, and from the command line given by the

@@ -1,5 +1,20 @@
 /// @file
 /// Reads the model that a container holds: tree, placements, materials, attributes, variables.
+///
+/// @code
+/// #include <mekreader/model.hpp>
+///
+/// #include <iostream>
+///
+/// int main(int argc, char** argv) {
+///     for (int i = 1; i < argc; ++i) {
+///         const MekReader::File file(argv[i]);
+///         for (const MekReader::Node& node : file.nodes()) {
+///             std::cout << node.id << ' ' << node.type << ' ' << node.name << '\n';
+///         }
+///     }
+/// }
+/// @endcode
 #pragma once
 
 #include "mekreader/container.hpp"
