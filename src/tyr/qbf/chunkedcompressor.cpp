@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t chunkSize = std::size_t{128} * 1024;
 constexpr std::size_t windowSize = std::size_t{32} * 1024;
-constexpr std::size_t chunksAtOnce = 64;
+constexpr std::size_t chunksAtOnce = 128;
 
 /// A block, seen as chunks. An empty one has one chunk.
 class Content {

@@ -20,7 +20,7 @@ public:
     /// @param compressionLevel 1 to 9, as in zlib
     ChunkedCompressor(ParallelFor tasks, std::int32_t compressionLevel);
 
-    /// Calls `sink` on the calling thread. Memory use is that of 64 compressed chunks, and of a
+    /// Calls `sink` on the calling thread. Memory use is that of 128 compressed chunks, and of a
     /// compressor for each running task.
     /// @throws MemoryAllocationException
     /// @throws MiscelleneousException "Unable to compress block", "Not all tasks were run"

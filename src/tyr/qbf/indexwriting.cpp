@@ -35,16 +35,18 @@ Tyr::Exception::FileWriteException PositioningError() {
     return true;
 }
 
-/// Bytes that follow each other in the file, their number and CRC-32.
+/// Bytes that follow each other in the file, their number and, if asked, their CRC-32.
 class StoredBytes {
 public:
-    explicit StoredBytes(std::FILE* file) : stream(file) {}
+    StoredBytes(std::FILE* file, bool withCrc) : stream(file), hasCrc(withCrc) {}
 
     void Write(const unsigned char* bytes, std::size_t count) {
         if (std::fwrite(bytes, count, 1, stream) != 1) {
             TYR_RAISE(Tyr::Exception::FileWriteException("Unable to write to file"));
         }
-        crc = Crc32(crc, bytes, count);
+        if (hasCrc) {
+            crc = Crc32(crc, bytes, count);
+        }
         length += count;
         if (length > std::numeric_limits<std::uint32_t>::max()) {
             TYR_RAISE(Tyr::Exception::OverflowError());
@@ -56,6 +58,7 @@ public:
 
 private:
     std::FILE* stream;
+    bool hasCrc;
 };
 
 /// The zlib stream of a block of pieces.
@@ -250,7 +253,7 @@ void Index::CompressAndWrite(BlockNumber number, std::FILE* stream, const Compre
     if (!Tyr::Platform::seekTo(stream, entry.position)) {
         TYR_RAISE(PositioningError());
     }
-    StoredBytes stored(stream);
+    StoredBytes stored(stream, static_cast<bool>(observer));
     const auto lengthField = LittleEndian(block.length);
     stored.Write(lengthField.data(), lengthField.size());
     compress([&stored](const unsigned char* bytes, std::size_t count) {
