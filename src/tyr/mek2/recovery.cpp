@@ -27,8 +27,6 @@ namespace {
 
 using Platform::NativePath;
 
-std::string inQuotes(const NativePath& path) { return '"' + Platform::displayPath(path) + '"'; }
-
 struct CloseStream {
     void operator()(std::FILE* stream) const { std::fclose(stream); }
 };
@@ -38,14 +36,14 @@ Stream openInput(const NativePath& path) {
     Stream stream(Platform::openFileForReading(path));
     if (stream == nullptr) {
         const std::string message =
-            "Unable to open file " + inQuotes(path) + ": " + Platform::lastErrorReason();
+            "Unable to open file " + Platform::inQuotes(path) + ": " + Platform::lastErrorReason();
         TYR_RAISE(Exception::FileOpenException(message.c_str()));
     }
     return stream;
 }
 
 [[noreturn]] void raiseInvalid(const NativePath& path, const char* what) {
-    const std::string message = inQuotes(path) + what;
+    const std::string message = Platform::inQuotes(path) + what;
     TYR_RAISE(Exception::InvalidArguments(message.c_str()));
 }
 
@@ -89,7 +87,7 @@ private:
         case FileState::HasIndex:
             raiseInvalid(path, " is complete");
         default:
-            const std::string message = inQuotes(path) + " has no journal";
+            const std::string message = Platform::inQuotes(path) + " has no journal";
             TYR_RAISE(Exception::FileOpenException(message.c_str()));
     }
 }
@@ -128,8 +126,8 @@ void refuseLeftover(const Input& input) {
     const NativePath target = targetOfJournal(input.journal).value_or(input.file);
     if (!Platform::fileExists(input.file) && Platform::fileExists(target) &&
         FileHead(openInput(target).get()).state() == FileState::HasIndex) {
-        const std::string what =
-            " is complete, and the file of its journal, " + inQuotes(input.file) + ", is missing";
+        const std::string what = " is complete, and the file of its journal, " +
+                                 Platform::inQuotes(input.file) + ", is missing";
         raiseInvalid(target, what.c_str());
     }
 }

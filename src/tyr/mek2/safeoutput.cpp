@@ -12,10 +12,6 @@ namespace {
 
 constexpr int attempts = 100; // at a temporary name that no other file has
 
-std::string inQuotes(const Platform::NativePath& path) {
-    return '"' + Platform::displayPath(path) + '"';
-}
-
 /// Removes the temporary file of a run that was killed, as its journal names it.
 void removeTemporaryFileOf(const Platform::NativePath& journal,
                            const Platform::NativePath& target) {
@@ -33,7 +29,7 @@ void removeTemporaryFileOf(const Platform::NativePath& journal,
 
 [[noreturn]] void raiseUnableToOpen(const Platform::NativePath& path) {
     const std::string message =
-        "Unable to open file " + inQuotes(path) + ": " + Platform::lastErrorReason();
+        "Unable to open file " + Platform::inQuotes(path) + ": " + Platform::lastErrorReason();
     TYR_RAISE(Exception::MiscelleneousException(message.c_str()));
 }
 
@@ -52,7 +48,7 @@ SafeOutput::SafeOutput(const Platform::NativePath& path, const SaverOptions& opt
     }
     refuseExisting();
     if (isReplacement_ && Platform::fileExists(target_) && !Platform::isRegularFile(target_)) {
-        const std::string message = inQuotes(target_) + " is not a regular file";
+        const std::string message = Platform::inQuotes(target_) + " is not a regular file";
         TYR_RAISE(Exception::FileOpenException(message.c_str()));
     }
     if (isStale) {
@@ -165,8 +161,9 @@ void SafeOutput::complete() {
     if (isReplacement_) {
         if (!Platform::renameFile(path_, target_, overwrite_)) {
             refuseExisting();
-            const std::string message = "Unable to rename " + inQuotes(path_) + " to " +
-                                        inQuotes(target_) + ": " + Platform::lastErrorReason();
+            const std::string message = "Unable to rename " + Platform::inQuotes(path_) + " to " +
+                                        Platform::inQuotes(target_) + ": " +
+                                        Platform::lastErrorReason();
             TYR_RAISE(Exception::FileWriteException(message.c_str()));
         }
         path_.clear();

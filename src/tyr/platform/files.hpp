@@ -29,6 +29,9 @@ std::optional<NativePath> nativePath(const std::wstring& path);
 /// A native path in UTF-8, for messages and records.
 std::string displayPath(const NativePath& path);
 
+/// The same in quotation marks.
+inline std::string inQuotes(const NativePath& path) { return '"' + displayPath(path) + '"'; }
+
 /// A name in UTF-8 as the end of a native path; none if it is not valid UTF-8.
 std::optional<NativePath> nativeName(const std::string& utf8);
 

@@ -10,6 +10,9 @@
 
 namespace TyrQbf {
 
+/// Bytes of the length that is stored before a table, and before the content of a compressed block.
+constexpr std::uint32_t lengthFieldSize = 4;
+
 /// Growth step of every block, 10 MiB until the environment sets another. Process-wide.
 extern std::atomic<std::uint32_t> defaultBlockSize;
 

@@ -14,8 +14,6 @@ namespace TyrQbf {
 
 namespace {
 
-constexpr std::uint32_t lengthFieldSize = 4;
-
 struct FreeMemory {
     void operator()(unsigned char* bytes) const { std::free(bytes); }
 };

@@ -11,7 +11,6 @@ namespace TyrQbf {
 
 namespace {
 
-constexpr std::uint32_t lengthFieldSize = 4;
 constexpr auto indexBlockLimit = static_cast<std::uint32_t>(TableSize(indexBlockEntries));
 
 /// Reserves memory for `count` more elements, so that appending them cannot fail. The capacity at

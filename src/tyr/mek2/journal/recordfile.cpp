@@ -12,10 +12,6 @@ namespace Tyr::Mek2::Journal {
 
 namespace {
 
-std::string inQuotes(const Platform::NativePath& path) {
-    return '"' + Platform::displayPath(path) + '"';
-}
-
 std::uint32_t crcOf(const std::string& bytes, std::size_t start, std::size_t size) {
     return TyrQbf::Crc32(0, reinterpret_cast<const unsigned char*>(bytes.data()) + start, size);
 }
@@ -59,8 +55,8 @@ void Encoder::put(const std::string& string) {
 RecordFile::RecordFile(const Platform::NativePath& path, const Identity& identity)
     : path_(path), pending_(headOf(identity)), stream_(Platform::createFile(path)) {
     if (stream_ == nullptr) {
-        const std::string message =
-            "Unable to create journal " + inQuotes(path) + ": " + Platform::lastErrorReason();
+        const std::string message = "Unable to create journal " + Platform::inQuotes(path) + ": " +
+                                    Platform::lastErrorReason();
         TYR_RAISE(Exception::FileOpenException(message.c_str()));
     }
     std::setvbuf(stream_, nullptr, _IONBF, 0); // `pending_` is the buffer
@@ -109,15 +105,15 @@ void RecordFile::synchronize() {
 
 void RecordFile::raiseWriteError() const {
     const std::string message =
-        "Unable to write journal " + inQuotes(path_) + ": " + Platform::lastErrorReason();
+        "Unable to write journal " + Platform::inQuotes(path_) + ": " + Platform::lastErrorReason();
     TYR_RAISE(Exception::FileWriteException(message.c_str()));
 }
 
 RecordReader::RecordReader(const Platform::NativePath& path)
     : stream_(Platform::openFileForReading(path)) {
     if (stream_ == nullptr) {
-        const std::string message =
-            "Unable to open journal " + inQuotes(path) + ": " + Platform::lastErrorReason();
+        const std::string message = "Unable to open journal " + Platform::inQuotes(path) + ": " +
+                                    Platform::lastErrorReason();
         TYR_RAISE(Exception::FileOpenException(message.c_str()));
     }
     std::array<unsigned char, headSize> head{};
@@ -127,7 +123,8 @@ RecordReader::RecordReader(const Platform::NativePath& path)
     if (!isJournal || decode32(&head[signature.size()]) != formatVersion) {
         std::fclose(stream_);
         const std::string message =
-            inQuotes(path) + (isJournal ? " is a journal of a later version" : " is not a journal");
+            Platform::inQuotes(path) +
+            (isJournal ? " is a journal of a later version" : " is not a journal");
         TYR_RAISE(Exception::InvalidArguments(message.c_str()));
     }
     std::copy(head.end() - static_cast<std::ptrdiff_t>(identity_.size()), head.end(),
