@@ -368,7 +368,6 @@ void callEachKind(mek_model* model) {
     const double doubles[] = {1, 2};
     mek_attributes* attributes = nullptr;
     mek_properties* properties = nullptr;
-    const char* file = nullptr;
     mek_array_options array = MEK_ARRAY_OPTIONS_INIT;
     mek_attributes_create(&attributes);
     mek_attributes_set_string(attributes, "a key of a string", "a string with an allocation");
@@ -386,7 +385,7 @@ void callEachKind(mek_model* model) {
     EXPECT_EQ(mek_add_array_u32(model, MEK_NODE_IDS, numbers, 2, 1, &shape, 1, &array), MEK_OK);
     EXPECT_EQ(mek_add_array_i32(model, MEK_NODE_IDS, integers, 2, 1, &shape, 1, &array), MEK_OK);
     mek_set_current_node_id(model, 9);
-    mek_temporary_path(model, &file);
+    mek_get_node_id(model, "/root/none", nullptr, nullptr);
     mek_properties_destroy(properties);
     mek_attributes_destroy(attributes);
     mek_attributes_create(nullptr);

@@ -51,10 +51,7 @@ static mek_attributes* new_attributes(void) {
 
 static void set_three(mek_properties* properties, mek_property_type type, float first, float second,
                       float third) {
-    float values[3];
-    values[0] = first;
-    values[1] = second;
-    values[2] = third;
+    const float values[] = {first, second, third};
     check(mek_properties_set_f32_array(properties, type, values, 3));
 }
 
@@ -99,10 +96,9 @@ static void add_tree(void) {
     const char* const paths[] = {"/" ROOT "/part/", "/" ROOT "/part/body", "/" ROOT "/part/skin"};
     const char* const others[] = {"|" ROOT "|second|", "|" ROOT "|part|body"};
     const char* const names[] = {ROOT, "part", "skin"};
-    const mek_attributes* of_others[2] = {NULL, NULL};
     mek_attributes* attributes = new_attributes();
+    const mek_attributes* const of_others[] = {attributes, NULL};
     uint32_t added[3];
-    of_others[0] = attributes;
     check(mek_add_node(model, MEK_FLAGGED_ROOT_GROUP, ROOT, attributes, NULL));
     check(mek_add_assembly_components(model, paths, 3, NULL, added));
     check(mek_add_assembly_components_with_attributes(model, others, of_others, 2, "|", added));
@@ -118,16 +114,13 @@ static void add_tree(void) {
 static void add_mesh(void) {
     static struct point points[POINT_COUNT];
     mek_array_options interleaved = MEK_ARRAY_OPTIONS_INIT;
-    uint32_t lengths[10];
+    const uint32_t lengths[] = {8, 8, 8, 8, 8, 8, 8, 8, 8, 8};
     size_t i, j;
     for (i = 0; i < POINT_COUNT; ++i) {
         for (j = 0; j < 3; ++j) {
             points[i].position[j] = 0.5F * (float)i + 0.25F * (float)j;
         }
         points[i].number = (int32_t)i + 1;
-    }
-    for (i = 0; i < 10; ++i) {
-        lengths[i] = 8;
     }
     interleaved.row_stride = sizeof(struct point);
     check(mek_add_array_f32(model, MEK_COORDINATES, points[0].position, POINT_COUNT, 3, ids, 2,
