@@ -158,10 +158,9 @@ module mekapi2
     !> Writes models, one write cycle after the other. A write cycle starts with `save_to` and ends
     !> with `close`. The finaliser ends an open write cycle and discards its errors, like `destroy`.
     !> The language does not finalise variables of the main program, variables of modules, and
-    !> variables with `save`. The assignment of a model in use stops the program; the
-    !> assignment of an array of models is not checked, and loses their write cycles. A copy that the
-    !> language makes without an assignment, as in `allocate (b, source=a)`, is a model without a
-    !> write cycle.
+    !> variables with `save`. The assignment of a model in use stops the program. That of an array
+    !> of models is not checked, and loses their write cycles. A copy that the language makes
+    !> without an assignment, as in `allocate (b, source=a)`, is a model without a write cycle.
     type :: mek_model
         private
         type(c_ptr) :: handle = c_null_ptr
@@ -270,8 +269,8 @@ module mekapi2
         !>   from 1 in Fortran and from 0 in the file. It is 0 for all other types: node and element
         !>   ids are stored unchanged.
         !> - `out_of_range`, for `real64` only, is the number of finite values that are too large
-        !>   for a 32-bit real. They are written as infinite. Without `out_of_range`, such a value gives
-        !>   `MEK_VALUE_OUT_OF_RANGE`.
+        !>   for a 32-bit real. They are written as infinite. Without `out_of_range`, such a value
+        !>   gives `MEK_VALUE_OUT_OF_RANGE`.
         !>
         !> Errors: also `MEK_INVALID_STATE`, `MEK_INVALID_ARGUMENTS`, `MEK_OVERFLOW`,
         !> `MEK_KEY_NOT_FOUND`, `MEK_FILE_WRITE`, `MEK_MISCELLANEOUS`, `MEK_BLOCK_MEMORY`, and
@@ -282,9 +281,9 @@ module mekapi2
         !> last_error(error)
         !>
         !> Describes the result of the last call of the library with this model; `error` is a
-        !> `mek_error`, with empty strings if there was none since its creation or `destroy`. If the size of `ids` or `attributes` is not that of `paths`, or `threads` or
-        !> `block_size` is negative, the error occurs before that call: only `stat` and `errmsg`
-        !> have it.
+        !> `mek_error`, with empty strings if there was none since its creation or `destroy`. If
+        !> the size of `ids` or `attributes` is not that of `paths`, or `threads` or `block_size`
+        !> is negative, the error occurs before that call: only `stat` and `errmsg` have it.
         procedure :: last_error
         !> destroy()
         !>

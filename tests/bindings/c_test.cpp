@@ -113,6 +113,7 @@ const char* const twice[] = {"/root/a", "/root/a"};
 const mek_attributes* const noAttributes[] = {nullptr, nullptr};
 const std::int32_t fromOne[] = {1, 0};
 const mek_array_options base1 = optionsWith(sizeof base1, 1, nullptr);
+const mek_array_options reserved1 = {sizeof reserved1, nullptr, nullptr, 0, nullptr, 0, 0, 0, 1};
 const double point[] = {0, HUGE_VAL, -1e39};
 
 const Expected expectations[] = {
@@ -155,8 +156,8 @@ const Expected expectations[] = {
      [](auto* to) {
          return mek_add_array_u32(to, MEK_NODE_IDS, nullptr, 1, 1, &shape, 1, nullptr);
      }},
-    {MEK_MISUSE, "Misuse", "mek_array_options has a size of 8, expected 6",
-     [](auto* to) { return addFloats(to, 1, 3, optionsWith(8, 0, nullptr)); }},
+    {MEK_MISUSE, "Misuse", "the reserved member of mek_array_options is not 0",
+     [](auto* to) { return addFloats(to, 1, 3, reserved1); }},
     {MEK_MISUSE, "Misuse", "mek_array_options has a size of 18446744073709551615",
      [](auto* to) { return addFloats(to, 1, 3, optionsWith(SIZE_MAX, 0, nullptr)); }},
     {MEK_MISUSE, "Misuse", "mek_array_options has a size of 7",
