@@ -6,10 +6,15 @@
 #include "mekreader/model.hpp"
 #include "support/testing.hpp"
 #include "support/withoutdate.hpp"
+#include "tyr/qbf/chunkedcompressor.hpp"
 
+#include <zlib.h>
+
+#include <cerrno>
 #include <cmath>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -157,6 +162,41 @@ TEST_F(ParallelTest, AnErrorOfTheApplicationLosesNothingThatWasAdded) {
     model.saveTo(path("file"), optionsWith([](std::size_t, const auto& task) { task(0); }));
     EXPECT_EQ(Testing::messageOf<MiscelleneousException>([&] { addArrays(model); }),
               "Not all tasks were run");
+}
+
+/// With 306 chunks, tasks pass two batches to the sink, here on another thread.
+TEST(ChunkedCompressorTest, PassesChunksInOrderAndKeepsTheReasonOfAnError) {
+    std::vector<unsigned char> content(40'000'000);
+    for (std::size_t i = 0; i < content.size(); ++i) {
+        content[i] = static_cast<unsigned char>(i / 1000);
+    }
+    const TyrQbf::ChunkedCompressor compress(
+        [](std::size_t count, const auto& task) {
+            std::thread([&] { runBackwards(count, task); }).join();
+        },
+        1);
+    std::vector<unsigned char> stream;
+    const auto length = static_cast<std::uint32_t>(content.size());
+    compress(content.data(), length, [&](const unsigned char* bytes, std::size_t count) {
+        stream.insert(stream.end(), bytes, bytes + count);
+    });
+    std::vector<unsigned char> decompressed(content.size());
+    uLongf size = length;
+    EXPECT_EQ(
+        uncompress(decompressed.data(), &size, stream.data(), static_cast<uLong>(stream.size())),
+        Z_OK);
+    EXPECT_TRUE(decompressed == content);
+
+    unsigned int calls = 0;
+    const auto fail = [&](const unsigned char*, std::size_t) {
+        if (++calls == 200) {
+            errno = ENOSPC;
+            throw std::runtime_error("of the sink");
+        }
+    };
+    errno = 0;
+    EXPECT_THROW(compress(content.data(), length, fail), std::runtime_error);
+    EXPECT_EQ(errno, ENOSPC);
 }
 
 } // namespace

@@ -55,11 +55,11 @@ struct SaverOptions {
     /// file is removed, unless there is a journal.
     bool replaceWhenComplete = false;
 
-    /// If not empty, large arrays are shuffled and blocks are compressed in chunks by this
-    /// function, on threads of the application; `<tyr/mek2/threads.hpp>` has one. The file has the
-    /// same bytes for every number of threads, including one, and its content is that of a file
-    /// without this option. An exception of the function ends the call of `Model`; a block that was
-    /// not written is kept and written by a later call.
+    /// If not empty, large arrays are copied and shuffled, and blocks are compressed in chunks and
+    /// written, by this function, on threads of the application; `<tyr/mek2/threads.hpp>` has one.
+    /// The file has the same bytes for every number of threads, including one, and its content is
+    /// that of a file without this option. An exception of the function ends the call of `Model`; a
+    /// block that was not written is kept and written by a later call.
     ParallelFor parallelFor{};
 
     /// Bytes of a block of arrays after which the next one begins. 0: the value of the environment

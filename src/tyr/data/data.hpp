@@ -20,6 +20,7 @@ public:
     Data() = default;
     Data(const Array& values, const Map& map) : array(values), attributes(Variant::copyOf(map)) {}
     Data(const Array& values, Map&& map) : array(values), attributes(std::move(map)) {}
+    Data(Array&& values, Map&& map) : array(std::move(values)), attributes(std::move(map)) {}
 
     Data(const Data& other) : Data(other.array, other.attributes) {}
     Data(Data&&) = default;

@@ -82,6 +82,28 @@ std::vector<StepData> stepDataOf(const Step& step) {
 }
 const std::vector<StepData>& stepDataOf(const StepList& steps) { return ValueAccess::of(steps); }
 
+/// What runs tasks in the write cycle; empty if nothing does.
+const ParallelFor& tasksOf(const Database& database) {
+    static const ParallelFor none;
+    return database.tree ? database.tree->file.index.Tasks() : none;
+}
+
+template <class Values>
+Values copyInTasks(const Values& values, const ParallelFor& tasks) {
+    if (!tasks) {
+        return values;
+    }
+    Values copy(values.rows(), values.cols());
+    TyrQbf::CopyBytes(values.data(),
+                      sizeof(*values.data()) * static_cast<std::size_t>(values.size()), copy.data(),
+                      tasks);
+    return copy;
+}
+
+PackedRows copyInTasks(const std::shared_ptr<const PackedStorage>& values, const ParallelFor&) {
+    return values;
+}
+
 /// @param name null: the default name of the type
 template <class Array, class Id, class Steps>
 void writeArrayProperty(Database& database, const std::string* name, DatasetType type,
@@ -89,7 +111,8 @@ void writeArrayProperty(Database& database, const std::string* name, DatasetType
                         const Attributes& attributes) {
     auto adder = adderFor(array);
     auto& property = adder.property;
-    property.setData({ValueAccess::of(array), ValueAccess::of(attributes)});
+    property.setData({copyInTasks(ValueAccess::of(array), tasksOf(database)),
+                      copyOf(ValueAccess::of(attributes))});
     property.name = name != nullptr ? *name : property.nameFrom(type);
     property.type = type;
     property.width = property.widthFrom(type);

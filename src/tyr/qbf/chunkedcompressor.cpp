@@ -34,6 +34,12 @@ private:
     std::size_t size;
 };
 
+void AddAll(const std::vector<DeflatePiece>& pieces, ZlibAssembly& stream) {
+    for (const DeflatePiece& piece : pieces) {
+        stream.Add(piece);
+    }
+}
+
 } // namespace
 
 ChunkedCompressor::ChunkedCompressor(ParallelFor tasks, std::int32_t compressionLevel)
@@ -43,15 +49,22 @@ void ChunkedCompressor::operator()(const unsigned char* content, std::uint32_t l
                                    const Sink& sink) const {
     const Content block(content, length);
     ZlibAssembly stream(level, sink);
-    std::vector<DeflatePiece> pieces(std::min(chunksAtOnce, block.ChunkCount()));
+    std::vector<DeflatePiece> compressed;
+    std::vector<DeflatePiece> next;
     for (std::size_t first = 0; first < block.ChunkCount(); first += chunksAtOnce) {
-        const std::size_t count = std::min(chunksAtOnce, block.ChunkCount() - first);
-        RunTasks(parallelFor, count,
-                 [&](std::size_t index) { block.Compress(first + index, level, pieces[index]); });
-        for (std::size_t index = 0; index < count; ++index) {
-            stream.Add(pieces[index]);
-        }
+        next.resize(std::min(chunksAtOnce, block.ChunkCount() - first));
+        const std::size_t adding = compressed.empty() ? 0 : 1; // tasks
+        RunTasks(parallelFor, adding + next.size(), [&](std::size_t index) {
+            if (index < adding) {
+                AddAll(compressed, stream);
+            } else {
+                const std::size_t number = index - adding;
+                block.Compress(first + number, level, next[number]);
+            }
+        });
+        std::swap(compressed, next);
     }
+    AddAll(compressed, stream);
     stream.Finish();
 }
 

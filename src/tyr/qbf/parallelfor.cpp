@@ -2,7 +2,10 @@
 
 #include "tyr/exception/raise.hpp"
 
+#include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <cstring>
 #include <exception>
 
 namespace TyrQbf {
@@ -21,6 +24,7 @@ public:
                 task(index);
             } catch (...) {
                 if (!hasFailed.exchange(true)) {
+                    errorNumber = errno;
                     error = std::current_exception();
                 }
             }
@@ -33,6 +37,7 @@ public:
             TYR_RAISE(Tyr::Exception::MiscelleneousException("Not all tasks were run"));
         }
         if (error != nullptr) {
+            errno = errorNumber; // of the thread that failed; callers look up the reason
             std::rethrow_exception(error);
         }
     }
@@ -42,6 +47,7 @@ private:
     std::atomic<bool> hasFailed{false};
     std::atomic<std::size_t> ended{0};
     std::exception_ptr error{};
+    int errorNumber = 0;
 };
 
 } // namespace
@@ -57,6 +63,23 @@ void RunTasks(const ParallelFor& parallelFor, std::size_t count,
         }
     }
     tasks.Finish(count);
+}
+
+void CopyBytes(const void* source, std::size_t size, void* target, const ParallelFor& parallelFor) {
+    constexpr std::size_t partSize = std::size_t{1} << 20;
+    const std::size_t parts = (size + partSize - 1) / partSize;
+    if (!parallelFor || parts < 2) {
+        if (size != 0) { // null pointers are not valid for `memcpy`
+            std::memcpy(target, source, size);
+        }
+        return;
+    }
+    const auto* const from = static_cast<const unsigned char*>(source);
+    auto* const to = static_cast<unsigned char*>(target);
+    RunTasks(parallelFor, parts, [&](std::size_t part) {
+        const std::size_t first = part * partSize;
+        std::memcpy(to + first, from + first, std::min(partSize, size - first));
+    });
 }
 
 } // namespace TyrQbf

@@ -19,4 +19,9 @@ using ParallelFor =
 void RunTasks(const ParallelFor& parallelFor, std::size_t count,
               const std::function<void(std::size_t)>& task);
 
+/// Copies `size` bytes; large ones in parts by tasks.
+/// @param target must not overlap `source`
+/// @throws as `RunTasks`; some bytes may be missing then
+void CopyBytes(const void* source, std::size_t size, void* target, const ParallelFor& parallelFor);
+
 } // namespace TyrQbf
