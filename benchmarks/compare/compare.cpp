@@ -80,7 +80,6 @@ struct Result {
     std::uint64_t peakMemory = 0;
 
     double time() const { return median(seconds); }
-    double fastest() const { return *std::min_element(seconds.begin(), seconds.end()); }
     double spread() const {
         const auto [least, most] = std::minmax_element(seconds.begin(), seconds.end());
         return (*most - *least) / time();
@@ -147,13 +146,18 @@ public:
         add(
             title + ", time", name, other, [](const Result& r) { return r.time(); }, target);
     }
-    /// How many times as fast the first writer is, in the fastest round of each: other programs
-    /// only add time, and more if two processors are busy.
+    /// How many times as fast the first writer is: the median of the ratios of the rounds, since
+    /// the speed of a shared machine changes between rounds.
     void speed(const std::string& title, const std::string& name, const std::string& other,
                const std::string& target) {
-        add(
-            title + ", speed", name, other, [](const Result& r) { return 1 / r.fastest(); },
-            target);
+        if (!isMeasured(name, other)) {
+            return;
+        }
+        std::vector<double> ratios;
+        for (std::size_t round = 0; round < results_.at(name).seconds.size(); ++round) {
+            ratios.push_back(results_.at(other).seconds[round] / results_.at(name).seconds[round]);
+        }
+        figures_.add(title + ", speed: " + name, median(ratios), " x " + other, target);
     }
     void processorTime(const std::string& title, const std::string& name,
                        const std::string& other) {
@@ -168,10 +172,14 @@ public:
     }
 
 private:
+    bool isMeasured(const std::string& name, const std::string& other) const {
+        return results_.count(name) != 0 && results_.count(other) != 0;
+    }
+
     template <class Measure>
     void add(const std::string& what, const std::string& name, const std::string& other,
              const Measure& measure, const std::string& target = "") {
-        if (results_.count(name) != 0 && results_.count(other) != 0) {
+        if (isMeasured(name, other)) {
             figures_.add(what + ": " + name,
                          measure(results_.at(name)) / measure(results_.at(other)), " x " + other,
                          target);
