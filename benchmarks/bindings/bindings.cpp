@@ -8,14 +8,13 @@
 #include "bindings/workload.h"
 #include "support/childprocess.hpp"
 #include "support/measure.hpp"
+#include "support/program.hpp"
 #include "support/report.hpp"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <exception>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -79,10 +78,10 @@ Names stepNames(char padding) {
     return names;
 }
 
-void run(int rounds, const fs::path& folder, const std::string& figuresFile) {
+void run(const Options& options) {
     Names names = stepNames('\0');
     Names fortranNames = stepNames(' ');
-    const std::string path = (folder / "mekapi2-bindings").string();
+    const std::string path = (options.folder / "mekapi2-bindings").string();
     const Workload workload = {path.c_str(),
                                {1, 2, 3, 4, 5, 6, 7, 8, 9, 10},
                                reinterpret_cast<char(*)[nameLength]>(names.data()),
@@ -92,7 +91,7 @@ void run(int rounds, const fs::path& folder, const std::string& figuresFile) {
 #if defined(BENCH_FORTRAN)
     languages.push_back({"Fortran", writeWithFortran, "at most 1.05"});
 #endif
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = 0; round < options.rounds; ++round) {
         for (Language& language : languages) {
             language.seconds.push_back(measure(language, workload));
         }
@@ -111,34 +110,13 @@ void run(int rounds, const fs::path& folder, const std::string& figuresFile) {
         }
     }
     table.print();
-    figures.appendTo(figuresFile);
+    figures.appendTo(options.figures);
 }
 
 } // namespace
 
-int main(int argc, char** argv) try {
-    int rounds = 31;
-    fs::path folder = fs::temp_directory_path();
-    std::string figures;
-    for (int i = 1; i + 1 < argc; i += 2) {
-        const std::string name = argv[i];
-        const std::string value = argv[i + 1];
-        if (name == "--rounds") {
-            rounds = std::atoi(value.c_str());
-        } else if (name == "--folder") {
-            folder = value;
-        } else if (name == "--figures") {
-            figures = value;
-        } else {
-            throw std::runtime_error("unknown option " + name);
-        }
-    }
-    run(rounds, folder, figures);
-    return EXIT_SUCCESS;
-} catch (const std::exception& error) {
-    std::fprintf(stderr,
-                 "bindings: %s\n"
-                 "usage: bindings [--rounds N] [--folder FOLDER] [--figures FILE]\n",
-                 error.what());
-    return EXIT_FAILURE;
+int main(int argc, char** argv) {
+    Options options;
+    options.rounds = 31;
+    return runProgram(argc, argv, options, {}, [&] { run(options); });
 }

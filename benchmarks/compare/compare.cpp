@@ -5,12 +5,12 @@
 #include "compare/workloads.hpp"
 #include "support/childprocess.hpp"
 #include "support/measure.hpp"
+#include "support/program.hpp"
 #include "support/report.hpp"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <map>
 #include <sstream>
@@ -62,14 +62,6 @@ const std::vector<Comparison> comparisons = {
     {"one-array", {floorName, libraryName, libdeflateName, hdf5Name, vtkName}},
     {"stream", {libraryName, twoThreadsName, libdeflateName}},
     {"block", {libraryName, oneThreadName, twoThreadsName, fourThreadsName}},
-};
-
-struct Options {
-    std::string workload{}; ///< empty: all of them
-    int rounds = 5;
-    fs::path libdeflate{}; ///< `write_library` of a build with libdeflate
-    fs::path folder = fs::temp_directory_path();
-    std::string figures{};
 };
 
 /// The measurements of one writer, one element per round.
@@ -228,15 +220,15 @@ void addFigures(const std::string& workload, const Results& results, Figures& fi
 
 /// The writers of a comparison whose programs exist.
 std::vector<Writer> present(const Comparison& comparison, const fs::path& programs,
-                            const Options& options) {
+                            const fs::path& libdeflate) {
     const std::vector<Writer> all = {{floorName, programs / "write_floor"},
                                      {libraryName, programs / "write_library"},
                                      {oneThreadName, programs / "write_library", "1"},
                                      {twoThreadsName, programs / "write_library", "2"},
                                      {fourThreadsName, programs / "write_library", "4"},
-                                     {libdeflateName, options.libdeflate},
-                                     {libdeflateOneThreadName, options.libdeflate, "1"},
-                                     {libdeflateTwoThreadsName, options.libdeflate, "2"},
+                                     {libdeflateName, libdeflate},
+                                     {libdeflateOneThreadName, libdeflate, "1"},
+                                     {libdeflateTwoThreadsName, libdeflate, "2"},
                                      {hdf5Name, programs / "write_hdf5"},
                                      {contiguousName, programs / "write_hdf5", "contiguous"},
                                      {vtkName, programs / "write_vtk"}};
@@ -251,37 +243,16 @@ std::vector<Writer> present(const Comparison& comparison, const fs::path& progra
     return found;
 }
 
-Options parse(int argc, char** argv) {
-    Options options;
-    for (int i = 1; i + 1 < argc; i += 2) {
-        const std::string name = argv[i];
-        const std::string value = argv[i + 1];
-        if (name == "--workload") {
-            options.workload = value;
-        } else if (name == "--rounds") {
-            options.rounds = std::atoi(value.c_str());
-        } else if (name == "--libdeflate") {
-            options.libdeflate = value;
-        } else if (name == "--folder") {
-            options.folder = value;
-        } else if (name == "--figures") {
-            options.figures = value;
-        } else {
-            throw std::runtime_error("unknown option " + name);
-        }
-    }
-    return options;
-}
-
-void compareAll(int argc, char** argv) {
-    const Options options = parse(argc, argv);
+/// @param workload empty: all of them
+/// @param libdeflate `write_library` of a build with libdeflate
+void compareAll(const Options& options, const std::string& workload, const fs::path& libdeflate) {
     const fs::path programs = fs::canonical("/proc/self/exe").parent_path();
     Figures figures;
     for (const Comparison& comparison : comparisons) {
-        if (!options.workload.empty() && options.workload != comparison.workload) {
+        if (!workload.empty() && workload != comparison.workload) {
             continue;
         }
-        const std::vector<Writer> writers = present(comparison, programs, options);
+        const std::vector<Writer> writers = present(comparison, programs, libdeflate);
         const Results results = run(comparison, writers, options);
         print(workloadNamed(comparison.workload), writers, results);
         addFigures(comparison.workload, results, figures);
@@ -292,15 +263,11 @@ void compareAll(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    try {
-        compareAll(argc, argv);
-        return EXIT_SUCCESS;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr,
-                     "compare: %s\n"
-                     "usage: compare [--workload NAME] [--rounds N] [--libdeflate WRITE_LIBRARY]\n"
-                     "               [--folder FOLDER] [--figures FILE]\n",
-                     error.what());
-        return EXIT_FAILURE;
-    }
+    Options options;
+    std::string workload;
+    std::string libdeflate;
+    return runProgram(argc, argv, options,
+                      {{"--workload", workload, "the only workload"},
+                       {"--libdeflate", libdeflate, "write_library of a build with libdeflate"}},
+                      [&] { compareAll(options, workload, libdeflate); });
 }

@@ -9,18 +9,16 @@
 #include "mekreader/container.hpp"
 #include "support/childprocess.hpp"
 #include "support/measure.hpp"
+#include "support/program.hpp"
 #include "support/report.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <functional>
 #include <random>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -31,12 +29,6 @@ using namespace Tyr::Mek2;
 namespace fs = std::filesystem;
 
 constexpr std::size_t nodeCount = 200000;
-
-struct Options {
-    int rounds = 5;
-    fs::path folder = fs::temp_directory_path();
-    std::string figures{};
-};
 
 /// A smooth field with noise in the lowest bits, as results have it.
 Array2d<float> field(std::size_t rows, std::size_t columns) {
@@ -271,35 +263,9 @@ void measureAll(const Options& options) {
     figures.appendTo(options.figures);
 }
 
-Options parse(int argc, char** argv) {
-    Options options;
-    for (int i = 1; i + 1 < argc; i += 2) {
-        const std::string name = argv[i];
-        const std::string value = argv[i + 1];
-        if (name == "--rounds") {
-            options.rounds = std::atoi(value.c_str());
-        } else if (name == "--folder") {
-            options.folder = value;
-        } else if (name == "--figures") {
-            options.figures = value;
-        } else {
-            throw std::runtime_error("unknown option " + name);
-        }
-    }
-    return options;
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
-    try {
-        measureAll(parse(argc, argv));
-        return EXIT_SUCCESS;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr,
-                     "journal: %s\n"
-                     "usage: journal [--rounds N] [--folder FOLDER] [--figures FILE]\n",
-                     error.what());
-        return EXIT_FAILURE;
-    }
+    Options options;
+    return runProgram(argc, argv, options, {}, [&] { measureAll(options); });
 }

@@ -7,17 +7,16 @@
 #include "scale/workloads.hpp"
 #include "support/childprocess.hpp"
 #include "support/measure.hpp"
+#include "support/program.hpp"
 #include "support/report.hpp"
 
 #include <zlib.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <map>
 #include <memory>
-#include <stdexcept>
 
 namespace {
 
@@ -25,13 +24,6 @@ using namespace Bench;
 namespace fs = std::filesystem;
 
 constexpr std::uint32_t largeCount = 1000000;
-
-struct Options {
-    std::string title{}; ///< empty: all workloads
-    int rounds = 5;
-    fs::path folder = fs::temp_directory_path();
-    std::string figures{};
-};
 
 /// CPU seconds of `compress2` on the content of all blocks of a file.
 double compressionTime(const fs::path& path) {
@@ -89,12 +81,13 @@ void addRatioToCompression(const ScaleWorkload& workload, const Options& options
                 " x compress2 of its streams");
 }
 
-void scaleAll(const Options& options) {
+/// @param title empty: all workloads
+void scaleAll(const Options& options, const std::string& title) {
     Table table("CPU seconds by size (median of " + std::to_string(options.rounds) + ")",
                 {"workload", "10^3", "10^4", "10^5", "10^6", "growth"});
     Figures figures;
     for (const ScaleWorkload& workload : scaleWorkloads()) {
-        if (!options.title.empty() && workload.title != options.title) {
+        if (!title.empty() && workload.title != title) {
             continue;
         }
         const std::map<std::uint32_t, double> seconds = measure(workload, options);
@@ -116,38 +109,12 @@ void scaleAll(const Options& options) {
     figures.appendTo(options.figures);
 }
 
-Options parse(int argc, char** argv) {
-    Options options;
-    for (int i = 1; i + 1 < argc; i += 2) {
-        const std::string name = argv[i];
-        const std::string value = argv[i + 1];
-        if (name == "--workload") {
-            options.title = value;
-        } else if (name == "--rounds") {
-            options.rounds = std::atoi(value.c_str());
-        } else if (name == "--folder") {
-            options.folder = value;
-        } else if (name == "--figures") {
-            options.figures = value;
-        } else {
-            throw std::runtime_error("unknown option " + name);
-        }
-    }
-    return options;
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
-    try {
-        scaleAll(parse(argc, argv));
-        return EXIT_SUCCESS;
-    } catch (const std::exception& error) {
-        std::fprintf(
-            stderr,
-            "scale: %s\n"
-            "usage: scale [--workload TITLE] [--rounds N] [--folder FOLDER] [--figures FILE]\n",
-            error.what());
-        return EXIT_FAILURE;
-    }
+    Options options;
+    std::string title;
+    return runProgram(argc, argv, options,
+                      {{"--workload", title, "the title of the only workload"}},
+                      [&] { scaleAll(options, title); });
 }
