@@ -201,6 +201,7 @@ void addFigures(const std::string& workload, const Results& results, Figures& fi
         ratios.processorTime(title, twoThreadsName, oneThreadName);
         ratios.processorTime(title, twoThreadsName, hdf5Name);
         ratios.file(title, twoThreadsName, libraryName, "at most 1.002");
+        ratios.file(title, twoThreadsName, hdf5Name);
     } else if (workload == "small") {
         ratios.time("small", libraryName, hdf5Name);
         ratios.time("small", libraryName, floorName);

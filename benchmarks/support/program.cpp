@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <system_error>
 
 namespace Bench {
 
@@ -12,7 +13,8 @@ int runProgram(int argc, char** argv, Options& options, const std::vector<Specia
                const std::function<void()>& measure) {
     const std::string name = std::filesystem::path(argv[0]).filename().string();
     CLI::App app("Measures, and prints tables in Markdown.", name);
-    std::string folder = options.folder.string();
+    std::error_code ignored;
+    std::string folder = std::filesystem::temp_directory_path(ignored).string();
     app.add_option("--rounds", options.rounds, "measurements of which the result is taken")
         ->check(CLI::Range(1, 1000))
         ->capture_default_str();

@@ -12,8 +12,8 @@ namespace Bench {
 /// What all programs can be asked for.
 struct Options {
     int rounds = 5;
-    std::filesystem::path folder = std::filesystem::temp_directory_path(); ///< for the files
-    std::string figures{}; ///< the file of `Figures::appendTo`
+    std::filesystem::path folder{}; ///< for the files; `runProgram` sets the temporary folder
+    std::string figures{};          ///< the file of `Figures::appendTo`
 };
 
 /// An option that only one program has.

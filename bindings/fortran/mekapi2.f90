@@ -179,7 +179,7 @@ module mekapi2
         !> - `relink_replaced`: a variable that is a link and gets a new array becomes its owner.
         !> - `journal`: allows `checkpoint`, and recovery after the program was killed.
         !> - `replace_when_complete`: the file has a temporary name until `close`.
-        !> - `threads`: number of threads that compress; 0: as many as the processor has.
+        !> - `threads`: number of threads that compress; 0: one per processor.
         !> - `parallel_for`, `parallel_context`: a `bind(C)` function of type `mek_parallel_for` of
         !>   docs/c.md, as a `c_funptr`, and its context, as a `c_ptr`.
         !> - `block_size`: bytes of arrays after which a block ends. 0: the default of 200 MiB.

@@ -6,12 +6,16 @@
 #include "mekreader/model.hpp"
 #include "support/testing.hpp"
 #include "support/withoutdate.hpp"
-#include "tyr/qbf/chunkedcompressor.hpp"
 
-#include <zlib.h>
+#if defined(__linux__)
+#include <sys/resource.h>
+
+#include <csignal>
+#endif
 
 #include <cerrno>
 #include <cmath>
+#include <numeric>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -146,6 +150,10 @@ TEST_F(ParallelTest, AnErrorOfTheApplicationLosesNothingThatWasAdded) {
         model.saveTo(path("file"), options);
         if (addArrays(model) == 0) { // the error is in `close`, which gives up
             EXPECT_THROW(model.close(), std::runtime_error);
+            EXPECT_THROW(
+                model.addArrayProperty("A", DatasetType::ResultA3, smoothArray(1), 2U, Step{}),
+                Tyr::Exception::InvalidObjectState);
+            EXPECT_EQ(call, failing); // a pool may have ended with the write cycle
             continue;
         }
         model.close();
@@ -164,39 +172,38 @@ TEST_F(ParallelTest, AnErrorOfTheApplicationLosesNothingThatWasAdded) {
               "Not all tasks were run");
 }
 
-/// With 306 chunks, tasks pass two batches to the sink, here on another thread.
-TEST(ChunkedCompressorTest, PassesChunksInOrderAndKeepsTheReasonOfAnError) {
-    std::vector<unsigned char> content(40'000'000);
-    for (std::size_t i = 0; i < content.size(); ++i) {
-        content[i] = static_cast<unsigned char>(i / 1000);
-    }
-    const TyrQbf::ChunkedCompressor compress(
-        [](std::size_t count, const auto& task) {
-            std::thread([&] { runBackwards(count, task); }).join();
-        },
-        1);
-    std::vector<unsigned char> stream;
-    const auto length = static_cast<std::uint32_t>(content.size());
-    compress(content.data(), length, [&](const unsigned char* bytes, std::size_t count) {
-        stream.insert(stream.end(), bytes, bytes + count);
+/// With more than 128 chunks, a task writes a part of them while others compress the next.
+TEST_F(ParallelTest, AWriteThatFailsInATaskIsRepeated) {
+    SaverOptions options = optionsWith([](std::size_t count, const auto& task) {
+        std::thread([&] { parallelForThreads(4)(count, task); }).join();
     });
-    std::vector<unsigned char> decompressed(content.size());
-    uLongf size = length;
-    EXPECT_EQ(
-        uncompress(decompressed.data(), &size, stream.data(), static_cast<uLong>(stream.size())),
-        Z_OK);
-    EXPECT_TRUE(decompressed == content);
-
-    unsigned int calls = 0;
-    const auto fail = [&](const unsigned char*, std::size_t) {
-        if (++calls == 200) {
-            errno = ENOSPC;
-            throw std::runtime_error("of the sink");
-        }
+    options.blockSize = 30'000'000; // 229 chunks or more
+    options.compressionLevel = 1;
+    Array1d<float> array(10'000'000);
+    std::iota(array.begin(), array.end(), 0.0F);
+    Model model;
+    model.saveTo(path("file"), options);
+    model.addNode(NodeType::RootGroup, "R");
+    const unsigned int id = model.addNode(NodeType::Shape, "S");
+    const auto add = [&](const std::string& step) {
+        model.addArrayProperty("A", DatasetType::ResultA1, array, id, Step{step});
     };
+#if defined(__linux__)
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit low = {1'000'000, limit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &low);
     errno = 0;
-    EXPECT_THROW(compress(content.data(), length, fail), std::runtime_error);
-    EXPECT_EQ(errno, ENOSPC);
+    EXPECT_THROW(add("1"), Tyr::Exception::FileWriteException);
+    EXPECT_EQ(errno, EFBIG); // of the thread of the task
+    setrlimit(RLIMIT_FSIZE, &limit);
+#endif
+    add("2");
+    model.close();
+    MekReader::File file(path("file"));
+    const MekReader::Variable& last = file.nodes().at(2).variables.back();
+    EXPECT_TRUE(file.floats(last) == std::vector<float>(array.begin(), array.end()));
 }
 
 } // namespace

@@ -11,7 +11,7 @@ namespace Frd {
 struct ConversionOptions {
     bool overwrite = false;   ///< replace an existing output
     bool salvage = false;     ///< convert the complete blocks of an unfinished file
-    unsigned int threads = 0; ///< that compress; 0: as many as the processor has
+    unsigned int threads = 0; ///< that compress; 0: one per processor
 };
 
 /// Converts a result file to a model file. Memory is bounded by the mesh, the values of one result

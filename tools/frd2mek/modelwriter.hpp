@@ -36,7 +36,7 @@ class ModelWriter {
 public:
     /// Creates a temporary file, which `close` renames to `path`. The destructor removes it if it
     /// is unfinished, and so do the signals of `Console::removeUnfinishedFilesOnSignals`.
-    /// @param threads that compress; 0: as many as the processor has
+    /// @param threads that compress; 0: one per processor
     void open(const std::filesystem::path& path, bool overwrite, unsigned int threads);
 
     /// Builds the tree and writes all nodes and elements.

@@ -211,7 +211,7 @@ MEK_API mek_status mek_properties_set_string(mek_properties* properties, mek_pro
 typedef void (*mek_task)(void* data, size_t index);
 
 /// Calls `task(data, 0)` to `task(data, count - 1)`, each once, in any order and on any threads of
-/// the application, and returns when all have returned.
+/// the application, and returns when no task is running any more.
 ///
 /// - `context`: the pointer that was passed to `mek_options_set_parallel_for`
 /// @return 0; another number ends the call of the library with `MEK_CALLBACK_FAILED`. If it returns
@@ -256,7 +256,7 @@ MEK_API mek_status mek_options_set_parallel_for(mek_options* options, mek_parall
                                                 void* context);
 
 /// The same with `threads` threads: the calling one, and others that end before the call returns.
-/// 0: as many as the processor has. Replaces `mek_options_set_parallel_for`. Threads: options.
+/// 0: one per processor. Replaces `mek_options_set_parallel_for`. Threads: options.
 MEK_API mek_status mek_options_set_threads(mek_options* options, uint32_t threads);
 
 /// Size in bytes at which a block of arrays ends. 0, the default: the value of the environment

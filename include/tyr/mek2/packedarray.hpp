@@ -112,12 +112,12 @@ public:
     /// @throws OverflowError 2^32 bytes or more
     static PackedArray concatenate(const std::vector<PackedArray>& parts);
 
-    /// A message with this array, for `fromBytes` of the same version of the library in a process
-    /// with the same byte order.
+    /// This array as bytes. `fromBytes` makes it again, also in another process with the same
+    /// version of the library and the same byte order.
     std::string toBytes() const;
 
-    /// The array of a message. Its compressed bytes are not examined.
-    /// @throws InvalidArguments "a packed array is invalid": sizes do not fit each other
+    /// The array of which `toBytes` made the bytes. Its compressed bytes are not examined.
+    /// @throws InvalidArguments "a packed array is invalid": inconsistent sizes
     static PackedArray fromBytes(const std::string& bytes);
 
     /// The description of this array.
@@ -137,8 +137,7 @@ private:
     std::shared_ptr<const PackedStorage> data_;
 };
 
-/// Makes one array of parts that arrive in any order: each part is received at its place, without a
-/// copy.
+/// Joins parts to one array. Each part is received directly at its place, in any order.
 class MEKAPI2_API PackedAssembly {
 public:
     /// Allocates memory for the parts.
@@ -167,7 +166,7 @@ private:
     std::vector<std::size_t> offsets_; ///< by plane, then part
 };
 
-/// Gets the compressed bytes of an array from where its parts are, such as other processes.
+/// Provides the compressed bytes of parts that are elsewhere, such as in other processes.
 class PackedSource {
 public:
     /// Receives bytes; may throw.
@@ -193,8 +192,8 @@ public:
 /// after an earlier error. If the source or the file raises an error, the array is not in the file.
 class MEKAPI2_API PackedStream {
 public:
-    /// @param parts descriptions of the parts, in the order of their rows
-    /// @param source must live as long as this object, like `parts`
+    /// @param parts descriptions of the parts, in the order of their rows; they and `source` must
+    ///     live as long as this object
     /// @throws InvalidArguments, OverflowError as `PackedAssembly`
     PackedStream(const std::vector<PackedHead>& parts, PackedSource& source);
 

@@ -55,14 +55,17 @@ struct SaverOptions {
     /// file is removed, unless there is a journal.
     bool replaceWhenComplete = false;
 
-    /// If not empty, large arrays are copied and shuffled, and blocks are compressed in chunks and
-    /// written, by this function, on threads of the application; `<tyr/mek2/threads.hpp>` has one.
-    /// The file has the same bytes for every number of threads, including one, and its content is
-    /// that of a file without this option. An exception of the function ends the call of `Model`; a
-    /// block that was not written is kept and written by a later call.
+    /// If not empty, this function runs tasks on threads of the application. They copy and shuffle
+    /// large arrays, compress blocks in chunks, and write them. `<tyr/mek2/threads.hpp>` has such a
+    /// function. The file has the same bytes for every number of threads, including one, and its
+    /// content is that of a file without this option.
+    ///
+    /// An exception of the function ends the call of `Model`; no task may be running any more. A
+    /// block that was not written is kept and written by a later call. After an error of `close`
+    /// nothing more is written.
     ParallelFor parallelFor{};
 
-    /// Bytes of a block of arrays after which the next one begins. 0: the value of the environment
+    /// A block of arrays with this many bytes takes no more data. 0: the value of the environment
     /// variable MEKWRITER_DEFAULT_BLOCK_SIZE, or 200 MiB.
     std::uint32_t blockSize = 0;
 

@@ -31,8 +31,8 @@
 namespace Tyr::Mek2 {
 
 /// A function that runs tasks on the calling thread and on `threads - 1` new threads, which end
-/// before it returns. If the system has no thread or no memory for it, fewer run.
-/// @param threads 0: as many as the processor has
+/// before it returns. If a thread cannot start, the others run all tasks.
+/// @param threads 0: one per processor
 inline ParallelFor parallelForThreads(unsigned int threads = 0) {
     const unsigned int wanted = threads != 0 ? threads : std::thread::hardware_concurrency();
     return [wanted](std::size_t count, const std::function<void(std::size_t)>& task) {

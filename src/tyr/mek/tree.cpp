@@ -244,7 +244,7 @@ std::uint64_t Tree::BeginDataset(int count, unsigned char width) {
     if (size > std::numeric_limits<std::uint32_t>::max()) {
         TYR_RAISE(Tyr::Exception::OverflowError());
     }
-    if (file.stream == nullptr || saveBegun) {
+    if (!AcceptsDatasets()) {
         TYR_RAISE(Tyr::Exception::InvalidObjectState("File not open."));
     }
     file.SetBlockFlags(heavyData, TyrQbf::FlagFreeze);
@@ -253,7 +253,7 @@ std::uint64_t Tree::BeginDataset(int count, unsigned char width) {
 }
 
 void Tree::WriteDatasets() {
-    if (file.stream == nullptr || saveBegun) {
+    if (!AcceptsDatasets()) {
         TYR_RAISE(Tyr::Exception::InvalidObjectState("File not open."));
     }
     file.SetBlockFlags(heavyData, TyrQbf::FlagFreeze | TyrQbf::FlagCompress);

@@ -105,6 +105,9 @@ public:
     /// `Save` has begun: the file accepts no dataset and no second `Save`.
     bool saveBegun = false;
 
+    /// The file is open and accepts datasets.
+    bool AcceptsDatasets() const { return file.stream != nullptr && !saveBegun; }
+
 private:
     void WriteHead();
     void SetRoot(std::unique_ptr<Node> node);

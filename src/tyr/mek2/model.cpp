@@ -82,10 +82,11 @@ std::vector<StepData> stepDataOf(const Step& step) {
 }
 const std::vector<StepData>& stepDataOf(const StepList& steps) { return ValueAccess::of(steps); }
 
-/// What runs tasks in the write cycle; empty if nothing does.
+/// What runs tasks in the write cycle; empty if nothing does, or if the file is not open.
 const ParallelFor& tasksOf(const Database& database) {
     static const ParallelFor none;
-    return database.tree ? database.tree->file.index.Tasks() : none;
+    const bool isOpen = database.tree && database.tree->AcceptsDatasets();
+    return isOpen ? database.tree->file.index.Tasks() : none;
 }
 
 template <class Values>

@@ -20,9 +20,9 @@ public:
     /// @param compressionLevel 1 to 9, as in zlib
     ChunkedCompressor(ParallelFor tasks, std::int32_t compressionLevel);
 
-    /// While tasks compress 128 chunks, another one passes those before to `sink`. Memory use is
-    /// that of 256 compressed chunks, and of a compressor for each running task.
-    /// @param sink is called on any thread, but never twice at a time
+    /// While tasks compress 128 chunks, another task passes the previous 128 to `sink`. Memory use
+    /// is that of 256 compressed chunks, and of a compressor for each running task.
+    /// @param sink is called on any thread; calls do not overlap
     /// @throws MemoryAllocationException
     /// @throws MiscelleneousException "Unable to compress block", "Not all tasks were run"
     void operator()(const unsigned char* content, std::uint32_t length, const Sink& sink) const;

@@ -20,6 +20,8 @@ public:
     /// After an error, the tasks that have not begun are skipped.
     void Run(std::size_t index) noexcept {
         if (!hasFailed) {
+            const int errnoOfApplication = errno;
+            errno = 0;
             try {
                 task(index);
             } catch (...) {
@@ -28,6 +30,7 @@ public:
                     error = std::current_exception();
                 }
             }
+            errno = errnoOfApplication;
         }
         ++ended; // after this, the calling thread may read the error
     }

@@ -21,7 +21,7 @@ void RunTasks(const ParallelFor& parallelFor, std::size_t count,
 
 /// Copies `size` bytes; large ones in parts by tasks.
 /// @param target must not overlap `source`
-/// @throws as `RunTasks`; some bytes may be missing then
+/// @throws as `RunTasks`; after an error, some bytes may not be copied
 void CopyBytes(const void* source, std::size_t size, void* target, const ParallelFor& parallelFor);
 
 } // namespace TyrQbf

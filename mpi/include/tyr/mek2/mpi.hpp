@@ -63,17 +63,17 @@ using FailedRank = boost::error_info<struct FailedRankTag, int>;
 /// An array of all ranks must be below 2^32 bytes, like every array of the file.
 ///
 /// Errors are collective. What is raised on one rank is raised on all, with the same class; the
-/// message begins with "rank N: ", and `FailedRank` is attached. If several ranks fail, it is the
-/// error of the lowest one; a destroyed model comes first. The model can be used afterwards as
-/// documented at `Model`. Exceptions of other libraries become `MiscelleneousException`, and
-/// `std::bad_alloc` `MemoryAllocationException`. Different calls or different arguments are an
-/// error, too: `InvalidArguments`. After it, all ranks must make the same calls again.
+/// message begins with "rank N: ", and `FailedRank` is attached. If several ranks fail, the error
+/// of the lowest rank is raised; a destroyed model has priority. The model can be used afterwards
+/// as documented at `Model`. Exceptions of other libraries become `MiscelleneousException`.
+/// `std::bad_alloc` becomes `MemoryAllocationException`. Different calls or different arguments are
+/// an error, too: `InvalidArguments`. From the next call on, the calls must be equal again.
 ///
 /// If one rank destroys the object while others call an operation, for example because an exception
 /// of the application ends the function that owns it, `InvalidObjectState` "rank N: the model was
 /// destroyed" is raised on the others. The object cannot be used afterwards.
 ///
-/// Each rank needs twice the memory of its rows in compressed form. Rank 0 also needs memory for
+/// Each rank needs memory for two copies of its compressed rows. Rank 0 also needs memory for
 /// the arrays of a block up to its limit, compressed; for one compressed plane of another rank; and
 /// some 500 bytes for each rank. An array that completes a block is written while it is received.
 /// Each rank waits until rank 0 has added the array.
