@@ -13,8 +13,7 @@ NAN_BITS = np.array([0x7FC00001, 0xFF800000, 0x80000000, 0x00000001], np.uint32)
 def write(path, arrays):
     """Write arrays as results and return each as the reader finds it."""
     with Model(path) as model:
-        model.add_node("RootGroup", "r")
-        shape = model.add_node("Shape", "s")
+        (shape,) = model.add_assembly_components(["/r/s"])
         for number, array in enumerate(arrays):
             kind = f"ResultA{1 if np.ndim(array) == 1 else np.shape(array)[1]}"
             model.add_array(kind, array, shape, name=str(number))
@@ -59,8 +58,7 @@ def test_the_dataset_type_and_the_values_decide_the_element_type(path):
 
 def test_meshes_are_stored_as_viewers_read_them(tmp_path):
     with Model(tmp_path / "mesh.mek") as model:
-        model.add_node("RootGroup", "r")
-        shape = model.add_node("Shape", "TR3")
+        (shape,) = model.add_assembly_components(["/r/TR3"])
         model.add_array("Coordinates", [[0, 0, 0], [1, 0, 0], [0, 1, 0], [1, 1, 0]], shape)
         triangles = np.array([[0.0, 1, 2], [1, 3, 2]]).T.copy().T
         model.add_array("Connectivity1", triangles, shape, polylength=True, steps=iter([None, "t"]))
@@ -93,8 +91,7 @@ REFUSED = [
 
 def test_refuses_values_that_the_file_cannot_hold(tmp_path):
     with Model(tmp_path / "x.mek") as model:
-        model.add_node("RootGroup", "r")
-        shape = model.add_node("Shape", "s")
+        (shape,) = model.add_assembly_components(["/r/s"])
         for kind, array, options, index, words in REFUSED:
             with pytest.raises(mekapi2.InexactConversion) as caught:
                 model.add_array(kind, array, shape, name="x", **options)

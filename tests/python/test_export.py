@@ -94,8 +94,7 @@ def test_all_element_types_sets_and_regions(tmp_path):
 def test_time_series_and_choice_of_steps(tmp_path, capsys, monkeypatch):
     path = tmp_path / "a.mek"
     with Model(path) as model:
-        model.add_node("RootGroup", "r")
-        shape = model.add_node("Shape", "TR3")
+        (shape,) = model.add_assembly_components(["/r/TR3"])
         model.add_array("Coordinates", np.eye(3), shape)
         model.add_array("Connectivity1", [[0, 1, 2]], shape, polylength=True)
         for time in (0.5, 0.1, 2):
@@ -162,8 +161,7 @@ def test_vtk_has_what_mekinfo_exports(tmp_path):
 def test_invalid_meshes_are_refused(tmp_path):
     def error(connectivity, polylength, coordinates=np.eye(3)):
         with Model(tmp_path / "a.mek", overwrite=True) as model:
-            model.add_node("RootGroup", "r")
-            shape = model.add_node("Shape", "s")
+            (shape,) = model.add_assembly_components(["/r/s"])
             model.add_array("Coordinates", coordinates, shape)
             model.add_array("Connectivity2", connectivity, shape)
             model.add_array("Polylength2", polylength, shape)

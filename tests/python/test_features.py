@@ -5,7 +5,6 @@ import mekapi2
 import mekfile
 import numpy as np
 import pytest
-from mekapi2 import Model
 from mekapi2.reader import _elements
 
 CASES = [(name, size) for name in features.CASES for size in ("10000000", "100")]
@@ -52,11 +51,3 @@ def compare_mesh(mesh, shapes):
         np.testing.assert_allclose(mesh.points[rows], shape.points[cells[0]], atol=1e-5)
         for name, values in shape.point_data.items():
             np.testing.assert_array_equal(mesh.point_data[name][rows], values[cells[0]])
-
-
-def test_attributes_of_all_kinds(tmp_path):
-    given = {"int": 2**32 - 1, "float": np.float32(0.1), "flag": True, "text": "ä", "": ""}
-    with Model(tmp_path / "a.mek") as model:
-        model.add_node("RootGroup", "r", given)
-    with mekapi2.open(tmp_path / "a.mek") as file:
-        assert file.root.attributes == given

@@ -184,8 +184,7 @@ def test_threads_share_a_file_and_the_cache_is_bounded(path, monkeypatch):
     monkeypatch.setenv("MEKWRITER_DEFAULT_BLOCK_SIZE", "1000")
     arrays = np.random.default_rng(1).random((40, 500), np.float32)
     with Model(path) as model:
-        model.add_node("RootGroup", "r")
-        shape = model.add_node("Shape", "s")
+        (shape,) = model.add_assembly_components(["/r/s"])
         for step, array in enumerate(arrays):
             model.add_array("ResultA1", array, shape, name="R", steps=str(step))
     with mekapi2.open(path, cache_size=8000) as file, ThreadPoolExecutor(8) as pool:

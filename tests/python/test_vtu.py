@@ -62,8 +62,7 @@ def test_vtk_reads_arrays_of_several_compressed_blocks(tmp_path):
     points = np.random.default_rng(1).random((100_000, 3), np.float32)
     cells = np.arange(70_000)[:, None] + np.arange(4)
     with Model(tmp_path / "a.mek") as model:
-        model.add_node("RootGroup", "r")
-        shape = model.add_node("Shape", "s")
+        (shape,) = model.add_assembly_components(["/r/s"])
         model.add_array("Coordinates", points, shape)
         model.add_array("Connectivity2", cells, shape, polylength=True)
         model.add_array("ResultA3", -points, shape, name="T")
