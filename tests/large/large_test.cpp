@@ -63,12 +63,6 @@ protected:
     unsigned int shape = 0;
 };
 
-TEST_F(LargeTest, ADatasetOf4GiBIsRefused) {
-    EXPECT_THROW(add("values", Array1d<unsigned int>(gibibyte)), OverflowError);
-    expectVariables(0, 0);
-    EXPECT_EQ(MekReader::Container(path("out")).streamLength("Heavy Data"), 0U);
-}
-
 TEST_F(LargeTest, ADatasetOfAlmost4GiBIsReadBack) {
     constexpr std::size_t bytes = 4 * (gibibyte * 39 / 40); // 3.9 GiB
     add("values", valuesOf(bytes));

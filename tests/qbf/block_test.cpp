@@ -118,19 +118,6 @@ std::string encoded(const T& value) {
     return hex(block.content());
 }
 
-TEST(Encoding, EncodesNumbersStringsAndVectors) {
-    EXPECT_EQ(encoded<unsigned char>(255), "FF");
-    EXPECT_EQ(encoded(0x04030201U), "01 02 03 04");
-    EXPECT_EQ(encoded<std::uint64_t>(1), "01 00 00 00 00 00 00 00");
-    EXPECT_EQ(encoded(1.0F), "00 00 80 3F");
-    EXPECT_EQ(encoded(std::string("abc")), "03 00 00 00 61 62 63");
-    EXPECT_EQ(encoded(std::string()), "00 00 00 00");
-    EXPECT_EQ(encoded(std::vector<std::string>{"ab", ""}),
-              "02 00 00 00 02 00 00 00 61 62 00 00 00 00");
-    EXPECT_EQ(encoded(std::vector<unsigned char>{1, 2}), "02 00 00 00 01 02");
-    EXPECT_EQ(encoded(std::vector<double>{2}), "01 00 00 00 00 00 00 00 00 00 00 40");
-}
-
 TEST(Encoding, SizedRecordsStartWithTheirSize) {
     EXPECT_EQ(encoded(std::vector<TyrMek::ModifierInfo>(1)),
               "01 00 00 00 27 00 00 00 03 00 00 00 30 2E 31 " + hex(std::string(28, '\0')));
