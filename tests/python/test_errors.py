@@ -1,6 +1,5 @@
 """What each invalid call raises: its class, and words of its message."""
 
-import os
 import pickle
 
 import mekapi2
@@ -17,7 +16,6 @@ CALLS = [
     (lambda m: m.add_node("RootGroup", ""), "InvalidArguments", "RootGroup is only for the root"),
     (lambda m: m.add_node("Shape", "", {"a": 1}), "InvalidArguments", "a shape has no attributes"),
     (lambda m: m.add_node("Grup", ""), ValueError, "'Grup' is not a NodeType: FlaggedRootGroup"),
-    (lambda m: m.add_node(None, ""), TypeError, "expected a NodeType, its name or its number"),
     (lambda m: m.add_node("Group", 5), TypeError, "name must be a string, not int"),
     (lambda m: m.add_node("Group", "\ud800"), ValueError, "not valid Unicode"),
     *((lambda m, value=value: m.add_node("Group", "", {"key": value}), kind, "'key'")
@@ -28,8 +26,6 @@ CALLS = [
     (lambda m: m.get_node_id(["r", 5]), TypeError, "each name of the path must be a string"),
     (lambda m: m.set_node_data(3, {"Translation": (1, 2, 3)}), "InvalidArguments",
      "Translation is for groups; node 3 is a geometry"),
-    (lambda m: m.set_node_data(1, {"Shininess": 1}), "InvalidArguments",
-     "Shininess is for shapes; node 1 is a group"),
     (lambda m: m.set_node_data(2, {"DiffuseColor": (1, 2)}), "InvalidArguments",
      "DiffuseColor takes 3 or 4 numbers, got 2"),
     (lambda m: m.set_node_data(2, attributes={"a": 1}), "InvalidArguments",
@@ -75,7 +71,6 @@ CALLS = [
         (["1"], "NodeIds takes numbers, not strings"),
         ([1, None], "takes real numbers, not None at [1]"),
         (np.array([1, 2], object), "takes real numbers, not Python objects"),
-        (np.zeros(2, "f4,f4"), "takes real numbers"),
     ]),
     *((lambda m, kind=kind, array=array: m.add_array(kind, array, 2, name="x"), error, words)
       for kind, array, error, words in [
@@ -94,7 +89,6 @@ CALLS = [
     (lambda m: (open(f"{m.path}.journal", "x").close(), Model(m.path, journal=True)),
      FileExistsError, "[Errno 17] Journal exists: "),
     (lambda m: Model(f"{m.path}x/x"), FileNotFoundError, "[Errno 2] No such file or directory: "),
-    (lambda m: Model(os.path.dirname(m.path), overwrite=True), IsADirectoryError, "[Errno 21] "),
     (lambda m: Model(""), ValueError, "the path is empty"),
     (lambda m: Model("a\0b"), ValueError, "'a\\x00b' contains a zero character"),
     (lambda m: Model("x", overwrite="no"), TypeError, "overwrite must be True or False, not str"),
@@ -127,7 +121,6 @@ def test_errors_of_the_library_have_code_and_location(tmp_path):
     assert "OpenFile" in location.function and location.line > 0
 
 
-@pytest.mark.skipif(not os.path.exists("/dev/full"), reason="no /dev/full")
 def test_an_error_of_close_does_not_replace_an_exception():
     with pytest.raises(mekapi2.FileWriteException) as caught:
         with Model("/dev/full", overwrite=True) as model:

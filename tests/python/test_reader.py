@@ -1,8 +1,6 @@
 """The reader returns what was written, and what the C++ reader finds."""
 
 import os
-import subprocess
-import sys
 from concurrent.futures import ThreadPoolExecutor
 
 import mekapi2
@@ -165,10 +163,3 @@ def test_threads_share_a_file_and_the_cache_is_bounded(path, monkeypatch):
         variable.array(steps[-1])
         file._container.content = None  # a block that is cached is not read again
         assert np.array_equal(variable.array(steps[-1]), arrays[-1])
-
-
-def test_needs_only_numpy():
-    code = "import sys, mekapi2.reader; print(*sorted(sys.modules))"
-    run = subprocess.run([sys.executable, "-c", code], check=True, capture_output=True, text=True)
-    loaded = set(run.stdout.split())
-    assert not {"mekapi2._core", "mekapi2.model", "meshio", "vtkmodules"} & loaded
