@@ -7,7 +7,8 @@
 #include "mekreader/model.hpp"
 #include "support/testing.hpp"
 
-#include <cstdint>
+#include <algorithm>
+#include <random>
 
 namespace {
 
@@ -81,13 +82,7 @@ TEST_F(LargeTest, ABlockThatWouldExceed4GiBIsSplit) {
 TEST_F(LargeTest, ABlockThatGrowsBeyond4GiBIsRefused) {
     {
         Array1d<unsigned int> noise(gibibyte - 1);
-        std::uint32_t state = 1;
-        for (std::size_t row = 0; row < noise.size(); ++row) {
-            state ^= state << 13;
-            state ^= state >> 17;
-            state ^= state << 5;
-            noise[row] = state;
-        }
+        std::generate(noise.begin(), noise.end(), std::mt19937());
         add("noise", noise);
     }
     EXPECT_THROW(model.close(), OverflowError);

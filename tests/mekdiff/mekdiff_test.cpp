@@ -30,10 +30,8 @@ struct Content {
 class MekDiffTest : public Testing::ProgramTest {
 protected:
     static void write(const std::string& name, const Content& content) {
-        SaverOptions options;
-        options.overwrite = true;
         Model model;
-        model.saveTo(name, options);
+        model.saveTo(name, SaverOptions{true});
         Attributes attributes;
         attributes.set("mass", content.mass);
         model.addNode(NodeType::RootGroup, "R", attributes);

@@ -70,10 +70,11 @@ TEST_F(MekRecoverTest, SavesWhatIsWholeAndReportsTheRest) {
     std::filesystem::copy_file("run.mek", "cut/run.mek");
     std::filesystem::copy_file("run.mek.journal", "cut/run.mek.journal");
     change("cut/run.mek", std::filesystem::file_size("run.mek") - 1, "");
-    expectRun("cut/run.mek", 1,
-              "cut/run.recovered.mek: saved 4 calls, 2 arrays, 2 steps, 48 bytes of arrays\n"
-              "cut/run.recovered.mek: lost 1 call, 1 array, 1 step, 24 bytes of arrays\n",
-              "mekrecover: cut/run.mek: the array \"T\" is not whole in the file\n");
+    const std::string counts =
+        "cut/run.recovered.mek: saved 4 calls, 2 arrays, 2 steps, 48 bytes of arrays\n"
+        "cut/run.recovered.mek: lost 1 call, 1 array, 1 step, 24 bytes of arrays\n";
+    const std::string reason = "mekrecover: cut/run.mek: the array \"T\" is not whole in the file";
+    expectRun("cut/run.mek", 1, counts, reason + '\n');
     MekReader::check("cut/run.recovered.mek");
     {
         MekReader::File file("cut/run.recovered.mek"); // Windows replaces no open file
@@ -83,13 +84,9 @@ TEST_F(MekRecoverTest, SavesWhatIsWholeAndReportsTheRest) {
     std::ofstream("cut/run.mek", std::ios::binary) << Testing::readFile("run.mek");
     const std::size_t journalLength = Testing::readFile("run.mek.journal").size();
     change("cut/run.mek.journal", journalLength - 1, "");
-    expectRun(
-        "--overwrite cut/run.mek", 1,
-        "cut/run.recovered.mek: saved 4 calls, 2 arrays, 2 steps, 48 bytes of arrays\n"
-        "cut/run.recovered.mek: lost 1 call, 1 array, 1 step, 24 bytes of arrays\n",
-        "mekrecover: cut/run.mek: the array \"T\" is not whole in the file; the journal has no "
-        "whole record at byte " +
-            std::to_string(journalLength - 52) + ", and its last 51 bytes are lost\n");
+    expectRun("--overwrite cut/run.mek", 1, counts,
+              reason + "; the journal has no whole record at byte " +
+                  std::to_string(journalLength - 52) + ", and its last 51 bytes are lost\n");
 }
 
 TEST_F(MekRecoverTest, RefusesEachKindOfUnsuitableInput) {

@@ -29,9 +29,7 @@ protected:
     /// The file of a model with one shape, after `fill` has added its data.
     MekReader::File written(const std::function<void(Model&, unsigned int)>& fill) {
         Model model;
-        SaverOptions options;
-        options.overwrite = true;
-        model.saveTo(path("in.mek"), options);
+        model.saveTo(path("in.mek"), SaverOptions{true});
         model.addNode(NodeType::RootGroup, "R");
         fill(model, model.addNode(NodeType::Shape, "S"));
         model.close();

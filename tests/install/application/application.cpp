@@ -42,7 +42,6 @@ int missedErrors(const std::string& path) {
     saveAgain();
     model.addNode(NodeType::RootGroup, "root");
     return missed<Errors::InvalidObjectState>("a second file at once", saveAgain) +
-           missed<Errors::Base>("Base", saveAgain) +
            missed<std::exception>("std::exception", saveAgain) +
            missed<boost::exception>("boost::exception", saveAgain) +
            missed<Errors::FileWriteException>("a full disk", [] {
