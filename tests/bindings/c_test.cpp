@@ -199,6 +199,9 @@ TEST_F(CTest, ReportsEachErrorWithItsClassMessageAndPlace) {
     EXPECT_STREQ(mek_last_error(model)->class_name, "");
     EXPECT_STREQ(mek_last_error(model)->message, "");
     EXPECT_STREQ(mek_status_name(static_cast<mek_status>(99)), "unknown status");
+    EXPECT_EQ(mek_version(),
+              MEK_VERSION_NUMBER(MEK_VERSION_MAJOR, MEK_VERSION_MINOR, MEK_VERSION_PATCH));
+    EXPECT_STREQ(mek_version_string(), "2.0.0");
 }
 
 TEST_F(CTest, ReportsErrorsOfFiles) {

@@ -18,15 +18,21 @@ void expectNumberAndMessage(int code, const char* message) {
     EXPECT_STREQ(error.message(), message);
 }
 
-/// Those of the other classes are expected in c_test.cpp and by the fault tests.
 TEST(Exception, EveryClassHasItsNumberAndMessage) {
     expectNumberAndMessage<Exception>(1, "Unknown Exception");
     expectNumberAndMessage<MiscelleneousException>(2, "Miscelleneous exception");
+    expectNumberAndMessage<InvalidArguments>(3, "Invalid arguments");
     expectNumberAndMessage<FileOpenException>(5, "File open exception");
     expectNumberAndMessage<FileWriteException>(7, "File write exception");
+    expectNumberAndMessage<OutOfBounds>(11, "Out of bounds error");
     expectNumberAndMessage<OverflowError>(12, "Overflow error");
     expectNumberAndMessage<UnderflowError>(13, "Underflow error");
+    expectNumberAndMessage<KeyNotFound>(14, "Key not found");
+    expectNumberAndMessage<MemoryAllocationException>(16, "Memory allocation error");
     expectNumberAndMessage<InvalidObjectState>(17, "Invalid object state");
+    expectNumberAndMessage<TemplateSpecializationNotDefined>(19,
+                                                             "Template specialization not defined");
+    expectNumberAndMessage<NotYetImplemented>(20, "Not yet implemented");
     EXPECT_STREQ(InvalidArguments("invalid array size").what(), "invalid array size");
     EXPECT_STREQ(OutOfBounds("").message(), "Out of bounds error");
     EXPECT_EQ(Base().message(), nullptr);

@@ -1,6 +1,9 @@
 """The reader returns what was written, and what the C++ reader finds."""
 
+import ctypes
+import ctypes.util
 import os
+import zlib
 from concurrent.futures import ThreadPoolExecutor
 
 import mekapi2
@@ -73,12 +76,38 @@ class RandomModel:
                 self.written[one, name, step] = array.reshape(-1) if kind.width == 1 else array
 
 
+def decompress_with_libdeflate(block, length):
+    library = ctypes.CDLL(ctypes.util.find_library("deflate"))
+    library.libdeflate_alloc_decompressor.restype = ctypes.c_void_p
+    decompressor = ctypes.c_void_p(library.libdeflate_alloc_decompressor())
+    content = ctypes.create_string_buffer(length)
+    sizes = ctypes.c_size_t(len(block)), ctypes.c_size_t(length)
+    result = library.libdeflate_zlib_decompress(
+        decompressor, block, sizes[0], content, sizes[1], None
+    )
+    library.libdeflate_free_decompressor(decompressor)
+    assert result == 0
+    return content.raw
+
+
+def check_blocks_with_libdeflate(path):
+    with mekapi2.open(path) as file, open(path, "rb") as stream:
+        for block in file._container.blocks:
+            if block.is_compressed and block.length:
+                stream.seek(block.position)
+                length = int.from_bytes(stream.read(4), "little")
+                stored = stream.read(block.stored_length - 4)
+                assert decompress_with_libdeflate(stored, length) == zlib.decompress(stored)
+
+
 def test_reads_random_models_as_the_reader_in_cpp(path, monkeypatch):
     arrays = 0
     for seed in range(MODELS):
         path.unlink(missing_ok=True)
         model = RandomModel(path, seed, monkeypatch)
         assert oracle.read(path) == oracle.ask(path), seed
+        if ctypes.util.find_library("deflate"):
+            check_blocks_with_libdeflate(path)
         with mekapi2.open(path) as file:
             found = file.read_all(threads=1 + seed % 2)
             for group, attributes in model.groups.items():
