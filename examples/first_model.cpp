@@ -25,8 +25,8 @@ int main(int argc, char** argv) try {
     model.addArrayProperty(DatasetType::Coordinates, nodes, solid, Step{});
     model.addArrayProperty(DatasetType::NodeIds, nodeIds, solid, Step{});
 
-    // The connectivity has the rows of the nodes, element after element; the polylength has the
-    // number of nodes of each element. The 2 in their names is for solids.
+    // The connectivity lists the row numbers of the nodes, from 0, element after element; the
+    // polylength has the number of nodes of each element. The 2 in their names is for solids.
     const Array1d<unsigned int> corners{0, 1, 2, 3, 4, 5, 6, 7, 4, 5, 6, 7, 8, 9, 10, 11};
     model.addArrayProperty(DatasetType::Connectivity2, corners, solid, Step{});
     model.addArrayProperty(DatasetType::Polylength2, Array1d<unsigned int>{8, 8}, solid, Step{});

@@ -292,7 +292,7 @@ MEK_API void mek_model_destroy(mek_model* model);
 /// @retval MEK_INVALID_ARGUMENTS the compression level is invalid
 ///
 /// After all errors but `MEK_INVALID_STATE` and `MEK_INVALID_ARGUMENTS`, a write cycle without a
-/// file can be open: call `mek_close` before the next `mek_save_to`.
+/// file is open: call `mek_close` before the next `mek_save_to`.
 MEK_API mek_status mek_save_to(mek_model* model, const char* path, const mek_options* options);
 
 /// Ends the write cycle: writes all data that is still in memory and the index, and closes the
@@ -445,7 +445,7 @@ typedef int32_t mek_dataset_type;
 /// yy, zz, xy, yz, xz). C, D and types that end in B have no fixed meaning. Results have no default
 /// name.
 enum {
-    MEK_CONNECTIVITY_0 = 0, ///< 1 column, "Connectivity": rows of the coordinates, from 0
+    MEK_CONNECTIVITY_0 = 0, ///< 1 column, "Connectivity": row numbers of the nodes, from 0
     MEK_CONNECTIVITY_1 = 1,
     MEK_CONNECTIVITY_2 = 2,
     MEK_POLYLENGTH_0 = 3, ///< 1 column, "Polylength": number of nodes of each element

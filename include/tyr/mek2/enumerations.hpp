@@ -59,7 +59,7 @@ enum class PropertyType : std::int32_t {
 /// - The digit of a result type is its width: 1 for a scalar, 3 for a vector, 6 for a symmetric
 ///   tensor (xx, yy, zz, xy, yz, xz). A type that ends in `b` has no fixed meaning.
 enum class DatasetType : std::int32_t {
-    /// width 1, "Connectivity": rows of the coordinates, element after element
+    /// width 1, "Connectivity": row numbers of the nodes, from 0, element after element
     Connectivity0 = 0,
     Connectivity1 = 1,
     Connectivity2 = 2,

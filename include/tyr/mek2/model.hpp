@@ -72,7 +72,7 @@ public:
     Model();
 
     /// Ends an open write cycle like `close`. Errors are discarded; call `close` to receive them.
-    /// The stream is closed and memory released in any case. With
+    /// The file is closed and memory released in any case. With
     /// `SaverOptions::replaceWhenComplete` only `close` completes the file; the destructor removes
     /// the temporary file, unless there is a journal.
     ~Model();
@@ -84,7 +84,7 @@ public:
     /// Allocates; if that fails, neither object changes.
     Model(Model&& other);
 
-    /// The same. Before, an open write cycle of this object ends as in the destructor.
+    /// The same; then the write cycle that was open in this object ends as in the destructor.
     Model& operator=(Model&& other);
 
     /// Starts a write cycle: creates the file and writes its first bytes. The tree is empty; the
@@ -102,8 +102,8 @@ public:
     /// @throws FileWriteException with `options.journal`: the system could not write
     /// @throws MiscelleneousException "Unable to open file ...": the system cannot open the file
     ///
-    /// After all but the first two of these, a write cycle without a file is open. Call `close`
-    /// before the next `saveTo`.
+    /// After `FileOpenException`, `FileWriteException` and `MiscelleneousException` a write cycle
+    /// without a file is open. Call `close` before the next `saveTo`.
     template <class S>
     void saveTo(const S& path, const SaverOptions& options = SaverOptions());
 
@@ -127,7 +127,7 @@ public:
     ///     system could not write or seek
     /// @throws FileOpenException with `SaverOptions::replaceWhenComplete`, "File exists.":
     ///     `overwrite` is false, and a file has appeared at the path since `saveTo`
-    /// @throws OverflowError a stream other than "Heavy Data" has 2^32 bytes or more
+    /// @throws OverflowError names, attributes or other data of one kind have 2^32 bytes or more
     /// @throws MiscelleneousException "Unable to compress block"
     void close();
 
@@ -212,8 +212,9 @@ public:
     /// a group are added, and replace those with the same key; attributes of other nodes are
     /// ignored. Values are written at `close`, so the last value of a key is the one in the file.
     ///
-    /// Afterwards the current node is `id`, or the shape if `id` is its geometry. The last two
-    /// exceptions also set the current node; the first two change nothing.
+    /// Afterwards the current node is `id`, or the shape if `id` is its geometry. After
+    /// `InvalidArguments` and `TemplateSpecializationNotDefined`, too; the other exceptions change
+    /// nothing.
     ///
     /// @throws InvalidObjectState "File not open.": no write cycle is open
     /// @throws OutOfBounds no node has this id

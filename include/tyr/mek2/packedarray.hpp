@@ -116,7 +116,7 @@ public:
     /// version of the library and the same byte order.
     std::string toBytes() const;
 
-    /// The array of which `toBytes` made the bytes. Its compressed bytes are not examined.
+    /// Makes the array from the bytes of `toBytes`. Does not verify the compressed bytes.
     /// @throws InvalidArguments "a packed array is invalid": inconsistent sizes
     static PackedArray fromBytes(const std::string& bytes);
 

@@ -60,7 +60,7 @@ struct SaverOptions {
     /// function. The file has the same bytes for every number of threads, including one, and its
     /// content is that of a file without this option.
     ///
-    /// An exception of the function ends the call of `Model`; no task may be running any more. A
+    /// An exception of the function ends the call of `Model`; all tasks must have ended before. A
     /// block that was not written is kept and written by a later call. After an error of `close`
     /// nothing more is written.
     ParallelFor parallelFor{};

@@ -28,7 +28,7 @@ namespace MekReader {
 /// One entry of the index, and the values derived from it.
 struct Block {
     static constexpr std::uint8_t compressFlag = 0x01; ///< the content is compressed
-    static constexpr std::uint8_t freezeFlag = 0x20;   ///< the block was written before `close`
+    static constexpr std::uint8_t freezeFlag = 0x20;   ///< see the format of the index
 
     std::uint64_t number = 0;       ///< from 0
     std::uint8_t id = 0;            ///< as in the file
@@ -64,7 +64,7 @@ public:
     /// Bytes of the file.
     std::uint64_t fileSize() const { return fileSize_; }
 
-    /// Uncompressed bytes of the stream `name`; 0 if there is none.
+    /// Bytes of the content of the stream `name`; 0 if there is none.
     std::uint64_t streamLength(std::string_view name) const;
 
     /// The whole stream `name`, decompressed; empty if there is none.

@@ -14,7 +14,7 @@ namespace MekReader {
 /// The parts of the name of a variable.
 struct VariableName {
     std::string_view quantity;            ///< such as "Stress"
-    std::optional<std::string_view> step; ///< of a variable that belongs to all steps: none
+    std::optional<std::string_view> step; ///< none if the name has no step
 };
 
 /// Splits the name of a variable at the first byte 1E.
@@ -46,12 +46,12 @@ inline bool isCoordinates(const Variable& variable) {
     return variable.type == VariableType::coordinates;
 }
 
-/// Whether the array has numbers of nodes.
+/// Whether the array gives the number of nodes of each element.
 inline bool isPolylength(const Variable& variable) {
     return variable.type == VariableType::polylength;
 }
 
-/// "Part Elements" has the same variable types; only the name differs.
+/// Whether the array is connectivity. "Part Elements" have the same types; only the name differs.
 inline bool isConnectivity(const Variable& variable) {
     return variable.type >= VariableType::firstConnectivity &&
            variable.type <= VariableType::lastConnectivity &&
