@@ -38,7 +38,7 @@ public:
     int size() const { return size_; }
     bool isRoot() const { return rank_ == 0; }
 
-    /// True after a failure `Failure::modelDestroyed` of any rank, and after `MPI_Finalize`: there
+    /// True after the error `Failure::modelDestroyed` of any rank, and after `MPI_Finalize`: there
     /// must be no more messages.
     bool isDisbanded() const;
 
@@ -51,7 +51,7 @@ public:
     ///     that has one
     void agree(const Failure& failure);
 
-    /// Whether the root has failed. Failures of other ranks are not known.
+    /// Whether the root has failed. Errors of other ranks are not known.
     /// @throws the error
     void agreeWithRoot(Failure failure);
 

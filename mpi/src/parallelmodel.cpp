@@ -322,7 +322,7 @@ ParallelModel::~ParallelModel() {
         implementation_->begin(Operation::Destroy, Digest(),
                                Failure(Failure::modelDestroyed, "the model was destroyed"));
     } catch (...) {
-        // the failure of this rank, which the others know now
+        // the error of this rank, which the others know now
     }
 }
 

@@ -286,7 +286,7 @@ def properties(
     TypeError
         A value does not have the type of its property.
     ValueError
-        There is no such property, or a value has the wrong length or is too large.
+        There is no such property, or a value has an invalid length or is too large.
     """
     if given is None:
         return {}

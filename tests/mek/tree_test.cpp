@@ -107,6 +107,7 @@ TEST(Geometry, SeesChangesOfItsMembers) {
         {[](Geometry& g) { g.variables.insert(g.variables.begin(), g.variables[2]); },
          "c a b c x "},
         {[](Geometry& g) { g.offsets.erase("c"); }, "a b c x "},
+        {[](Geometry& g) { g.offsets["x"] = 24; }, "a b c x "},
         {[](Geometry& g) {
              g.offsets = {{"a", 1}, {"y", 2}, {"z", 3}};
          },

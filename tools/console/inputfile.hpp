@@ -10,8 +10,8 @@ enum class FileFormat { Model, ResultFile };
 
 /// Accepts a readable regular file unless it is empty or its first bytes belong to another known
 /// format: an archive, a mesh, an input deck of the solver, or the other `FileFormat`. A model file
-/// must also begin with the signature of model files. The reader of a result file describes what is
-/// wrong with one of an unknown format.
+/// must also begin with the signature of model files. For a result file of an
+/// unknown format, its reader describes the error.
 /// @throws FileError the file cannot be read
 /// @throws ForeignFile it is empty or has another format
 void checkInputFile(const std::filesystem::path& path, FileFormat expected);

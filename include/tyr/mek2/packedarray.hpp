@@ -192,8 +192,8 @@ public:
 /// after an earlier error. If the source or the file raises an error, the array is not in the file.
 class MEKAPI2_API PackedStream {
 public:
-    /// @param parts descriptions of the parts, in the order of their rows; they and `source` must
-    ///     live as long as this object
+    /// @param parts descriptions of the parts, in the order of their rows
+    /// @param source has the bytes; `parts` and `source` must live as long as this object
     /// @throws InvalidArguments, OverflowError as `PackedAssembly`
     PackedStream(const std::vector<PackedHead>& parts, PackedSource& source);
 

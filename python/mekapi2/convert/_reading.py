@@ -18,8 +18,8 @@ from xml.etree import ElementTree
 
 import meshio
 import numpy as np
-from meshio._mesh import topological_dimension
 
+from ..reader._meshtypes import complete_dimensions
 from ._regions import divide
 from ._source import (
     ConversionError,
@@ -41,20 +41,7 @@ _unsupported = re.compile(
     r"not available|not implemented|[Uu]nknown|[Uu]nsupported|[Oo]nly|Need |Incompatible cell data"
 )
 
-# Types that readers of meshio return although its table of dimensions lacks them. Without an entry
-# meshio cannot create a block of the type.
-_missing_dimensions = {
-    "quad5": 2,
-    "triangle7": 2,
-    "hexahedron9": 3,
-    "pyramid13": 3,
-    "tetra4": 3,
-    "tetra8": 3,
-    "tetra14": 3,
-    "wedge15": 3,
-}
-for _type, _dimension in _missing_dimensions.items():
-    topological_dimension.setdefault(_type, _dimension)
+complete_dimensions()
 
 
 def is_format(name: str) -> bool:

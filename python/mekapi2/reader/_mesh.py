@@ -37,7 +37,7 @@ class Selection:
 
 
 def family(kind: int) -> str:
-    """Return where variables of a type have their values, if the number of rows is right."""
+    """Return where variables of a type have their values, if the number of rows is valid."""
     if kind in _POINT_RESULTS:
         return "point"
     return "cell" if kind in _CELL_RESULTS else "field"

@@ -6,12 +6,12 @@ from typing import Any, Optional
 
 import meshio
 import numpy as np
-from meshio._mesh import topological_dimension
 from numpy.typing import NDArray
 
 from ._arrays import Array
 from ._elements import is_element_name
 from ._mesh import CellBlock, Part, Result, Selection, parts
+from ._meshtypes import complete_dimensions
 from .file import File, Node
 
 _NODE_IDS = "Node Ids"
@@ -19,12 +19,7 @@ _ELEMENT_IDS = "Element IDs"
 _SET_PREFIX = "Set "
 _DEFAULT_GROUP = "Mesh"
 
-# types that meshio knows, although its table of dimensions lacks them
-for _type, _dimension in {
-    "pixel": 2, "quad6": 2, "triangle7": 2, "pyramid13": 3, "wedge12": 3, "wedge15": 3,
-    "hexahedron24": 3, "penta_prism": 3, "hexa_prism": 3,
-}.items():
-    topological_dimension.setdefault(_type, _dimension)
+complete_dimensions()
 
 
 def to_meshio(file: File, step: Optional[str], selection: Selection) -> meshio.Mesh:
