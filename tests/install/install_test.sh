@@ -67,7 +67,7 @@ check_cmake() {
 
 # The examples build from the package, and one of them reads what another has written.
 check_reader() {
-    local flags
+    local flags header line
     configure examples "$work/examples"
     cmake --build "$work/examples" --target first_model --target maximum_of_results
     flags_of mekapi2-reader
@@ -76,9 +76,14 @@ check_reader() {
         "${flags[@]}"
     ./first_model model.mek
     diff <(./maximum model.mek) <(./maximum_of_results model.mek) || fail "the programs differ"
-    example_of mekreader/model.hpp >nodes.cpp
-    "${compile[@]}" "${warnings[@]}" nodes.cpp -o nodes "${flags[@]}"
-    ./nodes model.mek | grep -qx '1 Group bar' || fail "$(./nodes model.mek)"
+    for header in container error model navigation quotes variables; do
+        example_of mekreader/$header.hpp >example.cpp
+        "${compile[@]}" "${warnings[@]}" example.cpp -o example "${flags[@]}"
+        ./example model.mek >>examples.txt
+    done
+    for line in '1 Group bar' '/bar/HE8: 1 children' '"model.mek"' 'Temperature at all steps'; do
+        grep -qxF "$line" examples.txt || fail "$line is not in: $(<examples.txt)"
+    done
 }
 
 # $1: language; builds the solver in a new folder with CMake, and from the command line given by the

@@ -179,10 +179,9 @@ public:
 
     /// Finds a node by its path: separator, name of the root, separator, next name, and so on.
     ///
-    /// `separator` is one string. The separator after the root's name is not compared: as many
-    /// bytes as `separator` has are skipped. If several children have the same name, the one that
-    /// was added first is found. The path of a geometry is the path of its shape, the separator,
-    /// and the name of the shape again.
+    /// `separator` is one string. After the root's name, any bytes of its length are accepted. If
+    /// several children have the same name, the one that was added first is found. The path of a
+    /// geometry is the path of its shape, the separator, and the name of the shape again.
     ///
     /// Afterwards the current node is the root, even if nothing was found. An empty path does not
     /// change the current node.

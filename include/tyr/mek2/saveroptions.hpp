@@ -45,8 +45,8 @@ struct SaverOptions {
 
     /// True: the file can be recovered if the process is killed; see `Model::checkpoint`. A second
     /// file, NAME.journal, records the calls and blocks of the write cycle. `close` removes it when
-    /// the file is complete. A journal of an earlier run is an error; with `overwrite` it is
-    /// removed together with its temporary file.
+    /// the file is complete. If a journal of an earlier run exists, `saveTo` raises an exception;
+    /// with `overwrite` it removes that journal and its temporary file.
     bool journal = false;
 
     /// True: the file is written under a temporary name in the same folder, and `close` renames it.

@@ -11,6 +11,22 @@
 ///
 /// Blocks 19, 219, 419 ... each contain a table of 200 further entries if the file needs them. The
 /// blocks of one name, in order, are one stream of bytes.
+///
+/// @code
+/// #include <mekreader/container.hpp>
+///
+/// #include <iostream>
+///
+/// int main(int argc, char** argv) {
+///     for (int i = 1; i < argc; ++i) {
+///         MekReader::Container container(argv[i]);
+///         for (const MekReader::Block& block : container.blocks()) {
+///             std::cout << block.name << " at " << block.position << '\n';
+///         }
+///         std::cout << container.stream("Mek Tree").size() << " bytes of nodes\n";
+///     }
+/// }
+/// @endcode
 #pragma once
 
 #include <cstdint>
@@ -28,7 +44,7 @@ namespace MekReader {
 /// One entry of the index, and the values derived from it.
 struct Block {
     static constexpr std::uint8_t compressFlag = 0x01; ///< the content is compressed
-    static constexpr std::uint8_t freezeFlag = 0x20;   ///< see the format of the index
+    static constexpr std::uint8_t freezeFlag = 0x20;   ///< the block may be written before `close`
 
     std::uint64_t number = 0;       ///< from 0
     std::uint8_t id = 0;            ///< as in the file

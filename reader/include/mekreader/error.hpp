@@ -1,5 +1,24 @@
 /// @file
 /// Errors of the reader.
+///
+/// @code
+/// #include <mekreader/error.hpp>
+/// #include <mekreader/model.hpp>
+///
+/// #include <iostream>
+///
+/// int main(int argc, char** argv) {
+///     for (int i = 1; i < argc; ++i) {
+///         try {
+///             MekReader::check(argv[i]);
+///         } catch (const MekReader::Unfinished& error) {
+///             std::cerr << argv[i] << ": " << error.what() << "; try mekrecover\n";
+///         } catch (const MekReader::Error& error) {
+///             std::cerr << argv[i] << " is damaged: " << error.what() << '\n';
+///         }
+///     }
+/// }
+/// @endcode
 #pragma once
 
 #include <stdexcept>

@@ -1,5 +1,21 @@
 /// @file
 /// Ancestors and paths of nodes.
+///
+/// @code
+/// #include <mekreader/navigation.hpp>
+///
+/// #include <iostream>
+///
+/// int main(int argc, char** argv) {
+///     for (int i = 1; i < argc; ++i) {
+///         const MekReader::File file(argv[i]);
+///         for (const MekReader::Node& node : file.nodes()) {
+///             std::cout << MekReader::pathOf(file, node) << ": "
+///                       << MekReader::childrenOf(file, node).size() << " children\n";
+///         }
+///     }
+/// }
+/// @endcode
 #pragma once
 
 #include "mekreader/model.hpp"

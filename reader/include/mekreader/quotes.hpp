@@ -1,5 +1,17 @@
 /// @file
 /// Quotes strings of a file, so that they can be printed in a line of text.
+///
+/// @code
+/// #include <mekreader/quotes.hpp>
+///
+/// #include <iostream>
+///
+/// int main(int argc, char** argv) {
+///     for (int i = 1; i < argc; ++i) {
+///         std::cout << MekReader::inQuotes(argv[i]) << '\n';
+///     }
+/// }
+/// @endcode
 #pragma once
 
 #include <string>

@@ -1,5 +1,23 @@
 /// @file
 /// Names, types and values of variables.
+///
+/// @code
+/// #include <mekreader/variables.hpp>
+///
+/// #include <iostream>
+///
+/// int main(int argc, char** argv) {
+///     for (int i = 1; i < argc; ++i) {
+///         const MekReader::File file(argv[i]);
+///         for (const MekReader::Node& node : file.nodes()) {
+///             for (const MekReader::Variable& variable : node.variables) {
+///                 const MekReader::VariableName name = MekReader::splitName(variable.name);
+///                 std::cout << name.quantity << " at " << name.step.value_or("all steps") << '\n';
+///             }
+///         }
+///     }
+/// }
+/// @endcode
 #pragma once
 
 #include "mekreader/model.hpp"
