@@ -2,6 +2,7 @@
 #include "mekreader/variables.hpp"
 #include "support/program.hpp"
 #include "support/testing.hpp"
+#include "support/withoutdate.hpp"
 
 #include <gtest/gtest.h>
 
@@ -104,6 +105,9 @@ TEST_F(ConverterTest, ConvertsTheSameModelFromShortTextAndBinaryBlocks) {
                              missing, missing, 0x3F800000, 0x40000000, 0xC0400000}));
             EXPECT_EQ(file.floats(variable(*shape, "SDV.G", "Step 1 t=2.5"))[3], 7);
         }
+        const std::string written = Testing::withoutDate(path("job.mek"));
+        EXPECT_EQ(Testing::run("frd2mek job.frd --overwrite --threads 3").exitCode, 0);
+        EXPECT_TRUE(Testing::withoutDate(path("job.mek")) == written);
     }
 }
 

@@ -81,7 +81,7 @@ std::optional<WholeBlock> BlockScanner::next(const Sink& sink) {
     return block;
 }
 
-/// The table is final only in a finished file; before, its place may not be written.
+/// The table is final only in a complete file; before, its place may not be written.
 void BlockScanner::skipIndexBlock() {
     if (isIndexBlock(number_) && remaining() > indexBlockLength) {
         ++number_;
