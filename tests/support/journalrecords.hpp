@@ -32,11 +32,12 @@ inline std::vector<std::string> recordsOf(const std::string& journal) {
     return records;
 }
 
-inline std::string withChecksum(const std::string& record) {
-    const auto* const bytes = reinterpret_cast<const Bytef*>(record.data());
-    return record +
-           bytesOf(static_cast<std::uint32_t>(crc32(0, bytes, static_cast<uInt>(record.size()))));
+inline std::string checksumOf(const std::string& content) {
+    const auto* const bytes = reinterpret_cast<const Bytef*>(content.data());
+    return bytesOf(static_cast<std::uint32_t>(crc32(0, bytes, static_cast<uInt>(content.size()))));
 }
+
+inline std::string withChecksum(const std::string& record) { return record + checksumOf(record); }
 
 inline std::string makeRecord(char kind, const std::string& payload) {
     return withChecksum(bytesOf(static_cast<std::uint32_t>(payload.size())) + kind + payload);
