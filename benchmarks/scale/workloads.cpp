@@ -4,7 +4,9 @@
 
 #include <tyr/mek2/model.hpp>
 
+#include <algorithm>
 #include <cstdlib>
+#include <random>
 #include <stdexcept>
 
 namespace Bench {
@@ -96,6 +98,16 @@ double groupLookUps(std::uint32_t count, const std::string& path) {
     return lookUps(model, paths(count, flatPath));
 }
 
+double shuffledGroupLookUps(std::uint32_t count, const std::string& path) {
+    Model model;
+    open(model, path);
+    addGroups(model, count);
+    std::vector<std::string> all = paths(count, flatPath);
+    std::shuffle(all.begin(), all.end(), std::mt19937{});
+    // the strings themselves are in order again, so that only the order of the nodes differs
+    return lookUps(model, std::vector<std::string>(all));
+}
+
 double shapeLookUps(const std::vector<std::string>& all, const std::string& path) {
     Model model;
     open(model, path);
@@ -158,6 +170,7 @@ std::vector<ScaleWorkload> scaleWorkloads() {
     return {
         {"groups by addNode", groups, upToMillion},
         {"getNodeId of each group", groupLookUps, upToMillion},
+        {"getNodeId of each group, random order", shuffledGroupLookUps, upToMillion},
         {"shapes by flat paths", onPaths(shapes, flatPath), upToMillion},
         {"getNodeId of each flat path", onPaths(shapeLookUps, flatPath), upToMillion},
         {"shapes by deep paths", onPaths(shapes, deepPath), upToMillion},

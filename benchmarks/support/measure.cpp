@@ -36,9 +36,8 @@ std::uint64_t peakMemory() {
 
 template <class T>
 T median(std::vector<T> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
+    std::sort(values.begin(), values.end());
+    return (values[(values.size() - 1) / 2] + values[values.size() / 2]) / 2;
 }
 
 template double median(std::vector<double>);

@@ -40,7 +40,7 @@ double processorSecondsOf(const Action& action) {
 /// Largest resident size of this process so far, in bytes.
 std::uint64_t peakMemory();
 
-/// The median of one or more values; of an even number, the upper of the two middle ones.
+/// The median of one or more values.
 template <class T>
 T median(std::vector<T> values);
 
