@@ -1,4 +1,7 @@
-"""Cell types that meshio reads or writes although its table of dimensions lacks them."""
+"""Cell types that meshio reads or writes although its table of dimensions lacks them.
+
+The table is public: it is in ``meshio.__all__``. But meshio 5 does not bind that name.
+"""
 
 from __future__ import annotations
 
