@@ -31,7 +31,7 @@ module mekapi2
     integer, parameter, public :: MEK_FLAGGED_ROOT_GROUP = 1, MEK_ROOT_GROUP = 2, MEK_GROUP = 3, &
         MEK_SHAPE = 4
 
-    !> Keys of `mek_properties`: of groups, and from `MEK_DIFFUSE_COLOR` on of shapes.
+    !> Keys of `mek_properties`. The first three are for groups, the others for shapes.
     integer, parameter, public :: MEK_TRANSLATION = 0, MEK_ROTATION = 1, MEK_SCALE = 2, &
         MEK_DIFFUSE_COLOR = 3, MEK_SPECULAR_COLOR = 4, MEK_EMISSIVE_COLOR = 5, &
         MEK_AMBIENT_COLOR = 6, MEK_TRANSPARENCY = 7, MEK_AMBIENT_INTENSITY = 8, MEK_SHININESS = 9, &
@@ -121,7 +121,7 @@ module mekapi2
         module procedure new_step
     end interface
 
-    !> What the last call with a model reported.
+    !> The result of the last call with a model, or of a call without one.
     type :: mek_error
         integer :: status = MEK_OK !< `MEK_OK` if it succeeded
         character(:), allocatable :: class_name !< such as "InvalidObjectState"
@@ -204,7 +204,7 @@ module mekapi2
         !> temporary_path()
         !>
         !> Function: the path of the temporary file of `replace_when_complete`, or an empty string.
-        !> One thread at a time may call it, also with different models: gfortran 12 keeps the
+        !> Call it from one thread at a time, even for different models: gfortran 12 keeps the
         !> length of such a result in a static variable.
         procedure :: temporary_path
         !> add_node(kind, name, id, attributes, stat, errmsg)
@@ -281,7 +281,7 @@ module mekapi2
         !> last_error(error)
         !>
         !> Describes the result of the last call of the library with this model; `error` is a
-        !> `mek_error`, with empty strings if there was none since its creation or `destroy`. If
+        !> `mek_error`, with empty strings before the first call and after `destroy`. If
         !> the size of `ids` or `attributes` is not that of `paths`, or `threads` or `block_size`
         !> is negative, the error occurs before that call: only `stat` and `errmsg` have it.
         procedure :: last_error
@@ -299,7 +299,7 @@ module mekapi2
     type :: mek_recovery_amount
         integer(int64) :: calls = 0 !< calls that changed the model
         integer(int64) :: arrays = 0 !< calls that added an array
-        integer(int64) :: steps = 0 !< different step names
+        integer(int64) :: steps = 0 !< different step names; in `lost`, those without a saved array
         integer(int64) :: bytes = 0 !< of the arrays, before compression
     end type
 

@@ -1,7 +1,7 @@
 /// @file
 /// Macros that mark what the shared library exports. Applications do not use these macros.
 ///
-/// On Windows, define MEKAPI2_STATIC to link the object files instead of the DLL.
+/// On Windows, define MEKAPI2_STATIC to link the static library instead of the DLL.
 #pragma once
 
 // Every public header with declarations includes this one first. With the Microsoft compiler,

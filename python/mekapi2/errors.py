@@ -1,6 +1,6 @@
 """The exceptions of the library.
 
-All derive from `Error`. Each also derives from a built-in exception, so that for example
+`InexactConversion` is a `ValueError`. All others derive from `Error`. Each also derives from a built-in exception, so that for example
 ``except OSError`` or ``except KeyError`` catches it. An error of the system has its ``errno``,
 ``strerror`` and ``filename``. Failed allocations raise `MemoryAllocationException` for blocks and
 `MemoryError` otherwise. Arguments of an invalid type or range raise `TypeError` or `ValueError`.

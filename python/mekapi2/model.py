@@ -105,7 +105,8 @@ class Model:
     FileNotFoundError, PermissionError, IsADirectoryError, OSError
         The file cannot be created.
     ValueError
-        The path is empty or contains a zero character, or ``threads`` is negative.
+        The path is empty or contains a zero character, or ``threads`` is negative
+        or above 1024.
     """
 
     def __init__(
@@ -503,7 +504,8 @@ class Model:
         OverflowError
             The array has 2**31 rows or more, or 2**32 bytes or more.
         FileWriteException
-            Writing failed; `close` will fail as well. Also an `OSError`.
+            Writing failed; `close` fails as well unless a later call can write the missing bytes.
+            Also an `OSError`.
         """
         kind = _plain.member(DatasetType, type)
         values = _plain.array(kind, array)

@@ -131,7 +131,7 @@ typedef struct mek_error {
 /// Describes the result of the last call with a model.
 ///
 /// - `model`: null: describes the last call of this thread that had no model or a null model
-/// @return a description that is valid until the next such call; not null
+/// @return a description, not null; valid until the next call with this model, or without one
 ///
 /// Threads: model.
 MEK_API const mek_error* mek_last_error(const mek_model* model);
@@ -247,7 +247,7 @@ MEK_API mek_status mek_options_set_journal(mek_options* options, int journal);
 MEK_API mek_status mek_options_set_replace_when_complete(mek_options* options,
                                                          int replace_when_complete);
 
-/// Compresses large arrays in chunks, and calls this function to run the tasks on threads of the
+/// Compresses blocks in chunks, and calls this function to run the tasks on threads of the
 /// application. The bytes of the file do not depend on the number of threads. They differ from
 /// those without this option; the content is the same. Null, the default: no chunks. Replaces
 /// `mek_options_set_threads`. The function and `context` must be valid until the write cycle ends.
@@ -532,7 +532,8 @@ typedef struct mek_array_options {
 /// @retval MEK_KEY_NOT_FOUND no node has one of the ids; the current node is then this unknown id
 /// @retval MEK_VALUE_OUT_OF_RANGE an integer is out of range after `base` is subtracted; nothing is
 ///     written
-/// @retval MEK_FILE_WRITE the system could not write; `mek_close` will also fail
+/// @retval MEK_FILE_WRITE the system could not write; `mek_close` fails as well unless a later call
+///     can write the missing bytes
 /// @retval MEK_MISCELLANEOUS a block cannot be compressed
 /// @retval MEK_BLOCK_MEMORY no memory for a block
 /// @{
@@ -566,7 +567,7 @@ MEK_API mek_status mek_add_array_f64(mek_model* model, mek_dataset_type type, co
 typedef struct mek_recovery_amount {
     uint64_t calls;  ///< calls that changed the model, arrays included
     uint64_t arrays; ///< calls that added an array
-    uint64_t steps;  ///< different step names
+    uint64_t steps;  ///< different step names; in `lost`, those without a saved array
     uint64_t bytes;  ///< of the arrays, before compression
 } mek_recovery_amount;
 

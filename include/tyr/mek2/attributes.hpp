@@ -29,8 +29,8 @@ namespace Tyr::Mek2 {
 
 struct ValueAccess;
 
-/// All types of attribute values. `Attributes::set` accepts seven of them; not all can be stored in
-/// the file:
+/// All types of attribute values. `Attributes::set` accepts seven of them. The file stores them as
+/// follows:
 ///
 /// | Type                             | In the file                                            |
 /// |----------------------------------|--------------------------------------------------------|

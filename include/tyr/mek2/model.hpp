@@ -43,9 +43,9 @@ class Database;
 ///
 /// A write cycle starts with `saveTo`. It ends with `close`, or with the destruction of the
 /// `Model`. In between, the application builds the tree and adds arrays:
-/// - Arrays are compressed and written while they are added. Memory contains one block (200 MiB, or
-///   the size in the environment variable MEKWRITER_DEFAULT_BLOCK_SIZE), the compressed form of the
-///   block that is being written, and a copy of the array.
+/// - Arrays are compressed and written while they are added. Memory contains one block (of 200 MiB;
+///   see `SaverOptions::blockSize`), the compressed form of the block that is being written, and a
+///   copy of the array.
 /// - Names, attributes, materials and the tree are written at `close`. Until then the file is
 ///   unfinished: it has no index, and readers refuse it. With `SaverOptions::journal`, `recover`
 ///   makes a complete file from it.
@@ -179,7 +179,7 @@ public:
 
     /// Finds a node by its path: separator, name of the root, separator, next name, and so on.
     ///
-    /// `separator` is one string. After the root's name, any bytes of its length are accepted. If
+    /// `separator` is one string. The one after the root's name is skipped without a comparison. If
     /// several children have the same name, the one that was added first is found. The path of a
     /// geometry is the path of its shape, the separator, and the name of the shape again.
     ///
@@ -211,9 +211,9 @@ public:
     /// a group are added, and replace those with the same key; attributes of other nodes are
     /// ignored. Values are written at `close`, so the last value of a key is the one in the file.
     ///
-    /// Afterwards the current node is `id`, or the shape if `id` is its geometry. After
-    /// `InvalidArguments` and `TemplateSpecializationNotDefined`, too; the other exceptions change
-    /// nothing.
+    /// Afterwards the current node is `id`, or the shape if `id` is its geometry.
+    /// `InvalidArguments` and `TemplateSpecializationNotDefined` change the current node, too; the
+    /// other exceptions change nothing.
     ///
     /// @throws InvalidObjectState "File not open.": no write cycle is open
     /// @throws OutOfBounds no node has this id
@@ -277,7 +277,8 @@ public:
     /// "Link." are not written. "Category" with the string "Vibration" marks the variable as a
     /// vibration.
     ///
-    /// If there are no rows or no ids, only the type is checked. Otherwise, if there are steps, the
+    /// If there are no rows or no ids, the call only checks that a write cycle is open and that the
+    /// type is valid. Otherwise, if there are steps, the
     /// current node afterwards is the last id. After an error, the variables that were added before
     /// are kept, and the array may be in the file without a variable.
     ///
@@ -294,7 +295,8 @@ public:
     ///     "Invalid arguments": invalid number of columns, or an attribute that cannot be stored
     /// @throws OverflowError 2^31 or more rows or ids, or an array of 2^32 bytes or more
     /// @throws KeyNotFound no node has one of the ids; the current node is then this unknown id
-    /// @throws FileWriteException the system could not write; `close` will also fail
+    /// @throws FileWriteException the system could not write; `close` fails as well unless a later
+    ///     call can write the missing bytes
     template <class Array, class Id, class Steps>
     void addArrayProperty(const std::string& name, DatasetType type, const Array& array,
                           const Id& ids, const Steps& steps,

@@ -494,7 +494,7 @@ class Node:
 
 
 class Owner(NamedTuple):
-    """The variable and step whose dataset a variable has."""
+    """The variable and step that own a dataset."""
 
     variable: Variable
     step: Optional[str]

@@ -40,7 +40,7 @@ struct Group {
     std::array<float, 3> translation{}; ///< x, y, z
     std::array<float, 4> rotation{};    ///< axis x, y, z and angle in radians
     std::array<float, 3> scale{};       ///< x, y, z
-    std::uint8_t rootFlag = 0;          ///< not 0: the root
+    std::uint8_t rootFlag = 0;          ///< not 0: the root, added as `FlaggedRootGroup`
     AttributeList attributes{};         ///< of the group
 };
 

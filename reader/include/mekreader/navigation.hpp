@@ -34,7 +34,7 @@ std::vector<const Node*> ancestorsOf(const File& file, const Node& node);
 std::vector<const Node*> childrenOf(const File& file, const Node& node);
 
 /// The names from the root to the node, each preceded by a '/'. Names are not escaped. The path of
-/// a geometry is that of its shape.
+/// a geometry is that of its shape; `Model::getNodeId` needs the name of the shape once more.
 /// @throws Error as `ancestorsOf`
 std::string pathOf(const File& file, const Node& node);
 
