@@ -14,9 +14,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-#if defined(__GLIBC__)
-#include <malloc.h>
-#endif
 
 namespace {
 
@@ -355,54 +352,5 @@ TEST_F(CTest, RecoversAModel) {
     require(mek_close(model));
     EXPECT_EQ(withoutDate(path("recovered")), withoutDate(path("model")));
 }
-
-#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) // which replaces the allocator
-/// 16 calls.
-void callEachKind(mek_model* model) {
-    const std::uint32_t numbers[] = {1, 2};
-    const std::int32_t integers[] = {1, 2};
-    const float floats[] = {1, 2};
-    const double doubles[] = {1, 2};
-    mek_attributes* attributes = nullptr;
-    mek_properties* properties = nullptr;
-    mek_array_options array = MEK_ARRAY_OPTIONS_INIT;
-    mek_attributes_create(&attributes);
-    mek_attributes_set_string(attributes, "a key of a string", "a string with an allocation");
-    mek_properties_create(&properties);
-    mek_properties_set_f32(properties, MEK_SHININESS, 1);
-    EXPECT_EQ(mek_set_node_data(model, shape, properties, nullptr), MEK_OK);
-    EXPECT_EQ(mek_set_node_data(model, 1, nullptr, attributes), MEK_OK);
-    const mek_step step = {"a step with a long name", attributes};
-    array.name = "an array with a long name";
-    array.steps = &step;
-    array.step_count = 1;
-    EXPECT_EQ(mek_add_array_f32(model, MEK_RESULT_A1, floats, 2, 1, &shape, 1, &array), MEK_OK);
-    EXPECT_EQ(mek_add_array_f64(model, MEK_RESULT_A1, doubles, 2, 1, &shape, 1, &array, nullptr),
-              MEK_OK);
-    EXPECT_EQ(mek_add_array_u32(model, MEK_NODE_IDS, numbers, 2, 1, &shape, 1, &array), MEK_OK);
-    EXPECT_EQ(mek_add_array_i32(model, MEK_NODE_IDS, integers, 2, 1, &shape, 1, &array), MEK_OK);
-    mek_set_current_node_id(model, 9);
-    mek_get_node_id(model, "/root/none", nullptr, nullptr);
-    mek_properties_destroy(properties);
-    mek_attributes_destroy(attributes);
-    mek_attributes_create(nullptr);
-    mek_close(nullptr);
-}
-
-TEST_F(CTest, MakesAMillionCallsInTheSameMemory) {
-    std::size_t used = 0;
-    for (int file = 0; file < 500; ++file) {
-        open(path("model"));
-        for (int round = 0; round < 125; ++round) {
-            callEachKind(model);
-        }
-        require(mek_close(model));
-        if (file == 100) {
-            used = mallinfo2().uordblks;
-        }
-    }
-    EXPECT_EQ(mallinfo2().uordblks, used);
-}
-#endif
 
 } // namespace

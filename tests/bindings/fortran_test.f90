@@ -163,6 +163,7 @@ contains
         type(memory_usage) :: before, after
         real(real32) :: coordinates(3, 2)
         integer(int32) :: id, root, round, rounds, call_number
+        integer :: status
         coordinates = 1
         rounds = 500
         call get_command_argument(2, rounds_given)
@@ -185,6 +186,7 @@ contains
                 call model%set_node_data(1, properties, step%attributes)
                 call model%get_node_id('/root', root)
                 call model%get_node_id(['root '], root)
+                call model%set_current_node_id(9, stat=status)
                 call use_another_model()
             end do
             call model%close()
