@@ -17,7 +17,7 @@ void PutSplit(TyrQbf::Index& index, const std::string& name, const AttributeList
     std::vector<unsigned int> unsignedValues;
     std::vector<float> floats;
     std::vector<double> doubles;
-    std::vector<std::string> texts;
+    std::vector<std::string> strings;
     for (const PackedAttributes::Entry& entry : list.values) {
         keys.emplace_back(entry.key);
         types.push_back(static_cast<unsigned char>(entry.type));
@@ -29,7 +29,7 @@ void PutSplit(TyrQbf::Index& index, const std::string& name, const AttributeList
                 floats.push_back(entry.Value().value.floatValue);
                 break;
             case StringValue:
-                texts.emplace_back(entry.bytes);
+                strings.emplace_back(entry.bytes);
                 break;
             case DoubleValue:
                 doubles.push_back(entry.Value().value.doubleValue);
@@ -41,7 +41,7 @@ void PutSplit(TyrQbf::Index& index, const std::string& name, const AttributeList
     index.Put(name, unsignedValues);
     index.Put(name, floats);
     index.Put(name, doubles);
-    index.Put(name, texts);
+    index.Put(name, strings);
 }
 
 } // namespace TyrUtil

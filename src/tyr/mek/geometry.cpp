@@ -31,11 +31,11 @@ bool IsVibration(const TyrUtil::AttributeList& attributes) {
            category->ToString() == "Vibration";
 }
 
-/// Puts a name and the fields after it, which have `Size` bytes.
-template <std::uint32_t Size, class... Fields>
+/// Puts a name and the fields after it, which begin at `Offsets`.
+template <const auto& Offsets, class... Fields>
 void PutNamed(TyrQbf::Index& index, const std::string& lightName, const std::string& variableName,
               const Fields&... fields) {
-    static_assert((sizeof(Fields) + ...) == Size, "the fields are the record");
+    static_assert(AreFields<Fields...>(Offsets), "the fields are the record");
     index.PutEach(lightName, variableName, fields...);
 }
 
@@ -164,22 +164,22 @@ void Geometry::WriteVariable(TyrQbf::Index& index, const std::string& lightName,
     const NumericArray& array = variable.array;
     const std::uint32_t typeWord = variable.type | (array.elementType << elementTypeShift);
     if (variable.linked) {
-        PutNamed<LinkRecord::size>(index, lightName, variable.name, typeWord, variable.linked,
-                                   variable.linkedNodeId, variable.linkedVariableIndex,
-                                   variable.vibration);
+        PutNamed<LinkRecord::all>(index, lightName, variable.name, typeWord, variable.linked,
+                                  variable.linkedNodeId, variable.linkedVariableIndex,
+                                  variable.vibration);
         return;
     }
-    PutNamed<OwnerRecord::offset>(index, lightName, variable.name, typeWord, variable.linked,
-                                  static_cast<std::uint32_t>(array.byteSize), array.GetWidth(),
-                                  array.firstOption, array.secondOption, array.firstValue,
-                                  array.secondValue, array.thirdOption);
+    PutNamed<OwnerRecord::untilOffset>(index, lightName, variable.name, typeWord, variable.linked,
+                                       static_cast<std::uint32_t>(array.byteSize), array.GetWidth(),
+                                       array.firstOption, array.secondOption, array.firstValue,
+                                       array.secondValue, array.thirdOption);
     const Offsets::iterator offset = OffsetFrom(variable.name);
     if (offset == offsets.cend() || offset->first != variable.name) {
         TYR_RAISE(Tyr::Exception::KeyNotFound());
     }
     latestOffset_ = offset;
-    constexpr std::uint32_t rest = OwnerRecord::size - OwnerRecord::offset;
-    static_assert(rest == sizeof offset->second + sizeof variable.vibration);
+    static_assert(
+        AreFields<decltype(offset->second), decltype(variable.vibration)>(OwnerRecord::fromOffset));
     index.PutEach(lightName, offset->second, variable.vibration);
 }
 

@@ -10,10 +10,8 @@ namespace TyrMek {
 
 namespace {
 
-static_assert(GroupRecord::rotation - GroupRecord::translation == sizeof(Group::translation) &&
-                  GroupRecord::scale - GroupRecord::rotation == sizeof(Group::rotation) &&
-                  GroupRecord::rootFlag - GroupRecord::scale == sizeof(Group::scale) &&
-                  GroupRecord::size - GroupRecord::rootFlag == sizeof(Group::rootFlag),
+static_assert(AreFields<decltype(Group::translation), decltype(Group::rotation),
+                        decltype(Group::scale), decltype(Group::rootFlag)>(GroupRecord::all),
               "the members of a group are its record");
 
 template <std::size_t Count>

@@ -292,7 +292,8 @@ void Tree::SaveTree(TyrQbf::QbFile& output) {
 
 void Tree::SaveNode(TyrQbf::QbFile& output, const TyrAdt::TreeNode<Node*>& node) {
     TyrQbf::Index& index = output.index;
-    static_assert(NodeRecord::name == 6 * sizeof node.id);
+    using Id = decltype(node.id);
+    static_assert(AreFields<Id, Id, Id, Id, Id, Id>(NodeRecord::untilName));
     const std::string none;
     const std::string type = node.value != nullptr ? node.value->GetType() : none;
     index.PutEach(
