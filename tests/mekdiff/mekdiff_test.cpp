@@ -82,7 +82,7 @@ TEST_F(MekDiffTest, FindsEachKindOfDifference) {
     const auto ids = [](Content& content) { content.firstId = 3; };
     const auto lost = [](Content& content) { content.lastShape = "nut"; };
     const std::string line =
-        "\"S\", step \"1\": 2 of 6 values differ, most by 1 in row 1, column 2: "
+        "\"S\", step \"1\": 2 of 6 values differ by at most 1, in row 1, column 2: "
         "1e+06 and 1000001\n";
     expect(
         "", [](Content& content) { content.linked = true; }, 0, "");
@@ -93,13 +93,13 @@ TEST_F(MekDiffTest, FindsEachKindOfDifference) {
     expect("--rel=1e-5 --abs 0.5", stress, 0, "");
     expect("--only \"Node Ids\"", stress, 0, "");
     expect("--rel 0.9", ids, 1, // ids have no tolerance
-           "/R/plate: \"Node Ids\": 1 of 2 values differ, most by 2 in row 0: 1 and 3\n"
+           "/R/plate: \"Node Ids\": 1 of 2 values differ by at most 2, in row 0: 1 and 3\n"
            "1 difference; the largest in /R/plate: \"Node Ids\", row 0: 2\n");
     expect(
         "", [](Content& content) { content.stress[2] = 3; }, 1,
-        "/R/plate: \"S\", step \"1\": 1 of 6 values differ, most by inf in row 0, column 2: nan "
+        "/R/plate: \"S\", step \"1\": 1 of 6 values differ by at most inf, in row 0, column 2: nan "
         "and 3\n"
-        "/R/pin: \"S\", step \"1\": 1 of 6 values differ, most by inf in row 0, column 2: nan "
+        "/R/pin: \"S\", step \"1\": 1 of 6 values differ by at most inf, in row 0, column 2: nan "
         "and 3\n"
         "2 differences; the largest in /R/plate: \"S\", step \"1\", row 0, column 2: inf\n");
     expect("", lost, 1, "/R/pin: only in a.mek\n/R/nut: only in b.mek\n2 differences\n");

@@ -323,9 +323,9 @@ private:
             where += ", column " + toText(difference.position % owner.width);
         }
         const std::uint64_t count = owner.rows() * owner.width;
-        add(place, toText(difference.count) + " of " + toText(count) + " values differ, most by " +
-                       toText(difference.largest) + " in " + where + ": " +
-                       valueText(difference.left, owner) + " and " +
+        add(place, toText(difference.count) + " of " + toText(count) +
+                       " values differ by at most " + toText(difference.largest) + ", in " + where +
+                       ": " + valueText(difference.left, owner) + " and " +
                        valueText(difference.right, owner));
         if (result_.largest.empty() || difference.largest > largest_) {
             largest_ = difference.largest;
