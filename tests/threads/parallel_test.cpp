@@ -112,8 +112,6 @@ TEST_F(ParallelTest, LevelsAndBlockSizesAreThoseOfTheOptions) {
             options.compressionLevel = level;
             write("file", options);
             sizes.push_back(size("file"));
-            const std::string header{'\x78', level == 1 ? '\x01' : level == 6 ? '\x9C' : '\xDA'};
-            EXPECT_EQ(Testing::readFile(path("file")).substr(2804, 2), header) << level;
         }
     }
     EXPECT_GT(sizes[0], sizes[2]);
