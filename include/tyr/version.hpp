@@ -1,5 +1,13 @@
 /// @file
 /// The version of the library. The build system and the packages read it from this file.
+///
+/// @code
+/// #include <tyr/version.hpp>
+///
+/// static_assert(MEKAPI2_VERSION_MAJOR >= 2, "this program needs a newer library");
+///
+/// int main() {}
+/// @endcode
 #pragma once
 
 /// Increases with incompatible changes of the interface. Part of the name of the shared library.
