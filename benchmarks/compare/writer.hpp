@@ -5,7 +5,7 @@
 ///     write_NAME WORKLOAD FILE [VARIANT]
 ///
 /// A `Writer` is constructed from path and variant and opens the file. `add` takes one array;
-/// every byte has been handed to the system when `close` returns. `Writer::Input` is the type in
+/// the system has every byte when `close` returns. `Writer::Input` is the type in
 /// which a user of that writer holds an array: constructed from a `Dataset`, refilled by `fill`.
 #pragma once
 

@@ -272,9 +272,9 @@ module mekapi2
         !>   for a 32-bit real. They are written as infinite. Without `out_of_range`, such a value
         !>   gives `MEK_VALUE_OUT_OF_RANGE`.
         !>
-        !> Errors: also `MEK_INVALID_STATE`, `MEK_INVALID_ARGUMENTS`, `MEK_OVERFLOW`,
+        !> More errors: `MEK_INVALID_STATE`, `MEK_INVALID_ARGUMENTS`, `MEK_OVERFLOW`,
         !> `MEK_KEY_NOT_FOUND`, `MEK_FILE_WRITE`, `MEK_MISCELLANEOUS`, `MEK_BLOCK_MEMORY`, and
-        !> `MEK_MISUSE` if `steps` is empty. Pass the arguments after `ids` by keyword.
+        !> `MEK_MISUSE` if `steps` is empty. Pass the arguments after `step` by keyword.
         generic :: add_array => add_real32_1, add_real32_2, add_real64_1, add_real64_2, &
             add_int32_1, add_int32_2, add_real32_1_id, add_real32_2_id, add_real64_1_id, &
             add_real64_2_id, add_int32_1_id, add_int32_2_id

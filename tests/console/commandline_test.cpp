@@ -248,7 +248,7 @@ TEST_F(CommandLineTest, ReportsWhatCannotBeWritten) {
         {"mkfifo pipe && frd2mek pipe", 1, "", "frd2mek: pipe: needs a regular file\n"},
         // standard error must not become the number of the output file
         {"frd2mek --overwrite job.frd 2>&-", 0, "job.mek: ", ""},
-        // as a full disk: every write behind the first bytes fails
+        // as a full disk: every write after the first bytes fails
         {"trap '' XFSZ; ulimit -f 1; frd2mek job.frd full.mek", 1, "",
          "frd2mek: full.mek: File too large\n"},
         {"ulimit -f 1; frd2mek job.frd full.mek", 128 + SIGXFSZ, "", ""},

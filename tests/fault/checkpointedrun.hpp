@@ -152,7 +152,7 @@ protected:
     }
 
     /// Whether the recovered file has all that was promised, and nothing that was not given.
-    /// @return what is wrong
+    /// @return the error, or an empty string
     std::string recoveryError(const std::set<std::string>& promised) {
         const std::string failure = recoverFirst();
         if (!failure.empty()) {

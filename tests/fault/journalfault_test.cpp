@@ -19,7 +19,7 @@ struct JournalFault {
     const char* name;
     Fault fault;
     bool replaces;
-    bool isTransient; ///< the last checkpoint makes up for it
+    bool isTransient; ///< the last checkpoint writes what is missing
 };
 
 std::ostream& operator<<(std::ostream& out, const JournalFault& kind) { return out << kind.name; }

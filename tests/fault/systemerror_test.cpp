@@ -67,7 +67,7 @@ TEST_F(FullDeviceTest, AFileThatDoesNotFitIsReportedAndUnfinished) {
 }
 
 /// The application frees space after a checkpoint that failed; the checkpoint before is kept.
-TEST_F(FullDeviceTest, ACheckpointThatDoesNotFitIsMadeUpForByTheNext) {
+TEST_F(FullDeviceTest, ACheckpointThatDoesNotFitIsRepeatedByTheNext) {
     const BlockSizeVariable blockSize("200");
     const fs::path output = temporaryPath("recovered");
     CheckpointedRun complete(output.string(), 22);

@@ -183,7 +183,7 @@ private:
             attributes.set("a string with a long key", "a string that needs an allocation");
             attributes.set("a vector", std::vector<float>(7));
             NodeProperties properties;
-            properties.set(PropertyType::Shininess, "a string of the wrong kind");
+            properties.set(PropertyType::Shininess, "a string, which is invalid");
             StepList steps(1);
             steps.set(0, Step{"a step with a long name", attributes});
             copyTo(Step(), steps[0]);

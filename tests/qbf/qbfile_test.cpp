@@ -133,7 +133,7 @@ TEST_F(IndexTest, RejectsAFlushAboveAnUnsettledBlock) {
     EXPECT_THROW(file.index.FlushFrozen(file.stream), Tyr::Exception::NotYetImplemented);
 }
 
-TEST_F(IndexTest, KeepsPiecesAndBytesInBlocksOfTheirOwn) {
+TEST_F(IndexTest, KeepsPiecesAndBytesInSeparateBlocks) {
     const auto piece = [](const std::string& content) {
         auto compressed = std::make_shared<DeflatePiece>();
         CompressPiece(reinterpret_cast<const unsigned char*>(content.data()), content.size(), 6,

@@ -31,7 +31,7 @@ inline Run run(const std::string& command) {
     const std::string programs = std::filesystem::path(programFolder).make_preferred().string();
     const std::string redirection = " > \"" + output + "\" 2> \"" + errors + '"';
 #if defined(_WIN32)
-    // a single command: not every shell accepts redirections behind a group
+    // a single command: not every shell accepts redirections after a group
     const std::string line = "set \"PATH=" + programs + ";%PATH%\" && " + command + redirection;
 #else
     const std::string line = "PATH='" + programs + "':$PATH; ( " + command + " )" + redirection;

@@ -87,7 +87,8 @@ void declareOptions(CLI::App& app, CommandLine& values) {
                  "with --vtu: smaller files; ParaView of Debian 12 cannot open them")
         ->needs(vtu);
     excludeEachOther({{all}, {json, stats}, {check, lint}, {array}, {vtu}});
-    app.add_flag("-q,--quiet", values.quiet, "print only what is wrong")->excludes(json, stats);
+    app.add_flag("-q,--quiet", values.quiet, "print only errors and findings")
+        ->excludes(json, stats);
 }
 
 } // namespace MekInfo

@@ -12,7 +12,7 @@ struct Finding {
     std::string node{};     ///< id and path, such as "3 (/assembly/wheel)"
     std::string variable{}; ///< name of the quantity
     std::string step{};
-    std::string message{}; ///< what is wrong, with numbers
+    std::string message{}; ///< the finding, with numbers
 };
 
 using Report = std::function<void(const Finding&)>;

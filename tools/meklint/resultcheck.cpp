@@ -17,7 +17,7 @@ std::string mismatch(const Variable& result, std::uint64_t rows, const char* thi
            things;
 }
 
-/// What is wrong with a result on a mesh; empty if nothing is.
+/// The finding about a result on a mesh; empty if there is none.
 std::string problemOf(const Variable& result, const MeshVariables& mesh, const Node& geometry) {
     if (mesh.coordinates == nullptr) {
         return "there are no coordinates for it";

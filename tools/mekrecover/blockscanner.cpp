@@ -97,7 +97,7 @@ std::size_t BlockScanner::readPiece() {
     return static_cast<std::size_t>(file_.gcount());
 }
 
-/// Inflates the stream at the current position of the file.
+/// Decompresses the stream at the current position of the file.
 /// @return its length; none if it does not end, or has another content length or checksum
 std::optional<std::uint64_t> BlockScanner::inflateStream(std::uint32_t contentLength,
                                                          const Sink& sink) {

@@ -10,7 +10,7 @@
 namespace MekRecover {
 
 /// Writes the complete file and prints what was saved and what is lost.
-/// @param warn gets what is wrong as "path: reason"
+/// @param warn gets each problem as "path: reason"
 /// @return whether everything that the journal records was saved
 /// @throws Console::FileError nothing can be saved, or the output cannot be written
 bool recoverModel(const CommandLine& commandLine,

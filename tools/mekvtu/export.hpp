@@ -27,13 +27,13 @@ struct ExportOptions {
     bool raw = false;
 
     /// Called before each file and at the end with the share of the work that is done. An exception
-    /// that it throws ends the export, as a failure does.
+    /// that it throws ends the export, as an error does.
     std::function<void(std::size_t done, std::size_t all)> progress{};
 };
 
 /// Writes one `.vtu` file for each mesh part and step, then the collection `STEM.pvd`, which lists
 /// them. Creates folders as needed. All files have temporary names until the last is complete; then
-/// they replace files of the same names, so a failure leaves an earlier export as it was, unless
+/// they replace files of the same names, so an error leaves an earlier export as it was, unless
 /// renaming fails. A variable whose links form a circle is left out, with a note.
 ///
 /// Memory is used for the meshes, the arrays without a step, and one mesh part at one step.

@@ -131,7 +131,7 @@ typedef struct mek_error {
 /// Describes the result of the last call with a model.
 ///
 /// - `model`: null: describes the last call of this thread that had no model or a null model
-/// @return a description, not null; valid until the next call with this model, or without one
+/// @return a description, not null; valid until the next call that it would describe
 ///
 /// Threads: model.
 MEK_API const mek_error* mek_last_error(const mek_model* model);
@@ -249,14 +249,14 @@ MEK_API mek_status mek_options_set_replace_when_complete(mek_options* options,
 
 /// Compresses blocks in chunks, and calls this function to run the tasks on threads of the
 /// application. The bytes of the file do not depend on the number of threads. They differ from
-/// those without this option; the content is the same. Null, the default: no chunks. Replaces
-/// `mek_options_set_threads`. The function and `context` must be valid until the write cycle ends.
-/// Threads: options.
+/// those without this option; the content is the same. Null, the default: no chunks. Cancels an
+/// earlier `mek_options_set_threads`. The function and `context` must be valid until the write
+/// cycle ends. Threads: options.
 MEK_API mek_status mek_options_set_parallel_for(mek_options* options, mek_parallel_for function,
                                                 void* context);
 
 /// The same with `threads` threads: the calling one, and others that end before the call returns.
-/// 0: one per processor. Replaces `mek_options_set_parallel_for`. Threads: options.
+/// 0: one per processor. Cancels an earlier `mek_options_set_parallel_for`. Threads: options.
 MEK_API mek_status mek_options_set_threads(mek_options* options, uint32_t threads);
 
 /// Size in bytes at which a block of arrays ends. 0, the default: the value of the environment

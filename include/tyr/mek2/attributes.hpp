@@ -1,5 +1,5 @@
 /// @file
-/// Attributes: named values that describe a group or a result.
+/// Attributes: named values that describe a group or a variable.
 ///
 /// @code
 /// #include <tyr/mek2/model.hpp>

@@ -124,7 +124,8 @@ public:
     /// only on `close(2)` are not detected.
     ///
     /// @throws FileWriteException "Unable to write to file" or "Saving the buffer failed": the
-    ///     system could not write or seek
+    ///     system could not write or seek; with `SaverOptions::replaceWhenComplete` also if it
+    ///     could not rename the file
     /// @throws FileOpenException with `SaverOptions::replaceWhenComplete`, "File exists.":
     ///     `overwrite` is false, and a file has appeared at the path since `saveTo`
     /// @throws OverflowError names, attributes or other data of one kind have 2^32 bytes or more
@@ -179,9 +180,10 @@ public:
 
     /// Finds a node by its path: separator, name of the root, separator, next name, and so on.
     ///
-    /// `separator` is one string. The one after the root's name is skipped without a comparison. If
-    /// several children have the same name, the one that was added first is found. The path of a
-    /// geometry is the path of its shape, the separator, and the name of the shape again.
+    /// `separator` is one string. The separator after the root's name is not compared: only its
+    /// length counts. If several children have the same name, the one that was added first is
+    /// found. The path of a geometry is the path of its shape, the separator, and the name of the
+    /// shape again.
     ///
     /// Afterwards the current node is the root, even if nothing was found. An empty path does not
     /// change the current node.
@@ -213,7 +215,7 @@ public:
     ///
     /// Afterwards the current node is `id`, or the shape if `id` is its geometry.
     /// `InvalidArguments` and `TemplateSpecializationNotDefined` change the current node, too; the
-    /// other exceptions change nothing.
+    /// other exceptions below change nothing.
     ///
     /// @throws InvalidObjectState "File not open.": no write cycle is open
     /// @throws OutOfBounds no node has this id

@@ -189,7 +189,8 @@ public:
 ///
 /// `Model::addArrayProperty` calls one function of the source, once: `read` if the array completes
 /// a block, which is then written, and `load` otherwise. It calls none if there are no rows, or
-/// after an earlier error. If the source or the file raises an error, the array is not in the file.
+/// if the call fails before. If the source or the file raises an error, the array is not in the
+/// file.
 class MEKAPI2_API PackedStream {
 public:
     /// @param parts descriptions of the parts, in the order of their rows

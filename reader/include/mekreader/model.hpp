@@ -102,7 +102,7 @@ struct Modifier {
     std::string toolName{};      ///< of the program
     std::string toolVersion{};   ///< of the program
     std::string formatVersion{}; ///< of the model
-    std::string date{};          ///< local time, as text
+    std::string date{};          ///< local time, as a string
     std::string computerName{};  ///< empty if it was not recorded
     std::string userName{};      ///< empty if it was not recorded
     std::string comment{};       ///< mostly empty

@@ -97,7 +97,7 @@ using LeftOutValues = std::map<std::string, std::uint64_t>;
 /// An open result file. Between two calls it keeps only the node table and the job.
 ///
 /// Every operation raises `FormatError` for an invalid line, and `std::runtime_error` if the file
-/// cannot be read. An unfinished file ends behind its last complete block.
+/// cannot be read. An unfinished file ends after its last complete block.
 class ResultFile {
 public:
     /// Reads everything up to the first result.

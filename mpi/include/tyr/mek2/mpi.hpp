@@ -64,7 +64,7 @@ using FailedRank = boost::error_info<struct FailedRankTag, int>;
 ///
 /// Errors are collective. What is raised on one rank is raised on all, with the same class; the
 /// message begins with "rank N: ", and `FailedRank` is attached. If several ranks fail, the error
-/// of the lowest rank is raised, but that of a destroyed model before all others. The model can be
+/// of a destroyed model is raised, otherwise that of the lowest rank. The model can be
 /// used afterwards as documented at `Model`. Exceptions of other libraries become
 /// `MiscelleneousException`. `std::bad_alloc` becomes `MemoryAllocationException`. Different calls
 /// or different arguments are an error, too: `InvalidArguments`. From the next call on, the calls
