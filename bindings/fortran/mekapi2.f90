@@ -176,13 +176,15 @@ module mekapi2
         !>
         !> - `overwrite`: an existing file is replaced; otherwise it is an error.
         !> - `tool_name`, `tool_version`: of the writing program.
-        !> - `relink_replaced`: a variable that is a link and gets a new array becomes its owner.
+        !> - `relink_replaced`: the first variable of a call becomes the owner of the array, also if
+        !>   it was a link.
         !> - `journal`: allows `checkpoint`, and recovery after the program was killed.
         !> - `replace_when_complete`: the file has a temporary name until `close`.
         !> - `threads`: number of threads that compress; 0: one per processor.
         !> - `parallel_for`, `parallel_context`: a `bind(C)` function of type `mek_parallel_for` of
         !>   docs/c.md, as a `c_funptr`, and its context, as a `c_ptr`.
-        !> - `block_size`: bytes of arrays after which a block ends. 0: the default of 200 MiB.
+        !> - `block_size`: bytes of arrays after which a block ends. 0: the value of the environment
+        !>   variable MEKWRITER_DEFAULT_BLOCK_SIZE, or 200 MiB.
         !> - `compression_level`: 1 (fast) to 9 (small); the default is 6.
         !>
         !> Errors: `MEK_INVALID_STATE`, `MEK_INVALID_ARGUMENTS`, `MEK_FILE_OPEN`, `MEK_FILE_WRITE`,
@@ -283,7 +285,7 @@ module mekapi2
         !> Describes the result of the last call of the library with this model; `error` is a
         !> `mek_error`, with empty strings before the first call and after `destroy`. If
         !> the size of `ids` or `attributes` is not that of `paths`, or `threads` or `block_size`
-        !> is negative, the error occurs before that call: only `stat` and `errmsg` have it.
+        !> is negative, the library is not called: only `stat` and `errmsg` have the error.
         procedure :: last_error
         !> destroy()
         !>

@@ -215,7 +215,7 @@ typedef void (*mek_task)(void* data, size_t index);
 ///
 /// - `context`: the pointer that was passed to `mek_options_set_parallel_for`
 /// @return 0; another number ends the call of the library with `MEK_CALLBACK_FAILED`. If it returns
-///     0 without a call of each task, the error is `MEK_MISCELLANEOUS`.
+///     0 and has skipped a task, the error is `MEK_MISCELLANEOUS`.
 typedef int (*mek_parallel_for)(void* context, size_t count, mek_task task, void* data);
 
 /// Creates options with the defaults given below. Threads: any.
@@ -506,7 +506,7 @@ typedef struct mek_array_options {
 /// The array is written once. There is one variable for each pair of an id and a step, in the order
 /// of the ids. The first variable is the owner of the array and has the attributes; the others are
 /// links to it. Ids of groups and shapes are ignored. If the geometry already has a variable of
-/// this name and step, it gets the new array. If this is the first variable and a link, it stays a
+/// this name and step, it gets the new array. If the first variable is already a link, it stays a
 /// link, and no variable refers to the new array; see `mek_options_set_relink_replaced`. If step
 /// and array have an attribute with the same key, that of the array is used. The keys "Complex",
 /// "Contents", "DataSource", "DataType", "Structure" and those that start with "Link." are not

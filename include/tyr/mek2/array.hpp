@@ -21,9 +21,9 @@
 /// again. Indices are not checked: an index outside the array is undefined behaviour. Each
 /// dimension must be below 2^31; `Model::addArrayProperty` refuses larger arrays.
 ///
-/// Constructors and copy assignment allocate. They raise `std::bad_alloc` if there is no memory or
-/// the size is too large; the target of the assignment then keeps its elements. No other operation
-/// raises an exception.
+/// Constructors, except for moves, and copy assignment allocate. They raise `std::bad_alloc` if
+/// there is no memory or the size is too large; the target of the assignment then keeps its
+/// elements. No other operation raises an exception.
 ///
 /// Different arrays may be used from different threads at the same time.
 #pragma once

@@ -238,7 +238,8 @@ public:
     ///
     /// @return one id for each path, in the same order: the id of the group, or of the geometry of
     ///     the shape; 1 for the path of the root; 0 for a path without a name
-    /// @throws InvalidObjectState "File not open.": no write cycle is open
+    /// @throws InvalidObjectState "File not open.": no write cycle is open, and the list is not
+    ///     empty
     /// @throws InvalidArguments "Relative paths not supported": a path does not start with
     ///     `separator`
     /// @throws NotYetImplemented a path starts with a name other than that of the root

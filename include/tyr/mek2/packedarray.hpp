@@ -2,12 +2,11 @@
 /// Arrays that are compressed where their values are, and added to a `Model` elsewhere.
 ///
 /// A program whose values are distributed compresses each part at its place and sends the
-/// compressed bytes to the process that has the `Model`. Include `<tyr/mek2/model.hpp>`, too: with
-/// this header `Model::addArrayProperty` accepts a `PackedArray`. `<tyr/mek2/mpi.hpp>` does all
-/// this for programs that use MPI.
+/// compressed bytes to the process that has the `Model`. With this header
+/// `Model::addArrayProperty` accepts a `PackedArray`. `<tyr/mek2/mpi.hpp>` does all this for
+/// programs that use MPI.
 ///
 /// @code
-/// #include <tyr/mek2/model.hpp>
 /// #include <tyr/mek2/packedarray.hpp>
 ///
 /// int main() {

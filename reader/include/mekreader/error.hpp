@@ -14,7 +14,7 @@
 ///         } catch (const MekReader::Unfinished& error) {
 ///             std::cerr << argv[i] << ": " << error.what() << "; try mekrecover\n";
 ///         } catch (const MekReader::Error& error) {
-///             std::cerr << argv[i] << " is damaged: " << error.what() << '\n';
+///             std::cerr << argv[i] << ": " << error.what() << '\n';
 ///         }
 ///     }
 /// }
@@ -26,7 +26,8 @@
 
 namespace MekReader {
 
-/// A file violates the format; the message gives the location and the rule.
+/// A file cannot be read or violates the format. The message gives the reason, with the location
+/// and the rule.
 class Error : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

@@ -113,7 +113,7 @@ struct Modifier {
 class File {
 public:
     /// @throws Unfinished the file has no complete index
-    /// @throws Error the file violates the format
+    /// @throws Error the file cannot be opened or violates the format
     explicit File(const std::filesystem::path& path);
 
     /// The container that has the streams of the model.

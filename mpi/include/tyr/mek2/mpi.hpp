@@ -64,11 +64,10 @@ using FailedRank = boost::error_info<struct FailedRankTag, int>;
 ///
 /// Errors are collective. What is raised on one rank is raised on all, with the same class; the
 /// message begins with "rank N: ", and `FailedRank` is attached. If several ranks fail, the error
-/// of a destroyed model is raised, otherwise that of the lowest rank. The model can be
-/// used afterwards as documented at `Model`. Exceptions of other libraries become
-/// `MiscelleneousException`. `std::bad_alloc` becomes `MemoryAllocationException`. Different calls
-/// or different arguments are an error, too: `InvalidArguments`. From the next call on, the calls
-/// must be equal again.
+/// of the lowest rank is raised, unless one destroyed its model. The model can be used afterwards
+/// as documented at `Model`. Exceptions of other libraries become `MiscelleneousException`.
+/// `std::bad_alloc` becomes `MemoryAllocationException`. Different calls or different arguments are
+/// an error, too: `InvalidArguments`. From the next call on, the calls must be equal again.
 ///
 /// If one rank destroys the object while others call an operation, for example because an exception
 /// of the application ends the function that owns it, `InvalidObjectState` "rank N: the model was
