@@ -42,15 +42,18 @@ protected:
         model.setCurrentNodeId(1);
         const unsigned int pin = model.addNode(NodeType::Shape, content.lastShape);
         const Array2d<float> stress(2, 3, content.stress);
+        Attributes time;
+        time.set("Time", 0.5F);
+        const Step step{"1", time};
         if (content.reversed) {
             addIds(model, plate, content);
         }
         if (content.linked) {
             model.addArrayProperty("S", DatasetType::ResultA3, stress,
-                                   Array1d<unsigned int>{plate, pin}, Step{"1"});
+                                   Array1d<unsigned int>{plate, pin}, step);
         } else {
-            model.addArrayProperty("S", DatasetType::ResultA3, stress, plate, Step{"1"});
-            model.addArrayProperty("S", DatasetType::ResultA3, stress, pin, Step{"1"});
+            model.addArrayProperty("S", DatasetType::ResultA3, stress, plate, step);
+            model.addArrayProperty("S", DatasetType::ResultA3, stress, pin, step);
         }
         if (!content.reversed) {
             addIds(model, plate, content);

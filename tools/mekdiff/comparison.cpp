@@ -279,19 +279,19 @@ private:
             add(place, "type: " + toText(left.type) + " and " + toText(right.type));
         }
         compareFlags(place, "vibration flag", left.vibration, right.vibration);
-        compareAttributes(place, left.attributes, right.attributes);
         const bool hasLeft = !left_.file.hasCircularLinks(left);
         const bool hasRight = !right_.file.hasCircularLinks(right);
+        const Variable& leftOwner = hasLeft ? ownerOf(left_, left) : left;
+        const Variable& rightOwner = hasRight ? ownerOf(right_, right) : right;
+        compareAttributes(place, leftOwner.attributes, rightOwner.attributes);
         if (hasLeft && hasRight) {
-            compareArrays(place, left, right);
+            compareArrays(place, leftOwner, rightOwner);
         } else if (hasLeft || hasRight) {
             addOnlyIn(hasLeft ? left_ : right_, place + ": an array");
         }
     }
 
-    void compareArrays(const std::string& place, const Variable& left, const Variable& right) {
-        const Variable& first = ownerOf(left_, left);
-        const Variable& second = ownerOf(right_, right);
+    void compareArrays(const std::string& place, const Variable& first, const Variable& second) {
         if (shapeOf(first) != shapeOf(second)) {
             add(place, shapeOf(first) + " and " + shapeOf(second));
             return;
