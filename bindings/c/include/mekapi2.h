@@ -291,8 +291,8 @@ MEK_API void mek_model_destroy(mek_model* model);
 /// @retval MEK_MISCELLANEOUS the system cannot open the file
 /// @retval MEK_INVALID_ARGUMENTS the compression level is invalid
 ///
-/// After all errors but `MEK_INVALID_STATE` and `MEK_INVALID_ARGUMENTS`, a write cycle without a
-/// file is open: call `mek_close` before the next `mek_save_to`.
+/// After `MEK_FILE_OPEN`, `MEK_FILE_WRITE` and `MEK_MISCELLANEOUS`, a write cycle without a file is
+/// open: call `mek_close` before the next `mek_save_to`.
 MEK_API mek_status mek_save_to(mek_model* model, const char* path, const mek_options* options);
 
 /// Ends the write cycle: writes all data that is still in memory and the index, and closes the
