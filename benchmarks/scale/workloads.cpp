@@ -104,7 +104,7 @@ double shuffledGroupLookUps(std::uint32_t count, const std::string& path) {
     addGroups(model, count);
     std::vector<std::string> all = paths(count, flatPath);
     std::shuffle(all.begin(), all.end(), std::mt19937{});
-    // the strings themselves are in order again, so that only the order of the nodes differs
+    // a copy has its strings in this order in memory, so that only the order of the nodes is random
     return lookUps(model, std::vector<std::string>(all));
 }
 
