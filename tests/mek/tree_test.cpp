@@ -5,6 +5,7 @@
 #include "tyr/mek/geometry.hpp"
 
 #include <cstdlib>
+#include <functional>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -135,21 +136,21 @@ TEST(Geometry, SeesChangesOfItsMembers) {
     }
 }
 
-struct IsLonger {
-    bool operator()(const std::string& value, const std::string& pattern) const {
-        return value.size() > pattern.size();
+template <class T>
+unsigned int idOfGreaterChild(const T& least, const T& greatest) {
+    TyrAdt::Tree<T> tree;
+    for (const T& value : {least, least, greatest}) {
+        tree.AddChild();
+        tree.GetCurrentNode().value = value;
+        tree.MoveToParent();
     }
-};
+    tree.MoveToChild(least, std::greater<>());
+    return tree.currentId;
+}
 
 TEST(Tree, FindsNodesByAnyPredicateAndAfterChangesOfMembers) {
-    TyrAdt::Tree<std::string> strings;
-    for (const char* text : {"n", "n", "longer"}) {
-        strings.AddChild();
-        strings.GetCurrentNode().value = text;
-        strings.MoveToParent();
-    }
-    strings.MoveToChild(std::string("nn"), IsLonger());
-    EXPECT_EQ(strings.currentId, 4U);
+    EXPECT_EQ(idOfGreaterChild<std::string>("m", "n"), 4U);
+    EXPECT_EQ(idOfGreaterChild(1, 2), 4U);
 
     Tree tree;
     tree.SetRootGroup("r", {});
