@@ -1,9 +1,10 @@
 """The exceptions of the library.
 
-`InexactConversion` is a `ValueError`. All others derive from `Error`. Each also derives from a built-in exception, so that for example
-``except OSError`` or ``except KeyError`` catches it. An error of the system has its ``errno``,
-``strerror`` and ``filename``. Failed allocations raise `MemoryAllocationException` for blocks and
-`MemoryError` otherwise. Arguments of an invalid type or range raise `TypeError` or `ValueError`.
+`InexactConversion` is a `ValueError`. All others derive from `Error`. Each also derives from a
+built-in exception, so that for example ``except OSError`` or ``except KeyError`` catches it. An
+error of the system has its ``errno``, ``strerror`` and ``filename``. Failed allocations raise
+`MemoryAllocationException` for blocks and `MemoryError` otherwise. Arguments of an invalid type or
+range raise `TypeError` or `ValueError`.
 """
 
 from __future__ import annotations
